@@ -1,0 +1,77 @@
+#include "app/FileIntake.h"
+
+#include "app/AudioPreselection.h"
+#include "app/Languages.h"
+#include "settings/Keys.h"
+#include "support/Defaults.h"
+#include "support/Dispatch.h"
+
+#include <QCoreApplication>
+#include <QPointer>
+#include <QThreadPool>
+
+FileIntake::FileIntake(Messages messages, QObject* parent)
+    : QObject(parent), m_messages(messages), m_preferredLanguages(languages::preferredLanguages3Letter()) {}
+
+FileIntake::~FileIntake() {
+    if (m_isScanning) QThreadPool::globalInstance()->waitForDone();
+}
+
+void FileIntake::openFiles(const QStringList& paths) {
+    const bool wasEmpty = m_importFiles.isEmpty();
+    const moviefiles::Sorted sorted = moviefiles::sorted(paths);
+    m_importSubtitleFiles.insert(sorted.subtitles);
+    m_importFiles += sorted.movies;
+    // A probe or a movie at hand comes to the new files by itself.
+    if (wasEmpty && !m_isScanning && !m_fileInfo) addNextFile();
+}
+
+void FileIntake::addNextFile() {
+    if (m_importFiles.isEmpty()) return;
+    const QString path = m_importFiles.takeLast();
+    const QString subtitle = moviefiles::subtitleFor(path, m_importSubtitleFiles);
+    m_isScanning = true;
+    Q_EMIT scanningStarted(path);
+    dispatch_async_back([self = QPointer(this), path, subtitle] {
+        MKVFileInfo::Probe probe = MKVFileInfo::probe(QUrl::fromLocalFile(path));
+        dispatch_async_main([self, path, subtitle, probe = std::move(probe)] {
+            if (self) self->takeResult(path, subtitle, probe);
+        });
+    });
+}
+
+void FileIntake::takeResult(const QString& path, const QString& subtitle, MKVFileInfo::Probe probe) {
+    m_isScanning = false;
+    if (m_messages == Messages::AtOnce) {
+        for (const Verdict& verdict : verdicts::inOrderOfShowing(probe.verdicts))
+            verdicts::show(verdict);
+    } else {
+        verdicts::deliver(probe.verdicts);
+    }
+    if (!probe.record) {
+        Q_EMIT fileRejected(path);
+        cancelAdd();
+        return;
+    }
+    m_fileInfo = std::move(probe.record);
+    if (!subtitle.isEmpty()) {
+        m_fileInfo->subtitleFileURL = QUrl::fromLocalFile(subtitle);
+        m_fileInfo->informationString.replace(")", "+1)");
+    }
+    Q_EMIT fileAccepted();
+}
+
+void FileIntake::cancelAdd() {
+    m_fileInfo.reset();
+    if (m_importFiles.isEmpty()) {
+        Q_EMIT becameIdle();
+    } else {
+        addNextFile();
+    }
+}
+
+std::optional<qsizetype> FileIntake::bestLanguage() const {
+    if (!m_fileInfo) return std::nullopt;
+    return audiopreselection::bestTrack(
+        *m_fileInfo, audiopreselection::languages(defaultInt(kDefaultAudioKey), m_preferredLanguages));
+}

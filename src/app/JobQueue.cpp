@@ -1,0 +1,155 @@
+#include "app/JobQueue.h"
+
+#include "app/FileIntake.h"
+#include "settings/Keys.h"
+#include "support/Alert.h"
+#include "support/Defaults.h"
+#include "support/Files.h"
+#include "support/Format.h"
+#include "support/QuillonLib.h"
+#include "support/Text.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+
+JobQueue::JobQueue(WaitingFiles& waiting, QObject* parent) : QObject(parent), m_waiting(waiting) {}
+
+JobQueue::~JobQueue() = default;
+
+QString JobQueue::uniqueDestination(const QString& path) const {
+    return files::uniqueFile(path, [this](const QString& candidate) {
+        return isDestinationTaken(candidate) || files::fileExists(candidate) ||
+               QFileInfo(candidate).isSymLink();
+    });
+}
+
+bool JobQueue::addJob(std::unique_ptr<ConversionJob> job) {
+    if (!job->destinationIsWriteable()) {
+        m_waiting.cancelAdd();
+        alert_apptitled(
+            "You don't seem to have write access to the selected destinatation or it is a read-only "
+            "filesystem. "
+            "Please choose another destination.",
+            "OK");
+        return false;
+    }
+    ConversionJob* added = job.get();
+    connect(added, &ConversionJob::stateChanged, this, [this, added](JobState before, JobState now) {
+        countState(before, -1);
+        countState(now, +1);
+        Q_EMIT jobStateChanged(added, before, now);
+        Q_EMIT titleChanged();
+    });
+    connect(added, &ConversionJob::quitRequested, this, &JobQueue::quitRequested);
+    added->setDestinationIsTaken([this](const QString& path) { return isDestinationTaken(path); });
+    countState(added->state(), +1);
+    m_destinations.insert(added->queuedDestination());
+
+    const bool atBottom = defaultInt("InsertJobsAtBottom") != 0;
+    Q_EMIT jobAboutToBeAdded(atBottom ? count() : 0);
+    m_taskArray.insert(atBottom ? m_taskArray.end() : m_taskArray.begin(), std::move(job));
+    Q_EMIT jobAdded(added);
+
+    if (!m_paused && !m_waiting.areWaiting()) startNextJobInQueue();
+    m_waiting.cancelAdd();
+    Q_EMIT titleChanged();
+    return true;
+}
+
+void JobQueue::removeJob(ConversionJob* job) {
+    const qsizetype index = indexOf(job);
+    if (index < 0) return;
+    Q_EMIT jobAboutToBeRemoved(index);
+    std::unique_ptr<ConversionJob> removed = std::move(m_taskArray[static_cast<size_t>(index)]);
+    m_taskArray.erase(m_taskArray.begin() + index);
+    countState(job->state(), -1);
+    m_destinations.remove(job->queuedDestination());
+    disconnect(job, nullptr, this, nullptr);
+    Q_EMIT jobRemoved(job);
+    Q_EMIT titleChanged();
+    removed.release()->deleteLater();  // The caller is often the job itself.
+}
+
+void JobQueue::startNextJobInQueue() {
+    const qint64 limit = defaultInt(kConcurrentJobsKey) == 0 ? 1 : defaultInt(kConcurrentJobCountKey) + 2;
+    if (m_paused) return;
+    // Starting a job may change the list: jobs are looked up anew by position.
+    for (size_t i = 0; i < m_taskArray.size(); ++i) {
+        if (jobCountWithState(JobState::Converting) >= limit) return;
+        ConversionJob& job = *m_taskArray[i];
+        if (job.state() == JobState::Paused) {
+            job.continueJob();
+        } else if (job.state() == JobState::Queued) {
+            job.start();
+        }
+    }
+}
+
+void JobQueue::pauseContinueClicked(bool byUser) {
+    if (m_paused) {
+        m_paused = false;
+        Q_EMIT pausedChanged(false);
+        if (byUser) startNextJobInQueue();
+    } else if (byUser) {
+        for (const auto& job : m_taskArray) {
+            if (job->state() == JobState::Converting) job->pause();
+        }
+        m_paused = true;
+        Q_EMIT pausedChanged(true);
+    }
+    Q_EMIT titleChanged();
+}
+
+void JobQueue::cleanClicked() {
+    std::vector<ConversionJob*> finished;
+    for (const auto& job : m_taskArray) {
+        if (job->state() == JobState::Finished) finished.push_back(job.get());
+    }
+    for (ConversionJob* job : finished)
+        job->remove();
+}
+
+void JobQueue::removeAll() {
+    m_paused = true;  // No successor starts.
+    while (!m_taskArray.empty())
+        m_taskArray.front()->remove();
+}
+
+QString JobQueue::windowTitle() const {
+    const QString pause = m_paused ? text::localized(" (Paused)") : QStringLiteral(" ");
+    const QString numbers = m_taskArray.empty() ? QString()
+                                                : makeString(" [%li Job(s), %li Queued]", count(),
+                                                             jobCountWithState(JobState::Queued));
+    return makeString("%@%@%@", QuillonLib::shared().appName(), pause, numbers);
+}
+
+QString JobQueue::addButtonTitle() const {
+    return text::localized(m_paused ? "Add to Queue" : "Start Conversion");
+}
+
+int JobQueue::jobCountWithState(JobState state) const {
+    return m_stateCounts[static_cast<size_t>(state)];
+}
+
+void JobQueue::countState(JobState state, int change) {
+    m_stateCounts[static_cast<size_t>(state)] += change;
+}
+
+void JobQueue::increaseUsages(bool increase, bool allowFeedbackNow) {
+    if (m_usageCounter) m_usageCounter(increase, allowFeedbackNow);
+}
+
+void JobQueue::setUsageCounter(std::function<void(bool, bool)> counter) {
+    m_usageCounter = std::move(counter);
+}
+
+bool JobQueue::isDestinationTaken(const QString& path) const {
+    return m_destinations.contains(path);
+}
+
+qsizetype JobQueue::indexOf(const ConversionJob* job) const {
+    const auto found =
+        std::ranges::find_if(m_taskArray, [job](const auto& candidate) { return candidate.get() == job; });
+    return found == m_taskArray.end() ? -1 : found - m_taskArray.begin();
+}

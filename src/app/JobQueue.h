@@ -1,0 +1,80 @@
+#pragma once
+
+#include "convert/ConversionJob.h"
+#include "convert/JobController.h"
+
+#include <QObject>
+#include <QSet>
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <vector>
+
+class WaitingFiles;
+
+/// The one queue of conversions: which run, which comes next, and the pause over all. Owns its jobs; index 0
+/// is the top. Main thread only.
+class JobQueue : public QObject, public JobController {
+    Q_OBJECT
+
+public:
+    /// `waiting` outlives the queue: while files wait to be probed, an added job is not started.
+    explicit JobQueue(WaitingFiles& waiting, QObject* parent = nullptr);
+    ~JobQueue() override;
+
+    /// Queues a job whose destination is set, at the top or, by the setting, at the bottom, and goes on to
+    /// the next waiting file. A destination that cannot be written refuses the job with an alert; false then.
+    /// Adding costs the same however long the queue is.
+    bool addJob(std::unique_ptr<ConversionJob> job);
+
+    qsizetype count() const { return static_cast<qsizetype>(m_taskArray.size()); }
+    ConversionJob* job(qsizetype index) const { return m_taskArray[static_cast<size_t>(index)].get(); }
+    bool isPaused() const { return m_paused; }
+
+    /// A free name for an output: nothing exists there and no other job of the queue is going to write it.
+    QString uniqueDestination(const QString& path) const;
+
+    /// Finished jobs leave the list; failed ones stay.
+    void cleanClicked();
+    /// Ends every job and empties the list.
+    void removeAll();
+
+    /// Name, pause and the numbers of jobs.
+    QString windowTitle() const;
+    /// What the add button does to a job: start it, or put it into the paused queue.
+    QString addButtonTitle() const;
+
+    // JobController
+    void startNextJobInQueue() override;
+    void removeJob(ConversionJob* job) override;
+    void pauseContinueClicked(bool byUser) override;
+    int jobCountWithState(JobState state) const override;
+    void increaseUsages(bool increase, bool allowFeedbackNow) override;
+
+    /// Who counts usages; may be null.
+    void setUsageCounter(std::function<void(bool increase, bool allowFeedbackNow)> counter);
+
+Q_SIGNALS:
+    void jobAboutToBeAdded(qsizetype index);
+    void jobAdded(ConversionJob* job);
+    void jobAboutToBeRemoved(qsizetype index);
+    void jobRemoved(ConversionJob* job);
+    void jobStateChanged(ConversionJob* job, JobState before, JobState now);
+    void pausedChanged(bool paused);
+    /// Anything that windowTitle() shows may have changed.
+    void titleChanged();
+    void quitRequested();
+
+private:
+    void countState(JobState state, int change);
+    bool isDestinationTaken(const QString& path) const;
+    qsizetype indexOf(const ConversionJob* job) const;
+
+    WaitingFiles& m_waiting;
+    std::vector<std::unique_ptr<ConversionJob>> m_taskArray;
+    std::array<int, 5> m_stateCounts{};
+    QSet<QString> m_destinations;  ///< Outputs that the jobs are going to write.
+    bool m_paused = false;
+    std::function<void(bool, bool)> m_usageCounter;
+};

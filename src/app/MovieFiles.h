@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QMap>
+#include <QString>
+#include <QStringList>
+
+/// Which files are movies and subtitles, and which subtitle belongs to which movie.
+namespace moviefiles {
+
+/// The extensions of movies, in lower case.
+const QStringList& movieFileTypes();
+/// All extensions that the application takes: those of movies, then those of subtitles.
+QStringList acceptedFileTypes();
+
+bool isMovie(const QString& path);
+/// By the extension; a ".sub" file is read, since the same extension stands for pictures from DVDs.
+bool isSubtitle(const QString& path);
+
+/// A subtitle file's path without its extension -> the file.
+using SubtitleFiles = QMap<QString, QString>;
+
+struct Sorted {
+    QStringList movies;  ///< In the order given.
+    SubtitleFiles subtitles;
+};
+
+/// Other files are passed over. Of two subtitle files with one stem the later one counts.
+Sorted sorted(const QStringList& paths);
+
+/// The subtitle for a movie: the first, by name, whose stem begins with the movie's path without extension,
+/// so that "Movie.en.srt" belongs to "Movie.mkv". Empty: none. A subtitle may serve several movies, so it
+/// stays listed.
+QString subtitleFor(const QString& movie, const SubtitleFiles& subtitles);
+
+/// The movies and subtitle files in `folder` and below it, in name order. Folders that cannot be read are
+/// passed over; linked folders are not followed.
+QStringList filesBelow(const QString& folder);
+
+/// Each folder of `paths` replaced by the files below it.
+QStringList withFoldersSearched(const QStringList& paths);
+
+}  // namespace moviefiles

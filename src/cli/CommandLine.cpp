@@ -1,0 +1,195 @@
+#include "cli/CommandLine.h"
+
+#include "cli/ExitStatus.h"
+#include "cli/Output.h"
+#include "settings/Keys.h"
+#include "settings/SettingsTable.h"
+#include "support/ApplicationInfo.h"
+#include "support/Format.h"
+
+#include <CLI/CLI.hpp>
+
+namespace {
+
+QString decoded(const std::string& text) {
+    return QString::fromStdString(text);
+}
+
+QStringList decoded(const std::vector<std::string>& texts) {
+    QStringList result;
+    for (const std::string& text : texts)
+        result.append(decoded(text));
+    return result;
+}
+
+/// The raw values that CLI11 fills.
+struct Raw {
+    std::vector<std::string> paths;
+    std::vector<std::string> settings;
+    std::string folder, output, style, key, value;
+    int audio = 0;
+    bool json = false, quiet = false;
+};
+
+const std::map<std::string, int> kStyles = {{"compatible", 0}, {"fast", 1}, {"custom", 2}};
+
+void addJson(CLI::App* command, Raw& raw) {
+    command->add_flag("--json", raw.json, "One JSON object a line on standard output");
+}
+
+void addSet(CLI::App* command, Raw& raw) {
+    command->add_option("--set", raw.settings, "Use VALUE for the setting KEY in this run alone")
+        ->type_name("KEY=VALUE")
+        ->expected(1)
+        ->take_all();
+}
+
+CLI::App* addProbe(CLI::App& app, Raw& raw) {
+    CLI::App* probe = app.add_subcommand("probe", "Tell what is in movies and whether they can be converted");
+    addJson(probe, raw);
+    addSet(probe, raw);
+    probe->add_option("MOVIE", raw.paths, "Movies")->required()->type_name("");
+    return probe;
+}
+
+CLI::App* addConvert(CLI::App& app, Raw& raw) {
+    CLI::App* convert = app.add_subcommand("convert", "Put movies into MP4 without re-encoding the picture");
+    addJson(convert, raw);
+    convert->add_flag("--quiet", raw.quiet, "Say nothing while all goes well");
+    auto* folder = convert->add_option("--to", raw.folder,
+                                       "Put the outputs into FOLDER instead of next to their sources");
+    folder->type_name("FOLDER");
+    convert
+        ->add_option("--output", raw.output,
+                     "Write the output of the single movie to FILE, also over an existing one")
+        ->type_name("FILE")
+        ->excludes(folder);
+    convert->add_option("--audio", raw.audio, "Take the audio track with this position, from 0")
+        ->type_name("INDEX")
+        ->check(CLI::NonNegativeNumber);
+    convert->add_option("--style", raw.style, "How audio is handled: compatible, fast or custom")
+        ->type_name("STYLE")
+        ->check(CLI::IsMember(kStyles));
+    addSet(convert, raw);
+    convert->add_option("PATH", raw.paths, "Movies, subtitle files, and folders of them")
+        ->required()
+        ->type_name("");
+    return convert;
+}
+
+CLI::App* addSettings(CLI::App& app, Raw& raw) {
+    CLI::App* settings = app.add_subcommand("settings", "Show and change the stored settings");
+    addJson(settings, raw);
+    settings->require_subcommand(1);
+    settings->fallthrough();
+    const auto add = [&](const char* name, const char* help, bool key, bool value) {
+        CLI::App* action = settings->add_subcommand(name, help);
+        if (key) action->add_option("KEY", raw.key, "The setting's name")->required()->type_name("");
+        if (value) action->add_option("VALUE", raw.value, "Its new value")->required()->type_name("");
+        action->fallthrough();
+    };
+    add("list", "Every setting with its value", false, false);
+    add("get", "The value of one setting", true, false);
+    add("set", "Store a value", true, true);
+    add("unset", "Forget the stored value: the default is back", true, false);
+    add("path", "The file in which the settings are stored", false, false);
+    return settings;
+}
+
+SettingsOptions settingsOptions(const CLI::App& settings, const Raw& raw) {
+    using enum SettingsOptions::Action;
+    static const std::map<std::string, SettingsOptions::Action> kActions = {
+        {"list", List}, {"get", Get}, {"set", Set}, {"unset", Unset}, {"path", Path}};
+    return {kActions.at(settings.get_subcommands().front()->get_name()), raw.json, decoded(raw.key),
+            decoded(raw.value)};
+}
+
+/// A whole number is an integer, any other value is text.
+QVariant overrideValue(const QString& text) {
+    const auto number = settings::valueFromText(settings::Type::Integer, text);
+    return number ? *number : QVariant(text);
+}
+
+/// The mistake in a "--set KEY=VALUE"; empty: it was taken.
+QString takeOverride(const QString& assignment, QMap<QString, QVariant>& overrides) {
+    const qsizetype equals = assignment.indexOf(u'=');
+    if (equals < 0) return makeString("--set needs KEY=VALUE, not '%@'", assignment);
+    const QString key = assignment.left(equals);
+    if (!settings::find(key)) return unknownKeyMessage(key);
+    overrides.insert(key, overrideValue(assignment.mid(equals + 1)));
+    return {};
+}
+
+CommandLine mistake(const QString& message, const QString& command) {
+    CommandLine line;
+    line.exitStatus = wrongUsage(message, command);
+    return line;
+}
+
+/// What CLI11 complains about, in one line.
+QString firstLine(const char* text) {
+    return QString::fromUtf8(text).section(u'\n', 0, 0);
+}
+
+}  // namespace
+
+int wrongUsage(const QString& message, const QString& command) {
+    output::error(makeString("ravelin-cli: %@", message));
+    const QString help =
+        command.isEmpty() ? QString("ravelin-cli --help") : makeString("ravelin-cli %@ --help", command);
+    output::error(makeString("Try '%@'.", help));
+    return exitstatus::kUsage;
+}
+
+QString unknownKeyMessage(const QString& key) {
+    return makeString("there is no setting '%@'; the nearest are %@", key,
+                      settings::nearestKeys(key).join(", "));
+}
+
+CommandLine CommandLine::parse(int argc, char** argv) {
+    Raw raw;
+    CLI::App app("Puts MKV and other movies into MP4 without re-encoding the picture.", "ravelin-cli");
+    app.set_version_flag(
+        "--version", makeString("%@ %@", ApplicationInfo::name(), ApplicationInfo::version()).toStdString());
+    app.require_subcommand(1);
+    const CLI::App* probe = addProbe(app, raw);
+    const CLI::App* convert = addConvert(app, raw);
+    const CLI::App* settings = addSettings(app, raw);
+
+    const auto commandName = [&] {
+        for (const CLI::App* command : {probe, convert, settings}) {
+            if (command->parsed()) return decoded(command->get_name());
+        }
+        return QString();
+    };
+    CommandLine line;
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& success) {
+        app.exit(success);  // Help or version.
+        return line;
+    } catch (const CLI::ParseError& error) {
+        return mistake(firstLine(error.what()), commandName());
+    }
+
+    for (const std::string& assignment : raw.settings) {
+        const QString message = takeOverride(decoded(assignment), line.overrides);
+        if (!message.isEmpty()) return mistake(message, commandName());
+    }
+    if (!raw.style.empty()) line.overrides.insert(kConversionPresetKey, kStyles.at(raw.style));
+
+    if (probe->parsed()) {
+        line.command = ProbeOptions{raw.json, decoded(raw.paths)};
+    } else if (convert->parsed()) {
+        const bool hasAudio = convert->get_option("--audio")->count() > 0;
+        line.command = ConvertOptions{raw.json,
+                                      raw.quiet,
+                                      decoded(raw.folder),
+                                      decoded(raw.output),
+                                      hasAudio ? std::optional(raw.audio) : std::nullopt,
+                                      decoded(raw.paths)};
+    } else {
+        line.command = settingsOptions(*settings, raw);
+    }
+    return line;
+}

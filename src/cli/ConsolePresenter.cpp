@@ -1,0 +1,24 @@
+#include "cli/ConsolePresenter.h"
+
+#include "cli/Output.h"
+#include "support/Format.h"
+
+AlertAnswer ConsolePresenter::present(const Alert& alert) {
+    say({alert.key, alert.title, alert.message});
+    AlertAnswer answer;
+    if (!alert.buttons.empty()) answer.response += static_cast<long>(alert.buttons.size()) - 1;
+    answer.value = alert.value;
+    return answer;
+}
+
+void ConsolePresenter::presentNonModal(const NonModalAlert& alert) {
+    say({{}, alert.title, alert.message});
+}
+
+void ConsolePresenter::say(const Message& message) {
+    if (writesToStandardError) {
+        output::error(message.title.isEmpty() ? message.message
+                                              : makeString("%@: %@", message.title, message.message));
+    }
+    if (onMessage) onMessage(message);
+}

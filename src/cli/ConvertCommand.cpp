@@ -1,0 +1,231 @@
+#include "cli/ConvertCommand.h"
+
+#include "app/AudioPreselection.h"
+#include "app/Destination.h"
+#include "cli/Commands.h"
+#include "cli/ExitStatus.h"
+#include "cli/Interruption.h"
+#include "cli/Run.h"
+#include "settings/Keys.h"
+#include "support/ApplicationInfo.h"
+#include "support/Defaults.h"
+#include "support/Format.h"
+#include "tool/ToolReaper.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QTimer>
+
+ConvertCommand::ConvertCommand(const ConvertOptions& options, ConsolePresenter& presenter)
+    : m_options(options),
+      m_presenter(presenter),
+      m_report(options.json ? makeJsonReport() : makeTextReport(options.quiet)),
+      m_intake(FileIntake::Messages::AtOnce),
+      m_queue(m_intake) {
+    presenter.onMessage = [this](const ConsolePresenter::Message& message) { onMessage(message); };
+    connect(&m_intake, &FileIntake::scanningStarted, this, [this](const QString& path) {
+        m_subject = path;
+        m_messages.clear();
+        m_collects = true;
+    });
+    connect(&m_intake, &FileIntake::fileAccepted, this, &ConvertCommand::takeAccepted);
+    connect(&m_intake, &FileIntake::fileRejected, this, &ConvertCommand::takeRejected);
+    connect(&m_intake, &FileIntake::becameIdle, this, [this] {
+        // The last file may have been refused, with jobs in the queue that waited for it.
+        m_queue.startNextJobInQueue();
+        endIfDone();
+    });
+    connect(&m_queue, &JobQueue::jobAdded, this, &ConvertCommand::watch);
+    connect(&m_queue, &JobQueue::jobStateChanged, this,
+            [this](ConversionJob* job, JobState, JobState now) { onStateChanged(job, now); });
+    connect(&ToolReaper::shared(), &ToolReaper::becameIdle, this, &ConvertCommand::endIfDone);
+}
+
+ConvertCommand::~ConvertCommand() {
+    m_presenter.onMessage = nullptr;
+}
+
+void ConvertCommand::begin(const Inputs& inputs) {
+    for (const Inputs::Refusal& refusal : inputs.refusals)
+        refuse(refusal.file, refusal.reason, false);
+    // The intake takes the last of the waiting movies first.
+    QStringList paths = inputs.movies;
+    std::reverse(paths.begin(), paths.end());
+    m_intake.openFiles(inputs.subtitles + paths);
+    endIfDone();
+}
+
+void ConvertCommand::onMessage(const ConsolePresenter::Message& message) {
+    if (m_collects) {
+        m_messages.push_back(message);
+    } else {
+        m_report->message(m_subject, message);
+    }
+}
+
+void ConvertCommand::reportProbe(const QString& file, const std::optional<MKVFileInfo>& record,
+                                 std::optional<qsizetype> best) {
+    m_collects = false;
+    m_report->probed(file, record, best, m_messages);
+    for (const auto& message : m_messages)
+        m_report->message(file, message);
+}
+
+void ConvertCommand::takeRejected(const QString& path) {
+    if (m_interrupted) {
+        refuse(path, "The conversion was interrupted.", false);
+        return;
+    }
+    reportProbe(path, std::nullopt, std::nullopt);
+    const bool wasShown = !m_messages.empty();
+    refuse(path, wasShown ? m_messages.back().message : QString("The file can't be converted."), wasShown);
+}
+
+void ConvertCommand::takeAccepted() {
+    MKVFileInfo info = *m_intake.fileInfo();
+    const QString file = info.fileURL.toLocalFile();
+    if (m_interrupted) {
+        refuseAtHand("The conversion was interrupted.", false);
+        return;
+    }
+    const auto best = m_intake.bestLanguage();
+    reportProbe(file, info, best);
+    const auto audio = chooseAudio(file, best);
+    if (!audio) return;
+    if (QString problem; !chooseDestination(info, problem)) {
+        refuseAtHand(problem, false);
+        return;
+    }
+    addToQueue(std::move(info), *audio);
+}
+
+std::optional<qsizetype> ConvertCommand::chooseAudio(const QString& file, std::optional<qsizetype> best) {
+    const qsizetype count = m_intake.fileInfo()->audioTrackInformation.size();
+    if (!m_options.audio) return best.value_or(0);
+    if (*m_options.audio < count) return *m_options.audio;
+    refuseAtHand(makeString("The movie '%@' has %li audio track(s), none with the position %i.", file, count,
+                            *m_options.audio),
+                 false);
+    return std::nullopt;
+}
+
+bool ConvertCommand::chooseDestination(MKVFileInfo& info, QString& problem) const {
+    const QString source = info.fileURL.toLocalFile();
+    QString path;
+    if (!m_options.output.isEmpty()) {
+        path = absolutePath(m_options.output);
+        if (destination::isSameFile(path, source)) {
+            problem = destination::kOverwritesSource;
+            return false;
+        }
+        if (QFileInfo(path).isDir()) {
+            problem = makeString("The output '%@' is a folder.", path);
+            return false;
+        }
+    } else {
+        const QString folder =
+            m_options.folder.isEmpty() ? QFileInfo(source).path() : absolutePath(m_options.folder);
+        path = m_queue.uniqueDestination(folder + u'/' + destination::outputFileName(info.fileName));
+    }
+    info.destinationURL = QUrl::fromLocalFile(path);
+    return true;
+}
+
+void ConvertCommand::addToQueue(MKVFileInfo info, qsizetype audioTrackIndex) {
+    const QString file = info.fileURL.toLocalFile();
+    auto job = std::make_unique<ConversionJob>(m_queue, std::move(info), audioTrackIndex);
+    job->presetSpeedInfo();
+    job->setMayReplaceDestination(!m_options.output.isEmpty());
+    QString said;
+    const auto usual = m_presenter.onMessage;
+    m_presenter.onMessage = [&](const ConsolePresenter::Message& message) {
+        if (said.isEmpty()) said = message.message;
+        if (usual) usual(message);
+    };
+    const bool added = m_queue.addJob(std::move(job));
+    m_presenter.onMessage = usual;
+    if (!added) refuse(file, said, true);
+    endIfDone();
+}
+
+void ConvertCommand::watch(ConversionJob* job) {
+    ++m_running;
+    m_report->queued(*job);
+    connect(job, &ConversionJob::starting, this,
+            [this, job] { m_subject = job->fileInfo().fileURL.toLocalFile(); });
+    connect(job, &ConversionJob::launched, this, [this, job] { m_report->started(*job); });
+    connect(job, &ConversionJob::progressed, this, [this, job] { m_report->progress(*job); });
+}
+
+void ConvertCommand::onStateChanged(ConversionJob* job, JobState now) {
+    if (now != JobState::Finished && now != JobState::Failed) return;
+    m_subject = job->fileInfo().fileURL.toLocalFile();
+    --m_running;
+    if (now == JobState::Finished) {
+        m_report->finished(*job);
+    } else {
+        ++m_failures;
+        m_report->failed(*job, job->explanation());
+    }
+    // The job still has its source to dispose of and the run to count.
+    QTimer::singleShot(0, this, &ConvertCommand::endIfDone);
+}
+
+void ConvertCommand::refuse(const QString& file, const QString& message, bool wasShown) {
+    ++m_failures;
+    m_report->refused(file, message, wasShown);
+}
+
+void ConvertCommand::refuseAtHand(const QString& message, bool wasShown) {
+    refuse(m_intake.fileInfo()->fileURL.toLocalFile(), message, wasShown);
+    m_intake.cancelAdd();
+}
+
+void ConvertCommand::interrupt() {
+    m_interrupted = true;
+    const failure::Explanation why{"Conversion Failed", "The conversion was interrupted.", false};
+    for (qsizetype i = 0; i < m_queue.count(); ++i) {
+        const ConversionJob* job = m_queue.job(i);
+        if (!statusNotFinished(job->state())) continue;
+        --m_running;
+        ++m_failures;
+        m_report->failed(*job, why);
+    }
+    const QStringList waiting = m_intake.importFiles();
+    for (const QString& file : waiting)
+        refuse(file, why.message, true);
+    m_intake.clearImportFiles();
+    m_queue.removeAll();
+    endIfDone();
+}
+
+void ConvertCommand::endIfDone() {
+    const bool allProbed = !m_intake.areWaiting() && !m_intake.isScanning() && !m_intake.fileInfo();
+    if (allProbed && m_running == 0 && ToolReaper::shared().isIdle()) QCoreApplication::quit();
+}
+
+int runConvert(const ConvertOptions& options, const CommandLine& line) {
+    if (!options.output.isEmpty() && !destination::hasOutputExtension(options.output))
+        return wrongUsage(
+            makeString("--output needs a name that ends in .mp4 or .m4v, not '%@'", options.output),
+            "convert");
+    const Inputs inputs = findInputs(options.paths);
+    if (!options.output.isEmpty() && inputs.movies.size() > 1)
+        return wrongUsage(makeString("--output is for a single movie, not for %li", inputs.movies.size()),
+                          "convert");
+
+    const Interruption interruption;
+    auto overrides = line.overrides;
+    // A batch is converted in the order in which it was given.
+    if (!overrides.contains("InsertJobsAtBottom")) overrides.insert("InsertJobsAtBottom", 1);
+    Run run(overrides, Run::DesktopUse::Real);
+    ConvertCommand command(options, run.presenter());
+    QObject::connect(&interruption, &Interruption::interrupted, &command, &ConvertCommand::interrupt);
+    if (inputs.movies.isEmpty() && inputs.refusals.empty())
+        return wrongUsage("there is no movie among the files", "convert");
+    QTimer::singleShot(0, &command, [&] { command.begin(inputs); });
+    QCoreApplication::exec();
+    if (const int signal = Interruption::signal()) return exitstatus::afterSignal(signal);
+    return command.failures() == 0 ? exitstatus::kSuccess : exitstatus::kFailure;
+}

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "app/FileIntake.h"
+#include "app/JobQueue.h"
+#include "cli/CommandLine.h"
+#include "cli/ConvertReport.h"
+#include "cli/Inputs.h"
+
+#include <QObject>
+#include <QSet>
+
+#include <memory>
+
+/// One batch of movies through the same intake and queue as in the window, the questions of its add sheet
+/// answered by the options. Ends the event loop when every movie has ended.
+class ConvertCommand : public QObject {
+    Q_OBJECT
+
+public:
+    ConvertCommand(const ConvertOptions& options, ConsolePresenter& presenter);
+    ~ConvertCommand() override;
+
+    /// Call it from the event loop.
+    void begin(const Inputs& inputs);
+    /// Ends what runs and drops what waits; nothing half-written is left.
+    void interrupt();
+
+    int failures() const { return m_failures; }
+
+private:
+    void onMessage(const ConsolePresenter::Message& message);
+    void takeAccepted();
+    void takeRejected(const QString& path);
+    std::optional<qsizetype> chooseAudio(const QString& file, std::optional<qsizetype> best);
+    bool chooseDestination(MKVFileInfo& info, QString& problem) const;
+    void addToQueue(MKVFileInfo info, qsizetype audioTrackIndex);
+    void watch(ConversionJob* job);
+    void onStateChanged(ConversionJob* job, JobState now);
+    void refuse(const QString& file, const QString& message, bool wasShown);
+    void refuseAtHand(const QString& message, bool wasShown);
+    void reportProbe(const QString& file, const std::optional<MKVFileInfo>& record,
+                     std::optional<qsizetype> best);
+    void endIfDone();
+
+    const ConvertOptions m_options;
+    ConsolePresenter& m_presenter;
+    std::unique_ptr<ConvertReport> m_report;
+    FileIntake m_intake;
+    JobQueue m_queue;
+    json::Messages m_messages;  ///< Of the movie at hand, until its probe is reported.
+    bool m_collects = false;
+    QString m_subject;  ///< The movie that a message is about.
+    int m_running = 0;  ///< Queued and not ended.
+    int m_failures = 0;
+    bool m_interrupted = false;
+};

@@ -1,0 +1,26 @@
+#include "cli/Run.h"
+
+#include "settings/SettingsTable.h"
+#include "support/ApplicationInfo.h"
+#include "support/DBusDesktop.h"
+#include "support/Defaults.h"
+#include "support/QuillonLib.h"
+
+Run::Run(const QMap<QString, QVariant>& overrides, DesktopUse desktop) {
+    settings::registerDefaults();
+    for (auto it = overrides.cbegin(); it != overrides.cend(); ++it)
+        standardUserDefaults().setOverride(it.key(), it.value());
+    setAlertPresenter(&m_presenter);
+    if (desktop == DesktopUse::Real) {
+        m_desktop =
+            std::make_unique<DBusDesktop>(ApplicationInfo::name(), ApplicationInfo::bundleIdentifier());
+        setSharedDesktop(m_desktop.get());
+    }
+    m_library = std::make_unique<QuillonLib>();
+}
+
+Run::~Run() {
+    m_library.reset();
+    setSharedDesktop(nullptr);
+    setAlertPresenter(nullptr);
+}

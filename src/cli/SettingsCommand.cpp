@@ -1,0 +1,127 @@
+#include "cli/Commands.h"
+#include "cli/ExitStatus.h"
+#include "cli/Output.h"
+#include "settings/SettingsTable.h"
+#include "support/Defaults.h"
+#include "support/Format.h"
+
+#include <QJsonArray>
+#include <QJsonObject>
+
+namespace {
+
+struct Present {
+    QString key;
+    QVariant value;
+    bool isDefault = true;
+};
+
+/// A setting without a registered default reads as 0 or as nothing.
+Present present(const settings::Setting& setting) {
+    const bool isNumber = setting.type == settings::Type::Integer || setting.type == settings::Type::Boolean;
+    const QVariant unset = setting.registered || !isNumber ? setting.defaultValue() : QVariant(qint64{0});
+    const QVariant stored = defaultObject(setting.key);
+    const QVariant value = !stored.isValid() ? unset : isNumber ? QVariant(defaultInt(setting.key)) : stored;
+    return {setting.key, value, value == unset};
+}
+
+QJsonValue jsonValue(const QVariant& value) {
+    if (value.typeId() == QMetaType::QByteArray) return QString::fromUtf8(value.toByteArray());
+    if (value.typeId() != QMetaType::QVariantList) return QJsonValue::fromVariant(value);
+    QJsonArray array;
+    const QVariantList list = value.toList();
+    for (const QVariant& element : list)
+        array.append(jsonValue(element));
+    return array;
+}
+
+void print(const Present& setting, bool asJson, bool withName) {
+    if (asJson) {
+        output::json(
+            {{"key", setting.key}, {"value", jsonValue(setting.value)}, {"isDefault", setting.isDefault}});
+    } else if (withName) {
+        output::line(makeString("%@ = %@%@", setting.key, settings::textFromValue(setting.value),
+                                QString(setting.isDefault ? "  (default)" : "")));
+    } else {
+        output::line(settings::textFromValue(setting.value));
+    }
+}
+
+void list(bool asJson) {
+    for (const settings::Setting& setting : settings::all()) {
+        if (setting.registered) print(present(setting), asJson, true);
+    }
+}
+
+QString typeName(settings::Type type) {
+    switch (type) {
+        case settings::Type::Integer:
+        case settings::Type::Boolean:
+            return "a whole number";
+        case settings::Type::Data:
+            return "text";
+        case settings::Type::DataArray:
+        case settings::Type::StringArray:
+            return "a JSON array of texts";
+    }
+    return {};
+}
+
+int change(const QString& key, const QVariant& value) {
+    setDefaultObject(key, value);
+    if (standardUserDefaults().synchronise()) return exitstatus::kSuccess;
+    output::error(standardUserDefaults().problem());
+    return exitstatus::kFailure;
+}
+
+int set(const settings::Setting& setting, const QString& text) {
+    const auto value = settings::valueFromText(setting.type, text);
+    if (!value) {
+        return wrongUsage(makeString("'%@' is not %@, which the setting %@ needs", text,
+                                     typeName(setting.type), QString(setting.key)),
+                          "settings");
+    }
+    return change(setting.key, *value);
+}
+
+}  // namespace
+
+int runSettings(const SettingsOptions& options) {
+    using enum SettingsOptions::Action;
+    settings::registerDefaults();
+    if (const QString problem = standardUserDefaults().problem(); !problem.isEmpty()) output::error(problem);
+
+    if (options.action == List) {
+        list(options.json);
+        return exitstatus::kSuccess;
+    }
+    if (options.action == Path) {
+        const QString path = standardUserDefaults().filePath();
+        if (options.json) {
+            output::json({{"path", path}});
+        } else {
+            output::line(path);
+        }
+        return exitstatus::kSuccess;
+    }
+
+    const settings::Setting* setting = settings::find(options.key);
+    // What the application stored beside the table, such as a silenced warning, can be looked at and
+    // forgotten.
+    const QVariant stored = standardUserDefaults().storedObject(options.key);
+    if (!setting && (options.action == Set || !stored.isValid()))
+        return wrongUsage(unknownKeyMessage(options.key), "settings");
+    switch (options.action) {
+        case Get:
+            print(setting ? present(*setting) : Present{options.key, stored, false}, options.json, false);
+            return exitstatus::kSuccess;
+        case Set:
+            return set(*setting, options.value);
+        case Unset:
+            return change(options.key, {});
+        case List:
+        case Path:
+            break;
+    }
+    return exitstatus::kSuccess;
+}

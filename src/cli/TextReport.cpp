@@ -1,0 +1,96 @@
+#include "cli/ConvertReport.h"
+#include "cli/Output.h"
+#include "cli/ProgressLines.h"
+#include "convert/StatusText.h"
+#include "support/Format.h"
+#include "support/Text.h"
+
+#include <QDateTime>
+
+namespace {
+
+QString nameOf(const ConversionJob& job) {
+    return job.fileInfo().fileName;
+}
+
+/// For people: on a terminal lines that redraw in place, in a pipe a line at the start and at the end of each
+/// movie.
+class TextReport : public ConvertReport {
+public:
+    explicit TextReport(bool quiet) : m_quiet(quiet), m_redraws(!quiet && output::isTerminal()) {}
+    ~TextReport() override { m_lines.clear(); }
+    TextReport(const TextReport&) = delete;
+    TextReport& operator=(const TextReport&) = delete;
+
+    void probed(const QString&, const std::optional<MKVFileInfo>&, std::optional<qsizetype>,
+                const json::Messages&) override {}
+    void message(const QString&, const ConsolePresenter::Message&) override {}
+    void queued(const ConversionJob&) override {}
+
+    void started(const ConversionJob& job) override {
+        m_running.append(&job);
+        if (m_redraws) {
+            redraw();
+        } else {
+            say(makeString("Converting %@", nameOf(job)));
+        }
+    }
+
+    void progress(const ConversionJob&) override {
+        if (m_redraws) redraw();
+    }
+
+    void finished(const ConversionJob& job) override {
+        m_running.removeOne(&job);
+        say(makeString("Finished %@ -> %@ (%@)", nameOf(job), job.fileInfo().destinationURL.toLocalFile(),
+                       text::formattedTimeFromTimeInterval(conversionSeconds(job))));
+    }
+
+    void failed(const ConversionJob& job, const failure::Explanation& explanation) override {
+        m_running.removeOne(&job);
+        sayError(makeString("Failed %@: %@", nameOf(job), explanation.message));
+    }
+
+    void refused(const QString&, const QString& message, bool wasShown) override {
+        if (!wasShown) sayError(message);
+    }
+
+private:
+    void say(const QString& text) {
+        m_lines.clear();
+        if (!m_quiet) output::line(text);
+        if (m_redraws) redraw();
+    }
+
+    void sayError(const QString& text) {
+        m_lines.clear();
+        output::error(text);
+        if (m_redraws) redraw();
+    }
+
+    void redraw() {
+        QList<ProgressLines::Line> lines;
+        for (const ConversionJob* job : std::as_const(m_running)) {
+            const double elapsed =
+                static_cast<double>(job->startDate().msecsTo(QDateTime::currentDateTime())) / 1000;
+            lines.append({nameOf(*job), job->progress(),
+                          text::formattedTimeFromTimeInterval(remainingSeconds(job->progress(), elapsed))});
+        }
+        m_lines.draw(lines);
+    }
+
+    const bool m_quiet;
+    const bool m_redraws;
+    QList<const ConversionJob*> m_running;
+    ProgressLines m_lines;
+};
+
+}  // namespace
+
+std::unique_ptr<ConvertReport> makeTextReport(bool quiet) {
+    return std::make_unique<TextReport>(quiet);
+}
+
+double conversionSeconds(const ConversionJob& job) {
+    return static_cast<double>(job.startDate().msecsTo(job.stopDate())) / 1000;
+}

@@ -1,0 +1,346 @@
+#include "convert/ConversionJob.h"
+
+#include "convert/ConversionCommand.h"
+#include "convert/ConversionSettings.h"
+#include "convert/SpaceCheck.h"
+#include "convert/StatusText.h"
+#include "convert/SupportMail.h"
+#include "settings/Keys.h"
+#include "support/Alert.h"
+#include "support/Defaults.h"
+#include "support/Desktop.h"
+#include "support/DontWarnAgain.h"
+#include "support/Files.h"
+#include "support/Log.h"
+#include "support/QuillonLib.h"
+#include "support/Text.h"
+#include "support/Volume.h"
+#include "tool/Tool.h"
+#include "tool/ToolProcess.h"
+#include "tool/ToolReaper.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace {
+
+constexpr int kProgressIntervalMilliseconds = 1000;
+
+double secondsBetween(const QDateTime& from, const QDateTime& to) {
+    return static_cast<double>(from.msecsTo(to)) / 1000;
+}
+
+}  // namespace
+
+ConversionJob::ConversionJob(JobController& ad, MKVFileInfo info, qsizetype audioTrackIndex, QObject* parent)
+    : QObject(parent),
+      m_ad(ad),
+      m_fileInfo(std::move(info)),
+      m_queuedDestination(m_fileInfo.destinationURL.toLocalFile()),
+      m_audioTrackIndex(audioTrackIndex) {
+    m_timer.setInterval(kProgressIntervalMilliseconds);
+    connect(&m_timer, &QTimer::timeout, this, &ConversionJob::progressTimer);
+}
+
+ConversionJob::~ConversionJob() {
+    endRun();
+}
+
+std::optional<ConversionMethod> ConversionJob::method() const {
+    const AudioEntry* audio = chosenAudio(m_fileInfo, m_audioTrackIndex);
+    if (!audio) return std::nullopt;
+    return calculateConversionMethod(audio->codec(), audio->isSurround(), ConversionSettings::current());
+}
+
+void ConversionJob::presetSpeedInfo() {
+    if (const auto chosen = method()) setSpeedInfoFromMethod(*chosen);
+}
+
+void ConversionJob::setState(JobState state) {
+    const JobState before = std::exchange(m_state, state);
+    if (before == state) return;
+    const bool ends = state == JobState::Finished || state == JobState::Failed;
+    if (ends) {
+        m_stopDate = QDateTime::currentDateTime();
+        m_progress = 100;
+    }
+    Q_EMIT stateChanged(before, state);
+}
+
+void ConversionJob::takeSleepAssertion() {
+    releaseSleepAssertion();
+    m_sleepAssertion = sharedDesktop().acquireSleepAssertion("Converting MKV file.");
+}
+
+void ConversionJob::releaseSleepAssertion() {
+    sharedDesktop().releaseSleepAssertion(std::exchange(m_sleepAssertion, 0));
+}
+
+bool ConversionJob::destinationIsWriteable() const {
+    const bool replaces = m_mayReplaceDestination && QFileInfo(m_queuedDestination).isFile();
+    return files::isWriteablePath(replaces ? files::uniqueFile(m_queuedDestination) : m_queuedDestination);
+}
+
+void ConversionJob::start() {
+    Q_EMIT starting();
+    takeSleepAssertion();
+    m_output = ToolOutput();
+    m_progress = 0;
+    if (!files::fileExists(m_fileInfo.fileURL)) {
+        alert_dontwarnagain_ever(
+            "warningremoved", "Error",
+            makeString(
+                "It seems you've removed the file %@ or unmounted its volume so conversion can't proceed.",
+                m_fileInfo.fileURL.fileName()),
+            "OK", "Don't warn again");
+        m_output.note(failure::kUserRemoved);
+        m_finishedError = true;
+        setState(JobState::Failed);
+        return;
+    }
+    if (!checkFreeSpace()) {
+        m_output.note(failure::kFreeSpace);
+        setState(JobState::Failed);
+        return;
+    }
+    claimDestination();
+    prepareProgressFile();
+    setState(JobState::Converting);
+    m_arguments = buildArguments();
+    launch();
+    m_ad.pauseContinueClicked(false);
+}
+
+void ConversionJob::claimDestination() {
+    const QString destination = m_fileInfo.destinationURL.toLocalFile();
+    if (m_mayReplaceDestination || m_wroteDestination) {
+        QFile::remove(destination);
+    } else {
+        const QString free = files::uniqueFile(destination, [&](const QString& candidate) {
+            if (files::fileExists(candidate)) return true;
+            return candidate != destination && m_destinationIsTaken && m_destinationIsTaken(candidate);
+        });
+        m_fileInfo.destinationURL = QUrl::fromLocalFile(free);
+    }
+    m_wroteDestination = true;
+}
+
+void ConversionJob::prepareProgressFile() {
+    const QString name = files::fittingFileName(m_fileInfo.fileName, ".log");
+    m_progressFile =
+        std::make_unique<ProgressFile>(files::uniqueFile(QuillonLib::shared().docDir() + u'/' + name));
+    m_progressFile->remove();
+}
+
+QStringList ConversionJob::buildArguments() {
+    const ConversionSettings settings = ConversionSettings::current();
+    ConversionRequest request{m_fileInfo, m_audioTrackIndex, false, m_progressFile->path()};
+    if (const AudioEntry* audio = chosenAudio(m_fileInfo, m_audioTrackIndex)) {
+        const ConversionMethod method =
+            calculateConversionMethod(audio->codec(), audio->isSurround(), settings);
+        setSpeedInfoFromMethod(method);
+        request.needsFixup =
+            method == ConversionMethod::Copy && audio->codec() == u"aac" && needFixup(audio->stream());
+        if (m_fileInfo.subtitleFileURL)
+            logInformation("Info: adding subtitles from file %@", m_fileInfo.subtitleFileURL->toLocalFile());
+    }
+    return conversionArguments(request, settings);
+}
+
+bool ConversionJob::needFixup(int audioStream) const {
+    return trialRunAsksForFixup(tool::trialRun(trialRunArguments(m_fileInfo, audioStream)));
+}
+
+void ConversionJob::launch() {
+    m_task = std::make_unique<ToolProcess>();
+    connect(m_task.get(), &ToolProcess::outputReceived, this, &ConversionJob::outputReceived);
+    connect(m_task.get(), &ToolProcess::ended, this, &ConversionJob::taskFinished);
+    m_startDate = QDateTime::currentDateTime();
+    m_timer.start();
+    m_task->start(m_arguments);
+    if (m_state == JobState::Converting) Q_EMIT launched();
+}
+
+void ConversionJob::outputReceived(const QByteArray& bytes) {
+    m_output.append(bytes);
+}
+
+void ConversionJob::progressTimer() {
+    readProgress();
+    Q_EMIT progressed();
+}
+
+void ConversionJob::readProgress() {
+    const auto seconds = m_progressFile->readNew();
+    if (!seconds || *seconds <= 0) return;
+    m_progress = progress::percent(*seconds, m_fileInfo.runtimeSeconds).value_or(m_progress);
+}
+
+QString ConversionJob::stateInfoString() const {
+    StatusFacts facts;
+    facts.state = m_state;
+    facts.progress = m_progress;
+    facts.elapsedSeconds = secondsBetween(m_startDate, QDateTime::currentDateTime());
+    facts.conversionSeconds = secondsBetween(m_startDate, m_stopDate);
+    facts.audioTracks = m_fileInfo.audioTrackInformation;
+    facts.audioTrackIndex = m_audioTrackIndex;
+    return ::stateInfoString(facts);
+}
+
+void ConversionJob::taskFinished(const ToolExit& exit) {
+    m_timer.stop();
+    readProgress();
+    const double convertedSeconds = m_progressFile->furthestSeconds();
+    std::exchange(m_progressFile, nullptr)->remove();
+    m_output.finish();
+    m_task.release()->deleteLater();  // It is still telling.
+    releaseSleepAssertion();
+
+    const bool truncated =
+        exit.succeeded() &&
+        failure::saysSourceIsTruncated(m_output.text(), convertedSeconds, m_fileInfo.runtimeSeconds);
+    if (truncated) m_output.note(failure::kTruncated);
+    const bool hasFailed = !exit.succeeded() || truncated;
+    if (hasFailed) {
+        failed(exit);
+    } else {
+        succeeded();
+    }
+    m_ad.startNextJobInQueue();
+    notifyUser(hasFailed);
+    countRun();
+    if (defaultInt(kQuitAfterConversionKey) != 0 && m_ad.jobCountWithState(JobState::Converting) == 0 &&
+        m_ad.jobCountWithState(JobState::Failed) == 0) {
+        Q_EMIT quitRequested();
+    }
+}
+
+void ConversionJob::failed(const ToolExit& exit) {
+    if (exit.reason == ToolExit::Reason::NotStarted)
+        m_output.note(failure::kToolMissing + u' ' + exit.startError);
+    const QString line = makeString("CJ %p failedJobOutout: %@ status: %i reason: %li", this, m_output.text(),
+                                    exit.status, exit.reason == ToolExit::Reason::Exited ? 1L : 2L);
+    qn_log_message(kLogNotice, line);
+    m_finishedError = true;
+    deleteOutput();
+    const bool noSpace = failure::saysNoSpaceLeft(m_output.text());
+    if (!noSpace) m_output.note(line);
+    setState(JobState::Failed);
+    if (noSpace) {
+        const failure::Explanation told = failure::noSpaceLeft();
+        alert(told.title, told.message, "OK");
+    }
+}
+
+/// A half-written movie is of no use to anyone, and where the disk is full it is in the way.
+void ConversionJob::deleteOutput() {
+    if (std::exchange(m_wroteDestination, false)) QFile::remove(m_fileInfo.destinationURL.toLocalFile());
+}
+
+void ConversionJob::succeeded() {
+    m_finishedOK = true;
+    setState(JobState::Finished);
+    if (defaultInt(kAutoCleanKey) != 0) remove();
+    if (defaultInt(kAutoRemoveKey) != 0) disposeOfSource();
+}
+
+void ConversionJob::disposeOfSource() const {
+    const QString source = m_fileInfo.fileURL.toLocalFile();
+    const bool gone =
+        defaultInt(kAutoRemoveTypeKey) != 0 ? QFile::remove(source) : sharedDesktop().moveToTrash(source);
+    if (!gone) logError("Error: could not remove the source file %@", source);
+}
+
+void ConversionJob::notifyUser(bool hasFailed) const {
+    const QString name = QuillonLib::shared().appName();
+    if (hasFailed) {
+        sharedDesktop().notify(
+            {makeString("%@ Conversion Failed", name),
+             makeString("%@ has failed to convert the file %@.", name, m_fileInfo.fileName),
+             {},
+             {}});
+    } else {
+        sharedDesktop().notify(
+            {makeString("%@ Conversion Finished", name),
+             makeString("%@ has finished converting the file %@.", name, m_fileInfo.fileName),
+             text::localized("Show"), m_fileInfo.destinationURL.toLocalFile()});
+    }
+}
+
+void ConversionJob::countRun() {
+    setDefaultInt(kConvertedFileCountKey, defaultInt(kConvertedFileCountKey) + 1);
+    setDefaultInt(kUsagesKey, defaultInt(kUsagesKey) + 1);
+    m_ad.increaseUsages(true, true);
+}
+
+void ConversionJob::pause() {
+    if (m_state != JobState::Converting) return;
+    m_timer.stop();
+    if (m_task) m_task->suspend();
+    setState(JobState::Paused);
+    releaseSleepAssertion();
+}
+
+void ConversionJob::continueJob() {
+    if (m_state == JobState::Queued) {
+        start();
+    } else if (m_state == JobState::Paused) {
+        m_timer.start();
+        if (m_task) m_task->resume();
+        setState(JobState::Converting);
+        takeSleepAssertion();
+    }
+    m_ad.pauseContinueClicked(false);
+}
+
+void ConversionJob::remove() {
+    endRun();
+    m_ad.removeJob(this);
+    m_ad.startNextJobInQueue();
+}
+
+void ConversionJob::endRun() {
+    m_timer.stop();
+    releaseSleepAssertion();
+    if (m_task) m_task->disconnect(this);
+    // A finished output stays, and so does a file that only waits to be replaced.
+    const bool deletesOutput = m_wroteDestination && m_state != JobState::Finished;
+    const QString output = deletesOutput ? m_fileInfo.destinationURL.toLocalFile() : QString();
+    const auto cleanUp = [output, progressFile = std::shared_ptr<ProgressFile>(std::move(m_progressFile))] {
+        if (!output.isEmpty()) QFile::remove(output);
+        if (progressFile) progressFile->remove();
+    };
+    m_wroteDestination = false;
+    ToolReaper::shared().take(std::move(m_task), cleanUp);
+}
+
+void ConversionJob::reveal(bool shiftIsHeld) {
+    if (m_state != JobState::Failed) {
+        const QUrl& shown = shiftIsHeld ? m_fileInfo.fileURL : m_fileInfo.destinationURL;
+        sharedDesktop().reveal(shown.toLocalFile());
+        return;
+    }
+    const failure::Explanation told = explanation();
+    if (!told.offersSupport) {
+        alert(told.title, told.message, "OK");
+    } else if (alert(told.title, told.message, text::localized("Send to support"),
+                     text::localized("Cancel")) == kAlertFirstButton) {
+        sharedDesktop().openUrl(QUrl(conversionSupportMail(m_arguments, m_output.text(), m_fileInfo)));
+    }
+}
+
+failure::Explanation ConversionJob::explanation() const {
+    return failure::explain(
+        {m_output.text(), m_arguments,
+         defaultInt(kDisableBuiltinSubtitlesKey) == 0 && !m_fileInfo.subtitleTrackIDs.isEmpty(),
+         m_fileInfo.subtitleFileURL.has_value()});
+}
+
+bool ConversionJob::checkFreeSpace() const {
+    const QString folder = QFileInfo(m_fileInfo.destinationURL.toLocalFile()).path();
+    const auto verdict =
+        spacecheck::check(m_fileInfo.fileSize, volume::freeBytes(folder), volume::maximumFileSize(folder));
+    if (verdict == spacecheck::Verdict::Enough) return true;
+    alert_apptitled(spacecheck::message(verdict), "OK");
+    return false;
+}

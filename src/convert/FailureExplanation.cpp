@@ -1,0 +1,122 @@
+#include "convert/FailureExplanation.h"
+
+#include "support/Format.h"
+#include "support/Text.h"
+
+#include <array>
+#include <optional>
+
+namespace failure {
+
+namespace {
+
+/// The message for an output that contains all of a rule's words. The first rule that fits tells.
+struct Rule {
+    QStringList words;
+    const char* message;
+};
+
+constexpr const char* kNoSpace = "No space left on device";
+
+const QList<Rule>& rules() {
+    static const char* const volumeTrouble =
+        "Movie conversion failed but it seems the reason is that the disk or network volume to save the "
+        "movie is having "
+        "problems. Try converting to a reliable disk and copying the file to its destination later.";
+    static const QList<Rule> list = {
+        {{kNoSpace},
+         "Movie conversion failed because there is not enough free space left on the destination volume. "
+         "Please make sure "
+         "your harddisk has enough free space before starting conversion"},
+        {{"Operation timed out"}, volumeTrouble},
+        {{"Bad file descriptor"}, volumeTrouble},
+        {{"Read error at pos", "Error while decoding stream"},
+         "Movie conversion failed because the movie seems to be too damaged to convert - playback may work "
+         "but converting it "
+         "is impossible."},
+        {{kUserRemoved},
+         "Movie conversion failed because you've removed/renamed the source movie file or unmounted its "
+         "volume."},
+        {{kFreeSpace},
+         "The converted file can't be saved on the destination volume as there is not enough free space or "
+         "it doesn't "
+         "support large files."},
+        {{"track 0: could not find tag, codec not currently supported in container"},
+         "Movie conversion failed because you are trying to convert a movie with a video track that can't be "
+         "embedded into "
+         "MP4s."},
+        {{kToolMissing},
+         "Movie conversion failed because the conversion tool could not be started. Please install the "
+         "application again."},
+        {{kTruncated},
+         "Movie conversion failed because the movie is incomplete: the file ends before the movie does. "
+         "Please copy or "
+         "download it again. The source movie was left as it is."},
+    };
+    return list;
+}
+
+Explanation failed(const char* message) {
+    return {text::localized("Conversion Failed"), text::localized(message), false};
+}
+
+Explanation information(const QString& message, bool offersSupport) {
+    return {text::localized("Information"), message, offersSupport};
+}
+
+}  // namespace
+
+Explanation explain(const Facts& facts) {
+    for (const Rule& rule : rules()) {
+        const bool fits = std::all_of(rule.words.cbegin(), rule.words.cend(),
+                                      [&](const QString& word) { return facts.output.contains(word); });
+        if (fits) return failed(rule.message);
+    }
+    if (facts.embeddedSubtitlesWereUsed) {
+        return information(
+            text::localized(
+                "A problem occured - this is most likely related to the subtitles embedded into the movie. "
+                "Please "
+                "disable conversion of 'Internal MKV Subtitles' in the preferences and try again."),
+            false);
+    }
+    if (facts.hasSubtitleFile) {
+        return information(text::localized("A problem occured - this is most likely related to the subtitle "
+                                           "file you have specified. Please "
+                                           "either specify the correct 'External SRT Encoding' in the "
+                                           "preferences or just try again without "
+                                           "the subtitle file."),
+                           false);
+    }
+    constexpr qsizetype kShown = 400;
+    return information(
+        makeString("A problem prevented the file from being converted. You can contact our support with this "
+                   "information so that we can fix this problem.\n\nCommand-line: %@\nCommand-output: %@",
+                   facts.arguments.join(u' '), text::clamp(facts.output, kShown)),
+        true);
+}
+
+Explanation noSpaceLeft() {
+    return failed(rules().first().message);
+}
+
+bool saysNoSpaceLeft(const QString& output) {
+    return output.contains(kNoSpace);
+}
+
+bool explainsSomething(QStringView line) {
+    for (const Rule& rule : rules()) {
+        if (text::containsAny(line, rule.words)) return true;
+    }
+    return false;
+}
+
+bool saysSourceIsTruncated(const QString& output, double convertedSeconds,
+                           std::optional<qint32> runtimeSeconds) {
+    static const QStringList words = {"File ended prematurely", ": partial file", "corrupt input packet",
+                                      "Input/output error"};
+    if (!text::containsAny(output, words)) return false;
+    return !runtimeSeconds || convertedSeconds < *runtimeSeconds;
+}
+
+}  // namespace failure

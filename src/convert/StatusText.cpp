@@ -1,0 +1,52 @@
+#include "convert/StatusText.h"
+
+#include "support/Format.h"
+#include "support/Text.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr double kLongestSeconds = 18000;
+
+/// The chosen track, and of the others the last one.
+QString audioText(const QString& base, const StatusFacts& facts) {
+    const auto& tracks = facts.audioTracks;
+    if (facts.audioTrackIndex < 0 || facts.audioTrackIndex >= tracks.size()) return base;
+    const QString text = makeString("%@   Audio: %@", base, tracks[facts.audioTrackIndex].description());
+    if (tracks.size() < 2) return text;
+    const qsizetype last = tracks.size() - 1;
+    const qsizetype discarded = last == facts.audioTrackIndex ? last - 1 : last;
+    return makeString("%@ (Discarded: %@)", text, tracks[discarded].description());
+}
+
+}  // namespace
+
+double remainingSeconds(double progress, double elapsedSeconds) {
+    const double remaining = 100 / progress * elapsedSeconds - elapsedSeconds;
+    // Nothing done in no time is not a number; it is the same as nothing done so far.
+    if (std::isnan(remaining)) return kLongestSeconds;
+    return std::clamp(remaining, 0.0, kLongestSeconds);
+}
+
+QString stateInfoString(const StatusFacts& facts) {
+    const QString base = text::localized("Status: ") + nameOfState(facts.state);
+    switch (facts.state) {
+        case JobState::Failed:
+            return makeString("%@   Click the arrow at the right to get more information.", base);
+        case JobState::Finished:
+            return base + makeString(" [Conversion took: %@]",
+                                     text::formattedTimeFromTimeInterval(facts.conversionSeconds));
+        case JobState::Converting: {
+            const QString text = audioText(base, facts);
+            if (std::isnan(facts.elapsedSeconds)) return text;
+            const double remaining = remainingSeconds(facts.progress, facts.elapsedSeconds);
+            return makeString("%@   ETA: %@", text, text::formattedTimeFromTimeInterval(remaining));
+        }
+        case JobState::Queued:
+        case JobState::Paused:
+            return base;
+    }
+    return base;
+}

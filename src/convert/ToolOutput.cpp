@@ -1,0 +1,56 @@
+#include "convert/ToolOutput.h"
+
+#include "convert/FailureExplanation.h"
+#include "support/Text.h"
+
+namespace {
+
+constexpr qsizetype kMostOfBegin = 256 * 1024;  // characters
+constexpr qsizetype kMostOfEnd = 64 * 1024;
+constexpr qsizetype kMostOfTelling = 16 * 1024;
+constexpr qsizetype kLongestLine = 64 * 1024;
+
+}  // namespace
+
+void ToolOutput::append(const QByteArray& bytes) {
+    m_unfinished += m_decoder(bytes);
+    const auto lines = text::lines(m_unfinished);
+    for (qsizetype i = 0; i + 1 < lines.size(); ++i)
+        takeLine(lines[i]);
+    QString rest = lines.last().toString();
+    if (rest.size() > kLongestLine) {
+        takeLine(rest);
+        rest.clear();
+    }
+    m_unfinished = rest;
+}
+
+void ToolOutput::finish() {
+    takeLine(m_unfinished);
+    m_unfinished.clear();
+}
+
+void ToolOutput::note(const QString& text) {
+    keep(text);
+}
+
+bool ToolOutput::contains(QStringView mark) const {
+    return text().contains(mark);
+}
+
+void ToolOutput::takeLine(QStringView line) {
+    const bool isStatistics = line.contains(u"frame=") && line.contains(u"bitrate=");
+    if (!isStatistics) keep(line);
+}
+
+void ToolOutput::keep(QStringView line) {
+    if (m_end.isEmpty() && m_begin.size() + line.size() <= kMostOfBegin) {
+        m_begin += line;
+        return;
+    }
+    if (m_telling.size() < kMostOfTelling && failure::explainsSomething(line))
+        m_telling += line.left(kMostOfTelling);
+    m_end += line;
+    // Cut seldom, so that a flood costs no more than its length.
+    if (m_end.size() > 2 * kMostOfEnd) m_end = m_end.last(kMostOfEnd);
+}

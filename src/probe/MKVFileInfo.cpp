@@ -1,0 +1,70 @@
+#include "probe/MKVFileInfo.h"
+
+#include "support/Files.h"
+#include "support/Format.h"
+#include "support/Text.h"
+#include "tool/Tool.h"
+
+#include <stdexcept>
+
+namespace {
+
+/// A report that is not UTF-8 is read as one without lines.
+QString reportText(const tool::Report& report) {
+    return text::fromUtf8(report.output).value_or(QString());
+}
+
+}  // namespace
+
+MKVFileInfo MKVFileInfo::fromFacts(const ReportFacts& facts, const QUrl& url) {
+    MKVFileInfo record;
+    record.audioTrackInformation = facts.audioTracks;
+    record.subtitleTrackIDs = facts.subtitleTrackIDs;
+    record.informationString = facts.informationString();
+    record.fileName = url.fileName();
+    record.fileURL = url;
+    record.videoTrackID = facts.videoTrackID.value_or(0);
+    record.videoTrackCodec = facts.videoTrackCodec;
+    record.runtimeSeconds = facts.runtimeSeconds;
+    record.fileSize = files::fileSize(url);
+    return record;
+}
+
+MKVFileInfo::Probe MKVFileInfo::probe(const QUrl& url) {
+    const QString fileName = url.fileName();
+    if (files::fileIsAlias(url)) return {std::nullopt, {verdicts::alias(fileName)}};
+
+    if (const QString problem = tool::problem(); !problem.isEmpty())
+        return {std::nullopt, {verdicts::toolProblem(problem)}};
+    const tool::Report report = tool::report(url.toLocalFile());
+    if (!report.started) {
+        const QString reason = makeString("posix_spawn: %@", report.startError);
+        return {std::nullopt, {verdicts::spawnFailed(reason, tool::path())}};
+    }
+
+    const ReportFacts facts = parseReport(reportText(report), ProbeSettings::current(), fileName);
+    if (facts.rejected) return {std::nullopt, facts.verdicts};
+    return {fromFacts(facts, url), facts.verdicts};
+}
+
+std::optional<MKVFileInfo> MKVFileInfo::initWithURL(const QUrl& url) {
+    Probe result = probe(url);
+    verdicts::deliver(result.verdicts);
+    return std::move(result.record);
+}
+
+qint32 MKVFileInfo::durationOfFile(const QUrl& url) {
+    const tool::Report report = tool::report(url.toLocalFile());
+    if (!report.started) throw std::runtime_error(report.startError.toStdString());
+    return durationInReport(reportText(report));
+}
+
+QString MKVFileInfo::description() const {
+    const auto line = [](const char* name, const auto& value) {
+        return makeString("\n%@: %@", QString(name), describe(value));
+    };
+    return line("audioTrackInformation", texts(audioTrackInformation)) +
+           line("informationString", informationString) + line("fileName", fileName) +
+           line("runtimeSeconds", runtimeSeconds) + line("fileSize", QString::number(fileSize)) +
+           line("subtitleTrackIDs", subtitleTrackIDs) + line("subtitleFileURL", subtitleFileURL);
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QString>
+
+/// What the application is and where its things are. Asked anew at every call; callable from any thread.
+namespace ApplicationInfo {
+
+/// The text under `key` in the application's information file, which is built into the program; empty: none.
+QString value(const char* key);
+
+QString name();
+QString version();
+int buildNumber();
+QString bundleIdentifier();
+
+/// `$XDG_CONFIG_HOME/<bundle identifier>/settings.json`
+QString settingsFilePath();
+/// `$XDG_DATA_HOME/<bundle identifier>`: everything that the application keeps for itself.
+QString homeInsideSandbox();
+/// `$RAVELIN_RESOURCES`, else the folder beside the program: of the build tree or of an installed tree.
+QString resourceFolder();
+
+}  // namespace ApplicationInfo

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QList>
+
+#include <algorithm>
+#include <iterator>
+
+namespace collections {
+
+/// The elements for which `keep` is true, in order.
+template <typename T, typename Predicate>
+QList<T> filtered(const QList<T>& list, Predicate keep) {
+    QList<T> result;
+    std::copy_if(list.cbegin(), list.cend(), std::back_inserter(result), keep);
+    return result;
+}
+
+/// The sum of `number` (a 32-bit integer) over the elements; 0 for an empty list.
+template <typename List, typename Function>
+qint64 reduce(const List& list, Function number) {
+    qint64 sum = 0;
+    for (const auto& element : list)
+        sum += number(element);
+    return sum;
+}
+
+/// Removes duplicates; of equal elements the first stays where it is.
+template <typename List>
+List withoutDuplicates(const List& list) {
+    List result;
+    for (const auto& element : list) {
+        if (!result.contains(element)) result.append(element);
+    }
+    return result;
+}
+
+}  // namespace collections

@@ -1,0 +1,182 @@
+#include "support/DBusDesktop.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QFileInfo>
+#include <QProcess>
+#include <QStandardPaths>
+
+namespace {
+
+constexpr auto kPortalService = "org.freedesktop.portal.Desktop";
+constexpr auto kPortalPath = "/org/freedesktop/portal/desktop";
+constexpr auto kNotificationService = "org.freedesktop.Notifications";
+constexpr auto kNotificationPath = "/org/freedesktop/Notifications";
+
+/// A bus that is not announced is not asked for: asking could start one, or wait for an X server.
+bool isAnnounced(const char* variable, const QString& socket) {
+    return qEnvironmentVariableIsSet(variable) || QFileInfo::exists(socket);
+}
+
+std::optional<QDBusConnection> systemBus() {
+    if (!isAnnounced("DBUS_SYSTEM_BUS_ADDRESS", "/run/dbus/system_bus_socket")) return std::nullopt;
+    QDBusConnection bus = QDBusConnection::systemBus();
+    return bus.isConnected() ? std::optional(bus) : std::nullopt;
+}
+
+template <typename Handler>
+void whenAnswered(const QDBusConnection& bus, const QDBusMessage& call, QObject* context, Handler handler) {
+    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), context);
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, context,
+                     [handler](QDBusPendingCallWatcher* finished) {
+                         handler(*finished);
+                         finished->deleteLater();
+                     });
+}
+
+QDBusMessage portalCall(const char* interface, const char* method, const QVariantList& arguments) {
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        kPortalService, kPortalPath, QString("org.freedesktop.portal.") + interface, method);
+    call.setArguments(arguments);
+    return call;
+}
+
+}  // namespace
+
+DBusDesktop::DBusDesktop(QString applicationName, QString desktopEntry, bool insideFlatpak)
+    : m_applicationName(std::move(applicationName)),
+      m_desktopEntry(std::move(desktopEntry)),
+      m_insideFlatpak(insideFlatpak) {}
+
+bool DBusDesktop::isInsideFlatpak() {
+    return QFileInfo::exists("/.flatpak-info");
+}
+
+std::optional<QDBusConnection> DBusDesktop::sessionBus() {
+    const QString socket = qEnvironmentVariable("XDG_RUNTIME_DIR") + "/bus";
+    if (!isAnnounced("DBUS_SESSION_BUS_ADDRESS", socket)) return std::nullopt;
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    return bus.isConnected() ? std::optional(bus) : std::nullopt;
+}
+
+quint32 DBusDesktop::acquireSleepAssertion(const QString& reason) {
+    const quint32 assertion = ++m_lastAssertion;
+    m_assertions.insert(assertion, {});
+    const auto bus = m_insideFlatpak ? sessionBus() : systemBus();
+    if (!bus) return assertion;
+    if (m_insideFlatpak) {
+        constexpr uint kSuspendAndIdle = 4 | 8;
+        const auto call =
+            portalCall("Inhibit", "Inhibit", {QString(), kSuspendAndIdle, QVariantMap{{"reason", reason}}});
+        whenAnswered(*bus, call, this, [this, assertion](const QDBusPendingCall& answer) {
+            const QDBusPendingReply<QDBusObjectPath> reply = answer;
+            if (reply.isError()) return;
+            const bool isReleased = !m_assertions.contains(assertion);
+            m_assertions[assertion].portalRequest = reply.value().path();
+            if (isReleased) releaseSleepAssertion(assertion);
+        });
+        return assertion;
+    }
+    QDBusMessage call = QDBusMessage::createMethodCall("org.freedesktop.login1", "/org/freedesktop/login1",
+                                                       "org.freedesktop.login1.Manager", "Inhibit");
+    call.setArguments({QString("sleep:idle"), m_applicationName, reason, QString("block")});
+    whenAnswered(*bus, call, this, [this, assertion](const QDBusPendingCall& answer) {
+        const QDBusPendingReply<QDBusUnixFileDescriptor> reply = answer;
+        // Released meanwhile: the descriptor closes with the reply.
+        const auto held = m_assertions.find(assertion);
+        if (!reply.isError() && held != m_assertions.end()) held->descriptor = reply.value();
+    });
+    return assertion;
+}
+
+void DBusDesktop::releaseSleepAssertion(quint32 assertion) {
+    const Assertion released = m_assertions.take(assertion);
+    if (released.portalRequest.isEmpty()) return;
+    if (auto bus = sessionBus()) {
+        bus->send(QDBusMessage::createMethodCall(kPortalService, released.portalRequest,
+                                                 "org.freedesktop.portal.Request", "Close"));
+    }
+}
+
+void DBusDesktop::notify(const Notification& notification) {
+    const auto bus = sessionBus();
+    if (!bus) return;
+    listenForActions(*bus);
+    if (m_insideFlatpak) {
+        notifyThroughPortal(*bus, notification);
+        return;
+    }
+    QStringList actions;
+    if (!notification.path.isEmpty()) actions << "default" << notification.title;
+    if (!notification.action.isEmpty()) actions << "show" << notification.action;
+    const QVariantMap hints{{"desktop-entry", m_desktopEntry}, {"sound-name", "message-new-instant"}};
+    QDBusMessage call = QDBusMessage::createMethodCall(kNotificationService, kNotificationPath,
+                                                       kNotificationService, "Notify");
+    constexpr int kUsualDuration = -1;
+    call.setArguments({m_applicationName, 0U, m_desktopEntry, notification.title,
+                       notification.text.toHtmlEscaped(), actions, hints, kUsualDuration});
+    whenAnswered(*bus, call, this, [this, path = notification.path](const QDBusPendingCall& answer) {
+        const QDBusPendingReply<uint> reply = answer;
+        if (!reply.isError() && !path.isEmpty())
+            m_pathsOfNotifications.insert(QString::number(reply.value()), path);
+    });
+}
+
+void DBusDesktop::notifyThroughPortal(QDBusConnection bus, const Notification& notification) {
+    const QString id = QString::number(++m_lastPortalNotification);
+    QVariantMap content{{"title", notification.title}, {"body", notification.text}};
+    if (!notification.path.isEmpty()) {
+        content.insert("default-action", "show");
+        m_pathsOfNotifications.insert(id, notification.path);
+    }
+    bus.send(portalCall("Notification", "AddNotification", {id, content}));
+}
+
+void DBusDesktop::listenForActions(QDBusConnection bus) {
+    if (std::exchange(m_listens, true)) return;
+    if (m_insideFlatpak) {
+        bus.connect(kPortalService, kPortalPath, "org.freedesktop.portal.Notification", "ActionInvoked", this,
+                    SLOT(onPortalActionInvoked(QString, QString, QVariantList)));
+        return;
+    }
+    bus.connect({}, kNotificationPath, kNotificationService, "ActionInvoked", this,
+                SLOT(onActionInvoked(uint, QString)));
+    bus.connect({}, kNotificationPath, kNotificationService, "NotificationClosed", this,
+                SLOT(onNotificationClosed(uint, uint)));
+}
+
+void DBusDesktop::onActionInvoked(uint id, const QString&) {
+    const QString path = m_pathsOfNotifications.value(QString::number(id));
+    if (!path.isEmpty()) Q_EMIT notificationActivated(path);
+}
+
+void DBusDesktop::onNotificationClosed(uint id, uint) {
+    m_pathsOfNotifications.remove(QString::number(id));
+}
+
+void DBusDesktop::onPortalActionInvoked(const QString& id, const QString&, const QVariantList&) {
+    const QString path = m_pathsOfNotifications.take(id);
+    if (!path.isEmpty()) Q_EMIT notificationActivated(path);
+}
+
+void DBusDesktop::reveal(const QString& path) {
+    const QUrl folder = QUrl::fromLocalFile(QFileInfo(path).path());
+    const auto bus = sessionBus();
+    if (!bus) {
+        openUrl(folder);
+        return;
+    }
+    QDBusMessage call =
+        QDBusMessage::createMethodCall("org.freedesktop.FileManager1", "/org/freedesktop/FileManager1",
+                                       "org.freedesktop.FileManager1", "ShowItems");
+    call.setArguments({QStringList(QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded)), QString()});
+    whenAnswered(*bus, call, this, [this, folder](const QDBusPendingCall& answer) {
+        if (answer.isError()) openUrl(folder);
+    });
+}
+
+bool DBusDesktop::openUrl(const QUrl& url) {
+    const QString opener = QStandardPaths::findExecutable("xdg-open");
+    return !opener.isEmpty() && QProcess::startDetached(opener, {url.toString(QUrl::FullyEncoded)});
+}

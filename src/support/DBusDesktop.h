@@ -1,0 +1,54 @@
+#pragma once
+
+#include "support/Desktop.h"
+
+#include <QDBusConnection>
+#include <QDBusUnixFileDescriptor>
+#include <QHash>
+
+#include <functional>
+#include <optional>
+
+/// The desktop over D-Bus: logind, the notification daemon and the file manager, or inside a Flatpak the
+/// desktop portal. A bus is connected to at the first use and only where one is announced; no reply is waited
+/// for.
+class DBusDesktop : public Desktop {
+    Q_OBJECT
+
+public:
+    /// `applicationName` is told to the services; `desktopEntry` is the application's reverse-DNS identifier.
+    DBusDesktop(QString applicationName, QString desktopEntry, bool insideFlatpak = isInsideFlatpak());
+
+    quint32 acquireSleepAssertion(const QString& reason) override;
+    void releaseSleepAssertion(quint32 assertion) override;
+    void notify(const Notification& notification) override;
+    void reveal(const QString& path) override;
+    bool openUrl(const QUrl& url) override;
+
+    static bool isInsideFlatpak();
+
+private Q_SLOTS:
+    void onActionInvoked(uint id, const QString& action);
+    void onNotificationClosed(uint id, uint reason);
+    void onPortalActionInvoked(const QString& id, const QString& action, const QVariantList& parameters);
+
+private:
+    /// What keeps the machine awake: logind's descriptor, or the handle of the portal's request.
+    struct Assertion {
+        QDBusUnixFileDescriptor descriptor;
+        QString portalRequest;
+    };
+
+    std::optional<QDBusConnection> sessionBus();
+    void notifyThroughPortal(QDBusConnection bus, const Notification& notification);
+    void listenForActions(QDBusConnection bus);
+
+    const QString m_applicationName;
+    const QString m_desktopEntry;
+    const bool m_insideFlatpak;
+    quint32 m_lastAssertion = 0;
+    QHash<quint32, Assertion> m_assertions;
+    QHash<QString, QString> m_pathsOfNotifications;  ///< Notification's identifier -> file.
+    int m_lastPortalNotification = 0;
+    bool m_listens = false;
+};

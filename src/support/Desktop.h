@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QUrl>
+
+/// A message for the user's notification area.
+struct Notification {
+    QString title;
+    QString text;
+    QString action;  ///< Title of the action button; empty: no button.
+    QString path;    ///< File that the action shows; empty: none.
+};
+
+/// What the application asks of the desktop around it. Every request is answered at once and none fails
+/// loudly: where nobody listens, nothing happens. Main thread only.
+class Desktop : public QObject {
+    Q_OBJECT
+
+public:
+    using QObject::QObject;
+
+    /// Keeps the machine from going to sleep until the assertion is released.
+    /// Returns its identifier, which is never 0.
+    virtual quint32 acquireSleepAssertion(const QString& reason) = 0;
+
+    /// Releasing 0 or an identifier that was released before does nothing.
+    virtual void releaseSleepAssertion(quint32 assertion) = 0;
+
+    /// Posts `notification` with the default sound.
+    virtual void notify(const Notification& notification) = 0;
+
+    /// Shows the file selected in the file manager, or its folder where the file manager cannot select.
+    virtual void reveal(const QString& path) = 0;
+
+    /// Moves the file to the user's trash. False: it is where it was.
+    virtual bool moveToTrash(const QString& path);
+
+    /// Opens a page, a folder or a mail link with the user's program for it. False: there is none.
+    virtual bool openUrl(const QUrl& url) = 0;
+
+Q_SIGNALS:
+    /// The user chose a notification (its button or its body) that was posted with a path.
+    void notificationActivated(const QString& path);
+};
+
+/// The desktop that the application talks to; not owned. Without one, a desktop on which nothing happens.
+void setSharedDesktop(Desktop* desktop);
+Desktop& sharedDesktop();

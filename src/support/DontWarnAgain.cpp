@@ -1,0 +1,81 @@
+#include "support/DontWarnAgain.h"
+
+#include "support/ApplicationInfo.h"
+#include "support/Defaults.h"
+#include "support/Dispatch.h"
+#include "support/Log.h"
+#include "support/Text.h"
+
+namespace {
+
+/// Shows `alert` and stores under `key` whether the user ticked its box.
+long askOnce(const QString& key, const Alert& alert) {
+    const AlertAnswer answer = alertPresenter().present(alert);
+    setDefaultInt(key, answer.suppressed ? 1 : 0);
+    return answer.response;
+}
+
+void onMainThread(const Block& block) {
+    if (isMainThread()) {
+        block();
+    } else {
+        dispatch_async_main(block);
+    }
+}
+
+Alert silenceable(const QString& title, const QString& message, const QString& suppressionTitle) {
+    Alert alert;
+    alert.title = title;
+    alert.message = message;
+    alert.suppressionTitle = suppressionTitle;
+    return alert;
+}
+
+QString logged(const QString& text) {
+    return text::strippedOfNewlines(text);
+}
+
+}  // namespace
+
+void alert_dontwarnagain_version(const QString& identifier, const QString& title, const QString& message,
+                                 const QString& button, const QString& suppressionTitle) {
+    onMainThread([=] {
+        const QString key = makeString("_%@_%@_asked", identifier, ApplicationInfo::version());
+        if (defaultInt(key) != 0) return;
+        Alert alert = silenceable(title, message, suppressionTitle);
+        alert.buttons = {button};
+        alert.key = identifier;
+        logError("Alert Dontwarnagain: %@ - %@", logged(title), logged(message));
+        askOnce(key, alert);
+        logError("Alert Dontwarnagain: finished");
+    });
+}
+
+void alert_dontwarnagain_ever(const QString& identifier, const QString& title, const QString& message,
+                              const QString& button, const QString& suppressionTitle) {
+    onMainThread([=] {
+        const QString key = makeString("_%@_asked", identifier);
+        if (defaultInt(key) != 0) return;
+        Alert alert = silenceable(title, message, suppressionTitle);
+        alert.buttons = {button};
+        alert.key = identifier;
+        logError("Alert Dontwarnagainever: %@ - %@", logged(title), logged(message));
+        askOnce(key, alert);
+        logError("Alert Dontwarnagainever: finished");
+    });
+}
+
+long _alert_dontwarnagain_prefs(const QString& key, const QString& title, const QString& message,
+                                const AlertButton& defaultButton, const AlertButton& alternate,
+                                const QString& suppressionTitle) {
+    if (defaultInt(key) != 0) return -1;
+    Alert alert = silenceable(title, message, suppressionTitle);
+    for (const AlertButton& button : {defaultButton, alternate}) {
+        if (!button.title.isEmpty()) alert.buttons.push_back(button);
+    }
+    alert.key = key;
+    logError("Alert: %@ - %@", logged(title), logged(message));
+    const long response = askOnce(key, alert);
+    logError("Alert: finished %li", response);
+    return response;
+}

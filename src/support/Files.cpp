@@ -1,0 +1,104 @@
+#include "support/Files.h"
+
+#include "support/Format.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace files {
+
+namespace {
+
+constexpr qsizetype kLongestName = 255;  // bytes
+
+/// Where the extension's point stands, -1 without an extension.
+qsizetype extensionPoint(const QString& path) {
+    const qsizetype name = path.lastIndexOf(u'/') + 1;
+    const qsizetype point = path.lastIndexOf(u'.');
+    return point > name ? point : -1;
+}
+
+}  // namespace
+
+bool fileExists(const QString& path) {
+    return QFileInfo::exists(path);
+}
+
+bool fileExists(const QUrl& url) {
+    return url.isLocalFile() && fileExists(url.toLocalFile());
+}
+
+std::optional<QByteArray> contents(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
+    return file.readAll();
+}
+
+quint64 fileSize(const QUrl& url) {
+    return static_cast<quint64>(QFileInfo(url.toLocalFile()).size());
+}
+
+QString pathExtension(const QString& path) {
+    const qsizetype point = extensionPoint(path);
+    return point < 0 ? QString() : path.sliced(point + 1);
+}
+
+QString withoutExtension(const QString& path) {
+    const qsizetype point = extensionPoint(path);
+    return point < 0 ? path : path.first(point);
+}
+
+QString fittingFileName(const QString& stem, const QString& ending) {
+    const qsizetype room = kLongestName - ending.toUtf8().size();
+    QString fitting = stem;
+    while (!fitting.isEmpty() && fitting.toUtf8().size() > room) {
+        fitting.chop(fitting.size() > 1 && fitting.back().isLowSurrogate() ? 2 : 1);
+    }
+    return fitting + ending;
+}
+
+QString uniqueFile(const QString& path, const std::function<bool(const QString&)>& taken) {
+    const qsizetype name = path.lastIndexOf(u'/') + 1;
+    const QString folder = path.first(name);
+    const QString stem = withoutExtension(path).sliced(name);
+    const QString extension = pathExtension(path);
+    const QString fitting = path.sliced(name).toUtf8().size() > kLongestName
+                                ? folder + fittingFileName(stem, u'.' + extension)
+                                : path;
+    if (!taken(fitting)) return fitting;
+    for (int counter = 0;; ++counter) {
+        const QString candidate = folder + fittingFileName(stem, makeString("-%i.%@", counter, extension));
+        if (!taken(candidate)) return candidate;
+    }
+}
+
+QString uniqueFile(const QString& path) {
+    // A link that leads nowhere takes the name all the same.
+    return uniqueFile(path, [](const QString& candidate) {
+        return fileExists(candidate) || QFileInfo(candidate).isSymLink();
+    });
+}
+
+bool isWriteablePath(const QString& path) {
+    // O_EXCL: looking and creating in one step, so that a file that appears meanwhile is never written over.
+    const QByteArray name = QFile::encodeName(path);
+    const int file = ::open(name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file < 0) return false;
+    const bool written = ::write(file, "TEST", 4) == 4;
+    ::close(file);
+    ::unlink(name.constData());
+    return written;
+}
+
+bool fileIsAlias(const QUrl& url) {
+    const QString path = url.toLocalFile();
+    QFile file(path);
+    if (QFileInfo(path).isSymLink() && ::access(QFile::encodeName(path).constData(), R_OK) != 0) return true;
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) return false;
+    return file.read(12) == QByteArray("book\0\0\0\0mark", 12);
+}
+
+}  // namespace files

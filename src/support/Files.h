@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QUrl>
+
+#include <functional>
+#include <optional>
+
+/// Operations on paths. Paths are UTF-8 on disk; nothing here throws.
+namespace files {
+
+bool fileExists(const QString& path);
+/// False for an address that is not a file's.
+bool fileExists(const QUrl& url);
+/// The file's bytes; nothing when it cannot be read.
+std::optional<QByteArray> contents(const QString& path);
+/// Size in bytes; 0 when it cannot be read.
+quint64 fileSize(const QUrl& url);
+
+/// The last path component's text after its last point, without the point. A name that only begins with a
+/// point has no extension.
+QString pathExtension(const QString& path);
+QString withoutExtension(const QString& path);
+
+/// `path` if `taken` says no to it, else the first of "stem-0.extension", "stem-1.extension" ... that is
+/// free. A stem is cut where the name would not fit into the 255 bytes that file systems allow.
+QString uniqueFile(const QString& path, const std::function<bool(const QString&)>& taken);
+/// The same, taken meaning that something exists there.
+QString uniqueFile(const QString& path);
+
+/// `stem` + `ending`, the stem cut (never inside a character) to fit into the 255 bytes of a file name.
+QString fittingFileName(const QString& stem, const QString& ending);
+
+/// Whether a new file can be written at `path`. A path where something exists counts as not writeable, so
+/// that a finished output is never taken for a free place. Leaves nothing behind.
+bool isWriteablePath(const QString& path);
+
+/// A link that cannot be opened, or an alias file of the kind that shared volumes hold. A symbolic link to a
+/// readable file is no alias: it is followed as everywhere.
+bool fileIsAlias(const QUrl& url);
+
+}  // namespace files

@@ -1,0 +1,69 @@
+#include "support/LogCapture.h"
+
+#include "support/ApplicationInfo.h"
+#include "support/Log.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QFile>
+#include <QLocale>
+
+#include <array>
+#include <memory>
+
+namespace logcapture {
+
+namespace {
+
+std::unique_ptr<QFile> logfileHandle;
+int minimumLogType = 0;
+
+QString levelName(int level) {
+    constexpr std::array kNames = {"Emergency", "Alert",  "Critical", "Error",
+                                   "Warning",   "Notice", "Info",     "Debug"};
+    const bool known = level >= 0 && level < static_cast<int>(kNames.size());
+    return known ? QString::fromLatin1(kNames[static_cast<size_t>(level)]) : QString();
+}
+
+/// Keeps the newest `size` bytes. False when the disk did not take it.
+bool shrinkToTail(const QString& path, qint64 size) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadWrite) || !file.seek(file.size() - size)) return false;
+    const QByteArray tail = file.readAll();
+    return file.seek(0) && file.write(tail) == tail.size() && file.resize(size) && file.flush();
+}
+
+}  // namespace
+
+void enable(const QUrl& file, quint64 maximumSize, int minimumLevel) {
+    const QString path = file.toLocalFile();
+    const QFile existing(path);
+    if (existing.exists() && maximumSize != 0 && static_cast<quint64>(existing.size()) > maximumSize &&
+        !shrinkToTail(path, static_cast<qint64>(maximumSize))) {
+        logEmergency("Fatal: your disk is full - please never let that happen again");
+    }
+    auto handle = std::make_unique<QFile>(path);
+    if (handle->open(QIODevice::ReadWrite)) {
+        logfileHandle = std::move(handle);
+    } else {
+        logfileHandle.reset();
+        logError("could not open file %@ for log file usage", path);
+    }
+    minimumLogType = minimumLevel;
+}
+
+void write(int level, const QString& message) {
+    if (!logfileHandle || level > minimumLogType) return;
+    const QDateTime now = QDateTime::currentDateTime();
+    const QString date = QLocale(QLocale::English, QLocale::UnitedStates).toString(now.date(), "MMM dd");
+    const QString time = QLocale().toString(now.time(), QLocale::ShortFormat);
+    const QString line =
+        makeString("%@ %@  %@[%i] <%@>: %@\n", date, time, ApplicationInfo::name(),
+                   static_cast<int>(QCoreApplication::applicationPid()), levelName(level), message);
+    if (logfileHandle->seek(logfileHandle->size())) {
+        logfileHandle->write(line.toUtf8());
+        logfileHandle->flush();
+    }
+}
+
+}  // namespace logcapture

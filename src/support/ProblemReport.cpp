@@ -1,0 +1,69 @@
+#include "support/ProblemReport.h"
+
+#include "support/Alert.h"
+#include "support/Defaults.h"
+#include "support/Desktop.h"
+#include "support/Dispatch.h"
+#include "support/HostInformation.h"
+#include "support/Log.h"
+#include "support/QuillonLib.h"
+#include "support/Text.h"
+
+#include <QCoreApplication>
+
+#include <cstdlib>
+
+namespace problemreport {
+
+QString alertText(const QString& message, const QString& details) {
+    constexpr qsizetype kShown = 400;
+    const QString shown = details.size() > kShown
+                              ? makeString("%@  …\n(Remaining message omitted)", text::clamp(details, kShown))
+                              : details;
+    return makeString(
+        "%@\n\n You can contact our support with detailed information so that we can fix this "
+        "problem.\n\nInformation: %@",
+        message, shown);
+}
+
+QString mailLink(const QString& message, const QString& details, bool isFatal) {
+    const QuillonLib& library = QuillonLib::shared();
+    return makeString(
+        "mailto:%@?subject=%@ v%@ (%i) Problem Report&body=Hello\nA %@ error in %@ occurred "
+        "(%@).\n\nBye\n\nP.S. "
+        "Details: %@\n\n\nP.P.S: Hardware: %@ Software: %@ UDID: %@ Admin: %i\n\nPreferences: %@\n",
+        library.supportAddress(), library.supportRequestAppName(), library.appVersionString(),
+        library.appBuildNumber(), QString(isFatal ? "fatal" : ""), library.appName(), message, details,
+        PXHostInformation::machineType(), operatingSystemVersionString(),
+        library.appChecksumIncludingFrameworksSHA(), PXHostInformation::isUserAdmin() ? 1 : 0,
+        library.preferencesBase64());
+}
+
+}  // namespace problemreport
+
+namespace {
+
+void alert_feedback(const QString& message, const QString& details, bool isFatal) {
+    logError("alert_feedback %@ %@", message, details);
+    dispatch_sync_main([&] {
+        standardUserDefaults().synchronise();
+        const long response = alert(
+            text::localized(isFatal ? "Fatal Error" : "Error"), problemreport::alertText(message, details),
+            text::localized("Send to support"), text::localized(isFatal ? "Quit" : "Continue"));
+        if (response == kAlertFirstButton) {
+            sharedDesktop().openUrl(QUrl(text::escaped(problemreport::mailLink(message, details, isFatal))));
+        }
+        if (isFatal) std::exit(1);
+    });
+}
+
+}  // namespace
+
+void alert_feedback_nonfatal(const QString& message, const QString& details) {
+    alert_feedback(message, details, false);
+}
+
+void alert_feedback_fatal(const QString& message, const QString& details) {
+    alert_feedback(message, details, true);
+    std::exit(1);
+}

@@ -1,0 +1,186 @@
+#include "support/QuillonLib.h"
+
+#include "support/Alert.h"
+#include "support/ApplicationInfo.h"
+#include "support/Defaults.h"
+#include "support/Dispatch.h"
+#include "support/Exceptions.h"
+#include "support/Files.h"
+#include "support/Format.h"
+
+#include <QCoreApplication>
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QStandardPaths>
+
+#include <cstdlib>
+#include <pwd.h>
+#include <unistd.h>
+
+namespace {
+
+QuillonLib* qn = nullptr;
+
+constexpr float kSaveDelaySeconds = 5;
+
+QUrl url(const QString& path) {
+    return QUrl::fromLocalFile(path);
+}
+
+QString checksum(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) return {};
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    hash.addData(&file);
+    return QString::fromLatin1(hash.result().toHex());
+}
+
+void tellSettingsProblemOnce() {
+    static bool told = false;
+    const QString problem = standardUserDefaults().problem();
+    if (told || problem.isEmpty()) return;
+    told = true;
+    alert_apptitled(problem, "OK");
+}
+
+}  // namespace
+
+QuillonLib::QuillonLib() {
+    qn = this;
+    tellSettingsProblemOnce();
+    if (!appName().isEmpty()) prepareSupportFolder();
+    installExceptionHandler();
+    saveSettingsAfterChanges();
+}
+
+QuillonLib::~QuillonLib() {
+    standardUserDefaults().setChangeHandler({});
+    saveSettings();
+    qn = nullptr;
+}
+
+QuillonLib& QuillonLib::shared() {
+    if (!qn) static QuillonLib instance;
+    return *qn;
+}
+
+void QuillonLib::prepareSupportFolder() const {
+    const QString path = suppDir();
+    const QFileInfo information(path);
+    if (information.isDir()) return;
+    if (information.exists() || information.isSymLink()) {
+        alert_apptitled(makeString("This application can not be launched because its 'Application Support' "
+                                   "folder is not a folder but a "
+                                   "file. Please remove the file '%@' and re-launch this app.",
+                                   path),
+                        "OK");
+        return;
+    }
+    if (QDir().mkpath(path)) return;
+    alert_apptitled(
+        makeString(
+            "This application can not be launched because the 'Application Support' can not be created at "
+            "the path '%@'.\nError: %@",
+            path, qt_error_string(errno)),
+        "OK");
+    std::exit(1);
+}
+
+void QuillonLib::saveSettingsAfterChanges() const {
+    standardUserDefaults().setChangeHandler(
+        [] { dispatch_after_main([] { saveSettings(); }, kSaveDelaySeconds); });
+}
+
+QString QuillonLib::appName() const {
+    return ApplicationInfo::name();
+}
+QString QuillonLib::appVersionString() const {
+    return ApplicationInfo::version();
+}
+int QuillonLib::appBuildNumber() const {
+    return ApplicationInfo::buildNumber();
+}
+QString QuillonLib::appBundleIdentifier() const {
+    return ApplicationInfo::bundleIdentifier();
+}
+
+QString QuillonLib::prefsPath() const {
+    return standardUserDefaults().filePath();
+}
+QUrl QuillonLib::prefsURL() const {
+    return url(prefsPath());
+}
+QString QuillonLib::resDir() const {
+    return ApplicationInfo::resourceFolder();
+}
+QUrl QuillonLib::resURL() const {
+    return url(resDir());
+}
+
+QString QuillonLib::docDir() const {
+    const QString path = ApplicationInfo::homeInsideSandbox() + "/Documents";
+    QDir().mkpath(path);
+    return path;
+}
+QUrl QuillonLib::docURL() const {
+    return url(docDir());
+}
+
+QString QuillonLib::deskDir() const {
+    return QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
+}
+QUrl QuillonLib::deskURL() const {
+    return url(deskDir());
+}
+
+QString QuillonLib::suppDir() const {
+    const QString program = QFileInfo(QCoreApplication::applicationFilePath()).fileName();
+    return ApplicationInfo::homeInsideSandbox() + u'/' + (appName().isEmpty() ? program : appName());
+}
+QUrl QuillonLib::suppURL() const {
+    return url(suppDir());
+}
+
+QUrl QuillonLib::homeURLInsideSandbox() const {
+    return url(ApplicationInfo::homeInsideSandbox());
+}
+
+QUrl QuillonLib::homeURLOutsideSandbox() const {
+    const passwd* entry = ::getpwuid(::getuid());
+    return url(entry ? QFile::decodeName(entry->pw_dir) : QDir::homePath());
+}
+
+QString QuillonLib::appChecksumSHA() const {
+    return checksum(QCoreApplication::applicationFilePath());
+}
+
+QString QuillonLib::appChecksumIncludingFrameworksSHA() const {
+    constexpr qsizetype kShown = 10;
+    QStringList sums{appChecksumSHA().left(kShown)};
+    const QDir frameworks(resDir() + "/Frameworks");
+    const QStringList entries = frameworks.entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Unsorted);
+    for (const QString& entry : entries) {
+        const QString program = frameworks.filePath(entry) + u'/' + files::withoutExtension(entry);
+        sums.append(checksum(program).left(kShown));
+    }
+    return sums.join(u' ');
+}
+
+QString QuillonLib::supportAddress() const {
+    const QString address = ApplicationInfo::value("FeedbackEmail");
+    return address.isEmpty() ? QStringLiteral("support@ravelin.example") : address;
+}
+
+QString QuillonLib::supportRequestAppName() const {
+    return customSupportRequestAppName ? customSupportRequestAppName() : appName();
+}
+
+QString QuillonLib::preferencesBase64() const {
+    return QString::fromLatin1(files::contents(prefsPath()).value_or(QByteArray()).toBase64());
+}
+
+void saveSettings() {
+    if (!standardUserDefaults().synchronise()) tellSettingsProblemOnce();
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QString>
+#include <QUrl>
+
+#include <functional>
+
+/// The support library's singleton: made once, early in the launch. Knows the application's name, version and
+/// folders; every answer is computed when it is asked for.
+class QuillonLib {
+public:
+    /// Makes sure of the application-support folder (without it the process ends with status 1), tells what
+    /// is wrong with the settings file, has unsaved settings written a few seconds after a change, and
+    /// installs the handler of uncaught exceptions. Needs the QCoreApplication and the alert presenter.
+    QuillonLib();
+    ~QuillonLib();
+    QuillonLib(const QuillonLib&) = delete;
+    QuillonLib& operator=(const QuillonLib&) = delete;
+
+    /// The instance; made at the first call where the application did not.
+    static QuillonLib& shared();
+
+    QString appName() const;
+    QString appVersionString() const;
+    int appBuildNumber() const;
+    QString appBundleIdentifier() const;
+
+    QString prefsPath() const;
+    QUrl prefsURL() const;
+    QString resDir() const;
+    QUrl resURL() const;
+    /// The application's private Documents folder, made when it is missing.
+    QString docDir() const;
+    QUrl docURL() const;
+    QString deskDir() const;
+    QUrl deskURL() const;
+    QString suppDir() const;
+    QUrl suppURL() const;
+    QUrl homeURLInsideSandbox() const;
+    QUrl homeURLOutsideSandbox() const;
+
+    /// SHA-256 of the program file, hexadecimal; empty when it cannot be read.
+    QString appChecksumSHA() const;
+    /// Its first ten characters and those of each program in the private Frameworks folder, between blanks.
+    QString appChecksumIncludingFrameworksSHA() const;
+
+    QString supportAddress() const;
+    /// The application's name in reports and requests.
+    QString supportRequestAppName() const;
+    /// Another name for them, where the application has one; may be null.
+    std::function<QString()> customSupportRequestAppName;
+    /// The settings file as it is on disk, in Base64 without line breaks.
+    QString preferencesBase64() const;
+
+private:
+    void prepareSupportFolder() const;
+    void saveSettingsAfterChanges() const;
+};
+
+/// Writes the settings now. What cannot be saved is told once a run.
+void saveSettings();

@@ -1,0 +1,53 @@
+#include "tool/Tool.h"
+
+#include "support/ApplicationInfo.h"
+#include "support/ChildProcess.h"
+#include "support/Format.h"
+#include "support/ProcessRunner.h"
+
+#include <QFileInfo>
+#include <QProcess>
+
+namespace tool {
+
+QString path() {
+    return ApplicationInfo::resourceFolder() + "/ffmpeg";
+}
+
+QString problem() {
+    const QFileInfo file(path());
+    if (!file.isFile()) {
+        return makeString("The conversion tool is missing, it should be at '%@'. Please install %@ again.",
+                          path(), ApplicationInfo::name());
+    }
+    if (!file.isExecutable()) {
+        return makeString(
+            "The conversion tool at '%@' can't be started because it is not executable. Please install %@ "
+            "again.",
+            path(), ApplicationInfo::name());
+    }
+    return {};
+}
+
+Report report(const QString& moviePath) {
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    childprocess::prepare(process);
+    process.start(path(), {"-i", moviePath}, QIODevice::ReadOnly);
+    Report report;
+    if (!process.waitForStarted(-1)) {
+        report.startError = process.errorString();
+        return report;
+    }
+    report.started = true;
+    childprocess::waitForEnd(process);
+    report.output = process.readAll();
+    return report;
+}
+
+QString trialRun(const QStringList& arguments) {
+    return runAsTaskWithTerminationStatus(QStringList(path()) + arguments, nullptr, Polling::On)
+        .value_or(QString());
+}
+
+}  // namespace tool

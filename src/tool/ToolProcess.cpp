@@ -1,0 +1,72 @@
+#include "tool/ToolProcess.h"
+
+#include "support/ChildProcess.h"
+#include "tool/Tool.h"
+
+#include <csignal>
+
+namespace {
+
+constexpr int kPatienceMilliseconds = 3000;
+
+}  // namespace
+
+ToolProcess::ToolProcess(QObject* parent) : QObject(parent) {
+    m_process.setProcessChannelMode(QProcess::MergedChannels);
+    m_killTimer.setSingleShot(true);
+    connect(&m_killTimer, &QTimer::timeout, this, [this] { childprocess::signalGroup(m_process, SIGKILL); });
+    connect(&m_process, &QProcess::readyRead, this, &ToolProcess::takeOutput);
+    connect(&m_process, &QProcess::finished, this, [this](int status, QProcess::ExitStatus how) {
+        takeOutput();
+        finish({how == QProcess::NormalExit ? ToolExit::Reason::Exited : ToolExit::Reason::Signalled,
+                status,
+                {}});
+    });
+    connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart)
+            finish({ToolExit::Reason::NotStarted, -1, m_process.errorString()});
+    });
+}
+
+ToolProcess::~ToolProcess() {
+    disconnect(&m_process, nullptr, this, nullptr);
+    if (!isRunning()) return;
+    childprocess::signalGroup(m_process, SIGKILL);
+    m_process.waitForFinished(-1);
+}
+
+void ToolProcess::start(const QStringList& arguments) {
+    childprocess::prepare(m_process);
+    m_process.start(tool::path(), arguments, QIODevice::ReadOnly);
+}
+
+bool ToolProcess::isRunning() const {
+    return m_process.state() != QProcess::NotRunning;
+}
+
+void ToolProcess::suspend() {
+    childprocess::signalGroup(m_process, SIGSTOP);
+}
+
+void ToolProcess::resume() {
+    childprocess::signalGroup(m_process, SIGCONT);
+}
+
+void ToolProcess::terminate() {
+    if (!isRunning()) return;
+    childprocess::signalGroup(m_process, SIGTERM);
+    // A stopped process takes the signal only when it goes on.
+    childprocess::signalGroup(m_process, SIGCONT);
+    m_killTimer.start(kPatienceMilliseconds);
+}
+
+void ToolProcess::takeOutput() {
+    const QByteArray bytes = m_process.readAll();
+    if (!bytes.isEmpty()) Q_EMIT outputReceived(bytes);
+}
+
+void ToolProcess::finish(const ToolExit& exit) {
+    if (std::exchange(m_ended, true)) return;
+    m_killTimer.stop();
+    Q_EMIT ended(exit);
+}

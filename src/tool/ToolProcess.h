@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QObject>
+#include <QProcess>
+#include <QStringList>
+#include <QTimer>
+
+/// How a run of the tool ended.
+struct ToolExit {
+    enum class Reason { Exited, Signalled, NotStarted };
+    Reason reason = Reason::Exited;
+    int status = 0;      ///< Exit status, or the signal's number; -1 when it was not started.
+    QString startError;  ///< Why it was not started.
+
+    bool succeeded() const { return reason == Reason::Exited && status == 0; }
+};
+
+/// One run of the carried tool beside the event loop. Destroying it while it runs kills the tool at once.
+/// Main thread only.
+class ToolProcess : public QObject {
+    Q_OBJECT
+
+public:
+    explicit ToolProcess(QObject* parent = nullptr);
+    ~ToolProcess() override;
+
+    /// Once.
+    void start(const QStringList& arguments);
+    bool isRunning() const;
+
+    /// Stops and continues the tool and all that it started.
+    void suspend();
+    void resume();
+
+    /// Asks the tool to end, also a suspended one; one that has not after 3 s is killed. ended() follows.
+    void terminate();
+
+Q_SIGNALS:
+    /// Standard output and standard error as they come.
+    void outputReceived(const QByteArray& bytes);
+    /// Exactly once, after the last outputReceived().
+    void ended(const ToolExit& exit);
+
+private:
+    void takeOutput();
+    void finish(const ToolExit& exit);
+
+    QProcess m_process;
+    QTimer m_killTimer;
+    bool m_ended = false;
+};

@@ -1,0 +1,369 @@
+#include "convert/ConversionJob.h"
+#include "fakes/FakeController.h"
+#include "fakes/FakeTool.h"
+#include "fakes/TestHome.h"
+#include "settings/Keys.h"
+#include "support/Defaults.h"
+#include "support/Files.h"
+#include "support/QuillonLib.h"
+#include "tool/ToolReaper.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <csignal>
+
+namespace {
+
+bool isAlive(qint64 process) {
+    return ::kill(static_cast<pid_t>(process), 0) == 0;
+}
+
+/// The kernel's letter for what a process does, such as T for stopped.
+QChar processState(qint64 process) {
+    QFile file(QString("/proc/%1/stat").arg(process));
+    if (!file.open(QIODevice::ReadOnly)) return u'-';
+    return QString::fromLatin1(file.readAll()).section(") ", -1).front();
+}
+
+/// A job over the stand-in for the tool.
+struct Stage {
+    Stage() : tool(home.path()) { remake(); }
+
+    void remake(const QStringList& tracks = {"#1: eng (ac3)"}) {
+        MKVFileInfo info;
+        info.fileName = "movie.mkv";
+        info.fileURL = QUrl::fromLocalFile(home.write("movie.mkv", "source"));
+        info.destinationURL = QUrl::fromLocalFile(output);
+        info.runtimeSeconds = 10;
+        info.videoTrackCodec = "h264";
+        for (const QString& track : tracks)
+            info.audioTrackInformation.append({track, 48000});
+        job = std::make_unique<ConversionJob>(controller, info, 0);
+    }
+
+    bool waitForEnd() {
+        return QTest::qWaitFor(
+            [&] { return job->state() == JobState::Finished || job->state() == JobState::Failed; }, 10000);
+    }
+    qint64 waitUntilItRuns() {
+        if (!QTest::qWaitFor([&] { return QFile::exists(tool.runningMark()); }, 10000)) return 0;
+        return files::contents(tool.runningMark())->trimmed().toLongLong();
+    }
+    QStringList progressFiles() const { return QDir(QuillonLib::shared().docDir()).entryList(QDir::Files); }
+
+    TestHome home;
+    FakeTool tool;
+    FakeController controller;
+    const QString output = home.path("movie.mp4");
+    std::unique_ptr<ConversionJob> job;
+};
+
+}  // namespace
+
+class ConversionJobTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void finishes() {
+        Stage stage;
+        QSignalSpy launched(stage.job.get(), &ConversionJob::launched);
+        stage.tool.setConversion(
+            "echo movie > \"$destination\"; [ -n \"$progress\" ] && echo out_time_ms=1 > \"$progress\"\n");
+        stage.job->start();
+        QCOMPARE(stage.job->state(), JobState::Converting);
+        QCOMPARE(stage.home.desktop.held.size(), 1);
+        QCOMPARE(stage.home.desktop.reasons, QStringList{"Converting MKV file."});
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(launched.count(), 1);
+        QCOMPARE(stage.job->state(), JobState::Finished);
+        QVERIFY(stage.job->finishedOK() && !stage.job->finishedError());
+        QCOMPARE(stage.job->progress(), 100.0);
+        QCOMPARE(stage.controller.calls, (QStringList{"unpause", "next", "count"}));
+        QVERIFY(stage.home.desktop.held.isEmpty());
+        QVERIFY(stage.progressFiles().isEmpty());
+        QCOMPARE(defaultInt("convertedFileCount"), 1);
+        QCOMPARE(defaultInt("Usages"), 1);
+        const Notification told = stage.home.desktop.notifications.first();
+        QCOMPARE(told.title, "Ravelin Conversion Finished");
+        QCOMPARE(told.text, "Ravelin has finished converting the file movie.mkv.");
+        QCOMPARE(told.path, stage.output);
+        QCOMPARE(told.action, "Show");
+        QCOMPARE(stage.tool.lastArguments(), stage.job->arguments());
+        stage.job.reset();
+        QVERIFY(QFile::exists(stage.output));
+    }
+
+    void endings_data() {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<bool>("fails");
+        QTest::addColumn<QString>("said");
+        QTest::addColumn<QString>("explanation");
+        QTest::newRow("exit status") << QByteArray("echo oops; exit 1") << true << "oops"
+                                     << "A problem prevented";
+        QTest::newRow("disk full") << QByteArray("echo 'No space left on device' >&2; exit 228") << true
+                                   << "No space left on device"
+                                   << "Movie conversion failed because there is not enough free";
+        QTest::newRow("signal") << QByteArray("kill -KILL $$") << true << "status: 9 reason: 2"
+                                << "A problem prevented";
+        QTest::newRow("says it is truncated")
+            << QByteArray("echo out_time_ms=4000000 > \"$progress\"; echo 'File ended prematurely'") << true
+            << "File ended prematurely"
+            << "Movie conversion failed because the movie is incomplete";
+        QTest::newRow("last words without a line break")
+            << QByteArray("printf 'Operation timed out'; exit 1") << true << "Operation timed out"
+            << "Movie conversion failed but";
+        QTest::newRow("noisy success")
+            << QByteArray("head -c 3000000 /dev/zero | tr '\\0' '\\n'; echo done") << false << "done"
+            << "";
+    }
+    void endings() {
+        Stage stage;
+        QFETCH(QByteArray, script);
+        QFETCH(bool, fails);
+        QFETCH(QString, said);
+        QFETCH(QString, explanation);
+        stage.tool.setConversion("echo movie > \"$destination\"\n" + script + "\n");
+        stage.job->start();
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(stage.job->state(), fails ? JobState::Failed : JobState::Finished);
+        QCOMPARE(stage.job->finishedError(), fails);
+        QVERIFY2(stage.job->jobOutput().contains(said), qPrintable(stage.job->jobOutput()));
+        QCOMPARE(QFile::exists(stage.output), !fails);
+        QVERIFY(stage.progressFiles().isEmpty());
+        QVERIFY(stage.home.desktop.held.isEmpty());
+        QCOMPARE(defaultInt("Usages"), 1);
+        if (!fails) return;
+        QVERIFY2(stage.job->explanation().message.startsWith(explanation),
+                 qPrintable(stage.job->explanation().message));
+        QCOMPARE(stage.home.presenter.shown.size(), said.startsWith("No space") ? 1 : 0);
+        QCOMPARE(stage.home.desktop.notifications.first().title, "Ravelin Conversion Failed");
+        QVERIFY(stage.home.desktop.notifications.first().action.isEmpty());
+    }
+
+    void toolIsMissing() {
+        Stage stage;
+        qputenv("RAVELIN_RESOURCES", stage.home.path("nowhere").toUtf8());
+        stage.job->start();
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(stage.job->state(), JobState::Failed);
+        QVERIFY(stage.job->explanation().message.contains("the conversion tool could not be started"));
+        QVERIFY(stage.controller.calls.contains("next"));
+    }
+
+    void sourceIsGone() {
+        Stage stage;
+        QFile::remove(stage.home.path("movie.mkv"));
+        stage.job->start();
+        QCOMPARE(stage.job->state(), JobState::Failed);
+        QCOMPARE(stage.job->jobOutput(), "USER_REMOVED");
+        QVERIFY(stage.job->finishedError());
+        QCOMPARE(stage.home.presenter.keys(), QStringList{"warningremoved"});
+        QVERIFY(!QFile::exists(stage.tool.runningMark()));
+        stage.job->remove();
+        QVERIFY(stage.home.desktop.held.isEmpty());
+    }
+
+    void volumeIsTooSmall() {
+        Stage stage;
+        MKVFileInfo info = stage.job->fileInfo();
+        info.fileSize = std::numeric_limits<quint64>::max();
+        stage.job = std::make_unique<ConversionJob>(stage.controller, info, 0);
+        stage.job->start();
+        QCOMPARE(stage.job->state(), JobState::Failed);
+        QCOMPARE(stage.job->jobOutput(), "FREE_SPACE");
+        QVERIFY(!stage.job->finishedError());
+        QCOMPARE(stage.home.presenter.messages(),
+                 QStringList{"There is not enough free space on your target disk for conversion."});
+    }
+
+    void removedWhileItRuns_data() {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<bool>("paused");
+        const QByteArray busy = "echo movie > \"$destination\"; while :; do sleep 0.05; done";
+        QTest::newRow("running") << busy << false;
+        QTest::newRow("paused") << busy << true;
+        QTest::newRow("writes once more when told to end")
+            << QByteArray("trap 'echo more > \"$destination\"; exit 255' TERM; " + busy) << false;
+        QTest::newRow("ignores being told to end") << QByteArray("trap '' TERM; " + busy) << false;
+    }
+    void removedWhileItRuns() {
+        Stage stage;
+        QFETCH(QByteArray, script);
+        QFETCH(bool, paused);
+        stage.tool.setConversion(script + "\n");
+        stage.job->start();
+        const qint64 process = stage.waitUntilItRuns();
+        QVERIFY(process > 0);
+        QTRY_VERIFY(QFile::exists(stage.output));
+        if (paused) {
+            stage.job->pause();
+            QTRY_COMPARE(processState(process), u'T');
+        }
+        stage.job->remove();
+        QCOMPARE(stage.controller.calls.last(2), (QStringList{"remove", "next"}));
+        QTRY_VERIFY_WITH_TIMEOUT(ToolReaper::shared().isIdle(), 10000);
+        QVERIFY(!isAlive(process));
+        QVERIFY(!QFile::exists(stage.output));
+        QVERIFY(stage.progressFiles().isEmpty());
+        QVERIFY(QFile::exists(stage.home.path("movie.mkv")));
+        QCOMPARE(defaultInt("Usages"), 0);  // No verdict beside the removal.
+    }
+
+    void pausesAndContinues() {
+        Stage stage;
+        stage.tool.setConversion(FakeTool::waitFor(stage.home.path("go")) + "exit 0\n");
+        stage.job->start();
+        const qint64 process = stage.waitUntilItRuns();
+        stage.job->pause();
+        QCOMPARE(stage.job->state(), JobState::Paused);
+        QVERIFY(stage.home.desktop.held.isEmpty());
+        QTRY_COMPARE(processState(process), u'T');
+        stage.job->continueJob();
+        QCOMPARE(stage.job->state(), JobState::Converting);
+        QCOMPARE(stage.home.desktop.held.size(), 1);
+        QCOMPARE(stage.controller.calls.last(), "unpause");
+        stage.home.write("go");
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(stage.job->state(), JobState::Finished);
+    }
+
+    void readsProgress() {
+        Stage stage;
+        stage.tool.setConversion("echo out_time_ms=2500000 > \"$progress\"\n" +
+                                 FakeTool::waitFor(stage.home.path("go")));
+        QSignalSpy progressed(stage.job.get(), &ConversionJob::progressed);
+        stage.job->start();
+        QTRY_COMPARE_WITH_TIMEOUT(stage.job->progress(), 25.0, 10000);
+        QVERIFY(stage.job->stateInfoString().startsWith("Status: Converting   Audio:  eng (ac3)   ETA: "));
+        stage.home.write("go");
+        QVERIFY(stage.waitForEnd());
+    }
+
+    void trialRunDecidesOnTheFilter_data() {
+        QTest::addColumn<QByteArray>("said");
+        QTest::addColumn<bool>("filter");
+        QTest::newRow("needed") << QByteArray("use 'aac_adtstoasc' to fix it") << true;
+        QTest::newRow("not needed") << QByteArray("fine") << false;
+    }
+    void trialRunDecidesOnTheFilter() {
+        Stage stage;
+        QFETCH(QByteArray, said);
+        stage.remake({"#1: eng (aac)"});
+        stage.tool.setTrial(said);
+        stage.job->start();
+        QTEST(stage.job->arguments().contains("-absf"), "filter");
+        QVERIFY(stage.job->fastmode());
+        QVERIFY(stage.waitForEnd());
+    }
+
+    void nobodysFileIsLost_data() {
+        QTest::addColumn<bool>("mayReplace");
+        QTest::addColumn<QString>("writes");
+        QTest::newRow("a file that came meanwhile") << false << "movie-0.mp4";
+        QTest::newRow("a file that the user named") << true << "movie.mp4";
+    }
+    void nobodysFileIsLost() {
+        Stage stage;
+        QFETCH(bool, mayReplace);
+        QFETCH(QString, writes);
+        stage.job->setMayReplaceDestination(mayReplace);
+        stage.home.write("movie.mp4", "somebody's");
+        QVERIFY(stage.job->destinationIsWriteable() == mayReplace);
+        stage.job->start();
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(stage.job->fileInfo().destinationURL.toLocalFile(), stage.home.path(writes));
+        QCOMPARE(files::contents(stage.home.path(writes)).value(), QByteArray("movie\n"));
+        QCOMPARE(files::contents(stage.output).value(),
+                 mayReplace ? QByteArray("movie\n") : QByteArray("somebody's"));
+    }
+
+    void removingAJobThatNeverRanDeletesNothing() {
+        Stage stage;
+        stage.home.write("movie.mp4", "somebody's");
+        stage.job->remove();
+        QVERIFY(QFile::exists(stage.output));
+    }
+
+    void disposesOfTheSource_data() {
+        QTest::addColumn<bool>("fails");
+        QTest::addColumn<int>("type");
+        QTest::newRow("to the trash") << false << 0;
+        QTest::newRow("for good") << false << 1;
+        QTest::newRow("never after a failure") << true << 1;
+    }
+    void disposesOfTheSource() {
+        Stage stage;
+        QFETCH(bool, fails);
+        QFETCH(int, type);
+        setDefaultInt(kAutoRemoveKey, 1);
+        setDefaultInt(kAutoRemoveTypeKey, type);
+        if (fails) stage.tool.setConversion("exit 1\n");
+        stage.job->start();
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(QFile::exists(stage.home.path("movie.mkv")), fails || type == 0);
+        QCOMPARE(stage.home.desktop.trashed.size(), !fails && type == 0 ? 1 : 0);
+    }
+
+    void cleansUpAndQuits() {
+        Stage stage;
+        setDefaultInt(kAutoCleanKey, 1);
+        setDefaultInt(kQuitAfterConversionKey, 1);
+        QSignalSpy quit(stage.job.get(), &ConversionJob::quitRequested);
+        stage.job->start();
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(stage.controller.calls, (QStringList{"unpause", "remove", "next", "next", "count"}));
+        QVERIFY(QFile::exists(stage.output));
+        QCOMPARE(quit.count(), 1);
+        stage.controller.counts = {{4, 1}};
+        stage.remake();
+        QFile::remove(stage.output);
+        QSignalSpy notNow(stage.job.get(), &ConversionJob::quitRequested);
+        stage.job->start();
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(notNow.count(), 0);
+    }
+
+    void reveals() {
+        Stage stage;
+        stage.job->start();
+        QVERIFY(stage.waitForEnd());
+        stage.job->reveal(false);
+        stage.job->reveal(true);
+        QCOMPARE(stage.home.desktop.revealed, (QStringList{stage.output, stage.home.path("movie.mkv")}));
+    }
+
+    void sendsToSupport() {
+        Stage stage;
+        stage.tool.setConversion("echo strange words; exit 1\n");
+        stage.job->start();
+        QVERIFY(stage.waitForEnd());
+        stage.home.presenter.answer.response = 1001;
+        stage.job->reveal(false);
+        QVERIFY(stage.home.desktop.opened.isEmpty());
+        stage.home.presenter.answer.response = 1000;
+        stage.job->reveal(false);
+        const QString link = QUrl::fromPercentEncoding(stage.home.desktop.opened.first().toEncoded());
+        QVERIFY(link.startsWith(
+            "mailto:support@ravelin.example?subject=Ravelin v1.0.0 Problem Report&body=Hello\nConversion"));
+        QVERIFY(link.contains("strange words") && link.contains("\nfileName: movie.mkv\n"));
+    }
+
+    void longNamesGetAProgressFile() {
+        Stage stage;
+        MKVFileInfo info = stage.job->fileInfo();
+        info.fileName = QString(251, 'n') + ".mkv";
+        info.fileURL = QUrl::fromLocalFile(stage.home.write(info.fileName));
+        stage.job = std::make_unique<ConversionJob>(stage.controller, info, 0);
+        stage.tool.setConversion(
+            "echo movie > \"$destination\"; echo out_time_ms=1 > \"$progress\" || exit 1\n");
+        stage.job->start();
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(stage.job->state(), JobState::Finished);
+    }
+};
+
+QTEST_GUILESS_MAIN(ConversionJobTest)
+#include "tst_ConversionJob.moc"

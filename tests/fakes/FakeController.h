@@ -1,0 +1,21 @@
+#pragma once
+
+#include "convert/JobController.h"
+
+#include <QMap>
+#include <QStringList>
+
+/// Keeps the calls that a job makes.
+class FakeController : public JobController {
+public:
+    void startNextJobInQueue() override { calls.append("next"); }
+    void removeJob(ConversionJob*) override { calls.append("remove"); }
+    void pauseContinueClicked(bool byUser) override { calls.append(byUser ? "clicked" : "unpause"); }
+    int jobCountWithState(JobState state) const override { return counts.value(static_cast<int>(state)); }
+    void increaseUsages(bool increase, bool allow) override {
+        calls.append(increase && allow ? "count" : "wrong count");
+    }
+
+    QStringList calls;
+    QMap<int, int> counts;
+};

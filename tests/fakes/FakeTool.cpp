@@ -1,0 +1,78 @@
+#include "fakes/FakeTool.h"
+
+#include <QDir>
+#include <QFile>
+
+namespace {
+
+constexpr const char* kScript = R"sh(#!/bin/sh
+folder=$(dirname "$0")
+if [ $# -eq 2 ] && [ "$1" = -i ]; then
+    cat "$folder/report" >&2
+    exit 1
+fi
+progress=
+previous=
+trial=no
+for argument in "$@"; do
+    [ "$previous" = -progress ] && progress=$argument
+    [ "$previous" = -t ] && trial=yes
+    previous=$argument
+    destination=$argument
+done
+if [ $trial = yes ]; then
+    echo trial > "$destination"
+    cat "$folder/trial" >&2
+    exit 0
+fi
+printf '%s\n' "$@" > "$folder/arguments"
+echo $$ > "$folder/running.new" && mv "$folder/running.new" "$folder/running"
+. "$folder/convert"
+)sh";
+
+}  // namespace
+
+FakeTool::FakeTool(const QString& folder) : m_folder(folder + "/resources") {
+    QDir().mkpath(m_folder);
+    write("ffmpeg", kScript);
+    QFile::setPermissions(m_folder + "/ffmpeg", QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    setReport(report("    Stream #0:1(eng): Audio: ac3, 48000 Hz, stereo, fltp, 192 kb/s\n"));
+    setTrial("");
+    setConversion("echo movie > \"$destination\"\n");
+    qputenv("RAVELIN_RESOURCES", m_folder.toUtf8());
+}
+
+void FakeTool::setReport(const QByteArray& report) const {
+    write("report", report);
+}
+void FakeTool::setTrial(const QByteArray& output) const {
+    write("trial", output);
+}
+void FakeTool::setConversion(const QByteArray& script) const {
+    write("convert", script);
+}
+
+QStringList FakeTool::lastArguments() const {
+    QFile file(m_folder + "/arguments");
+    if (!file.open(QIODevice::ReadOnly)) return {};
+    return QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts);
+}
+
+QByteArray FakeTool::report(const QByteArray& moreStreams, const QByteArray& duration) {
+    return "Input #0, matroska,webm, from 'movie.mkv':\n"
+           "  Duration: " +
+           duration +
+           ", start: 0.000000, bitrate: 4712 kb/s\n"
+           "    Stream #0:0: Video: h264 (High), yuv420p(progressive), 1920x1080, 25 fps\n" +
+           moreStreams + "At least one output file must be specified\n";
+}
+
+QByteArray FakeTool::waitFor(const QString& goOn) {
+    return "echo movie > \"$destination\"\nwhile [ ! -e '" + goOn.toUtf8() + "' ]; do sleep 0.02; done\n";
+}
+
+void FakeTool::write(const QString& name, const QByteArray& contents) const {
+    QFile file(m_folder + u'/' + name);
+    if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size())
+        qFatal("cannot write the stand-in");
+}

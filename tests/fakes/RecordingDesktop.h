@@ -1,0 +1,38 @@
+#pragma once
+
+#include "support/Desktop.h"
+
+#include <QList>
+#include <QSet>
+#include <QStringList>
+
+/// Keeps what was asked of the desktop.
+class RecordingDesktop : public Desktop {
+public:
+    quint32 acquireSleepAssertion(const QString& reason) override {
+        reasons.append(reason);
+        held.insert(++m_lastAssertion);
+        return m_lastAssertion;
+    }
+    void releaseSleepAssertion(quint32 assertion) override { held.remove(assertion); }
+    void notify(const Notification& notification) override { notifications.append(notification); }
+    void reveal(const QString& path) override { revealed.append(path); }
+    bool moveToTrash(const QString& path) override {
+        trashed.append(path);
+        return true;
+    }
+    bool openUrl(const QUrl& url) override {
+        opened.append(url);
+        return true;
+    }
+
+    QStringList reasons;
+    QSet<quint32> held;
+    QList<Notification> notifications;
+    QStringList revealed;
+    QStringList trashed;
+    QList<QUrl> opened;
+
+private:
+    quint32 m_lastAssertion = 0;
+};

@@ -1,0 +1,32 @@
+#include "fakes/TestHome.h"
+
+#include "settings/SettingsTable.h"
+#include "support/Defaults.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+TestHome::TestHome() {
+    qputenv("XDG_CONFIG_HOME", m_folder.filePath("config").toUtf8());
+    qputenv("XDG_DATA_HOME", m_folder.filePath("data").toUtf8());
+    useSettingsFile(m_folder.filePath("config/settings.json"));
+    settings::registerDefaults();
+    setAlertPresenter(&presenter);
+    setSharedDesktop(&desktop);
+}
+
+TestHome::~TestHome() {
+    useSettingsFile({});  // What is saved from now on does not bring the folder back.
+    setSharedDesktop(nullptr);
+    setAlertPresenter(nullptr);
+}
+
+QString TestHome::write(const QString& name, const QByteArray& contents) const {
+    const QString path = m_folder.filePath(name);
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size())
+        qFatal("cannot write %s", qPrintable(path));
+    return path;
+}

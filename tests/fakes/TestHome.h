@@ -1,0 +1,27 @@
+#pragma once
+
+#include "fakes/RecordingDesktop.h"
+#include "fakes/RecordingPresenter.h"
+
+#include <QTemporaryDir>
+
+/// A home of its own for each test function: settings, private data, presenter and desktop.
+class TestHome {
+public:
+    TestHome();
+    ~TestHome();
+    TestHome(const TestHome&) = delete;
+    TestHome& operator=(const TestHome&) = delete;
+
+    QString path(const QString& name = {}) const {
+        return name.isEmpty() ? m_folder.path() : m_folder.filePath(name);
+    }
+    /// Makes a file below the home, and its folders.
+    QString write(const QString& name, const QByteArray& contents = {}) const;
+
+    RecordingPresenter presenter;
+    RecordingDesktop desktop;
+
+private:
+    QTemporaryDir m_folder;
+};

@@ -1,0 +1,115 @@
+#include "fakes/FakeTool.h"
+#include "fakes/TestHome.h"
+#include "probe/MKVFileInfo.h"
+
+#include <QFile>
+#include <QTest>
+
+#include <thread>
+
+class MKVFileInfoTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void record() {
+        const TestHome home;
+        const FakeTool tool(home.path());
+        tool.setReport(FakeTool::report(
+            "    Stream #0:1(eng): Audio: ac3, 48000 Hz, 5.1(side)\n    Stream #0:2: Subtitle: subrip\n"));
+        const QUrl url = QUrl::fromLocalFile(home.write("A %movie?.mkv", "12345"));
+        const auto record = MKVFileInfo::initWithURL(url).value();
+        QCOMPARE(record.fileName, "A %movie?.mkv");
+        QCOMPARE(record.fileURL, url);
+        QCOMPARE(record.fileSize, 5U);
+        QCOMPARE(record.runtimeSeconds.value(), 10);
+        QCOMPARE(record.description(),
+                 "\naudioTrackInformation: (\n    \"#1: eng (ac3) [5.1]\"\n)"
+                 "\ninformationString: Duration: 00:00:10  Bitrate: 4712 kb/s  Resolution: 1920x1080  "
+                 "Audiotracks: 1 (1)"
+                 "\nfileName: A %movie?.mkv\nruntimeSeconds: 10\nfileSize: 5\nsubtitleTrackIDs: (\n    2\n)"
+                 "\nsubtitleFileURL: (null)");
+        QCOMPARE(MKVFileInfo::durationOfFile(url), 10);
+    }
+
+    void reportsThatAreNone_data() {
+        QTest::addColumn<QByteArray>("report");
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("not UTF-8") << FakeTool::report("\xff\xfe");
+        QTest::newRow("no stream") << QByteArray("x.mkv: Invalid data found when processing input\n");
+    }
+    void reportsThatAreNone() {
+        TestHome home;
+        const FakeTool tool(home.path());
+        QFETCH(QByteArray, report);
+        tool.setReport(report);
+        QVERIFY(!MKVFileInfo::initWithURL(QUrl::fromLocalFile(home.write("x.mkv"))));
+        QVERIFY(home.presenter.shown.isEmpty());  // It comes a moment later.
+        QTRY_COMPARE(
+            home.presenter.messages(),
+            QStringList{
+                "Warning: the file 'x.mkv' doesn't seem to be a valid MKV and can't be converted by Ravelin. "
+                "If you are sure the file is valid please contact us regarding this issue."});
+    }
+
+    void aReportLargerThanAPipe() {
+        const TestHome home;
+        const FakeTool tool(home.path());
+        tool.setReport(FakeTool::report(QByteArray("      title           : x\n").repeated(12000)));
+        QVERIFY(MKVFileInfo::initWithURL(QUrl::fromLocalFile(home.write("x.mkv"))));
+    }
+
+    void messagesReachTheMainThreadInOrder() {
+        TestHome home;
+        const FakeTool tool(home.path());
+        tool.setReport(
+            "  Duration: 00:00:10.00, start: 0, bitrate: 1 kb/s\n"
+            "    Stream #0:0: Audio: aac (HE-AAC), 48000 Hz, stereo\n"
+            "    Stream #0:1: Video: hevc, 3840x2160\n");
+        const QUrl url = QUrl::fromLocalFile(home.write("x.mkv"));
+        std::thread([&] { MKVFileInfo::initWithURL(url); }).join();
+        QVERIFY(home.presenter.shown.isEmpty());
+        QTRY_COMPARE(home.presenter.keys(),
+                     (QStringList{"hevcvideowarning", "warningheaac", "warningtoohighres"}));
+        QCOMPARE(home.presenter.shown.first().suppressionTitle, "Don't warn again");
+    }
+
+    void aliasesAreNotProbed() {
+        TestHome home;
+        QFile::link(home.path("gone.mkv"), home.path("alias.mkv"));
+        const MKVFileInfo::Probe probe = MKVFileInfo::probe(QUrl::fromLocalFile(home.path("alias.mkv")));
+        QVERIFY(!probe.record);
+        QCOMPARE(probe.verdicts.size(), 1U);
+        QCOMPARE(probe.verdicts[0].key, "warningalias");
+        QVERIFY(probe.verdicts[0].message.startsWith("The file 'alias.mkv' is an alias."));
+    }
+
+    void toolTrouble_data() {
+        QTest::addColumn<QByteArray>("tool");  // null: none
+        QTest::addColumn<bool>("executable");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("missing") << QByteArray() << false << "The conversion tool is missing";
+        QTest::newRow("not executable")
+            << QByteArray("#!/bin/sh\n") << false << "because it is not executable";
+        QTest::newRow("not startable") << QByteArray("#!/no/such/interpreter\n") << true
+                                       << "A basic system capability failed (posix_spawn)";
+    }
+    void toolTrouble() {
+        const TestHome home;
+        QFETCH(QByteArray, tool);
+        QFETCH(bool, executable);
+        QFETCH(QString, message);
+        qputenv("RAVELIN_RESOURCES", home.path("own").toUtf8());
+        if (!tool.isNull()) {
+            const QString path = home.write("own/ffmpeg", tool);
+            if (executable) QFile::setPermissions(path, QFile::ReadOwner | QFile::ExeOwner);
+        }
+        const QUrl url = QUrl::fromLocalFile(home.write("x.mkv"));
+        const MKVFileInfo::Probe probe = MKVFileInfo::probe(url);
+        QVERIFY(!probe.record);
+        QVERIFY2(probe.verdicts.at(0).message.contains(message), qPrintable(probe.verdicts.at(0).message));
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, MKVFileInfo::durationOfFile(url));
+    }
+};
+
+QTEST_GUILESS_MAIN(MKVFileInfoTest)
+#include "tst_MKVFileInfo.moc"
