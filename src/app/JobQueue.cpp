@@ -75,13 +75,13 @@ void JobQueue::startNextJobInQueue() {
     const qint64 limit = defaultInt(kConcurrentJobsKey) == 0 ? 1 : defaultInt(kConcurrentJobCountKey) + 2;
     if (m_paused) return;
     // Starting a job may change the list: jobs are looked up anew by position.
-    for (size_t i = 0; i < m_taskArray.size(); ++i) {
+    for (qsizetype i = 0; i < count(); ++i) {
         if (jobCountWithState(JobState::Converting) >= limit) return;
-        ConversionJob& job = *m_taskArray[i];
-        if (job.state() == JobState::Paused) {
-            job.continueJob();
-        } else if (job.state() == JobState::Queued) {
-            job.start();
+        ConversionJob* next = job(i);
+        if (next->state() == JobState::Paused) {
+            next->continueJob();
+        } else if (next->state() == JobState::Queued) {
+            next->start();
         }
     }
 }

@@ -33,6 +33,14 @@ struct Raw {
 
 const std::map<std::string, int> kStyles = {{"compatible", 0}, {"fast", 1}, {"custom", 2}};
 
+/// What is wrong with the text of a position; empty: nothing.
+std::string position(const std::string& text) {
+    bool fits = false;
+    const int number = decoded(text).toInt(&fits);
+    return fits && number >= 0 ? std::string()
+                               : makeString("'%@' is not a position from 0 on", decoded(text)).toStdString();
+}
+
 void addJson(CLI::App* command, Raw& raw) {
     command->add_flag("--json", raw.json, "One JSON object a line on standard output");
 }
@@ -66,7 +74,7 @@ CLI::App* addConvert(CLI::App& app, Raw& raw) {
         ->excludes(folder);
     convert->add_option("--audio", raw.audio, "Take the audio track with this position, from 0")
         ->type_name("INDEX")
-        ->check(CLI::NonNegativeNumber);
+        ->check(position, "");
     convert->add_option("--style", raw.style, "How audio is handled: compatible, fast or custom")
         ->type_name("STYLE")
         ->check(CLI::IsMember(kStyles));
@@ -163,6 +171,13 @@ CommandLine CommandLine::parse(int argc, char** argv) {
         return QString();
     };
     CommandLine line;
+    if (const QString name = argc > 1 ? QString::fromUtf8(argv[1]) : QString(); !name.isEmpty()) {
+        const bool isCommand = std::ranges::any_of(app.get_subcommands({}), [&](const CLI::App* command) {
+            return name == decoded(command->get_name());
+        });
+        if (!isCommand && !name.startsWith(u'-'))
+            return mistake(makeString("there is no command '%@'", name), {});
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& success) {

@@ -205,15 +205,27 @@ void ConvertCommand::endIfDone() {
     if (allProbed && m_running == 0 && ToolReaper::shared().isIdle()) QCoreApplication::quit();
 }
 
+namespace {
+
+/// What is wrong with the options for these inputs; empty: nothing.
+QString mistakeIn(const ConvertOptions& options, const Inputs& inputs) {
+    if (inputs.movies.isEmpty() && inputs.refusals.empty()) return "there is no movie among the files";
+    if (options.output.isEmpty()) return {};
+    if (inputs.movies.size() > 1)
+        return makeString("--output is for a single movie, not for %li", inputs.movies.size());
+    const bool isSource = inputs.movies.size() == 1 &&
+                          destination::isSameFile(absolutePath(options.output), inputs.movies.first());
+    // The attempt to write over the source has a message of its own.
+    if (isSource || destination::hasOutputExtension(options.output)) return {};
+    return makeString("--output needs a name that ends in .mp4 or .m4v, not '%@'", options.output);
+}
+
+}  // namespace
+
 int runConvert(const ConvertOptions& options, const CommandLine& line) {
-    if (!options.output.isEmpty() && !destination::hasOutputExtension(options.output))
-        return wrongUsage(
-            makeString("--output needs a name that ends in .mp4 or .m4v, not '%@'", options.output),
-            "convert");
     const Inputs inputs = findInputs(options.paths);
-    if (!options.output.isEmpty() && inputs.movies.size() > 1)
-        return wrongUsage(makeString("--output is for a single movie, not for %li", inputs.movies.size()),
-                          "convert");
+    const QString mistake = mistakeIn(options, inputs);
+    if (!mistake.isEmpty()) return wrongUsage(mistake, "convert");
 
     const Interruption interruption;
     auto overrides = line.overrides;
@@ -222,8 +234,6 @@ int runConvert(const ConvertOptions& options, const CommandLine& line) {
     Run run(overrides, Run::DesktopUse::Real);
     ConvertCommand command(options, run.presenter());
     QObject::connect(&interruption, &Interruption::interrupted, &command, &ConvertCommand::interrupt);
-    if (inputs.movies.isEmpty() && inputs.refusals.empty())
-        return wrongUsage("there is no movie among the files", "convert");
     QTimer::singleShot(0, &command, [&] { command.begin(inputs); });
     QCoreApplication::exec();
     if (const int signal = Interruption::signal()) return exitstatus::afterSignal(signal);

@@ -1,5 +1,6 @@
 #include "cli/Run.h"
 
+#include "convert/RunJournal.h"
 #include "settings/SettingsTable.h"
 #include "support/ApplicationInfo.h"
 #include "support/DBusDesktop.h"
@@ -17,6 +18,7 @@ Run::Run(const QMap<QString, QVariant>& overrides, DesktopUse desktop) {
         setSharedDesktop(m_desktop.get());
     }
     m_library = std::make_unique<QuillonLib>();
+    RunJournal::cleanUpAfterCrashes();
 }
 
 Run::~Run() {

@@ -2,6 +2,7 @@
 
 #include "convert/ConversionCommand.h"
 #include "convert/ConversionSettings.h"
+#include "convert/RunJournal.h"
 #include "convert/SpaceCheck.h"
 #include "convert/StatusText.h"
 #include "convert/SupportMail.h"
@@ -130,6 +131,7 @@ void ConversionJob::prepareProgressFile() {
     m_progressFile =
         std::make_unique<ProgressFile>(files::uniqueFile(QuillonLib::shared().docDir() + u'/' + name));
     m_progressFile->remove();
+    m_journal = std::make_unique<RunJournal>(m_fileInfo.destinationURL.toLocalFile(), m_progressFile->path());
 }
 
 QStringList ConversionJob::buildArguments() {
@@ -167,6 +169,7 @@ void ConversionJob::outputReceived(const QByteArray& bytes) {
 
 void ConversionJob::progressTimer() {
     readProgress();
+    m_journal->keepUp();
     Q_EMIT progressed();
 }
 
@@ -225,6 +228,7 @@ void ConversionJob::failed(const ToolExit& exit) {
     deleteOutput();
     const bool noSpace = failure::saysNoSpaceLeft(m_output.text());
     if (!noSpace) m_output.note(line);
+    m_journal.reset();
     setState(JobState::Failed);
     if (noSpace) {
         const failure::Explanation told = failure::noSpaceLeft();
@@ -239,6 +243,7 @@ void ConversionJob::deleteOutput() {
 
 void ConversionJob::succeeded() {
     m_finishedOK = true;
+    m_journal.reset();
     setState(JobState::Finished);
     if (defaultInt(kAutoCleanKey) != 0) remove();
     if (defaultInt(kAutoRemoveKey) != 0) disposeOfSource();
@@ -306,7 +311,8 @@ void ConversionJob::endRun() {
     // A finished output stays, and so does a file that only waits to be replaced.
     const bool deletesOutput = m_wroteDestination && m_state != JobState::Finished;
     const QString output = deletesOutput ? m_fileInfo.destinationURL.toLocalFile() : QString();
-    const auto cleanUp = [output, progressFile = std::shared_ptr<ProgressFile>(std::move(m_progressFile))] {
+    const auto cleanUp = [output, progressFile = std::shared_ptr<ProgressFile>(std::move(m_progressFile)),
+                          journal = std::shared_ptr<RunJournal>(std::move(m_journal))] {
         if (!output.isEmpty()) QFile::remove(output);
         if (progressFile) progressFile->remove();
     };

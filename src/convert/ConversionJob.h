@@ -16,6 +16,7 @@
 #include <functional>
 #include <memory>
 
+class RunJournal;
 class ToolProcess;
 struct ToolExit;
 
@@ -134,6 +135,7 @@ private:
     QStringList m_arguments;
     std::unique_ptr<ToolProcess> m_task;
     std::unique_ptr<ProgressFile> m_progressFile;
+    std::unique_ptr<RunJournal> m_journal;
     QTimer m_timer;
     QDateTime m_startDate;
     QDateTime m_stopDate;

@@ -17,6 +17,10 @@ struct Rule {
 };
 
 constexpr const char* kNoSpace = "No space left on device";
+constexpr const char* kCodecNotInContainer =
+    "Movie conversion failed because you are trying to convert a movie with a video track that can't be "
+    "embedded into "
+    "MP4s.";
 
 const QList<Rule>& rules() {
     static const char* const volumeTrouble =
@@ -41,10 +45,10 @@ const QList<Rule>& rules() {
          "The converted file can't be saved on the destination volume as there is not enough free space or "
          "it doesn't "
          "support large files."},
-        {{"track 0: could not find tag, codec not currently supported in container"},
-         "Movie conversion failed because you are trying to convert a movie with a video track that can't be "
-         "embedded into "
-         "MP4s."},
+        {{"track 0: could not find tag, codec not currently supported in container"}, kCodecNotInContainer},
+        // Newer tools name the codec. The first stream of an output is its picture.
+        {{"Could not find tag for codec", "in stream #0, codec not currently supported in container"},
+         kCodecNotInContainer},
         {{kToolMissing},
          "Movie conversion failed because the conversion tool could not be started. Please install the "
          "application again."},

@@ -65,6 +65,7 @@ void alert_dontwarnagain_ever(const QString& identifier, const QString& title, c
     });
 }
 
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
 long _alert_dontwarnagain_prefs(const QString& key, const QString& title, const QString& message,
                                 const AlertButton& defaultButton, const AlertButton& alternate,
                                 const QString& suppressionTitle) {

@@ -14,6 +14,7 @@ void alert_dontwarnagain_ever(const QString& identifier, const QString& title, c
                               const QString& button, const QString& suppressionTitle);
 
 /// Silenced for good under `key`. Main thread only. Returns the response, or -1 when it was not shown.
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
 long _alert_dontwarnagain_prefs(const QString& key, const QString& title, const QString& message,
                                 const AlertButton& defaultButton, const AlertButton& alternate,
                                 const QString& suppressionTitle);

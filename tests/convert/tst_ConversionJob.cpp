@@ -1,4 +1,5 @@
 #include "convert/ConversionJob.h"
+#include "convert/RunJournal.h"
 #include "fakes/FakeController.h"
 #include "fakes/FakeTool.h"
 #include "fakes/TestHome.h"
@@ -14,6 +15,8 @@
 #include <QTest>
 
 #include <csignal>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -278,6 +281,49 @@ private Q_SLOTS:
         QCOMPARE(files::contents(stage.home.path(writes)).value(), QByteArray("movie\n"));
         QCOMPARE(files::contents(stage.output).value(),
                  mayReplace ? QByteArray("movie\n") : QByteArray("somebody's"));
+    }
+
+    void aCrashIsCleanedUpAfter_data() {
+        QTest::addColumn<bool>("stillRuns");
+        QTest::addColumn<int>("changedLater");  // seconds after the crash
+        QTest::addColumn<bool>("deleted");
+        QTest::newRow("half-written output") << false << 0 << true;
+        QTest::newRow("a run of another instance") << true << 0 << false;
+        QTest::newRow("a file that somebody wrote since") << false << 60 << false;
+    }
+    void aCrashIsCleanedUpAfter() {
+        Stage stage;
+        QFETCH(bool, stillRuns);
+        QFETCH(int, changedLater);
+        const QString progress = QuillonLib::shared().docDir() + "/movie.mkv.log";
+        int pipe[2];
+        QCOMPARE(::pipe(pipe), 0);
+        const pid_t instance = ::fork();
+        if (instance == 0) {
+            const RunJournal journal(stage.output, progress);
+            stage.home.write("movie.mp4", "half a mov");
+            QFile(progress).open(QIODevice::WriteOnly);
+            ::write(pipe[1], "x", 1);
+            ::pause();
+        }
+        char byte = 0;
+        QCOMPARE(::read(pipe[0], &byte, 1), 1);
+        if (!stillRuns) {
+            ::kill(instance, SIGKILL);
+            ::waitpid(instance, nullptr, 0);
+        }
+        QFile output(stage.output);
+        QVERIFY(output.open(QIODevice::ReadWrite));
+        output.setFileTime(QDateTime::currentDateTime().addSecs(changedLater),
+                           QFileDevice::FileModificationTime);
+        RunJournal::cleanUpAfterCrashes();
+        QFETCH(bool, deleted);
+        QCOMPARE(!QFile::exists(stage.output), deleted);
+        QCOMPARE(QFile::exists(progress), stillRuns);
+        RunJournal::cleanUpAfterCrashes();  // Once is enough.
+        if (!stillRuns) return;
+        ::kill(instance, SIGKILL);
+        ::waitpid(instance, nullptr, 0);
     }
 
     void removingAJobThatNeverRanDeletesNothing() {

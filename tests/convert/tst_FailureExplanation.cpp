@@ -38,6 +38,13 @@ private Q_SLOTS:
             << "track 0: could not find tag, codec not currently supported in container" << true << false
             << failed
             << "Movie conversion failed because you are trying to convert a movie with a video track";
+        QTest::newRow("codec, in newer words")
+            << "Could not find tag for codec ffv1 in stream #0, codec not currently supported in container"
+            << false << false << failed
+            << "Movie conversion failed because you are trying to convert a movie with a video track";
+        QTest::newRow("codec of the sound")
+            << "Could not find tag for codec pcm in stream #1, codec not currently supported in container"
+            << false << false << information << "A problem prevented";
         QTest::newRow("tool") << "TOOL_MISSING no such file" << true << true << failed
                               << "Movie conversion failed because the conversion tool could not be started";
         QTest::newRow("embedded subtitles")

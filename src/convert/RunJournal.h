@@ -1,0 +1,27 @@
+#pragma once
+
+#include "support/FileLock.h"
+
+#include <QString>
+
+/// A note on disk of one conversion that writes its output, for the life of the run. When the application
+/// dies in the middle, the note stays, and the next start deletes what the run left half-written.
+class RunJournal {
+public:
+    RunJournal(QString output, QString progressFile);
+    /// The run is over and its files are dealt with.
+    ~RunJournal();
+    RunJournal(const RunJournal&) = delete;
+    RunJournal& operator=(const RunJournal&) = delete;
+
+    /// The run still goes on. To be called about once a second: an output that was changed long after the
+    /// last call is somebody else's.
+    void keepUp() const;
+
+    /// Deletes the files of runs whose application is gone. Runs of other instances are left alone.
+    static void cleanUpAfterCrashes();
+
+private:
+    const QString m_path;
+    FileLock m_lock;
+};
