@@ -37,8 +37,6 @@ ConvertCommand::ConvertCommand(const ConvertOptions& options, ConsolePresenter& 
         endIfDone();
     });
     connect(&m_queue, &JobQueue::jobAdded, this, &ConvertCommand::watch);
-    connect(&m_queue, &JobQueue::jobStateChanged, this,
-            [this](ConversionJob* job, JobState, JobState now) { onStateChanged(job, now); });
     connect(&ToolReaper::shared(), &ToolReaper::becameIdle, this, &ConvertCommand::endIfDone);
 }
 
@@ -156,13 +154,14 @@ void ConvertCommand::watch(ConversionJob* job) {
             [this, job] { m_subject = job->fileInfo().fileURL.toLocalFile(); });
     connect(job, &ConversionJob::launched, this, [this, job] { m_report->started(*job); });
     connect(job, &ConversionJob::progressed, this, [this, job] { m_report->progress(*job); });
+    connect(job, &ConversionJob::stateChanged, this,
+            [this, job] { m_subject = job->fileInfo().fileURL.toLocalFile(); });
+    connect(job, &ConversionJob::ended, this, [this, job] { onEnded(job); });
 }
 
-void ConvertCommand::onStateChanged(ConversionJob* job, JobState now) {
-    if (now != JobState::Finished && now != JobState::Failed) return;
-    m_subject = job->fileInfo().fileURL.toLocalFile();
+void ConvertCommand::onEnded(const ConversionJob* job) {
     --m_running;
-    if (now == JobState::Finished) {
+    if (job->state() == JobState::Finished) {
         m_report->finished(*job);
     } else {
         ++m_failures;

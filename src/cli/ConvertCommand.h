@@ -35,7 +35,7 @@ private:
     bool chooseDestination(MKVFileInfo& info, QString& problem) const;
     void addToQueue(MKVFileInfo info, qsizetype audioTrackIndex);
     void watch(ConversionJob* job);
-    void onStateChanged(ConversionJob* job, JobState now);
+    void onEnded(const ConversionJob* job);
     void refuse(const QString& file, const QString& message, bool wasShown);
     void refuseAtHand(const QString& message, bool wasShown);
     void reportProbe(const QString& file, const std::optional<MKVFileInfo>& record,

@@ -97,11 +97,13 @@ void ConversionJob::start() {
         m_output.note(failure::kUserRemoved);
         m_finishedError = true;
         setState(JobState::Failed);
+        Q_EMIT ended();
         return;
     }
     if (!checkFreeSpace()) {
         m_output.note(failure::kFreeSpace);
         setState(JobState::Failed);
+        Q_EMIT ended();
         return;
     }
     claimDestination();
@@ -199,11 +201,9 @@ void ConversionJob::taskFinished(const ToolExit& exit) {
     m_task.release()->deleteLater();  // It is still telling.
     releaseSleepAssertion();
 
-    const bool truncated =
-        exit.succeeded() &&
-        failure::saysSourceIsTruncated(m_output.text(), convertedSeconds, m_fileInfo.runtimeSeconds);
-    if (truncated) m_output.note(failure::kTruncated);
-    const bool hasFailed = !exit.succeeded() || truncated;
+    const auto reason = failure::whyNotFinished(m_output.text(), convertedSeconds, m_fileInfo.runtimeSeconds);
+    if (exit.succeeded() && reason) m_output.note(*reason);
+    const bool hasFailed = !exit.succeeded() || reason;
     if (hasFailed) {
         failed(exit);
     } else {
@@ -234,6 +234,7 @@ void ConversionJob::failed(const ToolExit& exit) {
         const failure::Explanation told = failure::noSpaceLeft();
         alert(told.title, told.message, "OK");
     }
+    Q_EMIT ended();
 }
 
 /// A half-written movie is of no use to anyone, and where the disk is full it is in the way.
@@ -245,6 +246,7 @@ void ConversionJob::succeeded() {
     m_finishedOK = true;
     m_journal.reset();
     setState(JobState::Finished);
+    Q_EMIT ended();
     if (defaultInt(kAutoCleanKey) != 0) remove();
     if (defaultInt(kAutoRemoveKey) != 0) disposeOfSource();
 }

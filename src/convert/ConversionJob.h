@@ -94,6 +94,8 @@ Q_SIGNALS:
     void launched();
     /// The percentage was read anew.
     void progressed();
+    /// The job is finished or failed, and the user was told what cannot wait.
+    void ended();
     /// The setting to quit after the conversion applies: nothing converts any more and nothing failed.
     void quitRequested();
 

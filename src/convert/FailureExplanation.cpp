@@ -3,8 +3,7 @@
 #include "support/Format.h"
 #include "support/Text.h"
 
-#include <array>
-#include <optional>
+#include <algorithm>
 
 namespace failure {
 
@@ -52,6 +51,7 @@ const QList<Rule>& rules() {
         {{kToolMissing},
          "Movie conversion failed because the conversion tool could not be started. Please install the "
          "application again."},
+        {{kOutputIncomplete}, volumeTrouble},
         {{kTruncated},
          "Movie conversion failed because the movie is incomplete: the file ends before the movie does. "
          "Please copy or "
@@ -115,12 +115,16 @@ bool explainsSomething(QStringView line) {
     return false;
 }
 
-bool saysSourceIsTruncated(const QString& output, double convertedSeconds,
-                           std::optional<qint32> runtimeSeconds) {
-    static const QStringList words = {"File ended prematurely", ": partial file", "corrupt input packet",
-                                      "Input/output error"};
-    if (!text::containsAny(output, words)) return false;
-    return !runtimeSeconds || convertedSeconds < *runtimeSeconds;
+std::optional<QString> whyNotFinished(const QString& output, double convertedSeconds,
+                                      std::optional<qint32> runtimeSeconds) {
+    static const QStringList unwritten = {kNoSpace, "Error writing trailer of", "Error closing file"};
+    static const QStringList unread = {"File ended prematurely", ": partial file", "corrupt input packet",
+                                       "Input/output error"};
+    if (text::containsAny(output, unwritten)) return kOutputIncomplete;
+    const bool isShort = !runtimeSeconds || convertedSeconds < *runtimeSeconds;
+    if (isShort && text::containsAny(output, unread)) return kTruncated;
+    if (output.contains("Invalid UTF-8 in decoded subtitles text")) return kSubtitlesLost;
+    return std::nullopt;
 }
 
 }  // namespace failure

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 /// Why a job failed, from the words of the tool and of the job itself.
 namespace failure {
 
@@ -11,6 +13,8 @@ inline constexpr QLatin1StringView kUserRemoved("USER_REMOVED");
 inline constexpr QLatin1StringView kFreeSpace("FREE_SPACE");
 inline constexpr QLatin1StringView kToolMissing("TOOL_MISSING");
 inline constexpr QLatin1StringView kTruncated("SOURCE_TRUNCATED");
+inline constexpr QLatin1StringView kOutputIncomplete("OUTPUT_INCOMPLETE");
+inline constexpr QLatin1StringView kSubtitlesLost("SUBTITLES_LOST");
 
 struct Facts {
     QString output;         ///< What the job collected.
@@ -34,10 +38,10 @@ bool saysNoSpaceLeft(const QString& output);
 /// Whether explain() looks for something that stands in this line.
 bool explainsSomething(QStringView line);
 
-/// Whether the output of a run that ended well says that the source could not be read to its end.
-/// `convertedSeconds` is how far the output got; a source of which only the index at the end is cut off is
-/// whole for this purpose.
-bool saysSourceIsTruncated(const QString& output, double convertedSeconds,
-                           std::optional<qint32> runtimeSeconds);
+/// The tool ends with status 0 also where it could not read its source to the end or write its output whole.
+/// The reason to note for such a run, from its words; nothing: it succeeded. `convertedSeconds` is how far
+/// the output got; a source of which only the index at the end is cut off is whole for this purpose.
+std::optional<QString> whyNotFinished(const QString& output, double convertedSeconds,
+                                      std::optional<qint32> runtimeSeconds);
 
 }  // namespace failure

@@ -115,6 +115,10 @@ private Q_SLOTS:
             << QByteArray("echo out_time_ms=4000000 > \"$progress\"; echo 'File ended prematurely'") << true
             << "File ended prematurely"
             << "Movie conversion failed because the movie is incomplete";
+        QTest::newRow("says the disk is full")
+            << QByteArray("echo 'Error closing file: No space left on device'") << true
+            << "No space left on device"
+            << "Movie conversion failed because there is not enough free";
         QTest::newRow("last words without a line break")
             << QByteArray("printf 'Operation timed out'; exit 1") << true << "Operation timed out"
             << "Movie conversion failed but";

@@ -71,25 +71,32 @@ private Q_SLOTS:
         QVERIFY(told.message.endsWith("\n\nCommand-line: -i a b\nCommand-output: " + QString(400, 'x')));
     }
 
-    void truncatedSources_data() {
+    void seemingSuccesses_data() {
         QTest::addColumn<QString>("output");
         QTest::addColumn<double>("converted");
         QTest::addColumn<int>("runtime");  // -1: not known
-        QTest::addColumn<bool>("truncated");
-        QTest::newRow("matroska") << "[matroska,webm @ 0x1] File ended prematurely" << 4.0 << 10 << true;
-        QTest::newRow("mp4") << "stream 1, offset 0x4af1f: partial file" << 4.0 << 10 << true;
-        QTest::newRow("avi") << "x.avi: corrupt input packet in stream 0" << 4.0 << 10 << true;
-        QTest::newRow("disk error") << "x.mkv: Input/output error" << 4.0 << 10 << true;
-        QTest::newRow("only the index is missing") << "File ended prematurely" << 10.02 << 10 << false;
-        QTest::newRow("runtime not known") << "File ended prematurely" << 4.0 << -1 << true;
-        QTest::newRow("short, but nothing is said") << "" << 4.0 << 10 << false;
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("matroska") << "[matroska,webm @ 0x1] File ended prematurely" << 4.0 << 10
+                                  << "SOURCE_TRUNCATED";
+        QTest::newRow("mp4") << "stream 1, offset 0x4af1f: partial file" << 4.0 << 10 << "SOURCE_TRUNCATED";
+        QTest::newRow("avi") << "x.avi: corrupt input packet in stream 0" << 4.0 << 10 << "SOURCE_TRUNCATED";
+        QTest::newRow("disk error") << "x.mkv: Input/output error" << 4.0 << 10 << "SOURCE_TRUNCATED";
+        QTest::newRow("only the index is missing") << "File ended prematurely" << 10.02 << 10 << "";
+        QTest::newRow("runtime not known") << "File ended prematurely" << 4.0 << -1 << "SOURCE_TRUNCATED";
+        QTest::newRow("short, but nothing is said") << "" << 4.0 << 10 << "";
+        QTest::newRow("disk full at the end")
+            << "Error closing file x.mp4: No space left on device" << 10.0 << 10 << "OUTPUT_INCOMPLETE";
+        QTest::newRow("not written") << "Error writing trailer of x.mp4: Stale file handle" << 10.0 << 10
+                                     << "OUTPUT_INCOMPLETE";
+        QTest::newRow("subtitles") << "Invalid UTF-8 in decoded subtitles text; maybe missing -sub_charenc"
+                                   << 10.0 << 10 << "SUBTITLES_LOST";
     }
-    void truncatedSources() {
+    void seemingSuccesses() {
         QFETCH(QString, output);
         QFETCH(double, converted);
         QFETCH(int, runtime);
         const auto known = runtime < 0 ? std::nullopt : std::optional<qint32>(runtime);
-        QTEST(failure::saysSourceIsTruncated(output, converted, known), "truncated");
+        QTEST(failure::whyNotFinished(output, converted, known).value_or(QString()), "reason");
     }
 };
 
