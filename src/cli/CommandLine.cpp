@@ -49,7 +49,8 @@ void addSet(CLI::App* command, Raw& raw) {
     command->add_option("--set", raw.settings, "Use VALUE for the setting KEY in this run alone")
         ->type_name("KEY=VALUE")
         ->expected(1)
-        ->take_all();
+        ->take_all()
+        ->allow_extra_args(false);
 }
 
 CLI::App* addProbe(CLI::App& app, Raw& raw) {
@@ -134,6 +135,13 @@ CommandLine mistake(const QString& message, const QString& command) {
     return line;
 }
 
+bool isUnknownCommand(const CLI::App& app, const QString& word) {
+    if (word.isEmpty() || word.startsWith(u'-')) return false;
+    return std::ranges::none_of(app.get_subcommands({}), [&](const CLI::App* command) {
+        return word == decoded(command->get_name());
+    });
+}
+
 /// What CLI11 complains about, in one line.
 QString firstLine(const char* text) {
     return QString::fromUtf8(text).section(u'\n', 0, 0);
@@ -165,19 +173,14 @@ CommandLine CommandLine::parse(int argc, char** argv) {
     const CLI::App* settings = addSettings(app, raw);
 
     const auto commandName = [&] {
-        for (const CLI::App* command : {probe, convert, settings}) {
-            if (command->parsed()) return decoded(command->get_name());
+        for (const CLI::App* candidate : {probe, convert, settings}) {
+            if (candidate->parsed()) return decoded(candidate->get_name());
         }
         return QString();
     };
     CommandLine line;
-    if (const QString name = argc > 1 ? QString::fromUtf8(argv[1]) : QString(); !name.isEmpty()) {
-        const bool isCommand = std::ranges::any_of(app.get_subcommands({}), [&](const CLI::App* command) {
-            return name == decoded(command->get_name());
-        });
-        if (!isCommand && !name.startsWith(u'-'))
-            return mistake(makeString("there is no command '%@'", name), {});
-    }
+    const QString word = argc > 1 ? QString::fromUtf8(argv[1]) : QString();
+    if (isUnknownCommand(app, word)) return mistake(makeString("there is no command '%@'", word), {});
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& success) {

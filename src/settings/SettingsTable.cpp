@@ -79,11 +79,11 @@ constexpr Setting kTable[] = {
 size_t editDistance(const QString& a, const QString& b) {
     std::vector<size_t> row(static_cast<size_t>(b.size()) + 1);
     std::iota(row.begin(), row.end(), size_t{0});
-    for (qsizetype i = 0; i < a.size(); ++i) {
+    for (const QChar letter : a) {
         size_t diagonal = row[0]++;
         for (qsizetype j = 0; j < b.size(); ++j) {
             const auto at = static_cast<size_t>(j) + 1;
-            const size_t substituted = diagonal + (a[i] == b[j] ? 0 : 1);
+            const size_t substituted = diagonal + (letter == b[j] ? 0 : 1);
             diagonal = row[at];
             row[at] = std::min({row[at] + 1, row[at - 1] + 1, substituted});
         }
@@ -96,7 +96,7 @@ std::optional<QVariantList> listFromText(const QString& text, bool bytes) {
     if (!document.isArray()) return std::nullopt;
     QVariantList list;
     const QJsonArray array = document.array();
-    for (const QJsonValue& element : array) {
+    for (const auto& element : array) {
         if (!element.isString()) return std::nullopt;
         list.append(bytes ? QVariant(element.toString().toUtf8()) : QVariant(element.toString()));
     }

@@ -1,11 +1,15 @@
 #include "support/DBusDesktop.h"
 
 #include <QDBusMessage>
+#include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QStandardPaths>
+
+#include <fcntl.h>
 
 namespace {
 
@@ -14,9 +18,11 @@ constexpr auto kPortalPath = "/org/freedesktop/portal/desktop";
 constexpr auto kNotificationService = "org.freedesktop.Notifications";
 constexpr auto kNotificationPath = "/org/freedesktop/Notifications";
 
-/// A bus that is not announced is not asked for: asking could start one, or wait for an X server.
+/// A bus that is not announced is not asked for: asking could start one, or wait for an X server. An empty
+/// variable announces nothing, and "autolaunch:" asks for a bus to be started.
 bool isAnnounced(const char* variable, const QString& socket) {
-    return qEnvironmentVariableIsSet(variable) || QFileInfo::exists(socket);
+    const QString address = qEnvironmentVariable(variable);
+    return address.isEmpty() ? QFileInfo::exists(socket) : !address.contains("autolaunch:");
 }
 
 std::optional<QDBusConnection> systemBus() {
@@ -33,6 +39,19 @@ void whenAnswered(const QDBusConnection& bus, const QDBusMessage& call, QObject*
                          handler(*finished);
                          finished->deleteLater();
                      });
+}
+
+/// Without the program's chatter between the application's own lines.
+bool openWithProgram(const QUrl& url) {
+    const QString opener = QStandardPaths::findExecutable("xdg-open");
+    if (opener.isEmpty()) return false;
+    QProcess process;
+    process.setProgram(opener);
+    process.setArguments({url.toString(QUrl::FullyEncoded)});
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    return process.startDetached();
 }
 
 QDBusMessage portalCall(const char* interface, const char* method, const QVariantList& arguments) {
@@ -123,20 +142,26 @@ void DBusDesktop::notify(const Notification& notification) {
     });
 }
 
-void DBusDesktop::notifyThroughPortal(QDBusConnection bus, const Notification& notification) {
+void DBusDesktop::notifyThroughPortal(const QDBusConnection& bus, const Notification& notification) {
     const QString id = QString::number(++m_lastPortalNotification);
     QVariantMap content{{"title", notification.title}, {"body", notification.text}};
     if (!notification.path.isEmpty()) {
         content.insert("default-action", "show");
         m_pathsOfNotifications.insert(id, notification.path);
     }
+    if (!notification.action.isEmpty()) {
+        qDBusRegisterMetaType<QList<QVariantMap>>();
+        const QVariantMap button{{"label", notification.action}, {"action", "show"}};
+        content.insert("buttons", QVariant::fromValue(QList<QVariantMap>{button}));
+    }
     bus.send(portalCall("Notification", "AddNotification", {id, content}));
 }
 
 void DBusDesktop::listenForActions(QDBusConnection bus) {
     if (std::exchange(m_listens, true)) return;
+    // From no named service: naming one makes the bus look up its owner first, and that is waited for.
     if (m_insideFlatpak) {
-        bus.connect(kPortalService, kPortalPath, "org.freedesktop.portal.Notification", "ActionInvoked", this,
+        bus.connect({}, kPortalPath, "org.freedesktop.portal.Notification", "ActionInvoked", this,
                     SLOT(onPortalActionInvoked(QString, QString, QVariantList)));
         return;
     }
@@ -161,7 +186,8 @@ void DBusDesktop::onPortalActionInvoked(const QString& id, const QString&, const
 }
 
 void DBusDesktop::reveal(const QString& path) {
-    const QUrl folder = QUrl::fromLocalFile(QFileInfo(path).path());
+    const QFileInfo file(path);
+    const QUrl folder = QUrl::fromLocalFile(file.absolutePath());
     const auto bus = sessionBus();
     if (!bus) {
         openUrl(folder);
@@ -170,13 +196,30 @@ void DBusDesktop::reveal(const QString& path) {
     QDBusMessage call =
         QDBusMessage::createMethodCall("org.freedesktop.FileManager1", "/org/freedesktop/FileManager1",
                                        "org.freedesktop.FileManager1", "ShowItems");
-    call.setArguments({QStringList(QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded)), QString()});
+    call.setArguments(
+        {QStringList(QUrl::fromLocalFile(file.absoluteFilePath()).toString(QUrl::FullyEncoded)), QString()});
     whenAnswered(*bus, call, this, [this, folder](const QDBusPendingCall& answer) {
         if (answer.isError()) openUrl(folder);
     });
 }
 
 bool DBusDesktop::openUrl(const QUrl& url) {
-    const QString opener = QStandardPaths::findExecutable("xdg-open");
-    return !opener.isEmpty() && QProcess::startDetached(opener, {url.toString(QUrl::FullyEncoded)});
+    if (url.scheme().isEmpty()) return false;
+    // The program first: it has been started when this returns, so that a page or a mail still opens when the
+    // application ends right after.
+    if (!m_insideFlatpak && openWithProgram(url)) return true;
+    const auto bus = sessionBus();
+    if (!bus) return false;
+    if (!url.isLocalFile()) {
+        bus->send(
+            portalCall("OpenURI", "OpenURI", {QString(), url.toString(QUrl::FullyEncoded), QVariantMap()}));
+        return true;
+    }
+    // Outside the sandbox a path means another file; a descriptor means the same.
+    QDBusUnixFileDescriptor descriptor;
+    descriptor.giveFileDescriptor(
+        ::open(QFile::encodeName(url.toLocalFile()).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (!descriptor.isValid()) return false;
+    bus->send(portalCall("OpenURI", "OpenFile", {QString(), QVariant::fromValue(descriptor), QVariantMap()}));
+    return true;
 }

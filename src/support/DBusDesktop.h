@@ -16,13 +16,15 @@ class DBusDesktop : public Desktop {
     Q_OBJECT
 
 public:
-    /// `applicationName` is told to the services; `desktopEntry` is the application's reverse-DNS identifier.
+    /// `applicationName` is told to the services, which may show it to the user; `desktopEntry` is the
+    /// application's reverse-DNS identifier.
     DBusDesktop(QString applicationName, QString desktopEntry, bool insideFlatpak = isInsideFlatpak());
 
     quint32 acquireSleepAssertion(const QString& reason) override;
     void releaseSleepAssertion(quint32 assertion) override;
     void notify(const Notification& notification) override;
     void reveal(const QString& path) override;
+    /// By xdg-open, inside a Flatpak and where that is missing by the portal. True: it was handed over.
     bool openUrl(const QUrl& url) override;
 
     static bool isInsideFlatpak();
@@ -40,7 +42,7 @@ private:
     };
 
     std::optional<QDBusConnection> sessionBus();
-    void notifyThroughPortal(QDBusConnection bus, const Notification& notification);
+    void notifyThroughPortal(const QDBusConnection& bus, const Notification& notification);
     void listenForActions(QDBusConnection bus);
 
     const QString m_applicationName;

@@ -11,6 +11,7 @@
 #include <QFileInfo>
 #include <QStorageInfo>
 #include <QSysInfo>
+#include <QXmlStreamReader>
 
 #include <cerrno>
 #include <grp.h>
@@ -18,7 +19,47 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+namespace {
+
+/// Moves on to the value of `key` in the dictionary that is being read. False: the dictionary ended.
+bool enterValue(QXmlStreamReader& xml, QStringView key) {
+    bool isNext = false;
+    while (xml.readNextStartElement()) {
+        if (isNext) return true;
+        if (xml.name() == u"key") {
+            isNext = xml.readElementText() == key;
+        } else {
+            xml.skipCurrentElement();
+        }
+    }
+    return false;
+}
+
+/// A serial line or a pseudo-terminal may be anybody's, anywhere; these are in front of the machine.
+bool isOfTheMachine(QStringView whoLine) {
+    if (whoLine.contains(u"console")) return true;
+    const QList<QStringView> words = whoLine.split(u' ', Qt::SkipEmptyParts);
+    if (words.size() < 2) return false;
+    const QStringView terminal = words[1];
+    return terminal.startsWith(u':') ||
+           (terminal.startsWith(u"tty") && terminal.size() > 3 && terminal[3].isDigit());
+}
+
+}  // namespace
+
 namespace hostrules {
+
+QString firstModel(const QStringList& files) {
+    constexpr qint64 kLongest = 255;  // bytes
+    for (const QString& path : files) {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly)) continue;
+        // Firmware hands its texts over with the zero byte at their end.
+        QString model = QString::fromUtf8(file.read(kLongest).constData()).trimmed();
+        if (!model.isEmpty()) return model;
+    }
+    return {};
+}
 
 bool isTranslocated(const QString& applicationPath) {
     return applicationPath.contains("AppTranslocation");
@@ -32,20 +73,40 @@ bool isTranslated(const std::function<int(int& value)>& readSetting) {
     return false;
 }
 
+bool isOnReadOnlyVolume(const QString& path) {
+    struct statvfs information = {};
+    return ::statvfs(QFile::encodeName(path).constData(), &information) == 0 &&
+           (information.f_flag & ST_RDONLY) != 0;
+}
+
 QStringList otherUsers(const QString& whoOutput, const QString& me) {
     QStringList users;
     for (const QStringView line : text::lines(whoOutput)) {
-        if (line.contains(u"console") && !line.contains(me))
-            users.append(text::piece(line, u" ", 0)->toString());
+        if (isOfTheMachine(line) && !line.contains(me)) users.append(text::piece(line, u" ", 0)->toString());
     }
     return users;
 }
 
 int diskNumber(const QString& device) {
     const QString prefix = "/dev/disk";
-    if (!device.startsWith(prefix)) return -1;
+    // The folder of that name holds links to disks, under names that are no numbers.
+    if (!device.startsWith(prefix) || device.startsWith(prefix + u'/')) return -1;
     return text::integerValue(
         text::piece(QStringView(device).mid(prefix.size()), u"s", 0).value_or(QStringView()));
+}
+
+std::optional<QString> lastUpdateAddress(const QByteArray& journal) {
+    QXmlStreamReader xml(journal);
+    const bool isDictionary =
+        xml.readNextStartElement() && xml.readNextStartElement() && xml.name() == u"dict";
+    if (!isDictionary || !enterValue(xml, u"autoInstalledUpdates")) return std::nullopt;
+    std::optional<QString> address;
+    while (xml.readNextStartElement()) {
+        address.reset();
+        while (enterValue(xml, u"url"))
+            address = xml.readElementText();
+    }
+    return address;
 }
 
 std::optional<QString> storeCountryCode(const QString& address) {
@@ -57,11 +118,7 @@ std::optional<QString> storeCountryCode(const QString& address) {
 }  // namespace hostrules
 
 QString PXHostInformation::machineType() {
-    for (const char* place : {"/sys/class/dmi/id/product_name", "/proc/device-tree/model"}) {
-        const auto bytes = files::contents(place);
-        if (bytes && !bytes->isEmpty()) return QString::fromUtf8(*bytes).remove(QChar(u'\0')).trimmed();
-    }
-    return {};
+    return hostrules::firstModel({"/sys/class/dmi/id/product_name", "/proc/device-tree/model"});
 }
 
 bool PXHostInformation::isUserAdmin() {
@@ -85,9 +142,7 @@ bool PXHostInformation::isRunningTranslocated() {
 }
 
 bool PXHostInformation::isRunningReadonly() {
-    struct statvfs information = {};
-    const QByteArray path = QFile::encodeName(QCoreApplication::applicationDirPath());
-    return ::statvfs(path.constData(), &information) == 0 && (information.f_flag & ST_RDONLY) != 0;
+    return hostrules::isOnReadOnlyVolume(QCoreApplication::applicationDirPath());
 }
 
 QStringList PXHostInformation::otherLoggedInUsers() {
@@ -98,11 +153,14 @@ QStringList PXHostInformation::otherLoggedInUsers() {
 }
 
 QStringList PXHostInformation::runningProcesses() {
+    // The kernel's mark for a program whose file was replaced since it was started.
+    const QString deleted = " (deleted)";
     QStringList paths;
     const QStringList entries = QDir("/proc").entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     for (const QString& entry : entries) {
         if (text::integerValue(entry) == 0) continue;
-        const QString program = QFileInfo("/proc/" + entry + "/exe").symLinkTarget();
+        QString program = QFileInfo("/proc/" + entry + "/exe").symLinkTarget();
+        if (program.endsWith(deleted)) program.chop(deleted.size());
         if (!program.isEmpty()) paths.append(program);
     }
     return paths;
@@ -111,7 +169,8 @@ QStringList PXHostInformation::runningProcesses() {
 std::optional<QString> PXHostInformation::appStoreCountryCode() {
     const auto journal =
         files::contents(QDir::homePath() + "/Library/Application Support/App Store/updatejournal.plist");
-    return journal ? hostrules::storeCountryCode(QString::fromUtf8(*journal)) : std::nullopt;
+    const auto address = journal ? hostrules::lastUpdateAddress(*journal) : std::nullopt;
+    return address ? hostrules::storeCountryCode(*address) : std::nullopt;
 }
 
 std::optional<QUrl> PXHostInformation::growlInstallURL() {
@@ -123,7 +182,12 @@ std::optional<QUrl> PXHostInformation::growlInstallURL() {
 }
 
 int PXHostInformation::bootDiskBSDNum() {
-    return hostrules::diskNumber(QString::fromUtf8(QStorageInfo::root().device()));
+    constexpr int kNotAsked = -100;
+    static int remembered = kNotAsked;
+    if (remembered != kNotAsked) return remembered;
+    const int number = hostrules::diskNumber(QString::fromUtf8(QStorageInfo::root().device()));
+    if (number != -1) remembered = number;
+    return number;
 }
 
 void PXHostInformation::addDiskToList(QList<QVariantMap>& disks, int number, const QString& name,

@@ -75,7 +75,7 @@ QVariant fromJson(const QJsonValue& value) {
     if (value.isArray()) {
         QVariantList list;
         const QJsonArray array = value.toArray();
-        for (const QJsonValue& element : array)
+        for (const auto& element : array)
             list.append(fromJson(element));
         return list;
     }

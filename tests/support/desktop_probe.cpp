@@ -1,6 +1,6 @@
 // Does on the desktop what standard input says, a command a line, and tells on standard output what comes
 // back:
-//     inhibit | release | notify TITLE|TEXT|ACTION|PATH | reveal PATH | quit
+//     inhibit | release | notify TITLE|TEXT|ACTION|PATH | reveal PATH | open URL | quit
 #include "support/DBusDesktop.h"
 
 #include <QCoreApplication>
@@ -30,6 +30,7 @@ int main(int argc, char** argv) {
             desktop.notify({rest.section(u'|', 0, 0), rest.section(u'|', 1, 1), rest.section(u'|', 2, 2),
                             rest.section(u'|', 3)});
         if (command == "reveal") desktop.reveal(rest);
+        if (command == "open") std::printf("%s\n", desktop.openUrl(QUrl(rest)) ? "opened" : "not opened");
         std::printf("did %s\n", qPrintable(command));
         std::fflush(stdout);
         if (command == "quit") QCoreApplication::quit();

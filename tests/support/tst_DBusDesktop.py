@@ -1,9 +1,11 @@
 #!/usr/bin/python3
 """The desktop services against private buses on which stand-ins answer. Usage: tst_DBusDesktop.py DESKTOP_PROBE"""
 import os
+import socket
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 import unittest
 
@@ -29,12 +31,16 @@ class Probe:
         self.process = subprocess.Popen([PROBE, *arguments], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
                                         bufsize=1, env=environment)
 
-    def tell(self, command):
+    def tell(self, command, *answers):
         self.process.stdin.write(command + "\n")
-        self.line_is("did " + command.split(" ")[0])
+        for line in (*answers, "did " + command.split(" ")[0]):
+            self.line_is(line)
 
     def line_is(self, expected):
+        watchdog = threading.Timer(LIMIT, self.process.kill)
+        watchdog.start()
         line = self.process.stdout.readline().strip()
+        watchdog.cancel()
         assert line == expected, f"{line!r} instead of {expected!r}"
 
     def quit(self):
@@ -75,10 +81,33 @@ class DesktopTest(dbusmock.DBusTestCase):
         bus = self.system if system else self.session
         return dbus.Interface(bus.get_object(name, path), dbusmock.MOCK_IFACE)
 
+    def folder(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        return folder.name
+
+    def restart(self, *arguments, **environment):
+        self.assertEqual(self.probe.quit(), 0)
+        self.probe = Probe(dict(os.environ, **environment), arguments)
+
+    def opener(self):
+        """A folder for the search path with an xdg-open that writes its argument down in the file "opened"."""
+        folder = self.folder()
+        opener = os.path.join(folder, "xdg-open")
+        with open(opener, "w", encoding="utf-8") as file:
+            file.write(f'#!/bin/sh\necho chatter\necho "$1" >{folder}/new && mv {folder}/new {folder}/opened\n')
+        os.chmod(opener, 0o755)
+        return folder
+
+    def opened(self, folder):
+        until(lambda: os.path.exists(f"{folder}/opened"), "the opener")
+        with open(f"{folder}/opened", encoding="utf-8") as file:
+            return file.read().strip()
+
     def inhibiting_file(self):
         """A logind whose lock is an open file of ours, so that holding it shows in the holder's descriptors."""
         logind = self.mock("org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager", system=True)
-        folder = tempfile.mkdtemp()
+        folder = self.folder()
         lock = os.path.join(folder, "lock")
         logind.AddMethod("", "Inhibit", "ssss", "h", f"import os; ret = dbus.types.UnixFd(open({lock!r}, 'w'))")
         return logind, lock
@@ -101,6 +130,24 @@ class DesktopTest(dbusmock.DBusTestCase):
         until(lambda: lock in self.probe.open_pipes(), "the second descriptor")
         self.assertEqual(self.probe.open_pipes().count(lock), 1)
 
+    def test_sleep_is_held_off_through_the_portal(self):
+        self.restart("--flatpak")
+        path, interface = "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Inhibit"
+        portal = self.mock("org.freedesktop.portal.Desktop", path, interface)
+        portal.AddMethod("", "Inhibit", "sua{sv}", "o", "ret = dbus.ObjectPath('/request/' + str(len(self.call_log)))")
+        for number in (1, 2):
+            portal.AddObject(f"/request/{number}", "org.freedesktop.portal.Request", {}, [("Close", "", "", "")])
+        requests = [dbus.Interface(self.session.get_object("org.freedesktop.portal.Desktop", f"/request/{number}"),
+                                   dbusmock.MOCK_IFACE) for number in (1, 2)]
+        self.probe.process.stdin.write("inhibit\nrelease\ninhibit\n")
+        for command in ("inhibit", "release", "inhibit"):
+            self.probe.line_is("did " + command)
+        until(lambda: requests[0].GetMethodCalls("Close"), "the end of the request that was not wanted any more")
+        self.assertEqual(portal.GetMethodCalls("Inhibit")[0][1], ["", 4 | 8, {"reason": "Converting MKV file."}])
+        self.assertEqual(requests[1].GetMethodCalls("Close"), [])
+        self.probe.tell("release")
+        until(lambda: requests[1].GetMethodCalls("Close"), "the end of the request")
+
     def test_notification_with_an_action(self):
         service = "org.freedesktop.Notifications"
         daemon = self.mock(service, "/org/freedesktop/Notifications", service)
@@ -113,16 +160,23 @@ class DesktopTest(dbusmock.DBusTestCase):
         daemon.EmitSignal("", "ActionInvoked", "us", [dbus.UInt32(8), "show"])
         daemon.EmitSignal("", "ActionInvoked", "us", [dbus.UInt32(7), "show"])
         self.probe.line_is("activated /movies/a b.mp4")
+        daemon.EmitSignal("", "NotificationClosed", "uu", [dbus.UInt32(7), dbus.UInt32(2)])
+        daemon.EmitSignal("", "ActionInvoked", "us", [dbus.UInt32(7), "show"])
+        self.probe.tell("notify Failed|text||/b.mp4")
+        second = until(lambda: daemon.GetMethodCalls("Notify")[1:], "the second notification")[0][1]
+        self.assertEqual(list(second[5]), ["default", "Failed"])
+        daemon.EmitSignal("", "ActionInvoked", "us", [dbus.UInt32(7), "default"])
+        self.probe.line_is("activated /b.mp4")
 
     def test_notification_through_the_portal(self):
-        self.probe.quit()
-        self.probe = Probe(arguments=["--flatpak"])
+        self.restart("--flatpak")
         path, interface = "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Notification"
         portal = self.mock("org.freedesktop.portal.Desktop", path, interface)
         portal.AddMethod("", "AddNotification", "sa{sv}", "", "")
         self.probe.tell("notify Finished|text|Show|/a.mp4")
         call = until(lambda: portal.GetMethodCalls("AddNotification"), "the notification")[0][1]
         self.assertEqual(call[1]["title"], "Finished")
+        self.assertEqual(call[1]["buttons"], [{"label": "Show", "action": "show"}])
         portal.EmitSignal("", "ActionInvoked", "ssav", [call[0], "show", dbus.Array([], signature="v")])
         self.probe.line_is("activated /a.mp4")
 
@@ -135,26 +189,55 @@ class DesktopTest(dbusmock.DBusTestCase):
         self.assertEqual(call[0], ["file:///movies/a%20%23100%25%20%C3%BC.mp4"])
 
     def test_reveal_without_a_file_manager_opens_the_folder(self):
-        folder = tempfile.mkdtemp()
-        opener = os.path.join(folder, "xdg-open")
-        with open(opener, "w", encoding="utf-8") as file:
-            file.write(f'#!/bin/sh\necho "$1" > {folder}/opened.new && mv {folder}/opened.new {folder}/opened\n')
-        os.chmod(opener, 0o755)
-        self.probe.quit()
-        self.probe = Probe(dict(os.environ, PATH=f"{folder}:{os.environ['PATH']}"))
+        folder = self.opener()
+        self.restart(PATH=f"{folder}:{os.environ['PATH']}")
         self.probe.tell("reveal /movies/a.mp4")
-        until(lambda: os.path.exists(f"{folder}/opened"), "the opener")
-        with open(f"{folder}/opened", encoding="utf-8") as file:
-            self.assertEqual(file.read().strip(), "file:///movies")
+        self.assertEqual(self.opened(folder), "file:///movies")
+
+    def test_pages_open_by_the_program_else_by_the_portal(self):
+        folder = self.opener()
+        self.restart(PATH=f"{folder}:{os.environ['PATH']}")
+        self.probe.tell("open mailto:a@b.example?subject=x%20y%26z", "opened")
+        self.assertEqual(self.opened(folder), "mailto:a@b.example?subject=x%20y%26z")
+        self.probe.tell("open no-scheme?subject=x", "not opened")
+
+        path, interface = "/org/freedesktop/portal/desktop", "org.freedesktop.portal.OpenURI"
+        portal = self.mock("org.freedesktop.portal.Desktop", path, interface)
+        portal.AddMethod("", "OpenURI", "ssa{sv}", "o", "ret = dbus.ObjectPath('/request')")
+        portal.AddMethod("", "OpenFile", "sha{sv}", "o",
+                         "import os; open('{0}/file', 'w').write(os.readlink(f'/proc/self/fd/{{args[1].take()}}')); "
+                         "ret = dbus.ObjectPath('/request')".format(folder))
+        for arguments in ((), ("--flatpak",)):
+            self.restart(*arguments, PATH=folder if arguments else "/nowhere")
+            self.probe.tell("open https://ravelin.example/a%20b", "opened")
+        calls = until(lambda: portal.GetMethodCalls("OpenURI")[1:] and portal.GetMethodCalls("OpenURI"), "both calls")
+        self.assertEqual([call[1][1] for call in calls], ["https://ravelin.example/a%20b"] * 2)
+        self.probe.tell(f"open file://{folder}", "opened")
+        until(lambda: os.path.exists(f"{folder}/file") and os.path.getsize(f"{folder}/file"), "the folder")
+        with open(f"{folder}/file", encoding="utf-8") as file:
+            self.assertEqual(file.read(), os.path.realpath(folder))
+        self.probe.tell("open file:///nowhere/at/all", "not opened")
 
 
 class NoBusTest(unittest.TestCase):
     def test_nothing_happens_at_once(self):
-        environment = {"PATH": "/nowhere", "DBUS_SYSTEM_BUS_ADDRESS": "unix:path=/nowhere/bus"}
-        probe = Probe(environment)
-        for command in ("inhibit", "notify a|b|c|/d", "reveal /a", "release"):
-            probe.tell(command)
-        self.assertEqual(probe.quit(), 0)
+        with socket.create_server(("127.0.0.1", 0)) as display:
+            # Whoever starts a bus on demand asks the display for one that runs already.
+            display.setblocking(False)
+            number = display.getsockname()[1] - 6000
+            nothing = {"PATH": "/nowhere", "DISPLAY": f"127.0.0.1:{number}",
+                       "DBUS_SYSTEM_BUS_ADDRESS": "unix:path=/nowhere/bus"}
+            for address in (None, "", "autolaunch:", "unix:path=/nowhere/bus"):
+                for arguments in ((), ("--flatpak",)):
+                    with self.subTest(address=address, arguments=arguments):
+                        session = {} if address is None else {"DBUS_SESSION_BUS_ADDRESS": address}
+                        probe = Probe({**nothing, **session}, arguments)
+                        for command in ("inhibit", "notify a|b|c|/d", "reveal /a", "release"):
+                            probe.tell(command)
+                        probe.tell("open https://ravelin.example", "not opened")
+                        self.assertEqual(probe.quit(), 0)
+                        with self.assertRaises(BlockingIOError):
+                            display.accept()
 
 
 if __name__ == "__main__":

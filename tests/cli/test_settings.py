@@ -1,0 +1,161 @@
+"""The settings command, settings of one run, the settings file in bad times, and the command line itself."""
+import json
+import unittest
+
+from support import CliTest, movie
+
+PROBED = {"file", "accepted", "fileName", "informationString", "videoTrackCodec", "videoTrackID", "fileSize", "runtimeSeconds",
+          "audioTrackInformation", "sampleRates", "subtitleTrackIDs", "bestLanguage", "messages"}
+
+
+class Settings(CliTest):
+    def settings(self, *arguments, status=0):
+        return self.run_cli("settings", *arguments, status=status)
+
+    def value(self, key):
+        return json.loads(self.settings("--json", "get", key).out)
+
+    def stored(self):
+        return json.loads(self.settings_file.read_text())
+
+    def test_set_get_unset(self):
+        for key, default, text, value in (
+            ("AudioVolume", 100, "150", 150), ("AudioVolume", 100, "-5", -5), ("ConversionPreset", 0, "2", 2),
+            ("EAC3Convert", 0, "1", 1),  # has no registered default
+            ("DestinationNames", [], '["Film", "Süße – \\"x\\""]', ["Film", 'Süße – "x"']),
+            ("DestinationNames", [], '["one"]', ["one"]),
+        ):
+            with self.subTest(key=key, text=text):
+                unset = {"key": key, "value": default, "isDefault": True}
+                self.assertEqual(unset, self.value(key))
+                self.assertEqual("", self.settings("set", key, text).out)
+                self.assertEqual({"key": key, "value": value, "isDefault": False}, self.value(key))
+                self.assertEqual(value, self.stored()[key])
+                self.settings("unset", key)
+                self.assertEqual(unset, self.value(key))
+                self.assertNotIn(key, self.stored())
+
+    def test_list_and_path(self):
+        self.assertEqual(f"{self.settings_file}\n", self.settings("path").out)
+        self.settings("set", "AACBitrate", "3")
+        listed = [json.loads(line) for line in self.settings("list", "--json").out.splitlines()]
+        self.assertEqual(len(listed), len({entry["key"] for entry in listed}))
+        self.assertEqual({"AACBitrate": 3}, {e["key"]: e["value"] for e in listed if not e["isDefault"]})
+        lines = self.settings("list").out.splitlines()
+        self.assertEqual([e["key"] for e in listed], [line.split(" ")[0] for line in lines])
+        self.assertLessEqual({"AACBitrate = 3", "FixSubtitleDuration = 1  (default)"}, set(lines))
+
+    def test_refused_values_and_keys(self):
+        self.settings("set", "AudioVolume", "80")
+        for arguments, says in (
+            (("set", "AudioVolume", "loud"), "'loud'"), (("set", "AudioVolume", "1.5"), "'1.5'"),
+            (("set", "AudioVolume", ""), "''"), (("set", "AudioVolume", "99999999999999999999"), "whole number"),
+            (("set", "DestinationNames", "Film"), "'Film'"),
+            (("set", "DestinationNames", "[1]"), "'[1]'"), (("set", "AudioVolumes", "1"), "AudioVolume"),
+            (("get", "audiovolume"), "AudioVolume"), (("unset", "ConcurentJobs"), "ConcurrentJobs"),
+        ):
+            with self.subTest(arguments):
+                result = self.settings(*arguments, status=2)
+                self.assertIn(says, result.err)
+                self.assertEqual("", result.out)
+        self.assertEqual({"AudioVolume": 80}, self.stored())
+
+    def test_settings_of_one_run(self):
+        """They go before what is stored, and are not stored."""
+        source = self.place(movie("ac3"), "Movie.mkv")
+        self.settings("set", "AACBitrate", "3")
+        for arguments, rate in (((), "192k"), (("--set", "AACBitrate=0", "--set", "AACBitrate=2"), "160k"),
+                                (("--set", "ConversionPreset=1", "--style", "compatible"), "192k")):
+            with self.subTest(arguments):
+                used = self.convert(source, *arguments).only("started")["arguments"]
+                self.assertEqual(rate, used[used.index("-b:a") + 1])
+        self.assertEqual(3, self.stored()["AACBitrate"])
+        self.assertNotIn("ConversionPreset", self.stored())
+
+    def test_damaged_or_impossible_file(self):
+        folder = self.settings_file.parent
+        self.settings("set", "AudioVolume", "150")
+        for content in (b'{"AudioVolume": 1', b"\xff\xfe\0\0", b"[1, 2]", b'"text"'):
+            with self.subTest(content):
+                self.settings_file.write_bytes(content)
+                before = {path.name for path in folder.iterdir()}
+                first = self.settings("get", "AudioVolume")
+                self.assertEqual("100\n", first.out)
+                [kept] = {path.name for path in folder.iterdir() if path.read_bytes() == content}
+                self.assertNotIn(kept, before)
+                self.assertEqual(1, len(first.err.splitlines()), first.err)
+                self.assertIn(kept, first.err)
+                self.assertEqual("", self.settings("set", "AudioVolume", "90").err, "it is said once")
+                self.assertEqual({"AudioVolume": 90}, self.stored())
+
+        self.env["XDG_CONFIG_HOME"] = "/proc/nowhere"  # There is no place to store anything at all.
+        self.assertIn("/proc/nowhere", self.settings("set", "AudioVolume", "90", status=1).err)
+        self.convert(self.place(movie("ac3"), "Movie.mkv"))
+
+    def test_many_at_once_lose_nothing(self):
+        listed = [json.loads(line) for line in self.settings("list", "--json").out.splitlines()]
+        numbers = {e["key"]: 1000 + i for i, e in enumerate(listed) if isinstance(e["value"], int)}
+        running = [self.start("settings", "set", key, str(number)) for key, number in numbers.items()]
+        self.assertEqual({0}, {self.finish(process).status for process in running})
+        self.assertEqual(numbers, self.stored())
+        self.settings_file.write_text(json.dumps(self.stored() | {"FromTomorrow": {"a": [1]}}))
+        self.settings("set", "AACBitrate", "2")
+        self.assertEqual(numbers | {"FromTomorrow": {"a": [1]}, "AACBitrate": 2}, self.stored())
+
+
+class CommandLine(CliTest):
+    def test_wrong_usage_starts_nothing(self):
+        for name in ("a.mkv", "b.mkv"):
+            self.place(movie("ac3"), name)
+        for line, says in (
+            ("", "--help"), ("transmogrify", "--help"), ("settings", "settings --help"), ("convert", "PATH"), ("probe", "MOVIE"),
+            ("convert --bogus a.mkv", "--bogus"), ("convert --to . --output c.mp4 a.mkv", "--output"),
+            ("convert --output c.mp4 a.mkv b.mkv", "--output"), ("convert --output c.mp4 .", "--output"),
+            ("convert --output c.mkv a.mkv", "c.mkv"), ("convert --audio one a.mkv", "--audio"),
+            ("convert --audio -1 a.mkv", "--audio"), ("convert --style slow a.mkv", "slow"), ("convert --set AudioVolum=1 a.mkv", "AudioVolume"),
+            ("probe --set AudioVolum=1 a.mkv", "AudioVolume"), ("convert --set AudioVolume a.mkv", "KEY=VALUE"),
+            ("settings get", "KEY"), ("settings set AudioVolume", "VALUE"), ("settings list more", "more"),
+        ):
+            with self.subTest(line):
+                result = self.run_cli(*line.split(), status=2)
+                self.assertEqual("", result.out)
+                self.assertEqual(2, len(result.err.splitlines()), result.err)
+                self.assertIn(says, result.err)
+                self.assertIn("--help'", result.err.splitlines()[1])
+        self.assertEqual(["a.mkv", "b.mkv"], self.outputs())
+
+    def test_options_before_movies(self):
+        for name in ("a.mkv", "-b.mkv"):
+            self.place(movie("ac3"), name)
+        for options in (("--set", "AACBitrate=2"), ("--style", "fast"), ("--audio", "0"), ("--to", "."), ("--quiet",)):
+            for paths in (("a.mkv", "./-b.mkv"), ("--", "-b.mkv", "a.mkv")):
+                with self.subTest(options=options, paths=paths):
+                    self.assertEqual(2, len(self.convert(*options, *paths).of("finished")))
+
+    def test_probe(self):
+        source = self.place(movie("aac 2 44100 ger", "ac3 5.1"), "Movie.mkv")
+        bad = self.place("words", "bad.mkv")
+        good, refused = map(json.loads, self.run_cli("probe", "--json", source, bad, status=1).out.splitlines())
+        self.assertEqual((PROBED, {"file", "accepted", "messages"}), (set(good), set(refused)))
+        expected = {"file": str(source), "accepted": True, "runtimeSeconds": 2, "fileSize": source.stat().st_size, "messages": [],
+                    "audioTrackInformation": ["#1: ger (aac)", "#2: eng (ac3) [5.1]"], "sampleRates": [44100, 48000],
+                    "videoTrackID": 0, "bestLanguage": "#2: eng (ac3) [5.1]", "subtitleTrackIDs": []}
+        self.assertEqual(expected, {key: good[key] for key in expected})
+        text = self.run_cli("probe", source).out
+        for part in ("Movie.mkv", good["informationString"], *good["audioTrackInformation"]):
+            self.assertIn(part, text)
+
+    def test_what_people_read(self):
+        source = self.place(movie("ac3"), "Movie.mkv")
+        started, ended = self.run_cli("convert", source).out.splitlines()
+        self.assertIn("Movie.mkv", started)
+        self.assertIn(str(self.folder / "Movie.mp4"), ended)
+        quiet = self.run_cli("convert", "--quiet", source)
+        self.assertEqual(("", ""), (quiet.out, quiet.err))
+        for command in ((), ("convert",), ("probe",), ("settings",), ("settings", "set")):
+            with self.subTest(command):
+                self.assertIn(" ".join(("ravelin-cli", *command)), self.run_cli(*command, "--help").out)
+
+
+if __name__ == "__main__":
+    unittest.main()
