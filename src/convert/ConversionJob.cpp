@@ -1,5 +1,6 @@
 #include "convert/ConversionJob.h"
 
+#include "convert/Aftermath.h"
 #include "convert/ConversionCommand.h"
 #include "convert/ConversionSettings.h"
 #include "convert/RunJournal.h"
@@ -210,8 +211,9 @@ void ConversionJob::taskFinished(const ToolExit& exit) {
         succeeded();
     }
     m_ad.startNextJobInQueue();
-    notifyUser(hasFailed);
-    countRun();
+    aftermath::notifyUser(m_fileInfo, hasFailed);
+    aftermath::countRun();
+    m_ad.increaseUsages(true, true);
     if (defaultInt(kQuitAfterConversionKey) != 0 && m_ad.jobCountWithState(JobState::Converting) == 0 &&
         m_ad.jobCountWithState(JobState::Failed) == 0) {
         Q_EMIT quitRequested();
@@ -248,36 +250,7 @@ void ConversionJob::succeeded() {
     setState(JobState::Finished);
     Q_EMIT ended();
     if (defaultInt(kAutoCleanKey) != 0) remove();
-    if (defaultInt(kAutoRemoveKey) != 0) disposeOfSource();
-}
-
-void ConversionJob::disposeOfSource() const {
-    const QString source = m_fileInfo.fileURL.toLocalFile();
-    const bool gone =
-        defaultInt(kAutoRemoveTypeKey) != 0 ? QFile::remove(source) : sharedDesktop().moveToTrash(source);
-    if (!gone) logError("Error: could not remove the source file %@", source);
-}
-
-void ConversionJob::notifyUser(bool hasFailed) const {
-    const QString name = QuillonLib::shared().appName();
-    if (hasFailed) {
-        sharedDesktop().notify(
-            {makeString("%@ Conversion Failed", name),
-             makeString("%@ has failed to convert the file %@.", name, m_fileInfo.fileName),
-             {},
-             {}});
-    } else {
-        sharedDesktop().notify(
-            {makeString("%@ Conversion Finished", name),
-             makeString("%@ has finished converting the file %@.", name, m_fileInfo.fileName),
-             text::localized("Show"), m_fileInfo.destinationURL.toLocalFile()});
-    }
-}
-
-void ConversionJob::countRun() {
-    setDefaultInt(kConvertedFileCountKey, defaultInt(kConvertedFileCountKey) + 1);
-    setDefaultInt(kUsagesKey, defaultInt(kUsagesKey) + 1);
-    m_ad.increaseUsages(true, true);
+    if (defaultInt(kAutoRemoveKey) != 0) aftermath::disposeOfSource(m_fileInfo);
 }
 
 void ConversionJob::pause() {

@@ -115,9 +115,6 @@ private:
     void failed(const ToolExit& exit);
     void succeeded();
     void deleteOutput();
-    void disposeOfSource() const;
-    void notifyUser(bool hasFailed) const;
-    void countRun();
     void endRun();
 
     JobController& m_ad;

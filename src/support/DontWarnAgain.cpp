@@ -35,34 +35,31 @@ QString logged(const QString& text) {
     return text::strippedOfNewlines(text);
 }
 
+void askUnlessSilenced(const QString& key, const Alert& alert, const QString& logName) {
+    if (defaultInt(key) != 0) return;
+    logError("%@: %@ - %@", logName, logged(alert.title), logged(alert.message));
+    askOnce(key, alert);
+    logError("%@: finished", logName);
+}
+
 }  // namespace
 
 void alert_dontwarnagain_version(const QString& identifier, const QString& title, const QString& message,
                                  const QString& button, const QString& suppressionTitle) {
-    onMainThread([=] {
-        const QString key = makeString("_%@_%@_asked", identifier, ApplicationInfo::version());
-        if (defaultInt(key) != 0) return;
-        Alert alert = silenceable(title, message, suppressionTitle);
-        alert.buttons = {button};
-        alert.key = identifier;
-        logError("Alert Dontwarnagain: %@ - %@", logged(title), logged(message));
-        askOnce(key, alert);
-        logError("Alert Dontwarnagain: finished");
-    });
+    const QString key = makeString("_%@_%@_asked", identifier, ApplicationInfo::version());
+    Alert alert = silenceable(title, message, suppressionTitle);
+    alert.buttons = {button};
+    alert.key = identifier;
+    onMainThread([=] { askUnlessSilenced(key, alert, "Alert Dontwarnagain"); });
 }
 
 void alert_dontwarnagain_ever(const QString& identifier, const QString& title, const QString& message,
                               const QString& button, const QString& suppressionTitle) {
-    onMainThread([=] {
-        const QString key = makeString("_%@_asked", identifier);
-        if (defaultInt(key) != 0) return;
-        Alert alert = silenceable(title, message, suppressionTitle);
-        alert.buttons = {button};
-        alert.key = identifier;
-        logError("Alert Dontwarnagainever: %@ - %@", logged(title), logged(message));
-        askOnce(key, alert);
-        logError("Alert Dontwarnagainever: finished");
-    });
+    const QString key = makeString("_%@_asked", identifier);
+    Alert alert = silenceable(title, message, suppressionTitle);
+    alert.buttons = {button};
+    alert.key = identifier;
+    onMainThread([=] { askUnlessSilenced(key, alert, "Alert Dontwarnagainever"); });
 }
 
 // NOLINTNEXTLINE(bugprone-reserved-identifier)

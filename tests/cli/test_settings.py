@@ -108,13 +108,14 @@ class CommandLine(CliTest):
         for name in ("a.mkv", "b.mkv"):
             self.place(movie("ac3"), name)
         for line, says in (
-            ("", "--help"), ("transmogrify", "--help"), ("settings", "settings --help"), ("convert", "PATH"), ("probe", "MOVIE"),
+            ("", "--help"), ("transmogrify", "transmogrify"), ("settings", "settings --help"), ("convert", "PATH"), ("probe", "MOVIE"),
             ("convert --bogus a.mkv", "--bogus"), ("convert --to . --output c.mp4 a.mkv", "--output"),
             ("convert --output c.mp4 a.mkv b.mkv", "--output"), ("convert --output c.mp4 .", "--output"),
             ("convert --output c.mkv a.mkv", "c.mkv"), ("convert --audio one a.mkv", "--audio"),
-            ("convert --audio -1 a.mkv", "--audio"), ("convert --style slow a.mkv", "slow"), ("convert --set AudioVolum=1 a.mkv", "AudioVolume"),
-            ("probe --set AudioVolum=1 a.mkv", "AudioVolume"), ("convert --set AudioVolume a.mkv", "KEY=VALUE"),
-            ("settings get", "KEY"), ("settings set AudioVolume", "VALUE"), ("settings list more", "more"),
+            ("convert --audio -1 a.mkv", "--audio"), ("convert --style slow a.mkv", "slow"),
+            ("convert --set AudioVolum=1 a.mkv", "AudioVolume"), ("probe --set AudioVolum=1 a.mkv", "AudioVolume"),
+            ("convert --set AudioVolume a.mkv", "KEY=VALUE"), ("settings get", "KEY"), ("settings set AudioVolume", "VALUE"),
+            ("settings list more", "more"),
         ):
             with self.subTest(line):
                 result = self.run_cli(*line.split(), status=2)
