@@ -135,11 +135,15 @@ CommandLine mistake(const QString& message, const QString& command) {
     return line;
 }
 
-bool isUnknownCommand(const CLI::App& app, const QString& word) {
-    if (word.isEmpty() || word.startsWith(u'-')) return false;
-    return std::ranges::none_of(app.get_subcommands({}), [&](const CLI::App* command) {
-        return word == decoded(command->get_name());
-    });
+/// The first word that should be a command and is none; empty: all is well.
+QString unknownCommand(const CLI::App& app, QStringList words) {
+    words.removeIf([](const QString& word) { return word.startsWith(u'-'); });
+    const auto commands = app.get_subcommands({});
+    if (words.isEmpty() || commands.empty()) return {};
+    for (const CLI::App* command : commands) {
+        if (words.first() == decoded(command->get_name())) return unknownCommand(*command, words.mid(1));
+    }
+    return words.first();
 }
 
 /// What CLI11 complains about, in one line.
@@ -179,8 +183,8 @@ CommandLine CommandLine::parse(int argc, char** argv) {
         return QString();
     };
     CommandLine line;
-    const QString word = argc > 1 ? QString::fromUtf8(argv[1]) : QString();
-    if (isUnknownCommand(app, word)) return mistake(makeString("there is no command '%@'", word), {});
+    const QString unknown = unknownCommand(app, decoded(std::vector<std::string>(argv + 1, argv + argc)));
+    if (!unknown.isEmpty()) return mistake(makeString("there is no command '%@'", unknown), {});
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& success) {

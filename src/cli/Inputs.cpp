@@ -17,6 +17,8 @@ QString absolutePath(const QString& path) {
 QString whyNotReadable(const QString& path) {
     const QFileInfo file(path);
     if (file.isSymLink() && files::fileIsAlias(QUrl::fromLocalFile(path))) return {};
+    if (!file.exists() && path.contains(QChar::ReplacementCharacter))
+        return makeString("The name '%@' is not UTF-8. Please rename the file.", path);
     if (!file.exists()) return makeString("There is no file '%@'.", path);
     if (file.isDir()) return makeString("'%@' is a folder.", path);
     if (!file.isFile()) return makeString("'%@' is not a regular file.", path);

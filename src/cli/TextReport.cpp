@@ -6,6 +6,7 @@
 #include "support/Text.h"
 
 #include <QDateTime>
+#include <QFileInfo>
 
 namespace {
 
@@ -51,8 +52,12 @@ public:
         sayError(makeString("Failed %@: %@", nameOf(job), explanation.message));
     }
 
-    void refused(const QString&, const QString& message, bool wasShown) override {
-        if (!wasShown) sayError(message);
+    void refused(const QString& file, const QString& message, bool wasShown) override {
+        if (!wasShown) {
+            sayError(makeString("Refused %@: %@", file, message));
+        } else if (!message.contains(QFileInfo(file).fileName())) {
+            sayError(makeString("Refused %@", file));  // The message does not say which movie it is about.
+        }
     }
 
 private:

@@ -202,7 +202,8 @@ void ConversionJob::taskFinished(const ToolExit& exit) {
     m_task.release()->deleteLater();  // It is still telling.
     releaseSleepAssertion();
 
-    const auto reason = failure::whyNotFinished(m_output.text(), convertedSeconds, m_fileInfo.runtimeSeconds);
+    auto reason = failure::whyNotFinished(m_output.text(), convertedSeconds, m_fileInfo.runtimeSeconds);
+    if (!files::fileExists(m_fileInfo.destinationURL)) reason = failure::kOutputIncomplete;
     if (exit.succeeded() && reason) m_output.note(*reason);
     const bool hasFailed = !exit.succeeded() || reason;
     if (hasFailed) {

@@ -123,7 +123,9 @@ std::optional<QString> whyNotFinished(const QString& output, double convertedSec
     if (text::containsAny(output, unwritten)) return kOutputIncomplete;
     const bool isShort = !runtimeSeconds || convertedSeconds < *runtimeSeconds;
     if (isShort && text::containsAny(output, unread)) return kTruncated;
-    if (output.contains("Invalid UTF-8 in decoded subtitles text")) return kSubtitlesLost;
+    static const QStringList undecoded = {"Invalid UTF-8 in decoded subtitles text",
+                                          "Unable to recode subtitle event"};
+    if (text::containsAny(output, undecoded)) return kSubtitlesLost;
     return std::nullopt;
 }
 

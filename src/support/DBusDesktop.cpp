@@ -41,6 +41,8 @@ void whenAnswered(const QDBusConnection& bus, const QDBusMessage& call, QObject*
                      });
 }
 
+constexpr int kPatienceMilliseconds = 2000;
+
 /// Without the program's chatter between the application's own lines.
 bool openWithProgram(const QUrl& url) {
     const QString opener = QStandardPaths::findExecutable("xdg-open");
@@ -70,6 +72,24 @@ DBusDesktop::DBusDesktop(QString applicationName, QString desktopEntry, bool ins
 
 bool DBusDesktop::isInsideFlatpak() {
     return QFileInfo::exists("/.flatpak-info");
+}
+
+DBusDesktop::~DBusDesktop() {
+    // What was said last would be lost with the connection.
+    const auto underWay = std::exchange(m_underWay, {});
+    for (QDBusPendingCallWatcher* call : underWay)
+        call->waitForFinished();
+}
+
+void DBusDesktop::sendForSure(const QDBusConnection& bus, const QDBusMessage& call,
+                              const std::function<void(const QDBusPendingCall&)>& handler) {
+    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, kPatienceMilliseconds), this);
+    m_underWay.insert(watcher);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, handler] {
+        if (handler) handler(*watcher);
+        m_underWay.remove(watcher);
+        watcher->deleteLater();
+    });
 }
 
 std::optional<QDBusConnection> DBusDesktop::sessionBus() {
@@ -135,7 +155,7 @@ void DBusDesktop::notify(const Notification& notification) {
     constexpr int kUsualDuration = -1;
     call.setArguments({m_applicationName, 0U, m_desktopEntry, notification.title,
                        notification.text.toHtmlEscaped(), actions, hints, kUsualDuration});
-    whenAnswered(*bus, call, this, [this, path = notification.path](const QDBusPendingCall& answer) {
+    sendForSure(*bus, call, [this, path = notification.path](const QDBusPendingCall& answer) {
         const QDBusPendingReply<uint> reply = answer;
         if (!reply.isError() && !path.isEmpty())
             m_pathsOfNotifications.insert(QString::number(reply.value()), path);
@@ -154,7 +174,7 @@ void DBusDesktop::notifyThroughPortal(const QDBusConnection& bus, const Notifica
         const QVariantMap button{{"label", notification.action}, {"action", "show"}};
         content.insert("buttons", QVariant::fromValue(QList<QVariantMap>{button}));
     }
-    bus.send(portalCall("Notification", "AddNotification", {id, content}));
+    sendForSure(bus, portalCall("Notification", "AddNotification", {id, content}));
 }
 
 void DBusDesktop::listenForActions(QDBusConnection bus) {
@@ -211,8 +231,8 @@ bool DBusDesktop::openUrl(const QUrl& url) {
     const auto bus = sessionBus();
     if (!bus) return false;
     if (!url.isLocalFile()) {
-        bus->send(
-            portalCall("OpenURI", "OpenURI", {QString(), url.toString(QUrl::FullyEncoded), QVariantMap()}));
+        sendForSure(*bus, portalCall("OpenURI", "OpenURI",
+                                     {QString(), url.toString(QUrl::FullyEncoded), QVariantMap()}));
         return true;
     }
     // Outside the sandbox a path means another file; a descriptor means the same.
@@ -220,6 +240,7 @@ bool DBusDesktop::openUrl(const QUrl& url) {
     descriptor.giveFileDescriptor(
         ::open(QFile::encodeName(url.toLocalFile()).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     if (!descriptor.isValid()) return false;
-    bus->send(portalCall("OpenURI", "OpenFile", {QString(), QVariant::fromValue(descriptor), QVariantMap()}));
+    sendForSure(
+        *bus, portalCall("OpenURI", "OpenFile", {QString(), QVariant::fromValue(descriptor), QVariantMap()}));
     return true;
 }

@@ -5,9 +5,13 @@
 #include <QDBusConnection>
 #include <QDBusUnixFileDescriptor>
 #include <QHash>
+#include <QSet>
 
 #include <functional>
 #include <optional>
+
+class QDBusPendingCall;
+class QDBusPendingCallWatcher;
 
 /// The desktop over D-Bus: logind, the notification daemon and the file manager, or inside a Flatpak the
 /// desktop portal. A bus is connected to at the first use and only where one is announced; no reply is waited
@@ -19,6 +23,8 @@ public:
     /// `applicationName` is told to the services, which may show it to the user; `desktopEntry` is the
     /// application's reverse-DNS identifier.
     DBusDesktop(QString applicationName, QString desktopEntry, bool insideFlatpak = isInsideFlatpak());
+    /// Waits, two seconds at the most, until what was posted and opened has arrived.
+    ~DBusDesktop() override;
 
     quint32 acquireSleepAssertion(const QString& reason) override;
     void releaseSleepAssertion(quint32 assertion) override;
@@ -42,6 +48,9 @@ private:
     };
 
     std::optional<QDBusConnection> sessionBus();
+    /// For a message that has to arrive also when the application ends right after.
+    void sendForSure(const QDBusConnection& bus, const QDBusMessage& call,
+                     const std::function<void(const QDBusPendingCall&)>& handler = {});
     void notifyThroughPortal(const QDBusConnection& bus, const Notification& notification);
     void listenForActions(QDBusConnection bus);
 
@@ -53,4 +62,5 @@ private:
     QHash<QString, QString> m_pathsOfNotifications;  ///< Notification's identifier -> file.
     int m_lastPortalNotification = 0;
     bool m_listens = false;
+    QSet<QDBusPendingCallWatcher*> m_underWay;
 };

@@ -115,6 +115,8 @@ private Q_SLOTS:
             << QByteArray("echo out_time_ms=4000000 > \"$progress\"; echo 'File ended prematurely'") << true
             << "File ended prematurely"
             << "Movie conversion failed because the movie is incomplete";
+        QTest::newRow("writes nothing") << QByteArray("rm \"$destination\"") << true << "OUTPUT_INCOMPLETE"
+                                        << "Movie conversion failed but it seems the reason is that the disk";
         QTest::newRow("says the disk is full")
             << QByteArray("echo 'Error closing file: No space left on device'") << true
             << "No space left on device"

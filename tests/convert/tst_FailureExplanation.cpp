@@ -90,6 +90,8 @@ private Q_SLOTS:
                                      << "OUTPUT_INCOMPLETE";
         QTest::newRow("subtitles") << "Invalid UTF-8 in decoded subtitles text; maybe missing -sub_charenc"
                                    << 10.0 << 10 << "SUBTITLES_LOST";
+        QTest::newRow("subtitles of two encodings")
+            << "Unable to recode subtitle event \"?\" from UTF-8" << 10.0 << 10 << "SUBTITLES_LOST";
     }
     void seemingSuccesses() {
         QFETCH(QString, output);
