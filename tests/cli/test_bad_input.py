@@ -89,11 +89,11 @@ class Failures(CliTest):
     def test_tools(self):
         self.place(movie("ac3"), "Movie.mkv")
         self.env["RAVELIN_RESOURCES"] = str(self.folder / ".nowhere")
-        self.assert_fails("The conversion tool is missing", "Movie.mkv")
+        self.assert_fails("The conversion tool is missing", "Movie.mkv", lines=2)
         for script, mode, says in (("", 0o644, "it is not executable"), ("exit 0", 0o755, INVALID)):
             with self.subTest(script=script, mode=mode):
                 self.use_tool(script, mode)
-                self.assert_fails(says, "Movie.mkv")
+                self.assert_fails(says, "Movie.mkv", lines=1 if says == INVALID else 2)
         for script in (BREAKS + "exit 3", BREAKS + "kill -9 $$"):
             with self.subTest(script=script):
                 self.use_tool(script)
