@@ -14,7 +14,9 @@ namespace {
 void makeSureOfUtf8() {
     std::setlocale(LC_ALL, "");
     if (std::strcmp(::nl_langinfo(CODESET), "UTF-8") == 0) return;
-    ::setenv("LC_ALL", "C.UTF-8", 1);
+    if (const char* all = std::getenv("LC_ALL"); all && *all) ::setenv("LANG", all, 1);
+    ::unsetenv("LC_ALL");
+    ::setenv("LC_CTYPE", "C.UTF-8", 1);
     std::setlocale(LC_ALL, "");
 }
 

@@ -1,4 +1,5 @@
 """What becomes of sound: per codec, layout and style, and by the settings that touch it."""
+import json
 import unittest
 
 from support import CliTest, codecs, languages, look, movie, packets, streams
@@ -110,6 +111,17 @@ class Audio(CliTest):
                 probed = result.only("probed")
                 if "--audio" not in arguments:
                     self.assertEqual(taken, probed["audioTrackInformation"].index(probed["bestLanguage"]))
+
+    def test_languages_of_a_locale_in_another_encoding(self):
+        source = self.place(movie("ac3", "ac3 2 48000 ger"), "Movie.mkv")
+        for variable in ("LC_ALL", "LANG"):
+            with self.subTest(variable):
+                for name in ("LANG", "LANGUAGE", "LC_ALL", "LC_CTYPE"):
+                    self.env.pop(name, None)
+                self.env[variable] = "de_DE.ISO-8859-1"
+                result = self.run_cli("probe", "--json", source)
+                self.assertIn(": ger (", json.loads(result.out)["bestLanguage"])
+                self.assertEqual("", result.err)
 
     def test_movie_without_sound(self):
         started, seen = self.converted(movie(), "--set", "IncludeSurroundTrack=1", "--set", "AudioVolume=150")
