@@ -153,7 +153,10 @@ QStringList ConversionJob::buildArguments() {
 }
 
 bool ConversionJob::needFixup(int audioStream) const {
-    return trialRunAsksForFixup(tool::trialRun(trialRunArguments(m_fileInfo, audioStream)));
+    const bool asks = trialRunAsksForFixup(tool::trialRun(trialRunArguments(m_fileInfo, audioStream)));
+    // The second that it wrote must not pass for the movie when the conversion writes nothing.
+    QFile::remove(m_fileInfo.destinationURL.toLocalFile());
+    return asks;
 }
 
 void ConversionJob::launch() {

@@ -268,6 +268,15 @@ private Q_SLOTS:
         QVERIFY(stage.waitForEnd());
     }
 
+    void aTrialDoesNotPassForTheMovie() {
+        Stage stage;
+        stage.remake({"#1: eng (aac)"});
+        stage.tool.setConversion("exit 0\n");
+        stage.job->start();
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(stage.job->state(), JobState::Failed);
+    }
+
     void nobodysFileIsLost_data() {
         QTest::addColumn<bool>("mayReplace");
         QTest::addColumn<QString>("writes");
