@@ -3,6 +3,7 @@
 #include "convert/Aftermath.h"
 #include "convert/ConversionCommand.h"
 #include "convert/ConversionSettings.h"
+#include "convert/ReplacedFile.h"
 #include "convert/RunJournal.h"
 #include "convert/SpaceCheck.h"
 #include "convert/StatusText.h"
@@ -117,8 +118,8 @@ void ConversionJob::start() {
 
 void ConversionJob::claimDestination() {
     const QString destination = m_fileInfo.destinationURL.toLocalFile();
-    if (m_mayReplaceDestination || m_wroteDestination) {
-        QFile::remove(destination);
+    if (m_mayReplaceDestination) {
+        m_replaced = std::make_unique<ReplacedFile>(destination);
     } else {
         const QString free = files::uniqueFile(destination, [&](const QString& candidate) {
             if (files::fileExists(candidate)) return true;
@@ -134,7 +135,8 @@ void ConversionJob::prepareProgressFile() {
     m_progressFile =
         std::make_unique<ProgressFile>(files::uniqueFile(QuillonLib::shared().docDir() + u'/' + name));
     m_progressFile->remove();
-    m_journal = std::make_unique<RunJournal>(m_fileInfo.destinationURL.toLocalFile(), m_progressFile->path());
+    m_journal = std::make_unique<RunJournal>(m_fileInfo.destinationURL.toLocalFile(), m_progressFile->path(),
+                                             m_replaced ? m_replaced->asidePath() : QString());
 }
 
 QStringList ConversionJob::buildArguments() {
@@ -246,10 +248,12 @@ void ConversionJob::failed(const ToolExit& exit) {
 /// A half-written movie is of no use to anyone, and where the disk is full it is in the way.
 void ConversionJob::deleteOutput() {
     if (std::exchange(m_wroteDestination, false)) QFile::remove(m_fileInfo.destinationURL.toLocalFile());
+    if (m_replaced) m_replaced->restore();
 }
 
 void ConversionJob::succeeded() {
     m_finishedOK = true;
+    if (m_replaced) m_replaced->discard();
     m_journal.reset();
     setState(JobState::Finished);
     Q_EMIT ended();
@@ -291,8 +295,10 @@ void ConversionJob::endRun() {
     const bool deletesOutput = m_wroteDestination && m_state != JobState::Finished;
     const QString output = deletesOutput ? m_fileInfo.destinationURL.toLocalFile() : QString();
     const auto cleanUp = [output, progressFile = std::shared_ptr<ProgressFile>(std::move(m_progressFile)),
+                          replaced = std::shared_ptr<ReplacedFile>(std::move(m_replaced)),
                           journal = std::shared_ptr<RunJournal>(std::move(m_journal))] {
         if (!output.isEmpty()) QFile::remove(output);
+        if (replaced) replaced->restore();
         if (progressFile) progressFile->remove();
     };
     m_wroteDestination = false;

@@ -16,6 +16,7 @@
 #include <functional>
 #include <memory>
 
+class ReplacedFile;
 class RunJournal;
 class ToolProcess;
 struct ToolExit;
@@ -53,8 +54,9 @@ public:
     /// Why a failed job failed.
     failure::Explanation explanation() const;
 
-    /// Whether start() may delete what exists at the destination by then. Without this right it takes a free
-    /// name beside it, so that nobody's file is lost.
+    /// Whether the output may replace what exists at the destination by then; that is kept aside until the
+    /// output is whole. Without this right start() takes a free name beside it, so that nobody's file is
+    /// lost.
     void setMayReplaceDestination(bool may) { m_mayReplaceDestination = may; }
     /// Names that other jobs are going to write, taken into account for that free name. May be null.
     void setDestinationIsTaken(std::function<bool(const QString&)> taken) {
@@ -134,6 +136,7 @@ private:
     QStringList m_arguments;
     std::unique_ptr<ToolProcess> m_task;
     std::unique_ptr<ProgressFile> m_progressFile;
+    std::unique_ptr<ReplacedFile> m_replaced;
     std::unique_ptr<RunJournal> m_journal;
     QTimer m_timer;
     QDateTime m_startDate;

@@ -1,5 +1,6 @@
 #include "convert/RunJournal.h"
 
+#include "convert/ReplacedFile.h"
 #include "support/Files.h"
 #include "support/Log.h"
 #include "support/QuillonLib.h"
@@ -37,18 +38,21 @@ void cleanUp(const QString& note) {
         logInformation("Info: deleting the unfinished output %@", output.filePath());
         QFile::remove(output.filePath());
     }
+    if (!files::fileExists(output.filePath()))
+        ReplacedFile::restore(output.filePath(), facts->value("replaced").toString());
     QFile::remove(facts->value("progressFile").toString());
 }
 
 }  // namespace
 
-RunJournal::RunJournal(QString output, QString progressFile) : m_path(newNote()), m_lock(m_path) {
+RunJournal::RunJournal(QString output, QString progressFile, QString replaced)
+    : m_path(newNote()), m_lock(m_path) {
     m_lock.lock(0);
     QFile note(m_path);
-    if (note.open(QIODevice::WriteOnly)) {
-        note.write(settingsfile::encoded(
-            {{"output", std::move(output)}, {"progressFile", std::move(progressFile)}}));
-    }
+    if (!note.open(QIODevice::WriteOnly)) return;
+    note.write(settingsfile::encoded({{"output", std::move(output)},
+                                      {"progressFile", std::move(progressFile)},
+                                      {"replaced", std::move(replaced)}}));
 }
 
 RunJournal::~RunJournal() {

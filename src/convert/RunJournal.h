@@ -8,7 +8,8 @@
 /// dies in the middle, the note stays, and the next start deletes what the run left half-written.
 class RunJournal {
 public:
-    RunJournal(QString output, QString progressFile);
+    /// `replaced` is where a file that the output replaces is meanwhile; empty: there is none.
+    RunJournal(QString output, QString progressFile, QString replaced = {});
     /// The run is over and its files are dealt with.
     ~RunJournal();
     RunJournal(const RunJournal&) = delete;

@@ -279,23 +279,27 @@ private Q_SLOTS:
 
     void nobodysFileIsLost_data() {
         QTest::addColumn<bool>("mayReplace");
-        QTest::addColumn<QString>("writes");
-        QTest::newRow("a file that came meanwhile") << false << "movie-0.mp4";
-        QTest::newRow("a file that the user named") << true << "movie.mp4";
+        QTest::addColumn<bool>("fails");
+        QTest::addColumn<QStringList>("files");
+        QTest::newRow("a file that came meanwhile")
+            << false << false << QStringList{"movie-0.mp4", "movie.mp4"};
+        QTest::newRow("a failure beside it") << false << true << QStringList{"movie.mp4"};
+        QTest::newRow("a file that the user named") << true << false << QStringList{"movie.mp4"};
+        QTest::newRow("a failure to replace it") << true << true << QStringList{"movie.mp4"};
     }
     void nobodysFileIsLost() {
         Stage stage;
         QFETCH(bool, mayReplace);
-        QFETCH(QString, writes);
+        QFETCH(bool, fails);
+        if (fails) stage.tool.setConversion("echo half > \"$destination\"; exit 1\n");
         stage.job->setMayReplaceDestination(mayReplace);
         stage.home.write("movie.mp4", "somebody's");
         QVERIFY(stage.job->destinationIsWriteable() == mayReplace);
         stage.job->start();
         QVERIFY(stage.waitForEnd());
-        QCOMPARE(stage.job->fileInfo().destinationURL.toLocalFile(), stage.home.path(writes));
-        QCOMPARE(files::contents(stage.home.path(writes)).value(), QByteArray("movie\n"));
         QCOMPARE(files::contents(stage.output).value(),
-                 mayReplace ? QByteArray("movie\n") : QByteArray("somebody's"));
+                 mayReplace && !fails ? QByteArray("movie\n") : QByteArray("somebody's"));
+        QTEST(QDir(stage.home.path()).entryList({"*movie*mp4*"}, QDir::Files | QDir::Hidden), "files");
     }
 
     void aCrashIsCleanedUpAfter_data() {
@@ -315,7 +319,7 @@ private Q_SLOTS:
         QCOMPARE(::pipe(pipe), 0);
         const pid_t instance = ::fork();
         if (instance == 0) {
-            const RunJournal journal(stage.output, progress);
+            const RunJournal journal(stage.output, progress, stage.home.write(".movie.mp4.replaced", "old"));
             stage.home.write("movie.mp4", "half a mov");
             QFile(progress).open(QIODevice::WriteOnly);
             ::write(pipe[1], "x", 1);
@@ -333,7 +337,7 @@ private Q_SLOTS:
                            QFileDevice::FileModificationTime);
         RunJournal::cleanUpAfterCrashes();
         QFETCH(bool, deleted);
-        QCOMPARE(!QFile::exists(stage.output), deleted);
+        QCOMPARE(files::contents(stage.output).value(), QByteArray(deleted ? "old" : "half a mov"));
         QCOMPARE(QFile::exists(progress), stillRuns);
         RunJournal::cleanUpAfterCrashes();  // Once is enough.
         if (!stillRuns) return;

@@ -1,0 +1,30 @@
+#include "convert/ReplacedFile.h"
+
+#include "support/Files.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+ReplacedFile::ReplacedFile(QString path) : m_path(std::move(path)) {
+    const QFileInfo file(m_path);
+    if (!file.exists()) return;
+    const QString name = files::fittingFileName(u'.' + file.fileName(), ".replaced");
+    const QString aside = files::uniqueFile(file.path() + u'/' + name);
+    if (QFile::rename(m_path, aside)) m_asidePath = aside;
+}
+
+void ReplacedFile::restore() {
+    restore(m_path, m_asidePath);
+    m_asidePath.clear();
+}
+
+void ReplacedFile::discard() {
+    if (!m_asidePath.isEmpty()) QFile::remove(m_asidePath);
+    m_asidePath.clear();
+}
+
+void ReplacedFile::restore(const QString& path, const QString& asidePath) {
+    if (asidePath.isEmpty() || !files::fileExists(asidePath)) return;
+    QFile::remove(path);
+    QFile::rename(asidePath, path);
+}
