@@ -3,6 +3,7 @@
 #include "app/AudioPreselection.h"
 #include "app/Languages.h"
 #include "settings/Keys.h"
+#include "support/ChildProcess.h"
 #include "support/Defaults.h"
 #include "support/Dispatch.h"
 
@@ -42,6 +43,9 @@ void FileIntake::addNextFile() {
 
 void FileIntake::takeResult(const QString& path, const QString& subtitle, MKVFileInfo::Probe probe) {
     m_isScanning = false;
+    Q_EMIT scanningEnded(path);
+    // A probe that was cut short says nothing about the movie.
+    if (childprocess::waitsAreInterrupted()) probe.verdicts.clear();
     if (m_messages == Messages::AtOnce) {
         for (const Verdict& verdict : verdicts::inOrderOfShowing(probe.verdicts))
             verdicts::show(verdict);

@@ -51,6 +51,8 @@ public:
 
 Q_SIGNALS:
     void scanningStarted(const QString& path);
+    /// A probe has ended; its messages and its result follow.
+    void scanningEnded(const QString& path);
     /// fileInfo() holds the record.
     void fileAccepted();
     /// The probe said no; its messages say why. The next file follows by itself.

@@ -13,6 +13,18 @@
 
 #include <algorithm>
 
+namespace {
+
+/// How many jobs may convert at a time.
+qint64 conversionLimit() {
+    constexpr qint64 kMost = 64;
+    if (defaultInt(kConcurrentJobsKey) == 0) return 1;
+    const qint64 count = defaultInt(kConcurrentJobCountKey);
+    return (count < 0 ? 0 : qMin(count, kMost)) + 2;
+}
+
+}  // namespace
+
 JobQueue::JobQueue(WaitingFiles& waiting, QObject* parent) : QObject(parent), m_waiting(waiting) {}
 
 JobQueue::~JobQueue() = default;
@@ -65,14 +77,13 @@ void JobQueue::removeJob(ConversionJob* job) {
     m_taskArray.erase(m_taskArray.begin() + index);
     countState(job->state(), -1);
     m_destinations.remove(job->queuedDestination());
-    disconnect(job, nullptr, this, nullptr);
     Q_EMIT jobRemoved(job);
     Q_EMIT titleChanged();
     removed.release()->deleteLater();  // The caller is often the job itself.
 }
 
 void JobQueue::startNextJobInQueue() {
-    const qint64 limit = defaultInt(kConcurrentJobsKey) == 0 ? 1 : defaultInt(kConcurrentJobCountKey) + 2;
+    const qint64 limit = conversionLimit();
     if (m_paused) return;
     // Starting a job may change the list: jobs are looked up anew by position.
     for (qsizetype i = 0; i < count(); ++i) {

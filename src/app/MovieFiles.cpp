@@ -69,6 +69,10 @@ bool isSubtitle(const QString& path) {
     return extension == kSubType && QFileInfo(path).isFile() && !isProgramStream(path);
 }
 
+bool isPictureSubtitle(const QString& path) {
+    return extensionOf(path) == kSubType && QFileInfo(path).isFile() && isProgramStream(path);
+}
+
 Sorted sorted(const QStringList& paths) {
     Sorted result;
     for (const QString& path : paths) {

@@ -15,6 +15,8 @@ QStringList acceptedFileTypes();
 bool isMovie(const QString& path);
 /// By the extension; a ".sub" file is read, since the same extension stands for pictures from DVDs.
 bool isSubtitle(const QString& path);
+/// A ".sub" file of pictures: it comes along with movies and is passed over.
+bool isPictureSubtitle(const QString& path);
 
 /// A subtitle file's path without its extension -> the file.
 using SubtitleFiles = QMap<QString, QString>;

@@ -17,6 +17,7 @@ void ConsolePresenter::presentNonModal(const NonModalAlert& alert) {
 
 void ConsolePresenter::say(const Message& message) {
     if (writesToStandardError) {
+        if (beforeWriting) beforeWriting();
         output::error(message.title.isEmpty() ? message.message
                                               : makeString("%@: %@", message.title, message.message));
     }

@@ -20,6 +20,8 @@ public:
 
     /// Called with each message, beside standard error. May be null.
     std::function<void(const Message&)> onMessage;
+    /// Called before something is written to standard error. May be null.
+    std::function<void()> beforeWriting;
     /// Whether messages go to standard error.
     bool writesToStandardError = true;
 

@@ -23,8 +23,9 @@ ConvertCommand::ConvertCommand(const ConvertOptions& options, ConsolePresenter& 
       m_report(options.json ? makeJsonReport() : makeTextReport(options.quiet)),
       m_intake(FileIntake::Messages::AtOnce),
       m_queue(m_intake) {
+    presenter.beforeWriting = [this] { m_report->makeRoom(); };
     presenter.onMessage = [this](const ConsolePresenter::Message& message) { onMessage(message); };
-    connect(&m_intake, &FileIntake::scanningStarted, this, [this](const QString& path) {
+    connect(&m_intake, &FileIntake::scanningEnded, this, [this](const QString& path) {
         m_subject = path;
         m_messages.clear();
         m_collects = true;
@@ -42,6 +43,7 @@ ConvertCommand::ConvertCommand(const ConvertOptions& options, ConsolePresenter& 
 
 ConvertCommand::~ConvertCommand() {
     m_presenter.onMessage = nullptr;
+    m_presenter.beforeWriting = nullptr;
 }
 
 void ConvertCommand::begin(const Inputs& inputs) {

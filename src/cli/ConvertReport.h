@@ -16,6 +16,8 @@ public:
 
     virtual void probed(const QString& file, const std::optional<MKVFileInfo>& record,
                         std::optional<qsizetype> bestTrack, const json::Messages& messages) = 0;
+    /// Something else is about to be written to the terminal.
+    virtual void makeRoom() {}
     /// An alert of the core; `file` is the movie that it is about.
     virtual void message(const QString& file, const ConsolePresenter::Message& message) = 0;
     virtual void queued(const ConversionJob& job) = 0;

@@ -39,7 +39,7 @@ Inputs findInputs(const QStringList& paths) {
             }
         } else if (moviefiles::isSubtitle(path) && whyNotReadable(path).isEmpty()) {
             inputs.subtitles.append(path);
-        } else {
+        } else if (!moviefiles::isPictureSubtitle(path)) {
             const QString reason = whyNotReadable(path);
             inputs.refusals.push_back(
                 {path, reason.isEmpty()
@@ -53,11 +53,10 @@ Inputs findInputs(const QStringList& paths) {
             take(path);
             continue;
         }
-        const qsizetype before = inputs.movies.size();
         const QStringList found = moviefiles::filesBelow(path);
         for (const QString& file : found)
             take(file);
-        if (inputs.movies.size() == before) {
+        if (found.isEmpty()) {
             inputs.refusals.push_back({path, makeString("There are no movies in the folder '%@'.", path)});
         }
     }

@@ -5,16 +5,29 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cwchar>
 
 namespace {
 
 constexpr int kBarWidth = 20;
 
-QString elidedInTheMiddle(const QString& text, qsizetype width) {
-    if (text.size() <= width) return text;
-    if (width < 2) return text.left(width);
-    const qsizetype begin = width / 2;
-    return text.left(begin) + u'…' + text.right(width - begin - 1);
+/// Columns of the terminal that the text takes: wide letters take two, combining marks none.
+int columnsOf(const QString& text) {
+    int columns = 0;
+    for (const char32_t letter : text.toUcs4())
+        columns += std::max(0, ::wcwidth(static_cast<wchar_t>(letter)));
+    return columns;
+}
+
+QString elidedInTheMiddle(const QString& text, int width) {
+    if (columnsOf(text) <= width) return text;
+    QString begin = text;
+    QString end = text;
+    while (columnsOf(begin) > width / 2)
+        begin.chop(begin.back().isLowSurrogate() ? 2 : 1);
+    while (columnsOf(end) > width - width / 2 - 1)
+        end.remove(0, end.front().isHighSurrogate() ? 2 : 1);
+    return begin + u'…' + end;
 }
 
 QString bar(double percent) {
@@ -35,7 +48,7 @@ QString printable(QString name) {
 QString progressLine(const ProgressLines::Line& line, int columns) {
     const QString percent = QString::number(static_cast<int>(line.percent)).rightJustified(3) + u'%';
     const QString figures = makeString(" %@ %@  ETA %@", bar(line.percent), percent, line.remaining);
-    const qsizetype room = std::max<qsizetype>(8, columns - 1 - figures.size());
+    const int room = std::max(8, columns - 1 - columnsOf(figures));
     return elidedInTheMiddle(printable(line.name), room) + figures;
 }
 

@@ -28,8 +28,10 @@ void notifyUser(const MKVFileInfo& info, bool hasFailed) {
 }
 
 void countRun() {
-    setDefaultInt(kConvertedFileCountKey, defaultInt(kConvertedFileCountKey) + 1);
-    setDefaultInt(kUsagesKey, defaultInt(kUsagesKey) + 1);
+    for (const QString& key : {QString(kConvertedFileCountKey), QString(kUsagesKey)}) {
+        // The stored count: an override of this run is never stored.
+        setDefaultInt(key, integerFromVariant(standardUserDefaults().storedObject(key)) + 1);
+    }
 }
 
 void disposeOfSource(const MKVFileInfo& info) {

@@ -108,8 +108,7 @@ void ConversionJob::start() {
         Q_EMIT ended();
         return;
     }
-    claimDestination();
-    prepareProgressFile();
+    prepareRun();
     setState(JobState::Converting);
     m_arguments = buildArguments();
     launch();
@@ -121,22 +120,27 @@ void ConversionJob::claimDestination() {
     if (m_mayReplaceDestination) {
         m_replaced = std::make_unique<ReplacedFile>(destination);
     } else {
-        const QString free = files::uniqueFile(destination, [&](const QString& candidate) {
-            if (files::fileExists(candidate)) return true;
+        const QString claimed = files::claimUniqueFile(destination, [&](const QString& candidate) {
             return candidate != destination && m_destinationIsTaken && m_destinationIsTaken(candidate);
         });
-        m_fileInfo.destinationURL = QUrl::fromLocalFile(free);
+        m_fileInfo.destinationURL = QUrl::fromLocalFile(claimed);
     }
     m_wroteDestination = true;
 }
 
-void ConversionJob::prepareProgressFile() {
+void ConversionJob::prepareRun() {
+    claimDestination();
     const QString name = files::fittingFileName(m_fileInfo.fileName, ".log");
     m_progressFile =
-        std::make_unique<ProgressFile>(files::uniqueFile(QuillonLib::shared().docDir() + u'/' + name));
-    m_progressFile->remove();
-    m_journal = std::make_unique<RunJournal>(m_fileInfo.destinationURL.toLocalFile(), m_progressFile->path(),
+        std::make_unique<ProgressFile>(files::claimUniqueFile(QuillonLib::shared().docDir() + u'/' + name));
+    const QString output = m_fileInfo.destinationURL.toLocalFile();
+    m_journal = std::make_unique<RunJournal>(output, m_progressFile->path(),
                                              m_replaced ? m_replaced->asidePath() : QString());
+    if (m_replaced) {
+        m_replaced->moveAside();
+        files::claimUniqueFile(output);
+    }
+    m_journal->noteOutput();
 }
 
 QStringList ConversionJob::buildArguments() {
@@ -157,7 +161,7 @@ QStringList ConversionJob::buildArguments() {
 bool ConversionJob::needFixup(int audioStream) const {
     const bool asks = trialRunAsksForFixup(tool::trialRun(trialRunArguments(m_fileInfo, audioStream)));
     // The second that it wrote must not pass for the movie when the conversion writes nothing.
-    QFile::remove(m_fileInfo.destinationURL.toLocalFile());
+    QFile::resize(m_fileInfo.destinationURL.toLocalFile(), 0);
     return asks;
 }
 
@@ -208,7 +212,7 @@ void ConversionJob::taskFinished(const ToolExit& exit) {
     releaseSleepAssertion();
 
     auto reason = failure::whyNotFinished(m_output.text(), convertedSeconds, m_fileInfo.runtimeSeconds);
-    if (!files::fileExists(m_fileInfo.destinationURL)) reason = failure::kOutputIncomplete;
+    if (files::fileSize(m_fileInfo.destinationURL) == 0) reason = failure::kOutputIncomplete;
     if (exit.succeeded() && reason) m_output.note(*reason);
     const bool hasFailed = !exit.succeeded() || reason;
     if (hasFailed) {

@@ -107,7 +107,7 @@ private:
     void releaseSleepAssertion();
     bool needFixup(int audioStream) const;
     void claimDestination();
-    void prepareProgressFile();
+    void prepareRun();
     QStringList buildArguments();
     void launch();
     void outputReceived(const QByteArray& bytes);

@@ -60,6 +60,12 @@ const QList<Rule>& rules() {
     return list;
 }
 
+// What the tool says in a run that ends with status 0 all the same.
+const QStringList kUnwritten = {kNoSpace, "Error writing trailer of", "Error closing file"};
+const QStringList kUnread = {"File ended prematurely", ": partial file", "corrupt input packet",
+                             "Input/output error"};
+const QStringList kUndecoded = {"Invalid UTF-8 in decoded subtitles text", "Unable to recode subtitle event"};
+
 Explanation failed(const char* message) {
     return {text::localized("Conversion Failed"), text::localized(message), false};
 }
@@ -112,20 +118,16 @@ bool explainsSomething(QStringView line) {
     for (const Rule& rule : rules()) {
         if (text::containsAny(line, rule.words)) return true;
     }
-    return false;
+    return text::containsAny(line, kUnwritten) || text::containsAny(line, kUnread) ||
+           text::containsAny(line, kUndecoded);
 }
 
 std::optional<QString> whyNotFinished(const QString& output, double convertedSeconds,
                                       std::optional<qint32> runtimeSeconds) {
-    static const QStringList unwritten = {kNoSpace, "Error writing trailer of", "Error closing file"};
-    static const QStringList unread = {"File ended prematurely", ": partial file", "corrupt input packet",
-                                       "Input/output error"};
-    if (text::containsAny(output, unwritten)) return kOutputIncomplete;
+    if (text::containsAny(output, kUnwritten)) return kOutputIncomplete;
     const bool isShort = !runtimeSeconds || convertedSeconds < *runtimeSeconds;
-    if (isShort && text::containsAny(output, unread)) return kTruncated;
-    static const QStringList undecoded = {"Invalid UTF-8 in decoded subtitles text",
-                                          "Unable to recode subtitle event"};
-    if (text::containsAny(output, undecoded)) return kSubtitlesLost;
+    if (isShort && text::containsAny(output, kUnread)) return kTruncated;
+    if (text::containsAny(output, kUndecoded)) return kSubtitlesLost;
     return std::nullopt;
 }
 

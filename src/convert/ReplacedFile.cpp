@@ -9,8 +9,11 @@ ReplacedFile::ReplacedFile(QString path) : m_path(std::move(path)) {
     const QFileInfo file(m_path);
     if (!file.exists()) return;
     const QString name = files::fittingFileName(u'.' + file.fileName(), ".replaced");
-    const QString aside = files::uniqueFile(file.path() + u'/' + name);
-    if (QFile::rename(m_path, aside)) m_asidePath = aside;
+    m_asidePath = files::uniqueFile(file.path() + u'/' + name);
+}
+
+void ReplacedFile::moveAside() {
+    if (!m_asidePath.isEmpty() && !QFile::rename(m_path, m_asidePath)) m_asidePath.clear();
 }
 
 void ReplacedFile::restore() {

@@ -6,11 +6,12 @@
 /// a conversion that fails costs nothing.
 class ReplacedFile {
 public:
-    /// Moves the file at `path` aside, if there is one.
+    /// Chooses the place for the file at `path`.
     explicit ReplacedFile(QString path);
 
-    /// Where the file is meanwhile; empty: there was none.
+    /// Where the file is meanwhile; empty: there is none.
     const QString& asidePath() const { return m_asidePath; }
+    void moveAside();
 
     /// Brings the file back; what is at its place by then is deleted.
     void restore();

@@ -28,31 +28,55 @@ QString newNote() {
     return folder() + u'/' + QUuid::createUuid().toString(QUuid::WithoutBraces) + ".json";
 }
 
+/// What tells a file from any other that may have its name later; empty: there is no file.
+QString identity(const QString& path) {
+    struct stat file = {};
+    if (::stat(QFile::encodeName(path).constData(), &file) != 0) return {};
+    return makeString("%lu:%lu", quint64{file.st_dev}, quint64{file.st_ino});
+}
+
 void cleanUp(const QString& note) {
     const auto facts = settingsfile::decoded(files::contents(note).value_or(QByteArray()));
     if (!facts) return;
     const QFileInfo output(facts->value("output").toString());
     const QDateTime lastSeen = QFileInfo(note).lastModified();
+    const bool isOurs = output.isFile() && identity(output.filePath()) == facts->value("identity").toString();
     // What was written after the application died is not what it wrote.
-    if (output.isFile() && output.lastModified() <= lastSeen.addSecs(kMostSecondsBehind)) {
+    if (isOurs && output.lastModified() <= lastSeen.addSecs(kMostSecondsBehind)) {
         logInformation("Info: deleting the unfinished output %@", output.filePath());
         QFile::remove(output.filePath());
     }
-    if (!files::fileExists(output.filePath()))
-        ReplacedFile::restore(output.filePath(), facts->value("replaced").toString());
+    const QString replaced = facts->value("replaced").toString();
+    if (!files::fileExists(output.filePath())) {
+        ReplacedFile::restore(output.filePath(), replaced);
+    } else if (files::fileExists(replaced)) {
+        logError("Error: the file %@ was to be replaced and is now %@", output.filePath(), replaced);
+    }
     QFile::remove(facts->value("progressFile").toString());
 }
 
 }  // namespace
 
 RunJournal::RunJournal(QString output, QString progressFile, QString replaced)
-    : m_path(newNote()), m_lock(m_path) {
+    : m_path(newNote()),
+      m_lock(m_path + ".new"),
+      m_facts{{"output", std::move(output)},
+              {"progressFile", std::move(progressFile)},
+              {"replaced", std::move(replaced)}} {
+    // Under its name only when it is locked: another instance could take it for a dead one's.
     m_lock.lock(0);
+    QFile::rename(m_path + ".new", m_path);
+    write();
+}
+
+void RunJournal::noteOutput() {
+    m_facts.insert("identity", identity(m_facts.value("output").toString()));
+    write();
+}
+
+void RunJournal::write() const {
     QFile note(m_path);
-    if (!note.open(QIODevice::WriteOnly)) return;
-    note.write(settingsfile::encoded({{"output", std::move(output)},
-                                      {"progressFile", std::move(progressFile)},
-                                      {"replaced", std::move(replaced)}}));
+    if (note.open(QIODevice::WriteOnly)) note.write(settingsfile::encoded(m_facts));
 }
 
 RunJournal::~RunJournal() {

@@ -3,6 +3,7 @@
 #include "support/FileLock.h"
 
 #include <QString>
+#include <QVariantMap>
 
 /// A note on disk of one conversion that writes its output, for the life of the run. When the application
 /// dies in the middle, the note stays, and the next start deletes what the run left half-written.
@@ -15,6 +16,8 @@ public:
     RunJournal(const RunJournal&) = delete;
     RunJournal& operator=(const RunJournal&) = delete;
 
+    /// The output is there now: only this very file is deleted after a crash.
+    void noteOutput();
     /// The run still goes on. To be called about once a second: an output that was changed long after the
     /// last call is somebody else's.
     void keepUp() const;
@@ -23,6 +26,9 @@ public:
     static void cleanUpAfterCrashes();
 
 private:
+    void write() const;
+
     const QString m_path;
     FileLock m_lock;
+    QVariantMap m_facts;
 };

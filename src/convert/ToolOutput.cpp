@@ -48,8 +48,8 @@ void ToolOutput::keep(QStringView line) {
         m_begin += line;
         return;
     }
-    if (m_telling.size() < kMostOfTelling && failure::explainsSomething(line))
-        m_telling += line.left(kMostOfTelling);
+    const bool tells = m_telling.size() < kMostOfTelling && failure::explainsSomething(line);
+    if (tells && !m_telling.contains(line)) m_telling += line.left(kMostOfTelling);
     m_end += line;
     // Cut seldom, so that a flood costs no more than its length.
     if (m_end.size() > 2 * kMostOfEnd) m_end = m_end.last(kMostOfEnd);

@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -19,6 +20,17 @@ qsizetype extensionPoint(const QString& path) {
     const qsizetype name = path.lastIndexOf(u'/') + 1;
     const qsizetype point = path.lastIndexOf(u'.');
     return point > name ? point : -1;
+}
+
+/// A link that leads nowhere takes its name all the same.
+bool isThere(const QString& path) {
+    return QFileInfo::exists(path) || QFileInfo(path).isSymLink();
+}
+
+/// Looks and creates in one step, so that a file that appears meanwhile is never written over. The
+/// descriptor, or -1.
+int createNew(const QString& path) {
+    return ::open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
 }
 
 }  // namespace
@@ -76,20 +88,25 @@ QString uniqueFile(const QString& path, const std::function<bool(const QString&)
 }
 
 QString uniqueFile(const QString& path) {
-    // A link that leads nowhere takes the name all the same.
-    return uniqueFile(path, [](const QString& candidate) {
-        return fileExists(candidate) || QFileInfo(candidate).isSymLink();
-    });
+    return uniqueFile(path, isThere);
+}
+
+QString claimUniqueFile(const QString& path, const std::function<bool(const QString&)>& taken) {
+    for (;;) {
+        const QString candidate =
+            uniqueFile(path, [&](const QString& name) { return isThere(name) || (taken && taken(name)); });
+        const int file = createNew(candidate);
+        if (file >= 0) ::close(file);
+        if (file >= 0 || errno != EEXIST) return candidate;
+    }
 }
 
 bool isWriteablePath(const QString& path) {
-    // O_EXCL: looking and creating in one step, so that a file that appears meanwhile is never written over.
-    const QByteArray name = QFile::encodeName(path);
-    const int file = ::open(name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    const int file = createNew(path);
     if (file < 0) return false;
     const bool written = ::write(file, "TEST", 4) == 4;
     ::close(file);
-    ::unlink(name.constData());
+    QFile::remove(path);
     return written;
 }
 

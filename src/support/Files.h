@@ -29,6 +29,10 @@ QString uniqueFile(const QString& path, const std::function<bool(const QString&)
 /// The same, taken meaning that something exists there.
 QString uniqueFile(const QString& path);
 
+/// uniqueFile() as an empty file that is there when this returns: nobody else can take the name meanwhile.
+/// Where no file can be made, only the name.
+QString claimUniqueFile(const QString& path, const std::function<bool(const QString&)>& taken = {});
+
 /// `stem` + `ending`, the stem cut (never inside a character) to fit into the 255 bytes of a file name.
 QString fittingFileName(const QString& stem, const QString& ending);
 

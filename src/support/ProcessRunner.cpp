@@ -42,7 +42,7 @@ std::optional<T> readValue(QIODevice& device) {
 }  // namespace
 
 std::optional<QString> runAsTaskWithTerminationStatus(const QStringList& command, int* terminationStatus,
-                                                      Polling polling) {
+                                                      Polling polling, int limitMilliseconds) {
     const qint64 length =
         collections::reduce(command.sliced(1), [](const QString& argument) { return argument.size(); });
     if (length > kArgumentLengthLimit)
@@ -57,7 +57,7 @@ std::optional<QString> runAsTaskWithTerminationStatus(const QStringList& command
     }
     // Waiting collects both outputs as they come, so that a child which fills one pipe is never stuck.
     if (polling == Polling::On) {
-        childprocess::waitForEnd(process);
+        childprocess::waitForEnd(process, limitMilliseconds);
     } else {
         process.waitForFinished(-1);
     }

@@ -21,7 +21,7 @@ enum class Polling { Off, On };
 /// Nothing when the child could not be started, which is logged. `terminationStatus` may be null; a child
 /// that a signal ended has the signal's number as its status.
 std::optional<QString> runAsTaskWithTerminationStatus(const QStringList& command, int* terminationStatus,
-                                                      Polling polling);
+                                                      Polling polling, int limitMilliseconds = 0);
 
 /// The same without status and polling.
 std::optional<QString> runAsTask(const QStringList& command);

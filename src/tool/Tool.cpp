@@ -8,6 +8,12 @@
 #include <QFileInfo>
 #include <QProcess>
 
+namespace {
+
+constexpr int kTrialLimitMilliseconds = 60000;
+
+}  // namespace
+
 namespace tool {
 
 QString path() {
@@ -46,7 +52,8 @@ Report report(const QString& moviePath) {
 }
 
 QString trialRun(const QStringList& arguments) {
-    return runAsTaskWithTerminationStatus(QStringList(path()) + arguments, nullptr, Polling::On)
+    return runAsTaskWithTerminationStatus(QStringList(path()) + arguments, nullptr, Polling::On,
+                                          kTrialLimitMilliseconds)
         .value_or(QString());
 }
 

@@ -99,6 +99,7 @@ private Q_SLOTS:
         QTest::newRow("off, whatever the count") << 0 << 5 << 1;
         QTest::newRow("two at the least") << 1 << 0 << 2;
         QTest::newRow("three") << 1 << 1 << 3;
+        QTest::newRow("nonsense") << 1 << -7 << 2;
     }
     void limits() {
         Stage stage;
@@ -191,6 +192,19 @@ private Q_SLOTS:
         stage.queue.job(1)->remove();
         QCOMPARE(stage.list(), "b:1");
         QCOMPARE(aboutTo.first().first().toInt(), 1);
+    }
+
+    void quitsAlsoWhenTheJobCleansItselfUp() {
+        Stage stage;
+        setDefaultInt(kAutoCleanKey, 1);
+        setDefaultInt(kQuitAfterConversionKey, 1);
+        standardUserDefaults().setOverride(kUsagesKey, 100);
+        QSignalSpy quit(&stage.queue, &JobQueue::quitRequested);
+        stage.release();
+        stage.add("a");
+        QTRY_COMPARE(quit.count(), 1);
+        QCOMPARE(stage.queue.count(), 0);
+        QCOMPARE(standardUserDefaults().storedObject(kUsagesKey).toInt(), 1);  // Not from the override.
     }
 
     void usagesAreHandedOn() {

@@ -161,6 +161,10 @@ class CliTest(unittest.TestCase):
     def working_files(self):
         return [path.name for path in self.data.rglob("*.log")]
 
+    def converting(self):
+        """How many conversions the tool has begun to tell the progress of."""
+        return sum(path.stat().st_size > 0 for path in self.data.rglob("*.log"))
+
     def outputs(self):
         """The files in the test's folder, but for what tests and program keep in hidden places."""
         names = (str(path.relative_to(self.folder)) for path in self.folder.rglob("*") if path.is_file())

@@ -128,7 +128,7 @@ class Interruptions(CliTest):
         busy = self.folder / ".busy"
         busy.unlink(missing_ok=True)
         process = self.start("convert", "--json", *self.names, *arguments)
-        self.assertTrue(wait_until(busy.exists if moment == "busy" else lambda: len(self.working_files()) == moment))
+        self.assertTrue(wait_until(busy.exists if moment == "busy" else lambda: self.converting() == moment))
         return process
 
     def test_signals(self):

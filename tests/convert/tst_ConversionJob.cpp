@@ -309,6 +309,7 @@ private Q_SLOTS:
         QTest::newRow("half-written output") << false << 0 << true;
         QTest::newRow("a run of another instance") << true << 0 << false;
         QTest::newRow("a file that somebody wrote since") << false << 60 << false;
+        QTest::newRow("a file that somebody moved there") << false << -60 << false;
     }
     void aCrashIsCleanedUpAfter() {
         Stage stage;
@@ -319,8 +320,9 @@ private Q_SLOTS:
         QCOMPARE(::pipe(pipe), 0);
         const pid_t instance = ::fork();
         if (instance == 0) {
-            const RunJournal journal(stage.output, progress, stage.home.write(".movie.mp4.replaced", "old"));
+            RunJournal journal(stage.output, progress, stage.home.write(".movie.mp4.replaced", "old"));
             stage.home.write("movie.mp4", "half a mov");
+            journal.noteOutput();
             QFile(progress).open(QIODevice::WriteOnly);
             ::write(pipe[1], "x", 1);
             ::pause();
@@ -330,6 +332,10 @@ private Q_SLOTS:
         if (!stillRuns) {
             ::kill(instance, SIGKILL);
             ::waitpid(instance, nullptr, 0);
+        }
+        if (changedLater < 0) {
+            QFile::rename(stage.home.write("other", "half a mov"), stage.home.path("new"));
+            QVERIFY(QFile::remove(stage.output) && QFile::rename(stage.home.path("new"), stage.output));
         }
         QFile output(stage.output);
         QVERIFY(output.open(QIODevice::ReadWrite));

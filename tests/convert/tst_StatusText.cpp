@@ -121,7 +121,8 @@ private Q_SLOTS:
         output.append("first words\n");
         for (int i = 0; i < 2000; ++i) {
             output.append(QByteArray("warning, again and again\n").repeated(100));
-            if (i == 1000) output.append("x.mp4: No space left on device\n");
+            if (i == 1000) output.append("x.mkv: File ended prematurely\nx.mp4: No space left on device\n");
+            output.append("x.mkv: corrupt input packet in stream 0\n");
         }
         output.append(QByteArray(1'000'000, 'x'));  // Never a line break.
         output.append("\nlast words");
@@ -129,7 +130,7 @@ private Q_SLOTS:
         const QString text = output.text();
         QVERIFY(text.size() < 1'000'000);
         QVERIFY(text.startsWith("first words") && text.endsWith("last words"));
-        QVERIFY(output.contains(u"No space left on device"));
+        QVERIFY(output.contains(u"No space left on device") && output.contains(u"File ended prematurely"));
     }
 
     void notesAreKeptAsTheyAre() {

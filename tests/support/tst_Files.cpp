@@ -62,6 +62,17 @@ private Q_SLOTS:
                  QString("😀").repeated(62) + ".log");
     }
 
+    void claimedNamesAreTaken() {
+        const TestHome home;
+        const QString path = home.path("movie.mp4");
+        QCOMPARE(files::claimUniqueFile(path), path);
+        QCOMPARE(files::claimUniqueFile(path), home.path("movie-0.mp4"));
+        const QString next =
+            files::claimUniqueFile(path, [](const QString& name) { return name.endsWith("-1.mp4"); });
+        QCOMPARE(next, home.path("movie-2.mp4"));
+        QCOMPARE(files::claimUniqueFile("/proc/movie.mp4"), "/proc/movie.mp4");
+    }
+
     void writeablePaths() {
         const TestHome home;
         const QString path = home.path("new.mp4");
