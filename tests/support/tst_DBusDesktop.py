@@ -154,6 +154,7 @@ class DesktopTest(dbusmock.DBusTestCase):
         daemon = self.mock(service, "/org/freedesktop/Notifications", service)
         daemon.AddMethod("", "Notify", "susssasa{sv}i", "u", "ret = 7")
         self.probe.tell("notify Finished|a < b|Show|/movies/a b.mp4")
+        self.probe.tell("settle")  # An answer that was there at once has been taken by now.
         call = until(lambda: daemon.GetMethodCalls("Notify"), "the notification")[0][1]
         self.assertEqual([str(part) for part in (call[0], call[3], call[4])], ["Ravelin", "Finished", "a &lt; b"])
         self.assertEqual(list(call[5])[-2:], ["show", "Show"])
@@ -164,6 +165,7 @@ class DesktopTest(dbusmock.DBusTestCase):
         daemon.EmitSignal("", "NotificationClosed", "uu", [dbus.UInt32(7), dbus.UInt32(2)])
         daemon.EmitSignal("", "ActionInvoked", "us", [dbus.UInt32(7), "show"])
         self.probe.tell("notify Failed|text||/b.mp4")
+        self.probe.tell("settle")  # An answer that was there at once has been taken by now.
         second = until(lambda: daemon.GetMethodCalls("Notify")[1:], "the second notification")[0][1]
         self.assertEqual(list(second[5]), ["default", "Failed"])
         daemon.EmitSignal("", "ActionInvoked", "us", [dbus.UInt32(7), "default"])
