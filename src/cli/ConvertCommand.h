@@ -7,7 +7,6 @@
 #include "cli/Inputs.h"
 
 #include <QObject>
-#include <QSet>
 
 #include <memory>
 

@@ -19,7 +19,8 @@ enum class Polling { Off, On };
 
 /// Standard output and standard error as "output error", each as text, "(null)" where it is not text.
 /// Nothing when the child could not be started, which is logged. `terminationStatus` may be null; a child
-/// that a signal ended has the signal's number as its status.
+/// that a signal ended has the signal's number as its status. With polling, a child that has not ended after
+/// `limitMilliseconds` is killed; 0: no limit.
 std::optional<QString> runAsTaskWithTerminationStatus(const QStringList& command, int* terminationStatus,
                                                       Polling polling, int limitMilliseconds = 0);
 
