@@ -23,8 +23,14 @@ void FileIntake::openFiles(const QStringList& paths) {
     const moviefiles::Sorted sorted = moviefiles::sorted(paths);
     m_importSubtitleFiles.insert(sorted.subtitles);
     m_importFiles += sorted.movies;
+    Q_EMIT filesWaitingChanged();
     // A probe or a movie at hand comes to the new files by itself.
     if (wasEmpty && !m_isScanning && !m_fileInfo) addNextFile();
+}
+
+void FileIntake::clearImportFiles() {
+    m_importFiles.clear();
+    Q_EMIT filesWaitingChanged();
 }
 
 void FileIntake::addNextFile() {

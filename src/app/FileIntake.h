@@ -40,7 +40,7 @@ public:
     bool areWaiting() const override { return !m_importFiles.isEmpty(); }
     const QStringList& importFiles() const { return m_importFiles; }
     /// Forgets the movies that wait.
-    void clearImportFiles() { m_importFiles.clear(); }
+    void clearImportFiles();
     bool isScanning() const { return m_isScanning; }
     /// The movie that was probed and is not yet confirmed or cancelled.
     const std::optional<MKVFileInfo>& fileInfo() const { return m_fileInfo; }
@@ -50,6 +50,7 @@ public:
     std::optional<qsizetype> bestLanguage() const;
 
 Q_SIGNALS:
+    void filesWaitingChanged();
     void scanningStarted(const QString& path);
     /// A probe has ended; its messages and its result follow.
     void scanningEnded(const QString& path);

@@ -4,12 +4,12 @@
 #include "app/Destination.h"
 #include "cli/Commands.h"
 #include "cli/ExitStatus.h"
-#include "cli/Interruption.h"
 #include "cli/Run.h"
 #include "settings/Keys.h"
 #include "support/ApplicationInfo.h"
 #include "support/Defaults.h"
 #include "support/Format.h"
+#include "support/Interruption.h"
 #include "tool/ToolReaper.h"
 
 #include <QCoreApplication>

@@ -3,7 +3,6 @@
 #include "cli/Commands.h"
 #include "cli/ExitStatus.h"
 #include "cli/Inputs.h"
-#include "cli/Interruption.h"
 #include "cli/JsonRecords.h"
 #include "cli/Output.h"
 #include "cli/Run.h"
@@ -11,6 +10,7 @@
 #include "support/ApplicationInfo.h"
 #include "support/Defaults.h"
 #include "support/Format.h"
+#include "support/Interruption.h"
 
 #include <QUrl>
 

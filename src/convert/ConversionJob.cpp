@@ -14,6 +14,7 @@
 #include "support/Desktop.h"
 #include "support/DontWarnAgain.h"
 #include "support/Files.h"
+#include "support/FolderAccess.h"
 #include "support/Log.h"
 #include "support/QuillonLib.h"
 #include "support/Text.h"
@@ -47,6 +48,7 @@ ConversionJob::ConversionJob(JobController& ad, MKVFileInfo info, qsizetype audi
 
 ConversionJob::~ConversionJob() {
     endRun();
+    stopSecurityAccess();
 }
 
 std::optional<ConversionMethod> ConversionJob::method() const {
@@ -287,8 +289,14 @@ void ConversionJob::continueJob() {
 
 void ConversionJob::remove() {
     endRun();
+    stopSecurityAccess();
     m_ad.removeJob(this);
     m_ad.startNextJobInQueue();
+}
+
+void ConversionJob::stopSecurityAccess() {
+    if (m_fileInfo.securityURL) folderaccess::stopAccessing(m_fileInfo.securityURL->toLocalFile());
+    m_fileInfo.securityURL.reset();
 }
 
 void ConversionJob::endRun() {

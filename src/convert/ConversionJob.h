@@ -28,7 +28,8 @@ class ConversionJob : public QObject {
     Q_OBJECT
 
 public:
-    /// `ad` outlives the job. `info` has its destination.
+    /// `ad` outlives the job. `info` has its destination; the access to its securityURL, if any, ends with
+    /// the job.
     ConversionJob(JobController& ad, MKVFileInfo info, qsizetype audioTrackIndex, QObject* parent = nullptr);
     /// Leaves no tool running. An output that was not finished is deleted.
     ~ConversionJob() override;
@@ -117,6 +118,7 @@ private:
     void failed(const ToolExit& exit);
     void succeeded();
     void deleteOutput();
+    void stopSecurityAccess();
     void endRun();
 
     JobController& m_ad;

@@ -76,6 +76,11 @@ public:
     virtual ~AlertPresenter() = default;
     /// Returns when the alert is answered.
     virtual AlertAnswer present(const Alert& alert) = 0;
+    /// Shows the alert attached to the main window and returns at once; `dismissed` is called with the
+    /// answer. A presenter without a window answers as present() does.
+    virtual void presentSheet(const Alert& alert, std::function<void(const AlertAnswer&)> dismissed) {
+        dismissed(present(alert));
+    }
     /// Returns at once.
     virtual void presentNonModal(const NonModalAlert& alert) = 0;
 };

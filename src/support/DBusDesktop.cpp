@@ -1,5 +1,7 @@
 #include "support/DBusDesktop.h"
 
+#include "support/Buses.h"
+
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
@@ -9,7 +11,9 @@
 #include <QProcess>
 #include <QStandardPaths>
 
+#include <algorithm>
 #include <fcntl.h>
+#include <utility>
 
 namespace {
 
@@ -17,29 +21,6 @@ constexpr auto kPortalService = "org.freedesktop.portal.Desktop";
 constexpr auto kPortalPath = "/org/freedesktop/portal/desktop";
 constexpr auto kNotificationService = "org.freedesktop.Notifications";
 constexpr auto kNotificationPath = "/org/freedesktop/Notifications";
-
-/// A bus that is not announced is not asked for: asking could start one, or wait for an X server. An empty
-/// variable announces nothing, and "autolaunch:" asks for a bus to be started.
-bool isAnnounced(const char* variable, const QString& socket) {
-    const QString address = qEnvironmentVariable(variable);
-    return address.isEmpty() ? QFileInfo::exists(socket) : !address.contains("autolaunch:");
-}
-
-std::optional<QDBusConnection> systemBus() {
-    if (!isAnnounced("DBUS_SYSTEM_BUS_ADDRESS", "/run/dbus/system_bus_socket")) return std::nullopt;
-    QDBusConnection bus = QDBusConnection::systemBus();
-    return bus.isConnected() ? std::optional(bus) : std::nullopt;
-}
-
-template <typename Handler>
-void whenAnswered(const QDBusConnection& bus, const QDBusMessage& call, QObject* context, Handler handler) {
-    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), context);
-    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, context,
-                     [handler](QDBusPendingCallWatcher* finished) {
-                         handler(*finished);
-                         finished->deleteLater();
-                     });
-}
 
 constexpr int kPatienceMilliseconds = 2000;
 
@@ -68,7 +49,9 @@ QDBusMessage portalCall(const char* interface, const char* method, const QVarian
 DBusDesktop::DBusDesktop(QString applicationName, QString desktopEntry, bool insideFlatpak)
     : m_applicationName(std::move(applicationName)),
       m_desktopEntry(std::move(desktopEntry)),
-      m_insideFlatpak(insideFlatpak) {}
+      m_insideFlatpak(insideFlatpak) {
+    connect(&m_appearance, &DesktopAppearance::changed, this, &Desktop::appearanceChanged);
+}
 
 bool DBusDesktop::isInsideFlatpak() {
     return QFileInfo::exists("/.flatpak-info");
@@ -92,23 +75,16 @@ void DBusDesktop::sendForSure(const QDBusConnection& bus, const QDBusMessage& ca
     });
 }
 
-std::optional<QDBusConnection> DBusDesktop::sessionBus() {
-    const QString socket = qEnvironmentVariable("XDG_RUNTIME_DIR") + "/bus";
-    if (!isAnnounced("DBUS_SESSION_BUS_ADDRESS", socket)) return std::nullopt;
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    return bus.isConnected() ? std::optional(bus) : std::nullopt;
-}
-
 quint32 DBusDesktop::acquireSleepAssertion(const QString& reason) {
     const quint32 assertion = ++m_lastAssertion;
     m_assertions.insert(assertion, {});
-    const auto bus = m_insideFlatpak ? sessionBus() : systemBus();
+    const auto bus = m_insideFlatpak ? buses::session() : buses::system();
     if (!bus) return assertion;
     if (m_insideFlatpak) {
         constexpr uint kSuspendAndIdle = 4 | 8;
         const auto call =
             portalCall("Inhibit", "Inhibit", {QString(), kSuspendAndIdle, QVariantMap{{"reason", reason}}});
-        whenAnswered(*bus, call, this, [this, assertion](const QDBusPendingCall& answer) {
+        buses::whenAnswered(*bus, call, this, [this, assertion](const QDBusPendingCall& answer) {
             const QDBusPendingReply<QDBusObjectPath> reply = answer;
             if (reply.isError()) return;
             const bool isReleased = !m_assertions.contains(assertion);
@@ -120,7 +96,7 @@ quint32 DBusDesktop::acquireSleepAssertion(const QString& reason) {
     QDBusMessage call = QDBusMessage::createMethodCall("org.freedesktop.login1", "/org/freedesktop/login1",
                                                        "org.freedesktop.login1.Manager", "Inhibit");
     call.setArguments({QString("sleep:idle"), m_applicationName, reason, QString("block")});
-    whenAnswered(*bus, call, this, [this, assertion](const QDBusPendingCall& answer) {
+    buses::whenAnswered(*bus, call, this, [this, assertion](const QDBusPendingCall& answer) {
         const QDBusPendingReply<QDBusUnixFileDescriptor> reply = answer;
         // Released meanwhile: the descriptor closes with the reply.
         const auto held = m_assertions.find(assertion);
@@ -132,14 +108,14 @@ quint32 DBusDesktop::acquireSleepAssertion(const QString& reason) {
 void DBusDesktop::releaseSleepAssertion(quint32 assertion) {
     const Assertion released = m_assertions.take(assertion);
     if (released.portalRequest.isEmpty()) return;
-    if (auto bus = sessionBus()) {
+    if (auto bus = buses::session()) {
         bus->send(QDBusMessage::createMethodCall(kPortalService, released.portalRequest,
                                                  "org.freedesktop.portal.Request", "Close"));
     }
 }
 
 void DBusDesktop::notify(const Notification& notification) {
-    const auto bus = sessionBus();
+    const auto bus = buses::session();
     if (!bus) return;
     listenForActions(*bus);
     if (m_insideFlatpak) {
@@ -208,7 +184,7 @@ void DBusDesktop::onPortalActionInvoked(const QString& id, const QString&, const
 void DBusDesktop::reveal(const QString& path) {
     const QFileInfo file(path);
     const QUrl folder = QUrl::fromLocalFile(file.absolutePath());
-    const auto bus = sessionBus();
+    const auto bus = buses::session();
     if (!bus) {
         openUrl(folder);
         return;
@@ -218,7 +194,7 @@ void DBusDesktop::reveal(const QString& path) {
                                        "org.freedesktop.FileManager1", "ShowItems");
     call.setArguments(
         {QStringList(QUrl::fromLocalFile(file.absoluteFilePath()).toString(QUrl::FullyEncoded)), QString()});
-    whenAnswered(*bus, call, this, [this, folder](const QDBusPendingCall& answer) {
+    buses::whenAnswered(*bus, call, this, [this, folder](const QDBusPendingCall& answer) {
         if (answer.isError()) openUrl(folder);
     });
 }
@@ -228,7 +204,7 @@ bool DBusDesktop::openUrl(const QUrl& url) {
     // The program first: it has been started when this returns, so that a page or a mail still opens when the
     // application ends right after.
     if (!m_insideFlatpak && openWithProgram(url)) return true;
-    const auto bus = sessionBus();
+    const auto bus = buses::session();
     if (!bus) return false;
     if (!url.isLocalFile()) {
         sendForSure(*bus, portalCall("OpenURI", "OpenURI",
@@ -243,4 +219,21 @@ bool DBusDesktop::openUrl(const QUrl& url) {
     sendForSure(
         *bus, portalCall("OpenURI", "OpenFile", {QString(), QVariant::fromValue(descriptor), QVariantMap()}));
     return true;
+}
+
+void DBusDesktop::setLauncherProgress(std::optional<double> fraction) {
+    if (fraction) fraction = std::clamp(*fraction, 0.0, 1.0);
+    if (std::exchange(m_launcherProgress, fraction) == fraction) return;
+    const auto bus = buses::session();
+    if (!bus) return;
+    QDBusMessage signal = QDBusMessage::createSignal(buses::objectPath(m_desktopEntry),
+                                                     "com.canonical.Unity.LauncherEntry", "Update");
+    const QVariantMap properties{{"progress", fraction.value_or(0)},
+                                 {"progress-visible", fraction.has_value()}};
+    signal.setArguments({"application://" + m_desktopEntry + ".desktop", properties});
+    bus->send(signal);
+}
+
+void DBusDesktop::watchAppearance() {
+    if (const auto bus = buses::session()) m_appearance.watch(*bus);
 }

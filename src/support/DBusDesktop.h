@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/Desktop.h"
+#include "support/DesktopAppearance.h"
 
 #include <QDBusConnection>
 #include <QDBusUnixFileDescriptor>
@@ -32,6 +33,12 @@ public:
     void reveal(const QString& path) override;
     /// By xdg-open, inside a Flatpak and where that is missing by the portal. True: it was handed over.
     bool openUrl(const QUrl& url) override;
+    void setLauncherProgress(std::optional<double> fraction) override;
+    bool prefersDark() const override { return m_appearance.prefersDark(); }
+    bool prefersReducedMotion() const override { return m_appearance.prefersReducedMotion(); }
+
+    /// Call once, where the appearance matters; what the user prefers is told by appearanceChanged().
+    void watchAppearance();
 
     static bool isInsideFlatpak();
 
@@ -47,7 +54,6 @@ private:
         QString portalRequest;
     };
 
-    std::optional<QDBusConnection> sessionBus();
     /// For a message that has to arrive also when the application ends right after.
     void sendForSure(const QDBusConnection& bus, const QDBusMessage& call,
                      const std::function<void(const QDBusPendingCall&)>& handler = {});
@@ -62,5 +68,7 @@ private:
     QHash<QString, QString> m_pathsOfNotifications;  ///< Notification's identifier -> file.
     int m_lastPortalNotification = 0;
     bool m_listens = false;
+    std::optional<double> m_launcherProgress;
+    DesktopAppearance m_appearance;
     QSet<QDBusPendingCallWatcher*> m_underWay;
 };

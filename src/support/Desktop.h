@@ -4,6 +4,8 @@
 #include <QString>
 #include <QUrl>
 
+#include <optional>
+
 /// A message for the user's notification area.
 struct Notification {
     QString title;
@@ -39,7 +41,16 @@ public:
     /// Opens a page, a folder or a mail link with the user's program for it. False: there is none.
     virtual bool openUrl(const QUrl& url) = 0;
 
+    /// Shows at the application's place in the launcher how far the work is, 0 to 1; nothing: none.
+    virtual void setLauncherProgress(std::optional<double> /*fraction*/) {}
+
+    /// What the user told the desktop; false as long as it is not known.
+    virtual bool prefersDark() const { return false; }
+    virtual bool prefersReducedMotion() const { return false; }
+
 Q_SIGNALS:
+    /// prefersDark() or prefersReducedMotion() tells something else now.
+    void appearanceChanged();
     /// The user chose a notification (its button or its body) that was posted with a path.
     void notificationActivated(const QString& path);
 };

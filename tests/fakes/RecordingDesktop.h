@@ -6,6 +6,8 @@
 #include <QSet>
 #include <QStringList>
 
+#include <optional>
+
 /// Keeps what was asked of the desktop.
 class RecordingDesktop : public Desktop {
 public:
@@ -25,6 +27,7 @@ public:
         opened.append(url);
         return true;
     }
+    void setLauncherProgress(std::optional<double> fraction) override { launcherProgress = fraction; }
 
     QStringList reasons;
     QSet<quint32> held;
@@ -32,6 +35,7 @@ public:
     QStringList revealed;
     QStringList trashed;
     QList<QUrl> opened;
+    std::optional<double> launcherProgress;
 
 private:
     quint32 m_lastAssertion = 0;

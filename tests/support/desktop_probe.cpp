@@ -1,6 +1,7 @@
 // Does on the desktop what standard input says, a command a line, and tells on standard output what comes
 // back:
-//     inhibit | release | notify TITLE|TEXT|ACTION|PATH | reveal PATH | open URL | quit
+//     inhibit | release | notify TITLE|TEXT|ACTION|PATH | reveal PATH | open URL | progress FRACTION |
+//     progress | appearance | quit
 #include "support/DBusDesktop.h"
 
 #include <QCoreApplication>
@@ -18,6 +19,11 @@ int main(int argc, char** argv) {
         std::printf("activated %s\n", qPrintable(path));
         std::fflush(stdout);
     });
+    QObject::connect(&desktop, &Desktop::appearanceChanged, [&desktop] {
+        std::printf("%s, %s\n", desktop.prefersDark() ? "dark" : "light",
+                    desktop.prefersReducedMotion() ? "still" : "moving");
+        std::fflush(stdout);
+    });
     quint32 assertion = 0;
     const QSocketNotifier input(0, QSocketNotifier::Read);
     const auto obey = [&](const std::string& text) {
@@ -31,6 +37,9 @@ int main(int argc, char** argv) {
                             rest.section(u'|', 3)});
         if (command == "reveal") desktop.reveal(rest);
         if (command == "open") std::printf("%s\n", desktop.openUrl(QUrl(rest)) ? "opened" : "not opened");
+        if (command == "progress")
+            desktop.setLauncherProgress(rest.isEmpty() ? std::nullopt : std::optional(rest.toDouble()));
+        if (command == "appearance") desktop.watchAppearance();
         std::printf("did %s\n", qPrintable(command));
         std::fflush(stdout);
         if (command == "quit") QCoreApplication::quit();

@@ -10,7 +10,10 @@ import time
 import unittest
 
 import dbus
+import dbus.bus
 import dbusmock
+from dbus.mainloop.glib import DBusGMainLoop
+from gi.repository import GLib
 
 PROBE = os.path.abspath(sys.argv.pop(1))
 LIMIT = 10
@@ -221,6 +224,42 @@ class DesktopTest(dbusmock.DBusTestCase):
             self.assertEqual(file.read(), os.path.realpath(folder))
         self.probe.tell("open file:///nowhere/at/all", "not opened")
 
+    def test_launcher_shows_what_changes(self):
+        bus = dbus.bus.BusConnection(os.environ["DBUS_SESSION_BUS_ADDRESS"], mainloop=DBusGMainLoop())
+        self.addCleanup(bus.close)
+        told = []
+        bus.add_signal_receiver(lambda *arguments: told.append(arguments), "Update", "com.canonical.Unity.LauncherEntry")
+        for fraction in ("0.25", "0.25", "2", "", "", "0.5"):
+            self.probe.tell(f"progress {fraction}".strip())
+        until(lambda: (GLib.MainContext.default().iteration(False), told[3:])[1], "the signals")
+        application = "application://example.ravelin.Ravelin.desktop"
+        self.assertEqual(told, [(application, {"progress": fraction, "progress-visible": visible})
+                                for fraction, visible in ((0.25, True), (1, True), (0, False), (0.5, True))])
+
+    def test_appearance_of_a_portal_that_comes_late(self):
+        service, path = "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop"
+        portal = self.mock("example.stand.in", path, "org.freedesktop.portal.Settings")
+        portal.AddMethod("", "Appear", "", "", f"self.connection.request_name({service!r})")
+        portal.AddMethod("", "ReadAll", "as", "a{sa{sv}}",
+                         "ret = {'org.freedesktop.appearance': {'color-scheme': dbus.UInt32(1), 'contrast': 'x'}, "
+                         "'org.gnome.desktop.interface': {'enable-animations': dbus.Boolean(False, variant_level=2)}}")
+        self.probe.tell("appearance")
+        portal.Appear(dbus_interface="org.freedesktop.portal.Settings")
+        self.probe.line_is("dark, still")
+        for group, key, value, told in (("org.freedesktop.appearance", "color-scheme", dbus.UInt32(1), None),
+                                        ("org.freedesktop.appearance", "accent-color", dbus.UInt32(2), None),
+                                        ("org.freedesktop.appearance", "color-scheme", dbus.UInt32(2), "light, still"),
+                                        ("org.gnome.desktop.interface", "color-scheme", dbus.UInt32(1), None),
+                                        ("org.gnome.desktop.interface", "enable-animations", True, "light, moving")):
+            portal.EmitSignal("", "SettingChanged", "ssv", [group, key, value])
+            if told:
+                self.probe.line_is(told)
+        self.restart()
+        self.probe.tell("appearance")
+        self.probe.line_is("dark, still")
+        self.assertEqual(list(portal.GetMethodCalls("ReadAll")[-1][1][0]),
+                         ["org.freedesktop.appearance", "org.gnome.desktop.interface"])
+
 
 class NoBusTest(unittest.TestCase):
     def test_nothing_happens_at_once(self):
@@ -235,7 +274,7 @@ class NoBusTest(unittest.TestCase):
                     with self.subTest(address=address, arguments=arguments):
                         session = {} if address is None else {"DBUS_SESSION_BUS_ADDRESS": address}
                         probe = Probe({**nothing, **session}, arguments)
-                        for command in ("inhibit", "notify a|b|c|/d", "reveal /a", "release"):
+                        for command in ("inhibit", "notify a|b|c|/d", "reveal /a", "release", "progress 0.5", "appearance"):
                             probe.tell(command)
                         probe.tell("open https://ravelin.example", "not opened")
                         self.assertEqual(probe.quit(), 0)

@@ -1,4 +1,4 @@
-#include "cli/Interruption.h"
+#include "support/Interruption.h"
 
 #include "support/ChildProcess.h"
 

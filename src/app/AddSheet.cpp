@@ -1,0 +1,180 @@
+#include "app/AddSheet.h"
+
+#include "app/Destination.h"
+#include "app/Destinations.h"
+#include "app/FileIntake.h"
+#include "app/JobQueue.h"
+#include "settings/Keys.h"
+#include "support/Alert.h"
+#include "support/Defaults.h"
+#include "support/Files.h"
+#include "support/FolderAccess.h"
+#include "support/Format.h"
+
+#include <QFileInfo>
+
+namespace {
+
+QString folderOf(const QString& path) {
+    return QFileInfo(path).path();
+}
+
+}  // namespace
+
+AddSheet::AddSheet(FileIntake& intake, JobQueue& queue, Destinations& destinations, FilePanels& panels,
+                   QObject* parent)
+    : QObject(parent), m_intake(intake), m_queue(queue), m_destinations(destinations), m_panels(panels) {
+    connect(&intake, &FileIntake::scanningStarted, this, &AddSheet::showScanning);
+    connect(&intake, &FileIntake::scanningEnded, this, &AddSheet::changed);
+    connect(&intake, &FileIntake::fileAccepted, this, &AddSheet::showAccepted);
+    connect(&intake, &FileIntake::filesWaitingChanged, this, &AddSheet::changed);
+    connect(&intake, &FileIntake::becameIdle, this, [this] {
+        m_path.clear();
+        hide();
+        Q_EMIT changed();
+    });
+    connect(&queue, &JobQueue::pausedChanged, this, &AddSheet::changed);
+}
+
+bool AddSheet::isScanning() const {
+    return m_intake.isScanning();
+}
+
+qsizetype AddSheet::waitingCount() const {
+    return m_intake.importFiles().size();
+}
+
+QString AddSheet::informationString() const {
+    return m_intake.fileInfo() ? m_intake.fileInfo()->informationString : QString();
+}
+
+QStringList AddSheet::audioItems() const {
+    QStringList items;
+    if (!m_intake.fileInfo()) return items;
+    for (const AudioEntry& entry : m_intake.fileInfo()->audioTrackInformation)
+        items.append(entry.text);
+    return items;
+}
+
+void AddSheet::selectAudio(qsizetype index) {
+    m_selectedAudio = index;
+}
+
+void AddSheet::setTopConstraint(double height) {
+    if (m_topConstraint == height) return;
+    m_topConstraint = height;
+    Q_EMIT topConstraintChanged(height);
+}
+
+void AddSheet::showScanning(const QString& path) {
+    m_path = path;
+    Q_EMIT changed();
+    setTopConstraint(kShown);
+}
+
+void AddSheet::showAccepted() {
+    m_selectedAudio = m_intake.bestLanguage().value_or(0);
+    m_destinations.rebuildDestinationPopUp();
+    Q_EMIT changed();
+    if (defaultInt(kAutoAddKey) != 0) addToQueue();
+}
+
+void AddSheet::cancelAdd() {
+    if (!m_intake.isScanning()) m_intake.cancelAdd();
+}
+
+void AddSheet::cancelAll() {
+    m_intake.clearImportFiles();
+    Q_EMIT changed();
+    cancelAdd();
+}
+
+bool AddSheet::isStillAtHand(const QString& path) const {
+    return m_intake.fileInfo() && m_intake.fileInfo()->fileURL.toLocalFile() == path;
+}
+
+void AddSheet::addToQueue() {
+    if (!m_intake.fileInfo()) return;
+    const DestinationPopUp& popUp = m_destinations.destinationPopUp();
+    const qsizetype selected = popUp.selected();
+    if (selected < 0 || selected >= popUp.items().size()) return;
+    switch (popUp.items()[selected].kind) {
+        case DestinationItem::Kind::Ask:
+            askForDestination();
+            return;
+        case DestinationItem::Kind::NextToSource:
+            goNextToSource(true);
+            return;
+        case DestinationItem::Kind::Folder:
+            goToStoredFolder(selected - DestinationPopUp::kFirstFolder);
+            return;
+        case DestinationItem::Kind::Separator:
+        case DestinationItem::Kind::Choose:
+        case DestinationItem::Kind::Clear:
+            return;
+    }
+}
+
+void AddSheet::askForDestination() {
+    const QString source = m_intake.fileInfo()->fileURL.toLocalFile();
+    m_panels.saveFile(folderOf(source), destination::outputFileName(m_intake.fileInfo()->fileName),
+                      destination::outputExtension(), [this, source](const QString& path) {
+                          if (!isStillAtHand(source)) return;
+                          if (destination::isSameFile(path, source)) {
+                              alert_apptitled(destination::kOverwritesSource, "D'oh");
+                              return;
+                          }
+                          // The panel has asked whether what exists may be replaced.
+                          const bool exists = QFileInfo::exists(path);
+                          addJob(exists ? path : m_queue.uniqueDestination(path), {}, exists);
+                      });
+}
+
+void AddSheet::goNextToSource(bool mayAsk) {
+    const QString source = m_intake.fileInfo()->fileURL.toLocalFile();
+    const QString target =
+        folderOf(source) + u'/' + destination::outputFileName(m_intake.fileInfo()->fileName);
+    if (const auto folder = m_destinations.openedFolderFor(target)) {
+        const bool isOpen = folder->securityScoped && folderaccess::startAccessing(folder->path);
+        addJob(m_queue.uniqueDestination(target), isOpen ? folder->path : QString(), false);
+        return;
+    }
+    if (!mayAsk) {
+        alert_apptitled("You did not seem to select a folder that contains your MKV.", "Cancel");
+        return;
+    }
+    alert_apptitled(
+        "You've chosen the 'Next to' default destination for converted MP4 files. Since Apple's SandBox "
+        "limits access to your files you have to open the folder that contains all MKV files that you want "
+        "to convert",
+        "OK");
+    m_panels.chooseFolder(FilePanels::Over::MainWindow, folderOf(source),
+                          [this, source](const QString& path) {
+                              m_destinations.addOpenedFolder(path);
+                              if (isStillAtHand(source)) goNextToSource(false);
+                          });
+}
+
+void AddSheet::goToStoredFolder(qsizetype number) {
+    // A folder on a disk that was unplugged since is the user's to know, not a fault of the program.
+    if (const QString problem = m_destinations.problemOfFolder(number); !problem.isEmpty()) {
+        alert_apptitled(
+            makeString("The destination folder can not be used now. %@ Please choose another destination.",
+                       problem),
+            "OK");
+        return;
+    }
+    const QString folder = m_destinations.openFolder(number);
+    const QString name = destination::outputFileName(m_intake.fileInfo()->fileName);
+    addJob(m_queue.uniqueDestination(folder + u'/' + name), folder, false);
+}
+
+void AddSheet::addJob(const QString& destination, const QString& securityFolder, bool mayReplace) {
+    MKVFileInfo info = *m_intake.fileInfo();
+    info.destinationURL = QUrl::fromLocalFile(destination);
+    if (!securityFolder.isEmpty()) info.securityURL = QUrl::fromLocalFile(securityFolder);
+    auto job = std::make_unique<ConversionJob>(m_queue, std::move(info), m_selectedAudio);
+    job->presetSpeedInfo();
+    job->setMayReplaceDestination(mayReplace);
+    m_queue.addJob(std::move(job));
+}

@@ -1,0 +1,162 @@
+#include "app/AppDelegate.h"
+
+#include "app/Drop.h"
+#include "app/MovieFiles.h"
+#include "settings/Keys.h"
+#include "settings/SettingsTable.h"
+#include "support/Alert.h"
+#include "support/Defaults.h"
+#include "support/Desktop.h"
+#include "support/Dispatch.h"
+#include "support/Format.h"
+#include "support/QuillonLib.h"
+#include "support/Text.h"
+#include "tool/ToolReaper.h"
+
+#include <QFileInfo>
+#include <QPointer>
+
+#include <algorithm>
+
+void AppDelegate::initialize() {
+    settings::registerDefaults();
+}
+
+AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
+    : QObject(parent),
+      m_panels(panels),
+      m_intake(FileIntake::Messages::Scheduled),
+      m_queue(m_intake),
+      m_destinations(panels),
+      m_addSheet(m_intake, m_queue, m_destinations, panels),
+      m_progress(m_queue) {
+    // The last file may have been left out, with jobs in the queue that waited for it.
+    connect(&m_intake, &FileIntake::becameIdle, &m_queue, &JobQueue::startNextJobInQueue);
+    connect(&m_queue, &JobQueue::quitRequested, this, [this] { terminate(true); });
+    connect(&m_progress, &QueueProgress::changed, this,
+            [this] { sharedDesktop().setLauncherProgress(m_progress.fraction()); });
+    connect(&ToolReaper::shared(), &ToolReaper::becameIdle, this, &AppDelegate::announceTerminated);
+}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applicationWillFinishLaunching() {
+    m_library = std::make_unique<QuillonLib>();
+    m_build = makeString("%@ %i", text::localized("Build:"), m_library->appBuildNumber());
+    m_version = makeString("%@ %@", text::localized("Version:"), m_library->appVersionString());
+    // This choice of encoding is retired.
+    if (defaultInt(kExternalSubtitleEncodingKey) == 1) setDefaultInt(kExternalSubtitleEncodingKey, 0);
+    showSpeedNotice();
+    connect(&sharedDesktop(), &Desktop::notificationActivated, this,
+            [](const QString& path) { sharedDesktop().reveal(path); });
+    selectConversionStyle();
+    m_addSheet.hide();
+    m_destinations.restoreAtLaunch();
+}
+
+void AppDelegate::showSpeedNotice() {
+    constexpr qint64 kEnoughUsages = 4;
+    const QString usages = makeString("quillonlib_%@_usages", m_library->appVersionString());
+    if (defaultInt(kWelcomeShownKey) != 0 || defaultInt(usages) < kEnoughUsages ||
+        defaultInt(kConversionPresetKey) != 0) {
+        return;
+    }
+    Alert notice;
+    notice.title = text::localized("Picking up Speed!");
+    notice.message = text::localized(
+        "Note that conversion will be much faster, more reliable and higher quality if you select 'High "
+        "Speed "
+        "& Quality' in the 'Audio Conversion Settings' in the Preferences, though the resulting files may "
+        "not "
+        "play with sound on some devices (e.g. iOS). Just try it out!");
+    notice.icon = "ok.png";
+    alertPresenter().presentSheet(notice, [](const AlertAnswer&) {
+        setDefaultInt(kWelcomeShownKey, 1);
+        standardUserDefaults().synchronise();
+    });
+}
+
+void AppDelegate::applicationShouldHandleReopen() {
+    Q_EMIT mainWindowRequested();
+}
+
+bool AppDelegate::applicationShouldTerminate() {
+    if (m_queue.jobCountWithState(JobState::Converting) == 0) return true;
+    return alert_apptitled("Conversion is in progresss. Are you sure you want to quit?", "Quit", "Cancel") ==
+           kAlertFirstButton;
+}
+
+void AppDelegate::applicationWillTerminate() {
+    m_terminates = true;
+    m_intake.clearImportFiles();
+    saveSettings();
+    m_queue.removeAll();
+}
+
+bool AppDelegate::isTerminated() {
+    return ToolReaper::shared().isIdle();
+}
+
+void AppDelegate::terminate(bool mayAsk) {
+    if (m_terminates || (mayAsk && !applicationShouldTerminate())) return;
+    applicationWillTerminate();
+    dispatch_async_main([self = QPointer(this)] {
+        if (self) self->announceTerminated();
+    });
+}
+
+void AppDelegate::announceTerminated() {
+    if (m_terminates && isTerminated()) Q_EMIT terminated();
+}
+
+void AppDelegate::openFiles(const QStringList& paths) {
+    QList<QUrl> given;
+    for (const QString& path : paths)
+        given.append(QUrl::fromLocalFile(path));
+    const bool hasFolder =
+        std::ranges::any_of(paths, [](const QString& path) { return QFileInfo(path).isDir(); });
+    if (hasFolder) {
+        // A collection on a slow disk takes its time.
+        dispatch_async_back([self = QPointer(this), paths, given] {
+            const QStringList files = moviefiles::withFoldersSearched(paths);
+            dispatch_async_main([self, files, given] {
+                if (self) self->take(files, given);
+            });
+        });
+    } else {
+        take(paths, given);
+    }
+    Q_EMIT mainWindowRequested();
+}
+
+void AppDelegate::take(const QStringList& files, const QList<QUrl>& given) {
+    if (m_terminates) return;
+    const bool isUseful = std::ranges::any_of(
+        files, [](const QString& path) { return moviefiles::isMovie(path) || moviefiles::isSubtitle(path); });
+    Q_EMIT statusMessage(isUseful || given.isEmpty() ? QString() : drop::refusal(given));
+    m_intake.openFiles(files);
+}
+
+void AppDelegate::addClicked() {
+    m_panels.chooseFiles(moviefiles::acceptedFileTypes(),
+                         [this](const QStringList& files) { openFiles(files); });
+}
+
+bool AppDelegate::draggingEntered(const QList<QUrl>& urls) {
+    const bool isAccepted = drop::isAccepted(drop::paths(urls));
+    Q_EMIT statusMessage(isAccepted ? QString() : drop::refusal(urls));
+    return isAccepted;
+}
+
+bool AppDelegate::performDragOperation(const QList<QUrl>& urls) {
+    openFiles(drop::paths(urls));
+    return true;
+}
+
+void AppDelegate::selectConversionStyle() {
+    Q_EMIT conversionStyleSelected(static_cast<int>(defaultInt(kConversionPresetKey)));
+}
+
+void AppDelegate::preferencesWillClose() {
+    saveSettings();
+}

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "app/AddSheet.h"
+#include "app/Destinations.h"
+#include "app/FileIntake.h"
+#include "app/FilePanels.h"
+#include "app/JobQueue.h"
+#include "app/QueueProgress.h"
+
+#include <QList>
+#include <QObject>
+#include <QUrl>
+
+#include <memory>
+
+class QuillonLib;
+
+/// The application without its windows: puts the queue, the intake and the destinations together, starts them
+/// in order and ends them. Windows listen to its signals and call its commands. One for the life of the
+/// process; main thread only.
+class AppDelegate : public QObject {
+    Q_OBJECT
+
+public:
+    /// Registers the defaults of the settings. Before anything reads one.
+    static void initialize();
+
+    /// `panels` outlives this. The alert presenter and the desktop are set.
+    explicit AppDelegate(FilePanels& panels, QObject* parent = nullptr);
+    ~AppDelegate() override;
+
+    JobQueue& queue() { return m_queue; }
+    FileIntake& intake() { return m_intake; }
+    Destinations& destinations() { return m_destinations; }
+    AddSheet& addSheet() { return m_addSheet; }
+    const QueueProgress& progress() const { return m_progress; }
+
+    /// "Version: 1.0.0" and "Build: 1".
+    const QString& version() const { return m_version; }
+    const QString& build() const { return m_build; }
+
+    // The launch and its end.
+
+    void applicationWillFinishLaunching();
+    /// The application was opened again: the main window comes to the front.
+    void applicationShouldHandleReopen();
+    /// Asks where a conversion would be cut off. False: the user wants to go on.
+    bool applicationShouldTerminate();
+    /// Ends all jobs; nothing half-written is left when isTerminated() says so.
+    void applicationWillTerminate();
+    /// No tool runs any more for a job that was ended.
+    static bool isTerminated();
+    /// Both steps, then terminated() in due time. `mayAsk` false: the session ends, or a signal came.
+    void terminate(bool mayAsk);
+
+    // Commands.
+
+    /// The single entry for files, from wherever they come. Folders are searched below, in the background.
+    void openFiles(const QStringList& paths);
+    /// Has the user choose files.
+    void addClicked();
+    /// What is dragged would be taken. If not, statusMessage() says why.
+    bool draggingEntered(const QList<QUrl>& urls);
+    bool performDragOperation(const QList<QUrl>& urls);
+    void selectConversionStyle();
+    /// The preferences window closes.
+    void preferencesWillClose();
+
+Q_SIGNALS:
+    /// Show the main window in front of the others.
+    void mainWindowRequested();
+    /// Show the pane of a style: 0 compatible, 1 fast, 2 custom.
+    void conversionStyleSelected(int preset);
+    /// Tell the user in passing; empty: nothing to tell any more.
+    void statusMessage(const QString& message);
+    /// The process may end.
+    void terminated();
+
+private:
+    void showSpeedNotice();
+    void take(const QStringList& files, const QList<QUrl>& given);
+    void announceTerminated();
+
+    FilePanels& m_panels;
+    std::unique_ptr<QuillonLib> m_library;
+    FileIntake m_intake;
+    JobQueue m_queue;
+    Destinations m_destinations;
+    AddSheet m_addSheet;
+    QueueProgress m_progress;
+    QString m_version;
+    QString m_build;
+    bool m_terminates = false;
+};

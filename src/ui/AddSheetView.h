@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QWidget>
+
+#include <memory>
+
+class AddSheet;
+class Destinations;
+class QVariantAnimation;
+
+namespace Ui {
+class AddSheetView;
+}
+
+/// The add sheet as it is seen: slides down at the top of the window.
+class AddSheetView : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit AddSheetView(QWidget* parent = nullptr);
+    ~AddSheetView() override;
+
+    /// Both outlive the view.
+    void setSheet(AddSheet* sheet, Destinations* destinations);
+    /// What the confirm button says.
+    void setAddButtonTitle(const QString& title);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void refresh();
+    void refreshAudio();
+    void slide(bool shown);
+    void setSheetHeight(int height);
+    void finishSliding();
+    int wholeHeight() const;
+
+    std::unique_ptr<Ui::AddSheetView> m_ui;
+    QWidget* m_content = nullptr;  ///< Keeps its height while the sheet slides.
+    AddSheet* m_sheet = nullptr;
+    QVariantAnimation* m_animation = nullptr;
+    int m_height = 0;
+};

@@ -1,0 +1,150 @@
+#include "ui/Application.h"
+
+#include "app/AppDelegate.h"
+#include "convert/RunJournal.h"
+#include "support/Alert.h"
+#include "support/ApplicationInfo.h"
+#include "support/DBusDesktop.h"
+#include "support/Interruption.h"
+#include "support/SingleInstance.h"
+#include "ui/Appearance.h"
+#include "ui/DialogPanels.h"
+#include "ui/DialogPresenter.h"
+#include "ui/Icons.h"
+#include "ui/MainWindow.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QEventLoop>
+#include <QSessionManager>
+#include <QTimer>
+
+#include <csignal>
+
+namespace {
+
+/// The files and folders of the command line: paths from here, or "file://" addresses.
+QStringList pathsOf(const QStringList& arguments) {
+    QStringList paths;
+    for (const QString& argument : arguments) {
+        const QUrl url(argument);
+        paths.append(url.isLocalFile() ? url.toLocalFile() : QDir().absoluteFilePath(argument));
+    }
+    return paths;
+}
+
+QStringList parseCommandLine() {
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QApplication::translate("main", "Puts movies into MP4 without re-encoding the picture."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    QCommandLineOption asService("gapplication-service");  // Desktops add it when they start us by D-Bus.
+    asService.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser.addOption(asService);
+    parser.addPositionalArgument("files", QApplication::translate("main", "Movies, subtitle files, folders."),
+                                 "[files...]");
+    parser.process(QApplication::arguments());
+    return pathsOf(parser.positionalArguments());
+}
+
+void describeApplication() {
+    QApplication::setApplicationName("ravelin");
+    QApplication::setApplicationDisplayName(ApplicationInfo::name());
+    QApplication::setApplicationVersion(ApplicationInfo::version());
+    QApplication::setDesktopFileName(ApplicationInfo::bundleIdentifier());
+    QApplication::setWindowIcon(QIcon::fromTheme(ApplicationInfo::bundleIdentifier(), applicationIcon()));
+    // Conversions go on without a window; opening the application again shows it.
+    QApplication::setQuitOnLastWindowClosed(false);
+}
+
+/// Until the tools that were ended are gone and what they left is deleted; not longer than a session's end
+/// waits.
+void waitUntilTerminated(AppDelegate& delegate) {
+    constexpr int kMostMilliseconds = 5000;
+    QEventLoop loop;
+    QObject::connect(&delegate, &AppDelegate::terminated, &loop, &QEventLoop::quit);
+    QTimer::singleShot(kMostMilliseconds, &loop, &QEventLoop::quit);
+    if (!AppDelegate::isTerminated()) loop.exec();
+}
+
+/// What connects the parts that live as long as the application runs.
+void connectParts(QApplication& application, AppDelegate& delegate, MainWindow& window,
+                  SingleInstance& instance, DialogPanels& panels) {
+    QObject::connect(&instance, &SingleInstance::opened, &delegate, [&](const QStringList& paths) {
+        window.bringToFront(instance.activationToken());
+        delegate.openFiles(paths);
+    });
+    QObject::connect(&instance, &SingleInstance::activated, &delegate,
+                     [&] { window.bringToFront(instance.activationToken()); });
+    QObject::connect(&window, &MainWindow::preferencesCreated, &window,
+                     [&](QWidget* preferences) { panels.setPreferencesWindow(preferences); });
+    QObject::connect(
+        &application, &QApplication::commitDataRequest, &delegate,
+        [&](QSessionManager& session) {
+            if (!session.allowsInteraction()) return;
+            if (!delegate.applicationShouldTerminate()) session.cancel();
+            session.release();
+        },
+        Qt::DirectConnection);
+    QObject::connect(&delegate, &AppDelegate::terminated, &application, &QApplication::quit);
+}
+
+}  // namespace
+
+int runApplication(int& argc, char** argv) {
+    // The application object takes it out of the environment.
+    const QString token = SingleInstance::tokenFromEnvironment();
+    QApplication application(argc, argv);
+    describeApplication();
+    const QStringList paths = parseCommandLine();
+
+    DialogPresenter presenter;
+    setAlertPresenter(&presenter);
+    SingleInstance instance(ApplicationInfo::bundleIdentifier());
+    switch (instance.begin(paths, token)) {
+        case SingleInstance::Role::First:
+            break;
+        case SingleInstance::Role::HandedOver:
+            return 0;
+        case SingleInstance::Role::NoAnswer:
+            alert_apptitled("Ravelin is already running but does not answer. End it and start it again.",
+                            "OK");
+            return 1;
+    }
+
+    AppDelegate::initialize();
+    DBusDesktop desktop(ApplicationInfo::name(), ApplicationInfo::bundleIdentifier());
+    setSharedDesktop(&desktop);
+    followDesktopAppearance(desktop);
+    int status = 0;
+    {
+        DialogPanels panels;
+        AppDelegate delegate(panels);
+        MainWindow window(delegate);
+        presenter.setMainWindow(&window);
+        panels.setMainWindow(&window);
+        connectParts(application, delegate, window, instance, panels);
+        const Interruption interruption;
+        QObject::connect(&interruption, &Interruption::interrupted, &delegate,
+                         [&] { delegate.terminate(false); });
+        // What can wait until the window is there.
+        QObject::connect(&window, &MainWindow::painted, &delegate, [&] {
+            QTimer::singleShot(0, &delegate, [&] {
+                RunJournal::cleanUpAfterCrashes();
+                desktop.watchAppearance();
+                if (!paths.isEmpty()) delegate.openFiles(paths);
+            });
+        });
+        delegate.applicationWillFinishLaunching();
+        window.show();
+        status = QApplication::exec();
+        delegate.applicationWillTerminate();
+        waitUntilTerminated(delegate);
+        presenter.setMainWindow(nullptr);
+    }
+    setSharedDesktop(nullptr);
+    setAlertPresenter(nullptr);
+    return status;
+}

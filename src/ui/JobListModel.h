@@ -1,0 +1,43 @@
+#pragma once
+
+#include "convert/JobState.h"
+
+#include <QAbstractListModel>
+#include <QHash>
+#include <QPersistentModelIndex>
+
+class ConversionJob;
+class JobQueue;
+
+/// The queue as rows, in its order. Announces only the row that changed; a tick of a job's progress costs the
+/// same however long the queue is.
+class JobListModel : public QAbstractListModel {
+    Q_OBJECT
+
+public:
+    enum Role {
+        JobRole = Qt::UserRole,  ///< ConversionJob*, owned by the queue.
+        StateRole,               ///< JobState as an integer.
+        ProgressRole,            ///< Percent.
+        StatusRole               ///< The status in one line.
+    };
+
+    /// `queue` outlives the model.
+    explicit JobListModel(JobQueue& queue, QObject* parent = nullptr);
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    /// Qt::DisplayRole is the movie's name.
+    QVariant data(const QModelIndex& index, int role) const override;
+
+    /// Null for an invalid index.
+    ConversionJob* job(const QModelIndex& index) const;
+    QModelIndex indexOf(const ConversionJob* job) const;
+
+private:
+    void onStateChanged(ConversionJob* job, JobState now);
+    void onProgressed(const ConversionJob* job);
+
+    JobQueue& m_queue;
+    /// Of the jobs that run: their rows move when others come and go, and Qt keeps these up to date.
+    QHash<const ConversionJob*, QPersistentModelIndex> m_running;
+};

@@ -1,0 +1,7 @@
+#include "support/Utf8Locale.h"
+#include "ui/Application.h"
+
+int main(int argc, char** argv) {
+    makeSureOfUtf8();
+    return runApplication(argc, argv);
+}
