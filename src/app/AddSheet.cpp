@@ -68,6 +68,7 @@ void AddSheet::setTopConstraint(double height) {
 
 void AddSheet::showScanning(const QString& path) {
     m_path = path;
+    m_destinations.rebuildDestinationPopUp();
     Q_EMIT changed();
     setTopConstraint(kShown);
 }

@@ -3,10 +3,10 @@
 #include "app/FileIntake.h"
 #include "settings/Keys.h"
 #include "support/Alert.h"
+#include "support/ApplicationInfo.h"
 #include "support/Defaults.h"
 #include "support/Files.h"
 #include "support/Format.h"
-#include "support/QuillonLib.h"
 #include "support/Text.h"
 
 #include <QFileInfo>
@@ -132,7 +132,7 @@ QString JobQueue::windowTitle() const {
     const QString numbers = m_taskArray.empty() ? QString()
                                                 : makeString(" [%li Job(s), %li Queued]", count(),
                                                              jobCountWithState(JobState::Queued));
-    return makeString("%@%@%@", QuillonLib::shared().appName(), pause, numbers);
+    return makeString("%@%@%@", ApplicationInfo::name(), pause, numbers);
 }
 
 QString JobQueue::addButtonTitle() const {

@@ -58,11 +58,14 @@ QuillonLib::QuillonLib() {
 QuillonLib::~QuillonLib() {
     standardUserDefaults().setChangeHandler({});
     saveSettings();
-    qn = nullptr;
+    if (qn == this) qn = nullptr;
 }
 
 QuillonLib& QuillonLib::shared() {
-    if (!qn) static QuillonLib instance;
+    if (!qn) {
+        static QuillonLib instance;
+        qn = &instance;  // Also after one that the application made came and went.
+    }
     return *qn;
 }
 

@@ -1,15 +1,40 @@
 #include "ui/Appearance.h"
 
 #include "support/Desktop.h"
+#include "ui/Colors.h"
 
 #include <QApplication>
-#include <QStyle>
+#include <QPainter>
+#include <QProxyStyle>
+#include <QStyleOption>
 
 namespace {
 
 bool isDark(const QPalette& palette) {
     return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
 }
+
+/// Fusion frames check boxes and radio buttons in a darker shade of the window, which cannot be seen on a dark
+/// one.
+class VisibleIndicators : public QProxyStyle {
+public:
+    using QProxyStyle::QProxyStyle;
+
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget) const override {
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+        const bool isBox = element == PE_IndicatorCheckBox;
+        if ((!isBox && element != PE_IndicatorRadioButton) || !isDark(option->palette)) return;
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setPen(colors::restingBar(option->palette));
+        painter->setBrush(Qt::NoBrush);
+        const QRectF frame = QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5);
+        const double radius = isBox ? 2 : frame.width() / 2;
+        painter->drawRoundedRect(frame, radius, radius);
+        painter->restore();
+    }
+};
 
 QPalette darkPalette() {
     const QColor window(0x2b, 0x2d, 0x30);
@@ -39,7 +64,12 @@ void useDarkPalette(bool dark) {
     QApplication::setPalette(dark && !isDark(platform) ? darkPalette() : QPalette());
 }
 
+void useVisibleIndicators() {
+    if (QApplication::style()->name() == u"fusion") QApplication::setStyle(new VisibleIndicators("fusion"));
+}
+
 void followDesktopAppearance(Desktop& desktop) {
+    useVisibleIndicators();
     // A desktop whose own palette is dark already needs no help.
     if (isDark(QApplication::palette())) return;
     QObject::connect(&desktop, &Desktop::appearanceChanged, qApp,

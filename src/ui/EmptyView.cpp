@@ -38,8 +38,9 @@ EmptyView::EmptyView(QWidget* parent) : QWidget(parent) {
                                    "subtitle files along with them."),
                                 this);
     sentence->setWordWrap(true);
-    sentence->setAlignment(Qt::AlignCenter);
-    sentence->setMinimumWidth(320);
+    sentence->setAlignment(Qt::AlignHCenter);
+    constexpr int kComfortable = 420;
+    sentence->setMaximumWidth(kComfortable);
     auto* button = new QPushButton(symbolicIcon("add"), tr("Add Movies…"), this);
     connect(button, &QPushButton::clicked, this, &EmptyView::addRequested);
 
@@ -49,7 +50,13 @@ EmptyView::EmptyView(QWidget* parent) : QWidget(parent) {
     layout->addWidget(new Picture(this), 0, Qt::AlignCenter);
     layout->addSpacing(8);
     layout->addWidget(title, 0, Qt::AlignCenter);
-    layout->addWidget(sentence, 0, Qt::AlignCenter);
+    // An aligned item would not get the height of its second line.
+    auto* line = new QHBoxLayout;
+    constexpr int kBeforeTheStretches = 10;
+    line->addStretch(1);
+    line->addWidget(sentence, kBeforeTheStretches);
+    line->addStretch(1);
+    layout->addLayout(line);
     layout->addSpacing(8);
     layout->addWidget(button, 0, Qt::AlignCenter);
     layout->addStretch();

@@ -215,6 +215,7 @@ int main(int argc, char** argv) {
     parser.process(application);
     folder = parser.positionalArguments().value(0, ".");
     QDir().mkpath(folder);
+    useVisibleIndicators();
     useDarkPalette(parser.isSet("dark"));
     emptyWindow();
     queueWindow();
