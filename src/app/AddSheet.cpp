@@ -10,6 +10,7 @@
 #include "support/Files.h"
 #include "support/FolderAccess.h"
 #include "support/Format.h"
+#include "support/Text.h"
 
 #include <QFileInfo>
 
@@ -81,7 +82,11 @@ void AddSheet::showAccepted() {
 }
 
 void AddSheet::cancelAdd() {
-    if (!m_intake.isScanning()) m_intake.cancelAdd();
+    if (m_intake.isScanning()) {
+        m_intake.cancelProbe();
+    } else {
+        m_intake.cancelAdd();
+    }
 }
 
 void AddSheet::cancelAll() {
@@ -98,7 +103,10 @@ void AddSheet::addToQueue() {
     if (!m_intake.fileInfo()) return;
     const DestinationPopUp& popUp = m_destinations.destinationPopUp();
     const qsizetype selected = popUp.selected();
-    if (selected < 0 || selected >= popUp.items().size()) return;
+    if (selected < 0 || selected >= popUp.items().size()) {
+        Q_EMIT message(text::localized("Please choose a destination."));
+        return;
+    }
     switch (popUp.items()[selected].kind) {
         case DestinationItem::Kind::Ask:
             askForDestination();
@@ -126,8 +134,8 @@ void AddSheet::askForDestination() {
                               return;
                           }
                           // The panel has asked whether what exists may be replaced.
-                          const bool exists = QFileInfo::exists(path);
-                          addJob(exists ? path : m_queue.uniqueDestination(path), {}, exists);
+                          const bool replaces = QFileInfo::exists(path) && !m_queue.willWrite(path);
+                          addJob(replaces ? path : m_queue.uniqueDestination(path), {}, replaces);
                       });
 }
 

@@ -44,7 +44,7 @@ public:
 
     /// Confirms: makes the job and queues it, after the panels that the selected destination needs.
     void addToQueue();
-    /// Leaves the movie out and goes on to the next one.
+    /// Leaves the movie out, also while it is probed, and goes on to the next one.
     void cancelAdd();
     /// Leaves out all that wait, too.
     void cancelAll();
@@ -55,6 +55,8 @@ Q_SIGNALS:
     /// Anything but the choice of audio and destination changed.
     void changed();
     void topConstraintChanged(double height);
+    /// Something to tell the user in passing.
+    void message(const QString& text);
 
 private:
     void showScanning(const QString& path);

@@ -5,6 +5,7 @@
 #include "settings/Keys.h"
 #include "settings/SettingsTable.h"
 #include "support/Alert.h"
+#include "support/AlertQueue.h"
 #include "support/Defaults.h"
 #include "support/Desktop.h"
 #include "support/Dispatch.h"
@@ -15,6 +16,7 @@
 
 #include <QFileInfo>
 #include <QPointer>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -29,16 +31,22 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
       m_queue(m_intake),
       m_destinations(panels),
       m_addSheet(m_intake, m_queue, m_destinations, panels),
-      m_progress(m_queue) {
+      m_progress(m_queue),
+      m_watchFolder(panels) {
     // The last file may have been left out, with jobs in the queue that waited for it.
-    connect(&m_intake, &FileIntake::becameIdle, &m_queue, &JobQueue::startNextJobInQueue);
+    connect(&m_intake, &FileIntake::becameIdle, &m_queue, &JobQueue::startPostponed);
+    connect(&m_addSheet, &AddSheet::message, this, &AppDelegate::statusMessage);
     connect(&m_queue, &JobQueue::quitRequested, this, [this] { terminate(true); });
     connect(&m_progress, &QueueProgress::changed, this,
             [this] { sharedDesktop().setLauncherProgress(m_progress.fraction()); });
+    connect(&m_watchFolder, &WatchFolder::arrived, this, [this](const QString& path) { openFiles({path}); });
+    connect(&m_watchFolder, &WatchFolder::message, this, &AppDelegate::statusMessage);
     connect(&ToolReaper::shared(), &ToolReaper::becameIdle, this, &AppDelegate::announceTerminated);
 }
 
-AppDelegate::~AppDelegate() = default;
+AppDelegate::~AppDelegate() {
+    *m_isStopped = true;
+}
 
 void AppDelegate::applicationWillFinishLaunching() {
     m_library = std::make_unique<QuillonLib>();
@@ -52,6 +60,7 @@ void AppDelegate::applicationWillFinishLaunching() {
     selectConversionStyle();
     m_addSheet.hide();
     m_destinations.restoreAtLaunch();
+    m_watchFolder.watchfolderActiveClicked();
 }
 
 void AppDelegate::showSpeedNotice() {
@@ -70,9 +79,12 @@ void AppDelegate::showSpeedNotice() {
         "not "
         "play with sound on some devices (e.g. iOS). Just try it out!");
     notice.icon = "ok.png";
-    alertPresenter().presentSheet(notice, [](const AlertAnswer&) {
-        setDefaultInt(kWelcomeShownKey, 1);
-        standardUserDefaults().synchronise();
+    // The window is not there yet.
+    showInTurn([notice] {
+        alertPresenter().presentSheet(notice, [](const AlertAnswer&) {
+            setDefaultInt(kWelcomeShownKey, 1);
+            standardUserDefaults().synchronise();
+        });
     });
 }
 
@@ -88,8 +100,12 @@ bool AppDelegate::applicationShouldTerminate() {
 
 void AppDelegate::applicationWillTerminate() {
     m_terminates = true;
+    *m_isStopped = true;
+    Q_EMIT terminating();
     m_intake.clearImportFiles();
+    m_intake.cancelProbe();
     saveSettings();
+    m_watchFolder.stopAccess();
     m_queue.removeAll();
 }
 
@@ -103,6 +119,9 @@ void AppDelegate::terminate(bool mayAsk) {
     dispatch_async_main([self = QPointer(this)] {
         if (self) self->announceTerminated();
     });
+    // A tool that the kernel does not let go must not keep the session from ending.
+    constexpr int kMostMilliseconds = 5000;
+    QTimer::singleShot(kMostMilliseconds, this, &AppDelegate::terminated);
 }
 
 void AppDelegate::announceTerminated() {
@@ -117,8 +136,8 @@ void AppDelegate::openFiles(const QStringList& paths) {
         std::ranges::any_of(paths, [](const QString& path) { return QFileInfo(path).isDir(); });
     if (hasFolder) {
         // A collection on a slow disk takes its time.
-        dispatch_async_back([self = QPointer(this), paths, given] {
-            const QStringList files = moviefiles::withFoldersSearched(paths);
+        dispatch_async_back([self = QPointer(this), paths, given, isStopped = m_isStopped] {
+            const QStringList files = moviefiles::withFoldersSearched(paths, isStopped.get());
             dispatch_async_main([self, files, given] {
                 if (self) self->take(files, given);
             });

@@ -6,18 +6,20 @@
 #include "app/FilePanels.h"
 #include "app/JobQueue.h"
 #include "app/QueueProgress.h"
+#include "app/WatchFolder.h"
 
 #include <QList>
 #include <QObject>
 #include <QUrl>
 
+#include <atomic>
 #include <memory>
 
 class QuillonLib;
 
-/// The application without its windows: puts the queue, the intake and the destinations together, starts them
-/// in order and ends them. Windows listen to its signals and call its commands. One for the life of the
-/// process; main thread only.
+/// The application without its windows: puts the queue, the intake, the destinations and the watch folder
+/// together, starts them in order and ends them. Windows listen to its signals and call its commands. One for
+/// the life of the process; main thread only.
 class AppDelegate : public QObject {
     Q_OBJECT
 
@@ -33,6 +35,7 @@ public:
     FileIntake& intake() { return m_intake; }
     Destinations& destinations() { return m_destinations; }
     AddSheet& addSheet() { return m_addSheet; }
+    WatchFolder& watchFolder() { return m_watchFolder; }
     const QueueProgress& progress() const { return m_progress; }
 
     /// "Version: 1.0.0" and "Build: 1".
@@ -48,6 +51,8 @@ public:
     bool applicationShouldTerminate();
     /// Ends all jobs; nothing half-written is left when isTerminated() says so.
     void applicationWillTerminate();
+    /// applicationWillTerminate() was called.
+    bool isTerminating() const { return m_terminates; }
     /// No tool runs any more for a job that was ended.
     static bool isTerminated();
     /// Both steps, then terminated() in due time. `mayAsk` false: the session ends, or a signal came.
@@ -73,6 +78,8 @@ Q_SIGNALS:
     void conversionStyleSelected(int preset);
     /// Tell the user in passing; empty: nothing to tell any more.
     void statusMessage(const QString& message);
+    /// Nothing new is taken from now on.
+    void terminating();
     /// The process may end.
     void terminated();
 
@@ -88,7 +95,9 @@ private:
     Destinations m_destinations;
     AddSheet m_addSheet;
     QueueProgress m_progress;
+    WatchFolder m_watchFolder;
     QString m_version;
     QString m_build;
     bool m_terminates = false;
+    std::shared_ptr<std::atomic<bool>> m_isStopped = std::make_shared<std::atomic<bool>>(false);
 };

@@ -5,6 +5,7 @@
 #include "support/Text.h"
 
 #include <QDirIterator>
+#include <QElapsedTimer>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -13,13 +14,16 @@ namespace drop {
 
 namespace {
 
-/// Looks at so many entries at the most: some milliseconds.
-constexpr int kMostEntries = 3000;
+/// The pointer is moving meanwhile.
+constexpr int kMostMilliseconds = 20;
 
-bool mayHoldMovie(const QString& folder, int& entriesLeft) {
-    QDirIterator entries(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+bool mayHoldMovie(const QString& folder, const QElapsedTimer& timer) {
+    QDirIterator entries(folder, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden,
+                         QDirIterator::Subdirectories);
     while (entries.hasNext()) {
-        if (moviefiles::isMovie(entries.next()) || --entriesLeft <= 0) return true;
+        const QString path = entries.next();
+        if (timer.hasExpired(kMostMilliseconds) || (moviefiles::isMovie(path) && !QFileInfo(path).isDir()))
+            return true;
     }
     return false;
 }
@@ -36,10 +40,10 @@ QStringList paths(const QList<QUrl>& urls) {
 
 bool isAccepted(const QStringList& paths) {
     if (std::ranges::any_of(paths, moviefiles::isMovie)) return true;
-    int entriesLeft = kMostEntries;
-    return std::ranges::any_of(paths, [&](const QString& path) {
-        return QFileInfo(path).isDir() && mayHoldMovie(path, entriesLeft);
-    });
+    QElapsedTimer timer;
+    timer.start();
+    return std::ranges::any_of(
+        paths, [&](const QString& path) { return QFileInfo(path).isDir() && mayHoldMovie(path, timer); });
 }
 
 QString refusal(const QList<QUrl>& urls) {

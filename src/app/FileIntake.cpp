@@ -15,6 +15,7 @@ FileIntake::FileIntake(Messages messages, QObject* parent)
     : QObject(parent), m_messages(messages), m_preferredLanguages(languages::preferredLanguages3Letter()) {}
 
 FileIntake::~FileIntake() {
+    cancelProbe();
     if (m_isScanning) QThreadPool::globalInstance()->waitForDone();
 }
 
@@ -39,8 +40,9 @@ void FileIntake::addNextFile() {
     const QString subtitle = moviefiles::subtitleFor(path, m_importSubtitleFiles);
     m_isScanning = true;
     Q_EMIT scanningStarted(path);
-    dispatch_async_back([self = QPointer(this), path, subtitle] {
-        MKVFileInfo::Probe probe = MKVFileInfo::probe(QUrl::fromLocalFile(path));
+    m_isCancelled = std::make_shared<std::atomic<bool>>(false);
+    dispatch_async_back([self = QPointer(this), path, subtitle, isCancelled = m_isCancelled] {
+        MKVFileInfo::Probe probe = MKVFileInfo::probe(QUrl::fromLocalFile(path), isCancelled.get());
         dispatch_async_main([self, path, subtitle, probe = std::move(probe)] {
             if (self) self->takeResult(path, subtitle, probe);
         });
@@ -51,7 +53,7 @@ void FileIntake::takeResult(const QString& path, const QString& subtitle, MKVFil
     m_isScanning = false;
     Q_EMIT scanningEnded(path);
     // A probe that was cut short says nothing about the movie.
-    if (childprocess::waitsAreInterrupted()) probe.verdicts.clear();
+    if (*m_isCancelled || childprocess::waitsAreInterrupted()) probe = {};
     if (m_messages == Messages::AtOnce) {
         for (const Verdict& verdict : verdicts::inOrderOfShowing(probe.verdicts))
             verdicts::show(verdict);
@@ -69,6 +71,10 @@ void FileIntake::takeResult(const QString& path, const QString& subtitle, MKVFil
         m_fileInfo->informationString.replace(")", "+1)");
     }
     Q_EMIT fileAccepted();
+}
+
+void FileIntake::cancelProbe() {
+    if (m_isCancelled) *m_isCancelled = true;
 }
 
 void FileIntake::cancelAdd() {

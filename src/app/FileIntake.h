@@ -6,6 +6,8 @@
 #include <QObject>
 #include <QStringList>
 
+#include <atomic>
+#include <memory>
 #include <optional>
 
 /// What the queue needs to know of the files that wait in front of it.
@@ -28,7 +30,7 @@ public:
     enum class Messages { Scheduled, AtOnce };
 
     explicit FileIntake(Messages messages, QObject* parent = nullptr);
-    /// Waits for the probe that is under way.
+    /// Ends the probe that is under way.
     ~FileIntake() override;
 
     /// The single entry for new files. Of the movies waiting the last one is taken first.
@@ -36,6 +38,8 @@ public:
     /// Probes the next waiting movie; nothing when none waits.
     void addNextFile();
     void cancelAdd() override;
+    /// Gives the probe that is under way up; its movie is left out without a word.
+    void cancelProbe();
 
     bool areWaiting() const override { return !m_importFiles.isEmpty(); }
     const QStringList& importFiles() const { return m_importFiles; }
@@ -70,4 +74,6 @@ private:
     moviefiles::SubtitleFiles m_importSubtitleFiles;
     std::optional<MKVFileInfo> m_fileInfo;
     bool m_isScanning = false;
+    /// Whether the probe under way is given up; its thread looks at it.
+    std::shared_ptr<std::atomic<bool>> m_isCancelled;
 };

@@ -1,8 +1,10 @@
 #include "app/JobQueue.h"
 
+#include "app/Destination.h"
 #include "app/FileIntake.h"
 #include "settings/Keys.h"
 #include "support/Alert.h"
+#include "support/AlertQueue.h"
 #include "support/ApplicationInfo.h"
 #include "support/Defaults.h"
 #include "support/Files.h"
@@ -39,11 +41,12 @@ QString JobQueue::uniqueDestination(const QString& path) const {
 bool JobQueue::addJob(std::unique_ptr<ConversionJob> job) {
     if (!job->destinationIsWriteable()) {
         m_waiting.cancelAdd();
-        alert_apptitled(
-            "You don't seem to have write access to the selected destinatation or it is a read-only "
-            "filesystem. "
-            "Please choose another destination.",
-            "OK");
+        showInTurn([] {
+            alert_apptitled(
+                "You don't seem to have write access to the selected destinatation or it is a read-only "
+                "filesystem. Please choose another destination.",
+                "OK");
+        });
         return false;
     }
     ConversionJob* added = job.get();
@@ -56,13 +59,14 @@ bool JobQueue::addJob(std::unique_ptr<ConversionJob> job) {
     connect(added, &ConversionJob::quitRequested, this, &JobQueue::quitRequested);
     added->setDestinationIsTaken([this](const QString& path) { return isDestinationTaken(path); });
     countState(added->state(), +1);
-    m_destinations.insert(added->queuedDestination());
+    ++m_destinations[added->queuedDestination()];
 
     const bool atBottom = defaultInt("InsertJobsAtBottom") != 0;
     Q_EMIT jobAboutToBeAdded(atBottom ? count() : 0);
     m_taskArray.insert(atBottom ? m_taskArray.end() : m_taskArray.begin(), std::move(job));
     Q_EMIT jobAdded(added);
 
+    m_startIsDue = true;
     if (!m_paused && !m_waiting.areWaiting()) startNextJobInQueue();
     m_waiting.cancelAdd();
     Q_EMIT titleChanged();
@@ -76,15 +80,20 @@ void JobQueue::removeJob(ConversionJob* job) {
     std::unique_ptr<ConversionJob> removed = std::move(m_taskArray[static_cast<size_t>(index)]);
     m_taskArray.erase(m_taskArray.begin() + index);
     countState(job->state(), -1);
-    m_destinations.remove(job->queuedDestination());
+    if (--m_destinations[job->queuedDestination()] == 0) m_destinations.remove(job->queuedDestination());
     Q_EMIT jobRemoved(job);
     Q_EMIT titleChanged();
     removed.release()->deleteLater();  // The caller is often the job itself.
 }
 
+void JobQueue::startPostponed() {
+    if (m_startIsDue) startNextJobInQueue();
+}
+
 void JobQueue::startNextJobInQueue() {
     const qint64 limit = conversionLimit();
     if (m_paused) return;
+    m_startIsDue = false;
     // Starting a job may change the list: jobs are looked up anew by position.
     for (qsizetype i = 0; i < count(); ++i) {
         if (jobCountWithState(JobState::Converting) >= limit) return;
@@ -153,6 +162,14 @@ void JobQueue::increaseUsages(bool increase, bool allowFeedbackNow) {
 
 void JobQueue::setUsageCounter(std::function<void(bool, bool)> counter) {
     m_usageCounter = std::move(counter);
+}
+
+bool JobQueue::willWrite(const QString& path) const {
+    return std::ranges::any_of(m_taskArray, [&](const auto& job) {
+        return statusNotFinished(job->state()) &&
+               (job->queuedDestination() == path ||
+                destination::isSameFile(job->fileInfo().destinationURL.toLocalFile(), path));
+    });
 }
 
 bool JobQueue::isDestinationTaken(const QString& path) const {

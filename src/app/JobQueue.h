@@ -3,8 +3,8 @@
 #include "convert/ConversionJob.h"
 #include "convert/JobController.h"
 
+#include <QHash>
 #include <QObject>
-#include <QSet>
 
 #include <array>
 #include <functional>
@@ -34,7 +34,12 @@ public:
 
     /// A free name for an output: nothing exists there and no other job of the queue is going to write it.
     QString uniqueDestination(const QString& path) const;
+    /// Whether an unfinished job writes or is going to write this file.
+    bool willWrite(const QString& path) const;
 
+    /// Starts what was added while files waited in front of the queue. Jobs that the user paused since stay
+    /// so.
+    void startPostponed();
     /// Finished jobs leave the list; failed ones stay.
     void cleanClicked();
     /// Ends every job and empties the list.
@@ -74,7 +79,8 @@ private:
     WaitingFiles& m_waiting;
     std::vector<std::unique_ptr<ConversionJob>> m_taskArray;
     std::array<int, 5> m_stateCounts{};
-    QSet<QString> m_destinations;  ///< Outputs that the jobs are going to write.
+    QHash<QString, int> m_destinations;  ///< Outputs that the jobs are going to write, and how many jobs.
+    bool m_startIsDue = false;           ///< A job was added while files waited.
     bool m_paused = false;
     std::function<void(bool, bool)> m_usageCounter;
 };

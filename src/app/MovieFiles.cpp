@@ -34,14 +34,15 @@ bool isProgramStream(const QString& path) {
     return word && qFromLittleEndian(*word) == kPackHeader;
 }
 
-void addFilesBelow(const QString& folder, QStringList& found) {
+void addFilesBelow(const QString& folder, QStringList& found, const std::atomic<bool>* isStopped) {
+    if (isStopped && *isStopped) return;
     QFileInfoList entries = QDir(folder).entryInfoList(
         QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System, QDir::Unsorted);
     std::sort(entries.begin(), entries.end(),
               [](const QFileInfo& a, const QFileInfo& b) { return a.fileName() < b.fileName(); });
     for (const QFileInfo& entry : std::as_const(entries)) {
         if (entry.isDir()) {
-            if (!entry.isSymLink()) addFilesBelow(entry.filePath(), found);
+            if (!entry.isSymLink()) addFilesBelow(entry.filePath(), found, isStopped);
         } else if (isMovie(entry.filePath()) || isSubtitle(entry.filePath())) {
             found.append(entry.filePath());
         }
@@ -92,17 +93,17 @@ QString subtitleFor(const QString& movie, const SubtitleFiles& subtitles) {
     return found != subtitles.cend() && found.key().startsWith(stem) ? found.value() : QString();
 }
 
-QStringList filesBelow(const QString& folder) {
+QStringList filesBelow(const QString& folder, const std::atomic<bool>* isStopped) {
     QStringList found;
-    addFilesBelow(folder, found);
+    addFilesBelow(folder, found, isStopped);
     return found;
 }
 
-QStringList withFoldersSearched(const QStringList& paths) {
+QStringList withFoldersSearched(const QStringList& paths, const std::atomic<bool>* isStopped) {
     QStringList result;
     for (const QString& path : paths) {
         if (QFileInfo(path).isDir()) {
-            result += filesBelow(path);
+            result += filesBelow(path, isStopped);
         } else {
             result.append(path);
         }

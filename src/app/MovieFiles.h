@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <atomic>
+
 /// Which files are movies and subtitles, and which subtitle belongs to which movie.
 namespace moviefiles {
 
@@ -35,10 +37,10 @@ Sorted sorted(const QStringList& paths);
 QString subtitleFor(const QString& movie, const SubtitleFiles& subtitles);
 
 /// The movies and subtitle files in `folder` and below it, in name order. Folders that cannot be read are
-/// passed over; linked folders are not followed.
-QStringList filesBelow(const QString& folder);
+/// passed over; linked folders are not followed. `isStopped` becoming true ends the search; may be null.
+QStringList filesBelow(const QString& folder, const std::atomic<bool>* isStopped = nullptr);
 
 /// Each folder of `paths` replaced by the files below it.
-QStringList withFoldersSearched(const QStringList& paths);
+QStringList withFoldersSearched(const QStringList& paths, const std::atomic<bool>* isStopped = nullptr);
 
 }  // namespace moviefiles

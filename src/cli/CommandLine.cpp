@@ -26,7 +26,7 @@ QStringList decoded(const std::vector<std::string>& texts) {
 struct Raw {
     std::vector<std::string> paths;
     std::vector<std::string> settings;
-    std::string folder, output, style, key, value;
+    std::string folder, output, style, watched, key, value;
     int audio = 0;
     bool json = false, quiet = false;
 };
@@ -61,13 +61,17 @@ CLI::App* addProbe(CLI::App& app, Raw& raw) {
     return probe;
 }
 
+CLI::Option* addTo(CLI::App* command, Raw& raw) {
+    return command
+        ->add_option("--to", raw.folder, "Put the outputs into FOLDER instead of next to their sources")
+        ->type_name("FOLDER");
+}
+
 CLI::App* addConvert(CLI::App& app, Raw& raw) {
     CLI::App* convert = app.add_subcommand("convert", "Put movies into MP4 without re-encoding the picture");
     addJson(convert, raw);
     convert->add_flag("--quiet", raw.quiet, "Say nothing while all goes well");
-    auto* folder = convert->add_option("--to", raw.folder,
-                                       "Put the outputs into FOLDER instead of next to their sources");
-    folder->type_name("FOLDER");
+    auto* folder = addTo(convert, raw);
     convert
         ->add_option("--output", raw.output,
                      "Write the output of the single movie to FILE, also over an existing one")
@@ -84,6 +88,17 @@ CLI::App* addConvert(CLI::App& app, Raw& raw) {
         ->required()
         ->type_name("");
     return convert;
+}
+
+CLI::App* addWatch(CLI::App& app, Raw& raw) {
+    CLI::App* watch = app.add_subcommand("watch", "Convert what arrives in a folder, until it is ended");
+    addJson(watch, raw);
+    addTo(watch, raw);
+    addSet(watch, raw);
+    watch->add_option("FOLDER", raw.watched, "The folder that is watched, with all below it")
+        ->required()
+        ->type_name("");
+    return watch;
 }
 
 CLI::App* addSettings(CLI::App& app, Raw& raw) {
@@ -174,10 +189,11 @@ CommandLine CommandLine::parse(int argc, char** argv) {
     app.require_subcommand(1);
     const CLI::App* probe = addProbe(app, raw);
     const CLI::App* convert = addConvert(app, raw);
+    const CLI::App* watch = addWatch(app, raw);
     const CLI::App* settings = addSettings(app, raw);
 
     const auto commandName = [&] {
-        for (const CLI::App* candidate : {probe, convert, settings}) {
+        for (const CLI::App* candidate : {probe, convert, watch, settings}) {
             if (candidate->parsed()) return decoded(candidate->get_name());
         }
         return QString();
@@ -210,6 +226,8 @@ CommandLine CommandLine::parse(int argc, char** argv) {
                                       decoded(raw.output),
                                       hasAudio ? std::optional(raw.audio) : std::nullopt,
                                       decoded(raw.paths)};
+    } else if (watch->parsed()) {
+        line.command = WatchOptions{raw.json, decoded(raw.folder), decoded(raw.watched)};
     } else {
         line.command = settingsOptions(*settings, raw);
     }

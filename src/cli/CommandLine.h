@@ -24,6 +24,12 @@ struct ConvertOptions {
     QStringList paths;
 };
 
+struct WatchOptions {
+    bool json = false;
+    QString destination;  ///< --to; empty: next to the source.
+    QString folder;
+};
+
 struct SettingsOptions {
     enum class Action { List, Get, Set, Unset, Path };
     Action action = Action::List;
@@ -34,7 +40,7 @@ struct SettingsOptions {
 
 struct CommandLine {
     /// monostate: there is nothing to do but to end with exitStatus (help, version, wrong usage).
-    std::variant<std::monostate, ProbeOptions, ConvertOptions, SettingsOptions> command;
+    std::variant<std::monostate, ProbeOptions, ConvertOptions, WatchOptions, SettingsOptions> command;
     /// --set and --style, for this run alone.
     QMap<QString, QVariant> overrides;
     int exitStatus = 0;

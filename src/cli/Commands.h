@@ -6,4 +6,5 @@
 
 int runProbe(const ProbeOptions& options, const CommandLine& line);
 int runConvert(const ConvertOptions& options, const CommandLine& line);
+int runWatch(const WatchOptions& options, const CommandLine& line);
 int runSettings(const SettingsOptions& options);

@@ -56,6 +56,15 @@ void ConvertCommand::begin(const Inputs& inputs) {
     endIfDone();
 }
 
+void ConvertCommand::setEndless(bool endless) {
+    m_endless = endless;
+    endIfDone();
+}
+
+void ConvertCommand::add(const QString& path) {
+    if (!m_interrupted) m_intake.openFiles({path});
+}
+
 void ConvertCommand::onMessage(const ConsolePresenter::Message& message) {
     if (m_collects) {
         m_messages.push_back(message);
@@ -161,7 +170,7 @@ void ConvertCommand::watch(ConversionJob* job) {
     connect(job, &ConversionJob::ended, this, [this, job] { onEnded(job); });
 }
 
-void ConvertCommand::onEnded(const ConversionJob* job) {
+void ConvertCommand::onEnded(ConversionJob* job) {
     --m_running;
     if (job->state() == JobState::Finished) {
         m_report->finished(*job);
@@ -171,6 +180,7 @@ void ConvertCommand::onEnded(const ConversionJob* job) {
     }
     // The job still has its source to dispose of and the run to count.
     QTimer::singleShot(0, this, &ConvertCommand::endIfDone);
+    if (m_endless) QTimer::singleShot(0, job, &ConversionJob::remove);
 }
 
 void ConvertCommand::refuse(const QString& file, const QString& message, bool wasShown) {
@@ -202,6 +212,7 @@ void ConvertCommand::interrupt() {
 }
 
 void ConvertCommand::endIfDone() {
+    if (m_endless && !m_interrupted) return;
     const bool allProbed = !m_intake.areWaiting() && !m_intake.isScanning() && !m_intake.fileInfo();
     if (allProbed && m_running == 0 && ToolReaper::shared().isIdle()) QCoreApplication::quit();
 }

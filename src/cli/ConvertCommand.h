@@ -21,6 +21,10 @@ public:
 
     /// Call it from the event loop.
     void begin(const Inputs& inputs);
+    /// Goes on when every movie has ended: more are to come. A job that ended is forgotten.
+    void setEndless(bool endless);
+    /// One more movie.
+    void add(const QString& path);
     /// Ends what runs and drops what waits; nothing half-written is left.
     void interrupt();
 
@@ -34,7 +38,7 @@ private:
     bool chooseDestination(MKVFileInfo& info, QString& problem) const;
     void addToQueue(MKVFileInfo info, qsizetype audioTrackIndex);
     void watch(ConversionJob* job);
-    void onEnded(const ConversionJob* job);
+    void onEnded(ConversionJob* job);
     void refuse(const QString& file, const QString& message, bool wasShown);
     void refuseAtHand(const QString& message, bool wasShown);
     void reportProbe(const QString& file, const std::optional<MKVFileInfo>& record,
@@ -52,4 +56,5 @@ private:
     int m_running = 0;  ///< Queued and not ended.
     int m_failures = 0;
     bool m_interrupted = false;
+    bool m_endless = false;
 };

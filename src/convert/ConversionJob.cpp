@@ -10,6 +10,7 @@
 #include "convert/SupportMail.h"
 #include "settings/Keys.h"
 #include "support/Alert.h"
+#include "support/AlertQueue.h"
 #include "support/Defaults.h"
 #include "support/Desktop.h"
 #include "support/DontWarnAgain.h"
@@ -92,15 +93,15 @@ void ConversionJob::start() {
     m_output = ToolOutput();
     m_progress = 0;
     if (!files::fileExists(m_fileInfo.fileURL)) {
-        alert_dontwarnagain_ever(
-            "warningremoved", "Error",
-            makeString(
-                "It seems you've removed the file %@ or unmounted its volume so conversion can't proceed.",
-                m_fileInfo.fileURL.fileName()),
-            "OK", "Don't warn again");
         m_output.note(failure::kUserRemoved);
         m_finishedError = true;
         setState(JobState::Failed);
+        const QString message = makeString(
+            "It seems you've removed the file %@ or unmounted its volume so conversion can't proceed.",
+            m_fileInfo.fileURL.fileName());
+        showInTurn([message] {
+            alert_dontwarnagain_ever("warningremoved", "Error", message, "OK", "Don't warn again");
+        });
         Q_EMIT ended();
         return;
     }
@@ -245,8 +246,7 @@ void ConversionJob::failed(const ToolExit& exit) {
     m_journal.reset();
     setState(JobState::Failed);
     if (noSpace) {
-        const failure::Explanation told = failure::noSpaceLeft();
-        alert(told.title, told.message, "OK");
+        showInTurn([told = failure::noSpaceLeft()] { alert(told.title, told.message, "OK"); });
     }
     Q_EMIT ended();
 }
@@ -344,6 +344,6 @@ bool ConversionJob::checkFreeSpace() const {
     const auto verdict =
         spacecheck::check(m_fileInfo.fileSize, volume::freeBytes(folder), volume::maximumFileSize(folder));
     if (verdict == spacecheck::Verdict::Enough) return true;
-    alert_apptitled(spacecheck::message(verdict), "OK");
+    showInTurn([message = spacecheck::message(verdict)] { alert_apptitled(message, "OK"); });
     return false;
 }

@@ -30,13 +30,13 @@ MKVFileInfo MKVFileInfo::fromFacts(const ReportFacts& facts, const QUrl& url) {
     return record;
 }
 
-MKVFileInfo::Probe MKVFileInfo::probe(const QUrl& url) {
+MKVFileInfo::Probe MKVFileInfo::probe(const QUrl& url, const std::atomic<bool>* isCancelled) {
     const QString fileName = url.fileName();
     if (files::fileIsAlias(url)) return {std::nullopt, {verdicts::alias(fileName)}};
 
     if (const QString problem = tool::problem(); !problem.isEmpty())
         return {std::nullopt, {verdicts::toolProblem(problem)}};
-    const tool::Report report = tool::report(url.toLocalFile());
+    const tool::Report report = tool::report(url.toLocalFile(), isCancelled);
     if (!report.started) {
         const QString reason = makeString("posix_spawn: %@", report.startError);
         return {std::nullopt, {verdicts::spawnFailed(reason, tool::path())}};

@@ -8,6 +8,7 @@
 #include <QString>
 #include <QUrl>
 
+#include <atomic>
 #include <optional>
 #include <vector>
 
@@ -32,7 +33,8 @@ public:
 
     /// Has the tool describe the file and reads the description. Blocks until the tool has ended: call it off
     /// the main thread. Shows nothing.
-    static Probe probe(const QUrl& url);
+    /// `isCancelled` becoming true ends the probe early, with nothing of use; may be null.
+    static Probe probe(const QUrl& url, const std::atomic<bool>* isCancelled = nullptr);
 
     /// The same, with every message to the user on its way to the main thread. Nothing for a movie that
     /// cannot be converted.

@@ -2,6 +2,7 @@
 
 #include "settings/Keys.h"
 #include "support/Alert.h"
+#include "support/AlertQueue.h"
 #include "support/ApplicationInfo.h"
 #include "support/Defaults.h"
 #include "support/Dispatch.h"
@@ -204,7 +205,7 @@ void show(const Verdict& verdict) {
 
 void deliver(const std::vector<Verdict>& verdicts) {
     for (const Verdict& verdict : verdicts) {
-        const auto block = [verdict] { show(verdict); };
+        const auto block = [verdict] { showInTurn([verdict] { show(verdict); }); };
         if (verdict.straightOver) {
             dispatch_async_main(block);
         } else {

@@ -74,11 +74,13 @@ struct NonModalAlert {
 class AlertPresenter {
 public:
     virtual ~AlertPresenter() = default;
+    /// Whether present() lets the user think, while the event loop goes on.
+    virtual bool waitsForUser() const { return false; }
     /// Returns when the alert is answered.
     virtual AlertAnswer present(const Alert& alert) = 0;
     /// Shows the alert attached to the main window and returns at once; `dismissed` is called with the
     /// answer. A presenter without a window answers as present() does.
-    virtual void presentSheet(const Alert& alert, std::function<void(const AlertAnswer&)> dismissed) {
+    virtual void presentSheet(const Alert& alert, const std::function<void(const AlertAnswer&)>& dismissed) {
         dismissed(present(alert));
     }
     /// Returns at once.

@@ -39,13 +39,13 @@ void signalGroup(const QProcess& process, int signal) {
     if (id > 0 && ::kill(-id, signal) != 0) ::kill(id, signal);
 }
 
-bool waitForEnd(QProcess& process, int limitMilliseconds) {
+bool waitForEnd(QProcess& process, int limitMilliseconds, const std::atomic<bool>* isCancelled) {
     QElapsedTimer timer;
     timer.start();
     while (process.state() != QProcess::NotRunning) {
         if (process.waitForFinished(kStepMilliseconds)) break;
         const bool late = limitMilliseconds > 0 && timer.hasExpired(limitMilliseconds);
-        if (late || waitsAreInterrupted()) {
+        if (late || waitsAreInterrupted() || (isCancelled && *isCancelled)) {
             signalGroup(process, SIGKILL);
             process.waitForFinished(-1);
             return false;

@@ -2,6 +2,8 @@
 
 #include <QProcess>
 
+#include <atomic>
+
 /// What every child of the application has in common, whoever starts it.
 namespace childprocess {
 
@@ -16,8 +18,8 @@ void signalGroup(const QProcess& process, int signal);
 
 /// Blocks until the started child has ended and its output is read. Looks every 0.05 s whether the
 /// application was interrupted, and then ends the child. A limit of 0: none. True when the child ended by
-/// itself in time.
-bool waitForEnd(QProcess& process, int limitMilliseconds = 0);
+/// itself in time. `isCancelled` becoming true ends it, too; may be null.
+bool waitForEnd(QProcess& process, int limitMilliseconds = 0, const std::atomic<bool>* isCancelled = nullptr);
 
 /// Ends every wait of waitForEnd(), now and from now on. May be called from a signal handler.
 void interruptWaits();

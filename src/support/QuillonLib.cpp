@@ -1,6 +1,7 @@
 #include "support/QuillonLib.h"
 
 #include "support/Alert.h"
+#include "support/AlertQueue.h"
 #include "support/ApplicationInfo.h"
 #include "support/Defaults.h"
 #include "support/Dispatch.h"
@@ -42,7 +43,7 @@ void tellSettingsProblemOnce() {
     const QString problem = standardUserDefaults().problem();
     if (told || problem.isEmpty()) return;
     told = true;
-    alert_apptitled(problem, "OK");
+    showInTurn([problem] { alert_apptitled(problem, "OK"); });
 }
 
 }  // namespace

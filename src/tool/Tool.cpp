@@ -35,7 +35,7 @@ QString problem() {
     return {};
 }
 
-Report report(const QString& moviePath) {
+Report report(const QString& moviePath, const std::atomic<bool>* isCancelled) {
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
     childprocess::prepare(process);
@@ -46,7 +46,7 @@ Report report(const QString& moviePath) {
         return report;
     }
     report.started = true;
-    childprocess::waitForEnd(process);
+    childprocess::waitForEnd(process, 0, isCancelled);
     report.output = process.readAll();
     return report;
 }

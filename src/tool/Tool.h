@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <atomic>
+
 /// The carried media tool: where it is, and the two short runs whose end is waited for.
 namespace tool {
 
@@ -21,7 +23,7 @@ struct Report {
 
 /// Has the tool describe one file ("-i" and the path) and waits for its end; the exit status says nothing and
 /// is not looked at. Call it off the main thread.
-Report report(const QString& moviePath);
+Report report(const QString& moviePath, const std::atomic<bool>* isCancelled = nullptr);
 
 /// Runs the tool with `arguments` and returns what it printed. Blocks until it has ended, one minute at the
 /// most.

@@ -12,6 +12,8 @@
 #include <QPainter>
 #include <QVariantAnimation>
 
+#include <utility>
+
 AddSheetView::AddSheetView(QWidget* parent)
     : QWidget(parent),
       m_ui(std::make_unique<Ui::AddSheetView>()),
@@ -22,6 +24,7 @@ AddSheetView::AddSheetView(QWidget* parent)
     medium.setWeight(QFont::Medium);
     m_ui->nameLabel->setFont(medium);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    setFocusPolicy(Qt::StrongFocus);  // Keeps the keys from the list while a movie is read.
     hide();
     connect(m_animation, &QVariantAnimation::valueChanged, this,
             [this](const QVariant& value) { setSheetHeight(value.toInt()); });
@@ -54,18 +57,22 @@ void AddSheetView::refresh() {
     if (!m_sheet->isShown() && m_sheet->path().isEmpty()) return;  // Sliding away as it was.
     const bool isReady = !m_sheet->informationString().isEmpty();
     const qsizetype waiting = m_sheet->waitingCount();
+    const bool becameReady = isReady && !std::exchange(m_isReady, isReady);
+    if (!isReady && hasFocusWithin()) setFocus();
     m_ui->nameLabel->setText(QFileInfo(m_sheet->path()).fileName());
     m_ui->waitingLabel->setText(waiting > 0 ? makeString("%li more to come", waiting) : QString());
     m_ui->informationLabel->setText(isReady ? m_sheet->informationString() : tr("Reading the movie…"));
     m_ui->busyBar->setVisible(!isReady);
     m_ui->cancelAllButton->setVisible(waiting > 0);
-    for (QWidget* control :
-         {static_cast<QWidget*>(m_ui->destinationPopUp), static_cast<QWidget*>(m_ui->addButton),
-          static_cast<QWidget*>(m_ui->cancelButton)})
-        control->setEnabled(isReady);
+    m_ui->destinationPopUp->setEnabled(isReady);
+    m_ui->addButton->setEnabled(isReady);
     refreshAudio();
-    if (isReady && !m_ui->addButton->hasFocus() && !m_content->isAncestorOf(window()->focusWidget()))
-        m_ui->addButton->setFocus();
+    if (becameReady && hasFocusWithin()) m_ui->addButton->setFocus();
+}
+
+bool AddSheetView::hasFocusWithin() const {
+    const QWidget* focus = window()->focusWidget();
+    return focus == this || isAncestorOf(focus);
 }
 
 void AddSheetView::refreshAudio() {
@@ -88,7 +95,10 @@ int AddSheetView::wholeHeight() const {
 
 void AddSheetView::slide(bool shown) {
     const int end = shown ? wholeHeight() : 0;
-    if (shown) show();
+    if (shown) {
+        show();
+        setFocus();
+    }
     m_animation->stop();
     m_animation->setDuration(isVisible() ? motion::duration(*this) : 0);
     m_animation->setStartValue(m_height);
@@ -107,7 +117,10 @@ void AddSheetView::setSheetHeight(int height) {
 }
 
 void AddSheetView::finishSliding() {
-    if (m_height == 0) hide();
+    if (m_height > 0) return;
+    const bool hadFocus = hasFocusWithin();
+    hide();
+    if (hadFocus) Q_EMIT focusReleased();
 }
 
 QSize AddSheetView::sizeHint() const {

@@ -28,6 +28,10 @@ public:
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
+Q_SIGNALS:
+    /// The sheet is gone and had the keyboard's focus.
+    void focusReleased();
+
 protected:
     void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
@@ -40,10 +44,12 @@ private:
     void setSheetHeight(int height);
     void finishSliding();
     int wholeHeight() const;
+    bool hasFocusWithin() const;
 
     std::unique_ptr<Ui::AddSheetView> m_ui;
     QWidget* m_content = nullptr;  ///< Keeps its height while the sheet slides.
     AddSheet* m_sheet = nullptr;
     QVariantAnimation* m_animation = nullptr;
     int m_height = 0;
+    bool m_isReady = false;  ///< There is a movie to confirm.
 };

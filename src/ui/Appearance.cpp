@@ -14,8 +14,8 @@ bool isDark(const QPalette& palette) {
     return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
 }
 
-/// Fusion frames check boxes and radio buttons in a darker shade of the window, which cannot be seen on a dark
-/// one.
+/// Fusion frames check boxes and radio buttons in a darker shade of the window, which cannot be seen on a
+/// dark one.
 class VisibleIndicators : public QProxyStyle {
 public:
     using QProxyStyle::QProxyStyle;

@@ -20,7 +20,7 @@
 #include <QSessionManager>
 #include <QTimer>
 
-#include <csignal>
+#include <optional>
 
 namespace {
 
@@ -51,7 +51,7 @@ QStringList parseCommandLine() {
 
 void describeApplication() {
     QApplication::setApplicationName("ravelin");
-    QApplication::setApplicationDisplayName(ApplicationInfo::name());
+    // No display name: Qt would append it to every window's title.
     QApplication::setApplicationVersion(ApplicationInfo::version());
     QApplication::setDesktopFileName(ApplicationInfo::bundleIdentifier());
     QApplication::setWindowIcon(QIcon::fromTheme(ApplicationInfo::bundleIdentifier(), applicationIcon()));
@@ -102,8 +102,8 @@ int runApplication(int& argc, char** argv) {
 
     DialogPresenter presenter;
     setAlertPresenter(&presenter);
-    SingleInstance instance(ApplicationInfo::bundleIdentifier());
-    switch (instance.begin(paths, token)) {
+    std::optional<SingleInstance> instance(std::in_place, ApplicationInfo::bundleIdentifier());
+    switch (instance->begin(paths, token)) {
         case SingleInstance::Role::First:
             break;
         case SingleInstance::Role::HandedOver:
@@ -125,7 +125,9 @@ int runApplication(int& argc, char** argv) {
         MainWindow window(delegate);
         presenter.setMainWindow(&window);
         panels.setMainWindow(&window);
-        connectParts(application, delegate, window, instance, panels);
+        connectParts(application, delegate, window, *instance, panels);
+        // Files that come from now on are for the next one.
+        QObject::connect(&delegate, &AppDelegate::terminating, &delegate, [&] { instance.reset(); });
         const Interruption interruption;
         QObject::connect(&interruption, &Interruption::interrupted, &delegate,
                          [&] { delegate.terminate(false); });
@@ -139,8 +141,9 @@ int runApplication(int& argc, char** argv) {
         });
         delegate.applicationWillFinishLaunching();
         window.show();
-        status = QApplication::exec();
-        delegate.applicationWillTerminate();
+        // The end may have come while an alert was open.
+        if (!delegate.isTerminating()) status = QApplication::exec();
+        if (!delegate.isTerminating()) delegate.applicationWillTerminate();
         waitUntilTerminated(delegate);
         presenter.setMainWindow(nullptr);
     }

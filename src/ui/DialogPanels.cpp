@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QLineEdit>
 #include <QMessageBox>
 
 namespace {
@@ -92,7 +93,9 @@ void DialogPanels::saveFile(const QString& startingIn, const QString& fileName, 
     dialog->setFileMode(QFileDialog::AnyFile);
     dialog->setNameFilters({text::localized("Movies") + " (" + patterns({extension}) + u')'});
     startIn(*dialog, startingIn);
-    dialog->selectFile(fileName);
+    // Qt's own panel takes quotation marks for those around several names.
+    const bool isQtsOwn = dialog->findChild<QLineEdit*>("fileNameEdit") != nullptr;
+    dialog->selectFile(isQtsOwn ? QString(fileName).replace(u'"', u'”') : fileName);
     QObject::connect(dialog, &QDialog::accepted, dialog, [=, this, chosen = std::move(chosen)] {
         const QString path = localPaths(*dialog).value(0);
         const QString ending = u'.' + extension;

@@ -49,11 +49,12 @@ AlertAnswer DialogPresenter::present(const Alert& alert) {
     return answered->answer();
 }
 
-void DialogPresenter::presentSheet(const Alert& alert, std::function<void(const AlertAnswer&)> dismissed) {
+void DialogPresenter::presentSheet(const Alert& alert,
+                                   const std::function<void(const AlertAnswer&)>& dismissed) {
     auto* dialog = new AlertDialog(alert, m_mainWindow);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setWindowModality(Qt::WindowModal);
-    QObject::connect(dialog, &QDialog::finished, dialog, [dialog, dismissed = std::move(dismissed)] {
+    QObject::connect(dialog, &QDialog::finished, dialog, [dialog, dismissed] {
         if (dismissed) dismissed(dialog->answer());
     });
     keep(dialog);

@@ -19,10 +19,11 @@ public:
     /// Not owned; may be null, and may be destroyed at any time.
     void setMainWindow(QWidget* window) { m_mainWindow = window; }
 
+    bool waitsForUser() const override { return true; }
     /// Runs an event loop. Where the window below is destroyed meanwhile, the answer is the last button.
     AlertAnswer present(const Alert& alert) override;
     /// `dismissed` is called at most once: never when the main window goes while the sheet is shown.
-    void presentSheet(const Alert& alert, std::function<void(const AlertAnswer&)> dismissed) override;
+    void presentSheet(const Alert& alert, const std::function<void(const AlertAnswer&)>& dismissed) override;
     void presentNonModal(const NonModalAlert& alert) override;
 
 private:

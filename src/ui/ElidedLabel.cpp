@@ -1,5 +1,7 @@
 #include "ui/ElidedLabel.h"
 
+#include "ui/ToolTip.h"
+
 #include <QPainter>
 
 ElidedLabel::ElidedLabel(QWidget* parent) : QWidget(parent) {
@@ -10,7 +12,7 @@ void ElidedLabel::setText(const QString& text) {
     if (m_text == text) return;
     m_text = text;
     setAccessibleName(text);
-    setToolTip(shown() == text ? QString() : text);
+    setToolTip(shown() == text ? QString() : plainToolTip(text));
     updateGeometry();
     update();
 }
@@ -35,5 +37,5 @@ void ElidedLabel::paintEvent(QPaintEvent*) {
 }
 
 void ElidedLabel::resizeEvent(QResizeEvent*) {
-    setToolTip(shown() == m_text ? QString() : m_text);
+    setToolTip(shown() == m_text ? QString() : plainToolTip(m_text));
 }

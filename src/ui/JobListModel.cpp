@@ -2,8 +2,7 @@
 
 #include "app/JobQueue.h"
 #include "support/Format.h"
-
-#include <QDir>
+#include "ui/ToolTip.h"
 
 JobListModel::JobListModel(JobQueue& queue, QObject* parent) : QAbstractListModel(parent), m_queue(queue) {
     connect(&queue, &JobQueue::jobAboutToBeAdded, this,
@@ -43,8 +42,8 @@ QVariant JobListModel::data(const QModelIndex& index, int role) const {
         case Qt::DisplayRole:
             return shown->fileInfo().fileName;
         case Qt::ToolTipRole:
-            return makeString("%@\n→ %@", QDir::toNativeSeparators(shown->fileInfo().fileURL.toLocalFile()),
-                              QDir::toNativeSeparators(shown->fileInfo().destinationURL.toLocalFile()));
+            return plainToolTip(makeString("%@\n→ %@", shown->fileInfo().fileURL.toLocalFile(),
+                                           shown->fileInfo().destinationURL.toLocalFile()));
         case Qt::AccessibleTextRole:
             return makeString("%@, %@", shown->fileInfo().fileName, shown->stateInfoString());
         case JobRole:

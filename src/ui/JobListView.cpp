@@ -7,6 +7,7 @@
 #include "ui/JobDelegate.h"
 #include "ui/JobListModel.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
@@ -61,19 +62,14 @@ void JobListView::trigger(Button button, bool shiftIsHeld) {
     if (ConversionJob* job = currentJob()) act(*job, button, shiftIsHeld);
 }
 
-void JobListView::copyCommandLine() {
-    const ConversionJob* job = currentJob();
-    if (job && !job->arguments().isEmpty())
-        QApplication::clipboard()->setText(commandLineText(job->arguments()));
-}
-
 void JobListView::fillMenu(QMenu& menu) {
-    const ConversionJob* job = currentJob();
+    const QPointer<ConversionJob> job = currentJob();
     const JobState state = job ? job->state() : JobState::Queued;
     const auto add = [&](Button button, const QKeySequence& key) {
-        QAction* action =
-            menu.addAction(symbolicIcon(JobDelegate::iconOf(button, state)),
-                           JobDelegate::titleOf(button, state), this, [this, button] { trigger(button); });
+        QAction* action = menu.addAction(symbolicIcon(JobDelegate::iconOf(button, state)),
+                                         JobDelegate::titleOf(button, state), this, [job, button] {
+                                             if (job) act(*job, button, false);
+                                         });
         action->setEnabled(job && jobrow::isEnabled(button, state));
         // Only told: the keys are the list's own, and a menu must not take them from other controls.
         action->setText(action->text() + u'\t' + key.toString(QKeySequence::NativeText));
@@ -81,12 +77,18 @@ void JobListView::fillMenu(QMenu& menu) {
     add(Button::PauseContinue, Qt::Key_Space);
     add(Button::Reveal, Qt::Key_Return);
     if (job && jobrow::isEnabled(Button::Reveal, state) && state != JobState::Failed) {
-        menu.addAction(tr("Show the original movie\t%1").arg(tr("Shift+Return")), this,
-                       [this] { trigger(Button::Reveal, true); });
+        const QKeySequence key(Qt::SHIFT | Qt::Key_Return);
+        menu.addAction(tr("Show the original movie") + u'\t' + key.toString(QKeySequence::NativeText), this,
+                       [job] {
+                           if (job) act(*job, Button::Reveal, true);
+                       });
     }
     menu.addSeparator();
-    QAction* copy = menu.addAction(tr("Copy command line"), this, &JobListView::copyCommandLine);
-    copy->setEnabled(job && !job->arguments().isEmpty());
+    const QStringList arguments = job ? job->arguments() : QStringList();
+    QAction* copy = menu.addAction(tr("Copy command line"), this, [arguments] {
+        QApplication::clipboard()->setText(commandLineText(arguments));
+    });
+    copy->setEnabled(!arguments.isEmpty());
     menu.addSeparator();
     add(Button::Remove, Qt::Key_Delete);
 }
@@ -111,6 +113,7 @@ void JobListView::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton || !button) return;
     m_pressedIndex = index;
     m_pressedButton = button;
+    m_pressedJob = m_jobs->job(index);
     setHot(index, button, true);
 }
 
@@ -139,9 +142,11 @@ void JobListView::mouseMoveEvent(QMouseEvent* event) {
 
 void JobListView::mouseDoubleClickEvent(QMouseEvent* event) {
     const QModelIndex index = indexAt(event->position().toPoint());
+    if (event->button() != Qt::LeftButton || !index.isValid()) return;
     if (buttonAt(event->position().toPoint(), index)) {
-        mousePressEvent(event);
-    } else if (index.isValid()) {
+        // After a removal another job is under the pointer; it was not meant.
+        if (m_jobs->job(index) == m_pressedJob) mousePressEvent(event);
+    } else {
         trigger(Button::Reveal, event->modifiers().testFlag(Qt::ShiftModifier));
     }
 }
@@ -154,6 +159,9 @@ void JobListView::leaveEvent(QEvent* event) {
 
 void JobListView::keyPressEvent(QKeyEvent* event) {
     const bool shiftIsHeld = event->modifiers().testFlag(Qt::ShiftModifier);
+    static const QSet<int> commands = {Qt::Key_Space, Qt::Key_Delete, Qt::Key_Return, Qt::Key_Enter};
+    // A held key is no wish for each of the rows that come by.
+    if (event->isAutoRepeat() && commands.contains(event->key())) return;
     switch (event->key()) {
         case Qt::Key_Space:
             trigger(Button::PauseContinue);
@@ -179,17 +187,16 @@ void JobListView::contextMenuEvent(QContextMenuEvent* event) {
     menu.exec(byKey ? viewport()->mapToGlobal(visualRect(currentIndex()).center()) : event->globalPos());
 }
 
-void JobListView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
-    QListView::currentChanged(current, previous);
-    Q_EMIT currentJobChanged();
-}
-
 void JobListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                               const QList<int>& roles) {
     // All rows are of one height for ever: QListView would lay out every row anew.
     const QRect changed = visualRect(topLeft).united(visualRect(bottomRight)) & viewport()->rect();
     if (!changed.isEmpty()) viewport()->update(changed);
-    if (roles.isEmpty() && currentIndex() == topLeft) Q_EMIT currentJobChanged();
+    if (!roles.isEmpty()) return;  // A tick: nothing to say.
+    QAccessibleTableModelChangeEvent spoken(this, QAccessibleTableModelChangeEvent::DataChanged);
+    spoken.setFirstRow(topLeft.row());
+    spoken.setLastRow(bottomRight.row());
+    QAccessible::updateAccessibility(&spoken);
 }
 
 bool JobListView::viewportEvent(QEvent* event) {

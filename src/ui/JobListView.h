@@ -3,6 +3,7 @@
 #include "ui/JobRow.h"
 
 #include <QListView>
+#include <QPointer>
 
 class ConversionJob;
 class JobDelegate;
@@ -21,12 +22,8 @@ public:
 
     /// Does what the button of that name does to the current job; nothing where it is not enabled.
     void trigger(jobrow::Button button, bool shiftIsHeld = false);
-    /// Puts the commands of the current job into `menu`.
+    /// Puts the commands of the current job into `menu`. They stay that job's, also when it leaves the list.
     void fillMenu(QMenu& menu);
-    void copyCommandLine();
-
-Q_SIGNALS:
-    void currentJobChanged();
 
 protected:
     bool viewportEvent(QEvent* event) override;
@@ -37,7 +34,6 @@ protected:
     void leaveEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
-    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                      const QList<int>& roles) override;
 
@@ -52,4 +48,5 @@ private:
     JobDelegate* m_delegate = nullptr;
     QPersistentModelIndex m_pressedIndex;
     std::optional<jobrow::Button> m_pressedButton;
+    QPointer<ConversionJob> m_pressedJob;  ///< Of the last press, for the second of a double click.
 };

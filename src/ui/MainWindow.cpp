@@ -39,6 +39,8 @@ MainWindow::MainWindow(AppDelegate& delegate)
     setUpToolBar();
     m_ui->jobListView->setJobs(m_model.get());
     m_ui->addSheetView->setSheet(&delegate.addSheet(), &delegate.destinations());
+    connect(m_ui->addSheetView, &AddSheetView::focusReleased, m_ui->jobListView,
+            qOverload<>(&QWidget::setFocus));
     setAcceptDrops(true);
     followQueue();
     connect(&delegate, &AppDelegate::mainWindowRequested, this, [this] { bringToFront(); });
@@ -127,7 +129,8 @@ void MainWindow::bringToFront(const QString& activationToken) {
 
 void MainWindow::openPreferences() {
     if (!m_preferences) {
-        m_preferences = std::make_unique<PreferencesWindow>(m_delegate.destinations());
+        m_preferences =
+            std::make_unique<PreferencesWindow>(m_delegate.destinations(), m_delegate.watchFolder());
         connect(m_preferences.get(), &PreferencesWindow::conversionStyleChosen, &m_delegate,
                 &AppDelegate::selectConversionStyle);
         connect(&m_delegate, &AppDelegate::conversionStyleSelected, m_preferences.get(),

@@ -1,14 +1,17 @@
 #include "ui/PreferencesWindow.h"
 
 #include "app/Destinations.h"
-#include "convert/ConversionCommand.h"
+#include "app/WatchFolder.h"
 #include "convert/ConversionSettings.h"
 #include "settings/Keys.h"
 #include "support/Defaults.h"
 #include "support/FolderAccess.h"
-#include "ui/Colors.h"
 #include "ui/DestinationBox.h"
 #include "ui/Icons.h"
+#include "ui/PreferencesDress.h"
+#include "ui/SettingChoices.h"
+#include "ui/ToolTip.h"
+#include "ui/WatchFolderPage.h"
 #include "ui_ContainerCompatible.h"
 #include "ui_ContainerCustom.h"
 #include "ui_ContainerFast.h"
@@ -17,6 +20,7 @@
 #include "ui_PreferencesDestinations.h"
 #include "ui_PreferencesGeneral.h"
 #include "ui_PreferencesSubtitles.h"
+#include "ui_PreferencesWatchFolder.h"
 #include "ui_PreferencesWindow.h"
 
 #include <QAction>
@@ -25,13 +29,10 @@
 #include <QScrollArea>
 #include <QScrollBar>
 
-#include <algorithm>
-#include <array>
 #include <utility>
 
 namespace {
 
-constexpr int kGroupGap = 16;
 constexpr int kSettingGap = 8;
 constexpr int kLeastWidth = 480;  // of a page
 constexpr int kLeastHeight = 384;
@@ -62,110 +63,10 @@ protected:
     }
 };
 
-/// What the list calls an encoding for those who do not know its name; empty: no more than that.
-QString writingOf(const QString& encoding) {
-    struct Writing {
-        QString name;
-        QStringList encodings;
-    };
-    const auto tr = [](const char* text) { return PreferencesWindow::tr(text); };
-    static const std::array writings = {
-        Writing{tr("Western European"), {"CP1252", "LATIN1", "ISO-8859-1", "ISO-8859-15"}},
-        Writing{tr("Central European"), {"CP1250", "LATIN2", "ISO-8859-2"}},
-        Writing{tr("South European"), {"LATIN3", "ISO-8859-3"}},
-        Writing{tr("Southeast European"), {"ISO-8859-16"}},
-        Writing{tr("Nordic"), {"LATIN6", "ISO-8859-10"}},
-        Writing{tr("Baltic"), {"CP1257", "LATIN4", "LATIN7", "ISO-8859-4", "ISO-8859-13"}},
-        Writing{tr("Celtic"), {"LATIN8", "ISO-8859-14"}},
-        Writing{tr("Cyrillic"), {"CP1251", "ISO-8859-5"}},
-        Writing{tr("Greek"), {"CP1253", "ISO-8859-7"}},
-        Writing{tr("Turkish"), {"CP1254", "LATIN5", "ISO-8859-9"}},
-        Writing{tr("Hebrew"), {"CP1255", "ISO-8859-8"}},
-        Writing{tr("Arabic"), {"CP1256", "ISO-8859-6"}},
-        Writing{tr("Thai"), {"CP874", "ISO-8859-11"}},
-        Writing{tr("Vietnamese"), {"CP1258"}},
-        Writing{tr("Chinese, simplified"), {"CP936"}},
-    };
-    const auto* found = std::ranges::find_if(
-        writings, [&](const Writing& writing) { return writing.encodings.contains(encoding); });
-    return found == writings.end() ? QString() : found->name;
-}
-
-void addEncodings(QComboBox& box) {
-    const QStringList& encodings = subtitleEncodings();
-    box.addItem(PreferencesWindow::tr("Automatic (UTF-8 or UTF-16)"), 0);
-    for (int i = 2; i < encodings.size(); ++i) {
-        // That part of the standard was given up; no converter has it.
-        if (encodings[i] == u"ISO-8859-12") continue;
-        const QString writing = writingOf(encodings[i]);
-        box.addItem(writing.isEmpty() ? encodings[i] : QStringLiteral("%1 – %2").arg(encodings[i], writing),
-                    i);
-    }
-}
-
-/// What a kind of audio can become. Stereo is not blown up to 5.1, unless that is what is stored.
-void addMethods(QComboBox& box) {
-    constexpr std::array kSurroundMethods = {1, 3};
-    const std::array names = {PreferencesWindow::tr("AAC in stereo"), PreferencesWindow::tr("AAC in 5.1"),
-                              PreferencesWindow::tr("AC3 in stereo"), PreferencesWindow::tr("AC3 in 5.1"),
-                              PreferencesWindow::tr("Copy as it is")};
-    const bool isStereo = box.property("methods").toString() == u"stereo";
-    const qint64 stored = defaultInt(SettingsBinder::keysOf(box).first());
-    box.clear();
-    for (int method = 0; method < static_cast<int>(names.size()); ++method) {
-        const bool widens = isStereo && std::ranges::find(kSurroundMethods, method) != kSurroundMethods.end();
-        if (!widens || method == stored) box.addItem(names.at(static_cast<size_t>(method)), method);
-    }
-}
-
-/// The first line of a page keeps the page's margin alone; any other begins a new group.
-bool isFirstOfPage(QLabel& label) {
-    const auto* grid = qobject_cast<QGridLayout*>(label.parentWidget()->layout());
-    return grid && grid->contentsMargins().top() > 0 && grid->itemAtPosition(0, 0)->widget() == &label;
-}
-
-void dressHeading(QLabel& label) {
-    QFont font;
-    font.setBold(true);
-    label.setFont(font);
-    label.setContentsMargins(0, isFirstOfPage(label) ? 0 : kGroupGap, 0, kSettingGap);
-}
-
-/// Small, in the secondary colour; under a check box or a radio button in line with its text. Read aloud
-/// as the description of the control that it explains.
-void dressHelp(QLabel& label, const QWidget& root) {
-    constexpr qreal kSmall = 0.9;
-    QFont font = root.font();
-    if (font.pointSizeF() > 0)
-        font.setPointSizeF(font.pointSizeF() * kSmall);
-    else
-        font.setPixelSize(qRound(font.pixelSize() * kSmall));
-    label.setFont(font);
-    QPalette palette;
-    palette.setColor(QPalette::WindowText, colors::secondaryText(root.palette()));
-    label.setPalette(palette);
-
-    QString name = label.objectName();
-    if (!name.endsWith(u"Help")) return;
-    label.setContentsMargins(0, 2, 0, kSettingGap + 2);
-    name.chop(4);
-    auto* control = root.findChild<QWidget*>(name);
-    if (!control) return;
-    control->setAccessibleDescription(label.text());
-    if (!qobject_cast<QAbstractButton*>(control)) return;
-    const QStyle& style = *control->style();
-    const bool isCheck = qobject_cast<QCheckBox*>(control) != nullptr;
-    label.setIndent(
-        style.pixelMetric(isCheck ? QStyle::PM_IndicatorWidth : QStyle::PM_ExclusiveIndicatorWidth, nullptr,
-                          control) +
-        style.pixelMetric(isCheck ? QStyle::PM_CheckBoxLabelSpacing : QStyle::PM_RadioButtonLabelSpacing,
-                          nullptr, control));
-}
-
 }  // namespace
 
-PreferencesWindow::PreferencesWindow(Destinations& destinations, QWidget* parent)
-    : QWidget(parent, Qt::Window), m_destinations(destinations) {
+PreferencesWindow::PreferencesWindow(Destinations& destinations, WatchFolder& watchFolder, QWidget* parent)
+    : QWidget(parent, Qt::Window), m_destinations(destinations), m_watchFolder(watchFolder) {
     Ui::PreferencesWindow ui;
     ui.setupUi(this);
     m_list = ui.pageList;
@@ -175,6 +76,9 @@ PreferencesWindow::PreferencesWindow(Destinations& destinations, QWidget* parent
     QWidget* audio = addPage<Ui::PreferencesAudio>(tr("Audio"), QStringLiteral("page-audio"));
     addPage<Ui::PreferencesSubtitles>(tr("Subtitles"), QStringLiteral("page-subtitles"));
     addPage<Ui::PreferencesDestinations>(tr("Destinations"), QStringLiteral("page-destinations"));
+    joinWatchFolder(
+        *addPage<Ui::PreferencesWatchFolder>(tr("Watch Folder"), QStringLiteral("page-watchfolder")),
+        watchFolder);
     addPage<Ui::PreferencesAdvanced>(tr("Advanced"), QStringLiteral("page-advanced"));
 
     m_customContainer = audio->findChild<QWidget*>(QStringLiteral("customContainer"));
@@ -183,10 +87,15 @@ PreferencesWindow::PreferencesWindow(Destinations& destinations, QWidget* parent
     addPane<Ui::ContainerCustom>(QStringLiteral("containerCustom"));
 
     audio->findChild<QComboBox*>(QStringLiteral("languagePopUp"))->insertSeparator(1);
-    addEncodings(*findChild<QComboBox*>(QStringLiteral("encodingPopUp")));
+    addSubtitleEncodings(*findChild<QComboBox*>(QStringLiteral("encodingPopUp")));
     joinDestinations();
     m_binder.bind(this);
     connect(&m_binder, &SettingsBinder::changed, this, &PreferencesWindow::settingWasChanged);
+    connect(&watchFolder, &WatchFolder::changed, &m_binder, &SettingsBinder::refresh);
+    connect(this, &PreferencesWindow::settingChanged, &watchFolder, [&watchFolder](const QString& key) {
+        if (key == u"WatchfolderActive" || key == u"WatchfolderBookmark")
+            watchFolder.watchfolderActiveClicked();
+    });
 
     auto* closing = new QAction(this);
     closing->setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_W), QKeySequence(Qt::Key_Escape)});
@@ -273,7 +182,7 @@ void PreferencesWindow::showFolders() {
             new QListWidgetItem(folder ? QDir::toNativeSeparators(*folder)
                                        : tr("%1 – cannot be used now").arg(names.value(i).toString()),
                                 list);
-        item->setToolTip(folder ? *folder : problem);
+        item->setToolTip(plainToolTip(folder ? *folder : problem));
         item->setFlags(Qt::ItemIsEnabled);
     }
     findChild<QPushButton*>(QStringLiteral("clearFolders"))->setEnabled(!bookmarks.isEmpty());
@@ -291,7 +200,7 @@ void PreferencesWindow::selectConversionStyle(int preset) {
 void PreferencesWindow::refresh() {
     const QList<QComboBox*> boxes = m_customContainer->findChildren<QComboBox*>();
     for (QComboBox* box : boxes)
-        addMethods(*box);
+        addAudioMethods(*box);
     m_binder.refresh();
     showFolders();
     const qint64 preset = defaultInt(kConversionPresetKey);
@@ -299,6 +208,7 @@ void PreferencesWindow::refresh() {
 }
 
 void PreferencesWindow::restoreDefaults(const QWidget* page) {
+    if (page->findChild<QWidget*>(QStringLiteral("watchfolderActive"))) m_watchFolder.forget();
     m_binder.restoreDefaults(page);
     if (page->findChild<DestinationBox*>()) {
         m_destinations.rebuildDestinationPopUp();
@@ -314,15 +224,7 @@ void PreferencesWindow::settingWasChanged(const QString& key) {
 
 /// Gives the labels their fonts and colours, after those of the desktop.
 void PreferencesWindow::dress() {
-    const QList<QLabel*> labels = findChildren<QLabel*>();
-    // By themselves labels follow the direction of their text, which need not be that of the window.
-    const Qt::Alignment leading = (isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignAbsolute;
-    for (QLabel* label : labels) {
-        label->setAlignment(leading | Qt::AlignVCenter);
-        const QString role = label->property("role").toString();
-        if (role == u"heading") dressHeading(*label);
-        if (role == u"help") dressHelp(*label, *this);
-    }
+    dressLabels(*this);
     const QFontMetrics metrics(m_list->font());
     for (int i = 0; i < m_list->count(); ++i) {
         QListWidgetItem& page = *m_list->item(i);

@@ -8,6 +8,7 @@ class DestinationBox;
 class Destinations;
 class QListWidget;
 class QStackedWidget;
+class WatchFolder;
 
 /// The preferences: a list of pages, and the page. Controls are joined to their settings by the properties
 /// that the interface files give them; see SettingsBinder.
@@ -15,8 +16,8 @@ class PreferencesWindow : public QWidget {
     Q_OBJECT
 
 public:
-    /// `destinations` outlives the window.
-    explicit PreferencesWindow(Destinations& destinations, QWidget* parent = nullptr);
+    /// Both outlive the window.
+    PreferencesWindow(Destinations& destinations, WatchFolder& watchFolder, QWidget* parent = nullptr);
 
     /// Shows the pane of a conversion style (0 compatible, 1 fast, 2 custom; any other number converts like
     /// fast). Nothing happens while the container of the panes is empty.
@@ -53,6 +54,7 @@ private:
     void dress();
 
     Destinations& m_destinations;
+    WatchFolder& m_watchFolder;
     SettingsBinder m_binder;
     QListWidget* m_list = nullptr;
     QStackedWidget* m_pages = nullptr;

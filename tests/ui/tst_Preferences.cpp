@@ -1,4 +1,6 @@
 #include "app/Destinations.h"
+#include "app/WatchFolder.h"
+#include "fakes/RecordingPanels.h"
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
 #include "settings/SettingsTable.h"
@@ -20,18 +22,6 @@
 #include <QWheelEvent>
 
 namespace {
-
-/// Answers the question for a folder at once.
-class PreparedPanels : public FilePanels {
-public:
-    void chooseFiles(const QStringList&, std::function<void(const QStringList&)>) override {}
-    void chooseFolder(Over, const QString&, std::function<void(const QString&)> chosen) override {
-        if (!folder.isEmpty()) chosen(folder);
-    }
-    void saveFile(const QString&, const QString&, const QString&,
-                  std::function<void(const QString&)>) override {}
-    QString folder;
-};
 
 struct Fixture {
     /// Shows the window and answers a choice of style, as the application does.
@@ -67,9 +57,10 @@ struct Fixture {
     }
 
     TestHome home;
-    PreparedPanels panels;
+    RecordingPanels panels;
     Destinations destinations{panels};
-    PreferencesWindow window{destinations};
+    WatchFolder watchFolder{panels};
+    PreferencesWindow window{destinations, watchFolder};
 };
 
 struct Choice {
@@ -112,8 +103,8 @@ private Q_SLOTS:
     void everySettingHasOneControl() {
         const Fixture fixture;
         QStringList expected;
-        const QStringList own = {"WelcomeShown",      "Conversions",         "HasUpgradedFromPre13", "Usages",
-                                 "WatchfolderActive", "WatchfolderBookmark", "convertedFileCount"};
+        const QStringList own = {"WelcomeShown", "Conversions", "HasUpgradedFromPre13", "Usages",
+                                 "convertedFileCount"};
         for (const settings::Setting& setting : settings::all()) {
             if (!own.contains(QLatin1StringView(setting.key))) expected.append(setting.key);
         }

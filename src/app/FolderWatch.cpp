@@ -1,0 +1,80 @@
+#include "app/FolderWatch.h"
+
+#include "support/DirectoryObserver.h"
+#include "support/Files.h"
+
+#include <QFileInfo>
+
+namespace {
+
+/// The kernel also tells of names that were only made, and of folders.
+bool mayHaveArrived(const EventRecord& record) {
+    return (record.flags & kEventItemIsFile) != 0 &&
+           (record.flags & (kEventItemModified | kEventItemRenamed)) != 0 &&
+           files::pathExtension(record.path) == u"mkv";
+}
+
+CompletionWaiter::Known whatIsKnown(const EventRecord& record) {
+    if (record.wholeFile) return CompletionWaiter::Known::SeenWhole;
+    return (record.flags & kEventItemCreated) != 0 ? CompletionWaiter::Known::Created
+                                                   : CompletionWaiter::Known::Modified;
+}
+
+}  // namespace
+
+FolderWatch::FolderWatch(QObject* parent) : QObject(parent) {
+    connect(&m_waiter, &CompletionWaiter::complete, this, &FolderWatch::tell);
+    connect(&m_waiter, &CompletionWaiter::waitingChanged, this, &FolderWatch::waitingChanged);
+}
+
+FolderWatch::~FolderWatch() = default;
+
+QString FolderWatch::start(const QString& folder) {
+    stop();
+    QString error;
+    m_observer = DirectoryObserver::startObserving(
+        folder, true, [this](const QList<EventRecord>& records) { take(records); }, &error);
+    if (!m_observer) return error;
+    connect(m_observer.get(), &DirectoryObserver::problem, this, &FolderWatch::problem);
+    connect(m_observer.get(), &DirectoryObserver::ended, this, [this](const QString& reason) {
+        stop();
+        Q_EMIT ended(reason);
+    });
+    return {};
+}
+
+void FolderWatch::stop() {
+    m_waiter.cancelAll();
+    // Often called from within the observer.
+    if (m_observer) m_observer.release()->deleteLater();
+}
+
+void FolderWatch::take(const QList<EventRecord>& records) {
+    for (const EventRecord& record : records) {
+        if (!record.renamedFrom.isEmpty()) followMove(record);
+        if (mayHaveArrived(record)) {
+            const QString name = QFileInfo(record.path).fileName();
+            if (!m_processedNames.contains(name)) m_waiter.wait(record.path, whatIsKnown(record));
+        } else {
+            m_waiter.lookAgain(record.path);
+        }
+    }
+}
+
+void FolderWatch::followMove(const EventRecord& record) {
+    // What is in a moved folder moves along in silence.
+    const QString from = record.renamedFrom + u'/';
+    const QStringList waiting = m_waiter.waiting();
+    for (const QString& path : waiting) {
+        if (!path.startsWith(from)) continue;
+        m_waiter.cancel(path);
+        m_waiter.wait(record.path + u'/' + path.mid(from.size()), CompletionWaiter::Known::Unknown);
+    }
+}
+
+void FolderWatch::tell(const QString& path) {
+    const QString name = QFileInfo(path).fileName();
+    if (m_processedNames.contains(name)) return;
+    m_processedNames.insert(name);
+    Q_EMIT arrived(path);
+}

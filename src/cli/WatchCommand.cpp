@@ -1,0 +1,65 @@
+#include "app/FolderWatch.h"
+#include "cli/Commands.h"
+#include "cli/ConvertCommand.h"
+#include "cli/ExitStatus.h"
+#include "cli/Output.h"
+#include "cli/Run.h"
+#include "support/Format.h"
+#include "support/Interruption.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QTimer>
+
+namespace {
+
+QString whyNotWatchable(const QString& folder) {
+    const QFileInfo info(folder);
+    if (!info.exists()) return makeString("there is no folder '%@'", folder);
+    if (!info.isDir()) return makeString("'%@' is not a folder", folder);
+    return {};
+}
+
+}  // namespace
+
+int runWatch(const WatchOptions& options, const CommandLine& line) {
+    const QString folder = absolutePath(options.folder);
+    if (const QString mistake = whyNotWatchable(folder); !mistake.isEmpty())
+        return wrongUsage(mistake, "watch");
+
+    const Interruption interruption;
+    auto overrides = line.overrides;
+    // What came first is converted first.
+    if (!overrides.contains("InsertJobsAtBottom")) overrides.insert("InsertJobsAtBottom", 1);
+    Run run(overrides, Run::DesktopUse::Real);
+    ConvertOptions convert;
+    convert.json = options.json;
+    convert.folder = options.destination;
+    ConvertCommand command(convert, run.presenter());
+    command.setEndless(true);
+
+    FolderWatch watch;
+    int status = exitstatus::kSuccess;
+    const auto end = [&](const QString& reason) {
+        output::error(reason);
+        status = exitstatus::kFailure;
+        command.setEndless(false);  // What is being converted is finished.
+    };
+    QObject::connect(&watch, &FolderWatch::arrived, &command, &ConvertCommand::add);
+    QObject::connect(&watch, &FolderWatch::problem, &command, &output::error);
+    QObject::connect(&watch, &FolderWatch::ended, &command, end);
+    QObject::connect(&interruption, &Interruption::interrupted, &command, [&] {
+        watch.stop();
+        command.interrupt();
+    });
+    QTimer::singleShot(0, &command, [&] {
+        if (const QString problem = watch.start(folder); !problem.isEmpty()) {
+            end(problem);
+        } else if (!options.json) {
+            output::line(makeString("Watching %@", folder));
+        }
+    });
+    QCoreApplication::exec();
+    if (const int signal = Interruption::signal()) return exitstatus::afterSignal(signal);
+    return status;
+}

@@ -1,0 +1,69 @@
+#include "support/EventBatch.h"
+
+#include "support/PathTree.h"
+#include "support/Text.h"
+
+#include <QByteArray>
+
+#include <optional>
+#include <utility>
+
+namespace {
+
+std::optional<QString> decoded(const std::string& path) {
+    return text::fromUtf8(QByteArray::fromRawData(path.data(), static_cast<qsizetype>(path.size())));
+}
+
+}  // namespace
+
+EventRecord& EventBatch::record(const QString& path) {
+    const auto found = m_places.constFind(path);
+    if (found != m_places.constEnd()) return m_records[found.value()];
+    m_places.insert(path, m_records.size());
+    m_records.emplaceBack().path = path;
+    return m_records.last();
+}
+
+void EventBatch::add(const std::string& folder, const std::string& name, quint32 flags, Contents contents,
+                     const std::string& renamedFrom) {
+    m_pending = true;
+    const std::optional<QString> path = decoded(m_fileLevel ? joinedPath(folder, name) : folder);
+    if (!path) {
+        ++m_skipped;
+        return;
+    }
+    EventRecord& item = record(*path);
+    if (!m_fileLevel) {
+        item.flags |= kEventItemModified | kEventItemIsFolder;
+        return;
+    }
+    item.flags |= flags;
+    if (contents == Contents::Untold) return;
+    item.wholeFile = contents == Contents::Whole;
+    item.renamedFrom = renamedFrom.empty() ? QString() : decoded(renamedFrom).value_or(QString());
+}
+
+bool EventBatch::folderMoved(const std::string& from, const std::string& to) {
+    const std::optional<QString> before = decoded(from);
+    const std::optional<QString> now = decoded(to);
+    if (!before) return !now;
+    if (!now || !m_fileLevel) return true;
+    const QString start = *before + u'/';
+    const qsizetype count = m_records.size();
+    for (qsizetype i = 0; i < count; ++i) {
+        if (!m_records.at(i).path.startsWith(start)) continue;
+        const EventRecord old = m_records.at(i);
+        m_records[i].wholeFile = false;
+        EventRecord& item = record(*now + old.path.mid(before->size()));
+        item.flags |= old.flags | kEventItemRenamed;
+        item.wholeFile = old.wholeFile;
+        item.renamedFrom = old.path;
+    }
+    return true;
+}
+
+QList<EventRecord> EventBatch::take() {
+    m_pending = false;
+    m_places.clear();
+    return std::exchange(m_records, {});
+}
