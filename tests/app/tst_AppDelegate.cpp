@@ -178,6 +178,14 @@ private Q_SLOTS:
         app.sheet().addToQueue();
         QCOMPARE(app.destinationOfJob(1), app.path("out.mp4"));
         QCOMPARE(app.destinationOfJob(0), app.path("out-0.mp4"));
+        // So does one that came when the first is being written, whatever the panel asked.
+        app.tool.setConversion(FakeTool::waitFor(app.path("never")));
+        app.queue().job(1)->start();
+        QVERIFY(QFile::exists(app.path("out.mp4")));
+        app.open("c.mkv");
+        QTRY_VERIFY(app.isReady());
+        app.sheet().addToQueue();
+        QCOMPARE(app.destinationOfJob(0), app.path("out-1.mp4"));
     }
 
     void unwriteableDestinationDropsTheJobAndGoesOn() {
@@ -269,6 +277,89 @@ private Q_SLOTS:
         QCOMPARE(defaultInt(kExternalSubtitleEncodingKey), 0);
         Q_EMIT app.desktop.notificationActivated("/tmp/a.mp4");
         QCOMPARE(app.desktop.revealed, QStringList("/tmp/a.mp4"));
+    }
+
+    void theEndComesWhileAnAlertIsOpen_data() {
+        QTest::addColumn<QByteArray>("conversion");
+        QTest::addColumn<bool>("sourceIsGone");
+        QTest::newRow("full disk") << QByteArray("echo No space left on device >&2; exit 1\n") << false;
+        QTest::newRow("source removed") << QByteArray("exit 1\n") << true;
+    }
+    void theEndComesWhileAnAlertIsOpen() {
+        QFETCH(const QByteArray, conversion);
+        QFETCH(const bool, sourceIsGone);
+        Launched app;
+        app.presenter.waits = true;
+        app.delegate.applicationWillFinishLaunching();
+        app.tool.setConversion(conversion);
+        app.delegate.destinations().addOpenedFolder(app.path());
+        setDefaultInt(kDefaultDestinationKey, kNextToSource);
+        const QString movie = app.open("a.mkv");
+        QTRY_VERIFY(app.isReady());
+        bool wasOpen = false;
+        app.presenter.whileShown = [&] {
+            if (std::exchange(wasOpen, true)) return;
+            // Neither a second start of the job nor its end may meet it halfway.
+            app.queue().startNextJobInQueue();
+            QCOMPARE(app.queue().job(0)->state(), JobState::Failed);
+            app.delegate.terminate(false);
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        };
+        if (sourceIsGone) QFile::remove(movie);
+        app.sheet().addToQueue();
+        QTRY_VERIFY(wasOpen);
+        QCOMPARE(app.queue().count(), 0);
+    }
+
+    void oneAlertAtATime() {
+        Launched app;
+        app.presenter.waits = true;
+        app.delegate.applicationWillFinishLaunching();
+        app.tool.setReport("nothing of use");
+        int open = 0;
+        int most = 0;
+        app.presenter.whileShown = [&] {
+            most = qMax(most, ++open);
+            QTest::qWait(1);  // The others come meanwhile.
+            --open;
+        };
+        QStringList movies;
+        for (int i = 0; i < 5; ++i)
+            movies.append(app.write(QStringLiteral("%1.mkv").arg(i)));
+        app.delegate.openFiles(movies);
+        QTRY_COMPARE(app.presenter.shown.size(), 5);
+        QCOMPARE(most, 1);
+    }
+
+    void aProbeThatHangsCanBeLeft() {
+        Launched app;
+        app.delegate.applicationWillFinishLaunching();
+        QFile::remove(app.path("resources/ffmpeg"));
+        app.write("resources/ffmpeg", "#!/bin/sh\nexec sleep 1000\n");
+        QFile::setPermissions(app.path("resources/ffmpeg"), QFile::ReadOwner | QFile::ExeOwner);
+        app.delegate.openFiles({app.write("a.mkv"), app.write("b.mkv")});
+        QVERIFY(app.sheet().isScanning());
+        app.sheet().cancelAdd();
+        QTRY_COMPARE(app.sheet().path(), app.path("a.mkv"));
+        app.sheet().cancelAll();
+        QTRY_VERIFY(!app.sheet().isShown());
+        QVERIFY(app.presenter.shown.isEmpty());
+    }
+
+    void leavingAMovieOutResumesNothing() {
+        Launched app;
+        app.delegate.applicationWillFinishLaunching();
+        app.tool.setConversion(FakeTool::waitFor(app.path("never")));
+        app.delegate.destinations().addOpenedFolder(app.path());
+        setDefaultInt(kDefaultDestinationKey, kNextToSource);
+        app.open("a.mkv");
+        QTRY_VERIFY(app.isReady());
+        app.sheet().addToQueue();
+        app.queue().job(0)->pause();
+        app.open("b.mkv");
+        QTRY_VERIFY(app.isReady());
+        app.sheet().cancelAdd();
+        QCOMPARE(app.queue().job(0)->state(), JobState::Paused);
     }
 
     void quittingAsksOnlyWhileAJobConverts() {

@@ -135,7 +135,7 @@ class Application(unittest.TestCase):
         home.settings(QuitAfterConversion=1)
         process = home.start(home.movie("a.mkv"), home.movie("b.mkv"))
         self.assertEqual(process.wait(LIMIT), 0)
-        self.assertTrue(home.has_output("a.mp4") or home.has_output("b.mp4"))
+        self.assertTrue(home.has_output("a.mp4") and home.has_output("b.mp4"))
 
     def test_help_and_version_need_no_display(self):
         home = self.home(bus=False)

@@ -64,11 +64,11 @@ private Q_SLOTS:
             QTRY_VERIFY(app.sheetIsReady());
             QCOMPARE(app.find<QComboBox>("audioPopUp")->currentText(), "#1: eng (ac3)");
             QCOMPARE(app.find<QComboBox>("destinationPopUp")->currentText(), "out");
-            // One by the mouse, one by the keyboard.
+            // One by the mouse, one by the keyboard, which is where the sheet put it.
             if (i % 2 == 0) {
                 QTest::mouseClick(app.find<QPushButton>("addButton"), Qt::LeftButton);
             } else {
-                QTest::keyClick(app.find<QPushButton>("addButton"), Qt::Key_Return);
+                QTest::keyClick(app.window->focusWidget(), Qt::Key_Return);
             }
             QCOMPARE(app.queue().count(), i + 1);
         }
@@ -171,6 +171,64 @@ private Q_SLOTS:
         QMenu finished;
         app.list().fillMenu(finished);
         QVERIFY(!enabledTitles(finished).contains("Pause"));
+    }
+
+    void aMenuStaysItsJobs() {
+        WindowedApplication app;
+        app.queue().pauseContinueClicked(true);
+        app.add("b.mkv");
+        app.add("a.mkv");
+        app.list().setCurrentIndex(app.list().model()->index(0, 0));
+        QMenu menu;
+        app.list().fillMenu(menu);
+        app.job(0)->remove();
+        for (QAction* action : menu.actions())
+            action->trigger();
+        QCOMPARE(app.queue().count(), 1);
+        QCOMPARE(app.job(0)->state(), JobState::Queued);
+    }
+
+    void heldKeysAndDoubleClicksRemoveOneRow() {
+        WindowedApplication app;
+        app.queue().pauseContinueClicked(true);
+        for (const char* name : {"d.mkv", "c.mkv", "b.mkv", "a.mkv"})
+            app.add(name);
+        const QPoint remove = app.centreOf(0, Button::Remove);
+        QTest::mouseClick(app.list().viewport(), Qt::LeftButton, {}, remove);
+        QTest::mouseDClick(app.list().viewport(), Qt::LeftButton, {}, remove);
+        QTest::mouseRelease(app.list().viewport(), Qt::LeftButton, {}, remove);
+        QCOMPARE(app.queue().count(), 3);
+        app.list().setCurrentIndex(app.list().model()->index(0, 0));
+        for (const bool isRepeat : {false, true, true}) {
+            QKeyEvent held(QEvent::KeyPress, Qt::Key_Delete, Qt::NoModifier, QString(), isRepeat);
+            QApplication::sendEvent(&app.list(), &held);
+        }
+        QCOMPARE(app.queue().count(), 2);
+    }
+
+    void typedAheadOnTheSheet() {
+        WindowedApplication app;
+        app.tool.setConversion(FakeTool::waitFor(app.path("go")));
+        app.add("running.mkv");
+        app.list().setFocus();
+        app.list().setCurrentIndex(app.list().model()->index(0, 0));
+        app.delegate.openFiles({app.write("a.mkv"), app.write("b.mkv")});
+        QTRY_VERIFY(app.sheetIsReady());
+        QCOMPARE(app.window->focusWidget(), app.find<QPushButton>("addButton"));
+        QTest::keyClick(app.window->focusWidget(), Qt::Key_Space);
+        QCOMPARE(app.queue().count(), 2);
+        // The next movie is being read: keys are the sheet's, which has nothing to do with them yet.
+        for (const auto key : {Qt::Key_Space, Qt::Key_Delete, Qt::Key_Return})
+            QTest::keyClick(app.window->focusWidget(), key);
+        QCOMPARE(app.queue().count(), 2);
+        QCOMPARE(app.job(1)->state(), JobState::Converting);
+
+        // A list that the user went to keeps the keys.
+        QTRY_VERIFY(app.sheetIsReady());
+        app.list().setFocus();
+        app.find<QAction>("pauseContinueAction")->trigger();
+        QCOMPARE(app.window->focusWidget(), &app.list());
+        app.delegate.addSheet().cancelAdd();
     }
 
     void theQueueIsPausedAndResumed() {
