@@ -7,6 +7,7 @@
 #include <QDropEvent>
 #include <QMenu>
 #include <QMimeData>
+#include <QProcess>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QStackedWidget>
@@ -82,6 +83,28 @@ private Q_SLOTS:
                           Qt::LeftButton);
         QCOMPARE(app.find<QStackedWidget>("pages")->currentWidget()->objectName(), "emptyView");
         QVERIFY(!app.find<QAction>("cleanAction")->isEnabled());
+    }
+
+    void theRealToolThroughTheWindow() {
+        WindowedApplication app;
+        const QString tool = QCoreApplication::applicationDirPath() + "/../resources";
+        qputenv("RAVELIN_RESOURCES", tool.toUtf8());
+        const QString movie = app.path("Größe \"60%\" #1.mkv");
+        QCOMPARE(QProcess::execute(tool + "/ffmpeg",
+                                   {"-v", "error", "-f", "lavfi", "-i", "testsrc2=s=160x120:r=10:d=2", "-f",
+                                    "lavfi", "-i", "sine=d=2", "-c:v", "mpeg4", "-c:a", "ac3", movie}),
+                 0);
+        QVERIFY(dragAndDrop(*app.window, {QUrl::fromLocalFile(movie)}));
+        QTRY_VERIFY_WITH_TIMEOUT(app.sheetIsReady(), 20000);
+        QVERIFY(app.find<QComboBox>("audioPopUp")->currentText().endsWith("(ac3)"));
+        QTest::mouseClick(app.find<QPushButton>("addButton"), Qt::LeftButton);
+        QTRY_COMPARE_WITH_TIMEOUT(app.job(0)->state(), JobState::Finished, 20000);
+        QCOMPARE(QProcess::execute(tool + "/ffmpeg", {"-v", "error", "-xerror", "-i",
+                                                      app.path("out/Größe \"60%\" #1.mp4"), "-f", "null", "-"}),
+                 0);
+        app.list().setCurrentIndex(app.list().model()->index(0, 0));
+        QTest::keyClick(&app.list(), Qt::Key_Return);
+        QCOMPARE(app.desktop.revealed, QStringList(app.path("out/Größe \"60%\" #1.mp4")));
     }
 
     void uselessDropsAreRefusedWithTheReason() {
