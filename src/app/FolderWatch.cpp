@@ -1,7 +1,7 @@
 #include "app/FolderWatch.h"
 
-#include "support/DirectoryObserver.h"
 #include "support/Files.h"
+#include "watch/DirectoryObserver.h"
 
 #include <QFileInfo>
 
@@ -15,9 +15,16 @@ bool mayHaveArrived(const EventRecord& record) {
 }
 
 CompletionWaiter::Known whatIsKnown(const EventRecord& record) {
-    if (record.wholeFile) return CompletionWaiter::Known::SeenWhole;
-    return (record.flags & kEventItemCreated) != 0 ? CompletionWaiter::Known::Created
-                                                   : CompletionWaiter::Known::Modified;
+    switch (record.contents) {
+        case EventContents::Whole:
+            return CompletionWaiter::Known::SeenWhole;
+        case EventContents::Unfinished:
+            return (record.flags & kEventItemCreated) != 0 ? CompletionWaiter::Known::Created
+                                                           : CompletionWaiter::Known::Modified;
+        case EventContents::Untold:
+            return CompletionWaiter::Known::Unknown;
+    }
+    return CompletionWaiter::Known::Unknown;
 }
 
 }  // namespace

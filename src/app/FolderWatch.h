@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/CompletionWaiter.h"
+#include "watch/CompletionWaiter.h"
 
 #include <QObject>
 #include <QSet>

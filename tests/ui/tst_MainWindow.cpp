@@ -99,9 +99,10 @@ private Q_SLOTS:
         QVERIFY(app.find<QComboBox>("audioPopUp")->currentText().endsWith("(ac3)"));
         QTest::mouseClick(app.find<QPushButton>("addButton"), Qt::LeftButton);
         QTRY_COMPARE_WITH_TIMEOUT(app.job(0)->state(), JobState::Finished, 20000);
-        QCOMPARE(QProcess::execute(tool + "/ffmpeg", {"-v", "error", "-xerror", "-i",
-                                                      app.path("out/Größe \"60%\" #1.mp4"), "-f", "null", "-"}),
-                 0);
+        QCOMPARE(
+            QProcess::execute(tool + "/ffmpeg", {"-v", "error", "-xerror", "-i",
+                                                 app.path("out/Größe \"60%\" #1.mp4"), "-f", "null", "-"}),
+            0);
         app.list().setCurrentIndex(app.list().model()->index(0, 0));
         QTest::keyClick(&app.list(), Qt::Key_Return);
         QCOMPARE(app.desktop.revealed, QStringList(app.path("out/Größe \"60%\" #1.mp4")));

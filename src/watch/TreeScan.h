@@ -1,8 +1,8 @@
 #pragma once
 
-#include "support/EventBatch.h"
-#include "support/FolderReader.h"
-#include "support/TreeWatch.h"
+#include "watch/EventBatch.h"
+#include "watch/FolderReader.h"
+#include "watch/TreeWatch.h"
 
 #include <QDeadlineTimer>
 
@@ -15,10 +15,10 @@
 class TreeScan {
 public:
     enum class Report {
-        Arrivals,    ///< What came since the scan was made, while its folder was not watched yet.
-        New,         ///< Everything, as created.
-        MovedHere,   ///< Everything, as renamed.
-        Everything,  ///< Everything, as modified: nobody knows what was missed.
+        Arrivals,   ///< What came since the scan was made, while its folder was not watched yet.
+        New,        ///< Everything, as created.
+        MovedHere,  ///< Everything, as renamed.
+        Missed,     ///< What changed since the scan was made, as modified, and folders not known yet.
     };
 
     TreeScan(TreeWatch& watch, EventBatch& batch);

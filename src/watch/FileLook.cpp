@@ -1,4 +1,4 @@
-#include "support/FileLook.h"
+#include "watch/FileLook.h"
 
 #include <QFile>
 

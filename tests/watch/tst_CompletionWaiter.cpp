@@ -1,4 +1,4 @@
-#include "support/CompletionWaiter.h"
+#include "watch/CompletionWaiter.h"
 
 #include <QDir>
 #include <QSignalSpy>

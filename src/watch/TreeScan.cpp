@@ -1,4 +1,4 @@
-#include "support/TreeScan.h"
+#include "watch/TreeScan.h"
 
 TreeScan::TreeScan(TreeWatch& watch, EventBatch& batch) : m_watch(watch), m_batch(batch) {
     ::clock_gettime(CLOCK_REALTIME_COARSE, &m_made);  // The one that file systems take their times from.
@@ -12,6 +12,10 @@ TreeWatch::Found TreeScan::enter(int parent, const std::string& name, Report rep
     if (folder.found == Found::Moved &&
         !m_batch.folderMoved(folder.before, m_watch.tree().path(folder.watch)))
         isNew = true;
+    if (report == Report::Missed) {
+        again = true;
+        if (isNew) report = Report::New;
+    }
     if (isNew || again) m_waiting.push_back({folder.watch, report});
     return folder.found;
 }
@@ -45,7 +49,7 @@ void TreeScan::open(Task task) {
     m_reader.emplace(m_path, isRoot);
     // The root is watched from the first moment: what arrived in it is told by events.
     m_changed = task.report == Report::Arrivals && !isRoot && m_reader->changedSince(m_made);
-    if (task.report == Report::Everything) m_known = m_watch.tree().childNames(task.watch);
+    if (task.report == Report::Missed) m_known = m_watch.tree().childNames(task.watch);
 }
 
 void TreeScan::take(const FolderReader::Entry& entry) {
@@ -61,16 +65,17 @@ void TreeScan::take(const FolderReader::Entry& entry) {
         case Report::MovedHere:
             flags = kEventItemRenamed;
             break;
-        case Report::Everything:
-            flags = isFolder ? 0U : kEventItemModified;
+        case Report::Missed:
+            if (!isFolder && m_reader->arrival(entry, m_made) != FolderReader::Arrival::Before)
+                flags = kEventItemModified;
             break;
         case Report::Arrivals:
             if (m_changed) flags = arrivalFlags(entry, below);
             break;
     }
     if (isFolder) {
-        const bool all = m_task.report == Report::Everything;
-        if (enter(m_task.watch, name, below, all) == TreeWatch::Found::New && all) flags = kEventItemCreated;
+        const bool isNew = enter(m_task.watch, name, below) == TreeWatch::Found::New;
+        if (isNew && m_task.report == Report::Missed) flags = kEventItemCreated;
     }
     if (flags != 0) m_batch.add(m_path, name, flags | (isFolder ? kEventItemIsFolder : kEventItemIsFile));
 }

@@ -1,4 +1,4 @@
-#include "support/MatroskaSize.h"
+#include "watch/MatroskaSize.h"
 
 #include <QTemporaryFile>
 #include <QTest>

@@ -1,4 +1,4 @@
-#include "support/Inotify.h"
+#include "watch/Inotify.h"
 
 #include "support/Format.h"
 

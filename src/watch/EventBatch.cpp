@@ -1,7 +1,7 @@
-#include "support/EventBatch.h"
+#include "watch/EventBatch.h"
 
-#include "support/PathTree.h"
 #include "support/Text.h"
+#include "watch/PathTree.h"
 
 #include <QByteArray>
 
@@ -24,8 +24,8 @@ EventRecord& EventBatch::record(const QString& path) {
     return m_records.last();
 }
 
-void EventBatch::add(const std::string& folder, const std::string& name, quint32 flags, Contents contents,
-                     const std::string& renamedFrom) {
+void EventBatch::add(const std::string& folder, const std::string& name, quint32 flags,
+                     EventContents contents, const std::string& renamedFrom) {
     m_pending = true;
     const std::optional<QString> path = decoded(m_fileLevel ? joinedPath(folder, name) : folder);
     if (!path) {
@@ -38,8 +38,8 @@ void EventBatch::add(const std::string& folder, const std::string& name, quint32
         return;
     }
     item.flags |= flags;
-    if (contents == Contents::Untold) return;
-    item.wholeFile = contents == Contents::Whole;
+    if (contents == EventContents::Untold) return;
+    item.contents = contents;
     item.renamedFrom = renamedFrom.empty() ? QString() : decoded(renamedFrom).value_or(QString());
 }
 
@@ -53,10 +53,10 @@ bool EventBatch::folderMoved(const std::string& from, const std::string& to) {
     for (qsizetype i = 0; i < count; ++i) {
         if (!m_records.at(i).path.startsWith(start)) continue;
         const EventRecord old = m_records.at(i);
-        m_records[i].wholeFile = false;
+        m_records[i].contents = EventContents::Unfinished;
         EventRecord& item = record(*now + old.path.mid(before->size()));
         item.flags |= old.flags | kEventItemRenamed;
-        item.wholeFile = old.wholeFile;
+        item.contents = old.contents;
         item.renamedFrom = old.path;
     }
     return true;

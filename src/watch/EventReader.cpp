@@ -1,4 +1,4 @@
-#include "support/EventReader.h"
+#include "watch/EventReader.h"
 
 #include "support/Format.h"
 
@@ -6,8 +6,6 @@
 #include <sys/stat.h>
 
 namespace {
-
-using Contents = EventBatch::Contents;
 
 /// A name that is given to a file by link(2), or a symbolic link: nobody will write and close it.
 bool cameWithContents(const std::string& path) {
@@ -41,14 +39,14 @@ void EventReader::take(const Inotify::Event& event) {
     } else if ((event.mask & IN_CREATE) != 0) {
         const bool whole = !isFolder && cameWithContents(joinedPath(folder, name));
         m_batch.add(folder, name, kind | kEventItemCreated | (whole ? kEventItemModified : 0U),
-                    Contents::Unfinished);
+                    EventContents::Unfinished);
         if (isFolder) m_scan.enter(event.watch, name, TreeScan::Report::New);
     } else if ((event.mask & IN_DELETE) != 0) {
-        m_batch.add(folder, name, kind | kEventItemRemoved, Contents::Unfinished);
+        m_batch.add(folder, name, kind | kEventItemRemoved, EventContents::Unfinished);
     } else if ((event.mask & IN_CLOSE_WRITE) != 0) {
-        m_batch.add(folder, name, kind | kEventItemModified, Contents::Whole);
+        m_batch.add(folder, name, kind | kEventItemModified, EventContents::Whole);
     } else if ((event.mask & IN_MODIFY) != 0) {
-        m_batch.add(folder, name, kind | kEventItemModified, Contents::Unfinished);
+        m_batch.add(folder, name, kind | kEventItemModified, EventContents::Unfinished);
     } else if ((event.mask & IN_ATTRIB) != 0 && isFolder &&
                m_watch.tree().child(event.watch, name) == PathTree::kNone) {
         m_scan.enter(event.watch, name, TreeScan::Report::New);
@@ -85,13 +83,13 @@ void EventReader::takeMove(const Inotify::Event& event, const std::string& folde
     const bool isFolder = (event.mask & IN_ISDIR) != 0;
     const quint32 flags = kEventItemRenamed | (isFolder ? kEventItemIsFolder : kEventItemIsFile);
     if ((event.mask & IN_MOVED_FROM) != 0) {
-        m_batch.add(folder, name, flags, Contents::Unfinished);
+        m_batch.add(folder, name, flags, EventContents::Unfinished);
         m_departures[event.cookie] = {event.watch, name, joinedPath(folder, name), isFolder, m_turn};
         return;
     }
     const auto departure = m_departures.find(event.cookie);
     const bool cameFromOutside = departure == m_departures.end();
-    m_batch.add(folder, name, flags, isFolder ? Contents::Unfinished : Contents::Whole,
+    m_batch.add(folder, name, flags, isFolder ? EventContents::Unfinished : EventContents::Whole,
                 cameFromOutside ? std::string() : departure->second.path);
     if (isFolder) m_scan.enter(event.watch, name, TreeScan::Report::MovedHere, cameFromOutside);
     // Something else may have this place or the old one by now; then settleDepartures() looks at the old one.

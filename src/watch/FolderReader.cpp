@@ -1,4 +1,4 @@
-#include "support/FolderReader.h"
+#include "watch/FolderReader.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

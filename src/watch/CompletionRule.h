@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/FileLook.h"
+#include "watch/FileLook.h"
 
 #include <chrono>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/EventBatch.h"
+#include "watch/EventBatch.h"
 
 #include <QObject>
 #include <QTimer>
@@ -25,9 +25,10 @@ class QSocketNotifier;
 /// from elsewhere; a folder that moves within the tree is reported alone, see EventRecord::renamedFrom.
 /// Linked folders are not followed, only `path` itself may be a link.
 ///
-/// When the kernel's queue overflows, every file of the whole tree is reported as modified: nobody knows what
-/// was missed, and keeping sizes and times of all files only to tell them apart would cost more. Whoever
-/// takes each file once is not harmed.
+/// When the kernel's queue overflows, the whole tree is read again, and every file that changed, by its
+/// times, since the observer was started is reported as modified, also when it was reported before: nobody
+/// knows what was missed. So are all files of folders that come to light. Files that only lay there stay
+/// untold.
 ///
 /// The kernel tells only of what this machine does: changes that others make on a network share go unseen,
 /// and so does what is mounted below the folder later on.

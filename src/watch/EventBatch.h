@@ -17,11 +17,14 @@ enum EventFlag : quint32 {
     kEventItemIsFolder = 0x20000,
 };
 
+/// What was heard last of the contents of a file. Untold: nothing, it was found in the tree. Whole: a writer
+/// closed it, or it was moved here.
+enum class EventContents { Whole, Unfinished, Untold };
+
 struct EventRecord {
     QString path;  ///< Absolute.
     quint32 flags = 0;
-    /// The last that was heard of this name is that a writer closed it or that it was moved here.
-    bool wholeFile = false;
+    EventContents contents = EventContents::Untold;
     /// The name that it had before, when it was moved from one place in the tree to this one; else empty.
     /// Of a folder that is moved this is the only record: the files in it move along in silence.
     QString renamedFrom;
@@ -31,13 +34,11 @@ struct EventRecord {
 /// Paths come as the bytes that the kernel gives; one that is not valid UTF-8 makes no record.
 class EventBatch {
 public:
-    enum class Contents { Whole, Unfinished, Untold };
-
     explicit EventBatch(bool withFileLevelEvents) : m_fileLevel(withFileLevelEvents) {}
 
     /// Of item `name` in `folder`. Without file-level events the record is the folder's.
     void add(const std::string& folder, const std::string& name, quint32 flags,
-             Contents contents = Contents::Untold, const std::string& renamedFrom = {});
+             EventContents contents = EventContents::Untold, const std::string& renamedFrom = {});
 
     /// Records of items below `from` come again under their new paths, because nobody finds them under the
     /// old ones. False: `from` was no valid text, so nothing below it has ever been told.

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "support/Inotify.h"
-#include "support/PathTree.h"
+#include "watch/Inotify.h"
+#include "watch/PathTree.h"
 
 #include <QString>
 #include <QStringList>
@@ -10,6 +10,7 @@
 #include <string>
 #include <sys/stat.h>
 #include <unordered_set>
+#include <utility>
 
 /// The watched folders of a tree. A folder's watch is its identity: what a path leads to is asked of the
 /// kernel each time, because events tell of a past that later events have changed already.

@@ -1,4 +1,4 @@
-#include "support/PathTree.h"
+#include "watch/PathTree.h"
 
 std::string joinedPath(std::string_view folder, std::string_view name) {
     std::string path;

@@ -1,4 +1,4 @@
-#include "support/WriterCheck.h"
+#include "watch/WriterCheck.h"
 
 #include <QFile>
 

@@ -1,6 +1,6 @@
-#include "support/CompletionWaiter.h"
+#include "watch/CompletionWaiter.h"
 
-#include "support/MatroskaSize.h"
+#include "watch/MatroskaSize.h"
 
 #include <QPointer>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "support/CompletionRule.h"
-#include "support/FileLook.h"
+#include "watch/CompletionRule.h"
+#include "watch/FileLook.h"
 
 #include <QHash>
 #include <QObject>

@@ -1,4 +1,4 @@
-#include "support/TreeWatch.h"
+#include "watch/TreeWatch.h"
 
 #include "support/Format.h"
 #include "support/Log.h"

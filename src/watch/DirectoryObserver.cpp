@@ -1,7 +1,7 @@
-#include "support/DirectoryObserver.h"
+#include "watch/DirectoryObserver.h"
 
-#include "support/EventReader.h"
 #include "support/Format.h"
+#include "watch/EventReader.h"
 
 #include <QDeadlineTimer>
 #include <QDir>
@@ -93,8 +93,9 @@ void DirectoryObserver::simulateOverflow() {
 void DirectoryObserver::takeTurn() {
     const QPointer<DirectoryObserver> self(this);
     m_watch->events.read(QDeadlineTimer(kSliceMilliseconds));
-    if (!m_watch->events.endReason().isEmpty()) {
-        end(m_watch->events.endReason());
+    const QString reason = m_watch->events.endReason();
+    if (!reason.isEmpty()) {
+        end(reason);
         return;
     }
     m_watch->scan.work(QDeadlineTimer(kSliceMilliseconds));
@@ -125,7 +126,7 @@ void DirectoryObserver::scanAgain() {
         end(movedAway());
     } else {
         m_announced = false;
-        m_watch->scan.readTree(TreeScan::Report::Everything);
+        m_watch->scan.readTree(TreeScan::Report::Missed);
         m_slices.start(0);
     }
 }
@@ -148,10 +149,9 @@ QString DirectoryObserver::movedAway() const {
 
 void DirectoryObserver::end(const QString& reason) {
     const QPointer<DirectoryObserver> self(this);
-    const QString text = reason;
     const Block block = m_block;
     if (m_watch->batch.isPending()) block(m_watch->batch.take());
     if (!self || !m_watch) return;
     stopObserving();
-    Q_EMIT ended(text);
+    Q_EMIT ended(reason);
 }

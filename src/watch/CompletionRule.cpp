@@ -1,4 +1,4 @@
-#include "support/CompletionRule.h"
+#include "watch/CompletionRule.h"
 
 #include <algorithm>
 

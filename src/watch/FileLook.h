@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/WriterCheck.h"
+#include "watch/WriterCheck.h"
 
 #include <QString>
 

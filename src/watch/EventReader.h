@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/TreeScan.h"
+#include "watch/TreeScan.h"
 
 #include <QDeadlineTimer>
 #include <QString>
@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <string>
 #include <unordered_map>
+#include <utility>
 
 /// Turns the kernel's events into records and keeps the watched tree in step with them.
 class EventReader {
@@ -24,7 +25,7 @@ public:
     bool takeOverflow() { return std::exchange(m_overflowed, false); }
     void overflow() { m_overflowed = true; }
     /// Why the root is watched no longer; empty while it is.
-    const QString& endReason() const { return m_endReason; }
+    QString endReason() const { return m_endReason; }
 
 private:
     struct Departure {
