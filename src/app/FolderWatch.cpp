@@ -29,7 +29,9 @@ CompletionWaiter::Known whatIsKnown(const EventRecord& record) {
 
 }  // namespace
 
-FolderWatch::FolderWatch(QObject* parent) : QObject(parent) {
+FolderWatch::FolderWatch(std::shared_ptr<Names> processedNames, QObject* parent)
+    : QObject(parent), m_processedNames(std::move(processedNames)) {
+    connect(&m_waiter, &CompletionWaiter::droppedOut, this, &FolderWatch::noteGone);
     connect(&m_waiter, &CompletionWaiter::complete, this, &FolderWatch::tell);
     connect(&m_waiter, &CompletionWaiter::waitingChanged, this, &FolderWatch::waitingChanged);
 }
@@ -52,16 +54,18 @@ QString FolderWatch::start(const QString& folder) {
 
 void FolderWatch::stop() {
     m_waiter.cancelAll();
-    // Often called from within the observer.
-    if (m_observer) m_observer.release()->deleteLater();
+    m_gone.clear();
+    if (!m_observer) return;
+    m_observer->stopObserving();
+    m_observer.release()->deleteLater();  // Often called from within it.
 }
 
 void FolderWatch::take(const QList<EventRecord>& records) {
     for (const EventRecord& record : records) {
-        if (!record.renamedFrom.isEmpty()) followMove(record);
+        if (!record.renamedFrom.isEmpty() && (record.flags & kEventItemIsFolder) != 0) followMove(record);
         if (mayHaveArrived(record)) {
             const QString name = QFileInfo(record.path).fileName();
-            if (!m_processedNames.contains(name)) m_waiter.wait(record.path, whatIsKnown(record));
+            if (!m_processedNames->contains(name)) m_waiter.wait(record.path, whatIsKnown(record));
         } else {
             m_waiter.lookAgain(record.path);
         }
@@ -71,17 +75,24 @@ void FolderWatch::take(const QList<EventRecord>& records) {
 void FolderWatch::followMove(const EventRecord& record) {
     // What is in a moved folder moves along in silence.
     const QString from = record.renamedFrom + u'/';
-    const QStringList waiting = m_waiter.waiting();
-    for (const QString& path : waiting) {
+    const QStringList known = m_waiter.waiting() + m_gone.keys();
+    for (const QString& path : known) {
         if (!path.startsWith(from)) continue;
         m_waiter.cancel(path);
+        m_gone.remove(path);
         m_waiter.wait(record.path + u'/' + path.mid(from.size()), CompletionWaiter::Known::Unknown);
     }
 }
 
+void FolderWatch::noteGone(const QString& path) {
+    constexpr int kTwoBatchesAndMore = 6000;  // milliseconds
+    m_gone.removeIf([](const auto& entry) { return entry.value().hasExpired(); });
+    m_gone.insert(path, QDeadlineTimer(kTwoBatchesAndMore));
+}
+
 void FolderWatch::tell(const QString& path) {
     const QString name = QFileInfo(path).fileName();
-    if (m_processedNames.contains(name)) return;
-    m_processedNames.insert(name);
+    if (m_processedNames->contains(name)) return;
+    m_processedNames->insert(name);
     Q_EMIT arrived(path);
 }

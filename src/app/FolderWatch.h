@@ -2,6 +2,8 @@
 
 #include "watch/CompletionWaiter.h"
 
+#include <QDeadlineTimer>
+#include <QHash>
 #include <QObject>
 #include <QSet>
 #include <QString>
@@ -17,7 +19,13 @@ class FolderWatch : public QObject {
     Q_OBJECT
 
 public:
-    explicit FolderWatch(QObject* parent = nullptr);
+    /// Names without folders that were told already. A movie that comes again under its name is not converted
+    /// a second time.
+    using Names = QSet<QString>;
+
+    /// `processedNames` may be shared by several watches: a name is told by one of them.
+    explicit FolderWatch(std::shared_ptr<Names> processedNames = std::make_shared<Names>(),
+                         QObject* parent = nullptr);
     ~FolderWatch() override;
 
     /// Watches `folder` from now on. What is in it already is not told. Nothing is watched, and the reason
@@ -40,10 +48,13 @@ Q_SIGNALS:
 private:
     void take(const QList<EventRecord>& records);
     void followMove(const EventRecord& record);
+    void noteGone(const QString& path);
     void tell(const QString& path);
 
     std::unique_ptr<DirectoryObserver> m_observer;
     CompletionWaiter m_waiter;
-    /// Names without folders. A movie that comes again under its name is not converted a second time.
-    QSet<QString> m_processedNames;
+    std::shared_ptr<Names> m_processedNames;
+    /// Files that were waited for and are gone, and since when. The record that their folder moved may be on
+    /// its way.
+    QHash<QString, QDeadlineTimer> m_gone;
 };

@@ -40,13 +40,15 @@ QString JobQueue::uniqueDestination(const QString& path) const {
 
 bool JobQueue::addJob(std::unique_ptr<ConversionJob> job) {
     if (!job->destinationIsWriteable()) {
+        showInTurn(
+            [] {
+                alert_apptitled(
+                    "You don't seem to have write access to the selected destinatation or it is a read-only "
+                    "filesystem. Please choose another destination.",
+                    "OK");
+            },
+            "not writeable");
         m_waiting.cancelAdd();
-        showInTurn([] {
-            alert_apptitled(
-                "You don't seem to have write access to the selected destinatation or it is a read-only "
-                "filesystem. Please choose another destination.",
-                "OK");
-        });
         return false;
     }
     ConversionJob* added = job.get();

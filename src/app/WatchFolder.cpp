@@ -17,7 +17,8 @@ constexpr QLatin1StringView kActive("WatchfolderActive");
 
 }  // namespace
 
-WatchFolder::WatchFolder(FilePanels& panels, QObject* parent) : QObject(parent), m_panels(panels) {}
+WatchFolder::WatchFolder(FilePanels& panels, QObject* parent)
+    : QObject(parent), m_panels(panels), m_processedNames(std::make_shared<QSet<QString>>()) {}
 
 WatchFolder::~WatchFolder() {
     stopAccess();
@@ -79,7 +80,7 @@ void WatchFolder::forget() {
 }
 
 void WatchFolder::startObserving(const QString& folder) {
-    auto watch = std::make_unique<FolderWatch>();
+    auto watch = std::make_unique<FolderWatch>(m_processedNames);
     m_problem = watch->start(folder);
     if (!watch->isRunning()) {
         setDefaultInt(kActive, 0);

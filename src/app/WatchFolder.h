@@ -3,6 +3,7 @@
 #include "app/FilePanels.h"
 
 #include <QObject>
+#include <QSet>
 #include <QString>
 
 #include <memory>
@@ -55,7 +56,8 @@ private:
     std::optional<QString> m_folder;
     bool m_hasAccess = false;  ///< Access to m_folder is open.
     QString m_label;
-    QString m_problem;  ///< Why it is off, or what is not watched.
+    QString m_problem;                                ///< Why it is off, or what is not watched.
+    std::shared_ptr<QSet<QString>> m_processedNames;  ///< Of this run; never emptied.
     FolderWatch* m_current = nullptr;
     /// With those that run on for the rest of this run: another folder was chosen meanwhile.
     std::vector<std::unique_ptr<FolderWatch>> m_watches;

@@ -35,6 +35,7 @@ ConvertCommand::ConvertCommand(const ConvertOptions& options, ConsolePresenter& 
     connect(&m_intake, &FileIntake::becameIdle, this, [this] {
         // The last file may have been refused, with jobs in the queue that waited for it.
         m_queue.startNextJobInQueue();
+        QTimer::singleShot(0, this, &ConvertCommand::takeNext);
         endIfDone();
     });
     connect(&m_queue, &JobQueue::jobAdded, this, &ConvertCommand::watch);
@@ -62,7 +63,15 @@ void ConvertCommand::setEndless(bool endless) {
 }
 
 void ConvertCommand::add(const QString& path) {
-    if (!m_interrupted) m_intake.openFiles({path});
+    if (m_interrupted) return;
+    m_toCome.append(path);
+    takeNext();
+}
+
+/// One at a time, so that the first that came is the first to be converted and does not wait for the others.
+void ConvertCommand::takeNext() {
+    if (m_toCome.isEmpty() || m_intake.isScanning() || m_intake.fileInfo()) return;
+    m_intake.openFiles({m_toCome.takeFirst()});
 }
 
 void ConvertCommand::onMessage(const ConsolePresenter::Message& message) {
@@ -203,7 +212,7 @@ void ConvertCommand::interrupt() {
         ++m_failures;
         m_report->failed(*job, why);
     }
-    const QStringList waiting = m_intake.importFiles();
+    const QStringList waiting = m_intake.importFiles() + std::exchange(m_toCome, {});
     for (const QString& file : waiting)
         refuse(file, why.message, true);
     m_intake.clearImportFiles();
@@ -213,7 +222,8 @@ void ConvertCommand::interrupt() {
 
 void ConvertCommand::endIfDone() {
     if (m_endless && !m_interrupted) return;
-    const bool allProbed = !m_intake.areWaiting() && !m_intake.isScanning() && !m_intake.fileInfo();
+    const bool allProbed =
+        m_toCome.isEmpty() && !m_intake.areWaiting() && !m_intake.isScanning() && !m_intake.fileInfo();
     if (allProbed && m_running == 0 && ToolReaper::shared().isIdle()) QCoreApplication::quit();
 }
 

@@ -43,6 +43,7 @@ private:
     void refuseAtHand(const QString& message, bool wasShown);
     void reportProbe(const QString& file, const std::optional<MKVFileInfo>& record,
                      std::optional<qsizetype> best);
+    void takeNext();
     void endIfDone();
 
     const ConvertOptions m_options;
@@ -57,4 +58,5 @@ private:
     int m_failures = 0;
     bool m_interrupted = false;
     bool m_endless = false;
+    QStringList m_toCome;  ///< Movies that came while another was looked into, first come first.
 };

@@ -246,7 +246,8 @@ void ConversionJob::failed(const ToolExit& exit) {
     m_journal.reset();
     setState(JobState::Failed);
     if (noSpace) {
-        showInTurn([told = failure::noSpaceLeft()] { alert(told.title, told.message, "OK"); });
+        showInTurn([told = failure::noSpaceLeft()] { alert(told.title, told.message, "OK"); },
+                   "no space left");
     }
     Q_EMIT ended();
 }
@@ -344,6 +345,7 @@ bool ConversionJob::checkFreeSpace() const {
     const auto verdict =
         spacecheck::check(m_fileInfo.fileSize, volume::freeBytes(folder), volume::maximumFileSize(folder));
     if (verdict == spacecheck::Verdict::Enough) return true;
-    showInTurn([message = spacecheck::message(verdict)] { alert_apptitled(message, "OK"); });
+    const QString message = spacecheck::message(verdict);
+    showInTurn([message] { alert_apptitled(message, "OK"); }, message);
     return false;
 }

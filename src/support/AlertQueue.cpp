@@ -4,31 +4,41 @@
 
 #include <QList>
 
+#include <algorithm>
+
 namespace {
 
-QList<Block>& queue() {
-    static QList<Block> waiting;
+struct Waiting {
+    Block show;
+    QString key;
+};
+
+QList<Waiting>& queue() {
+    static QList<Waiting> waiting;
     return waiting;
 }
 
-bool isShowing = false;
+bool isShowing = false;  // The first of the queue.
 
 void showNext() {
     if (isShowing || queue().isEmpty()) return;
-    const Block show = queue().takeFirst();
+    const Block show = queue().first().show;
     isShowing = true;
     show();
     isShowing = false;
+    queue().removeFirst();
     if (!queue().isEmpty()) dispatch_async_main(showNext);
 }
 
 }  // namespace
 
-void showInTurn(Block show) {
+void showInTurn(Block show, const QString& key) {
     if (!alertPresenter().waitsForUser()) {
         show();
         return;
     }
-    queue().append(std::move(show));
+    const auto isSame = [&](const Waiting& waiting) { return !key.isEmpty() && waiting.key == key; };
+    if (std::ranges::any_of(queue(), isSame)) return;
+    queue().append({std::move(show), key});
     dispatch_async_main(showNext);
 }

@@ -63,25 +63,25 @@ void JobListView::trigger(Button button, bool shiftIsHeld) {
 }
 
 void JobListView::fillMenu(QMenu& menu) {
-    const QPointer<ConversionJob> job = currentJob();
+    ConversionJob* job = currentJob();
     const JobState state = job ? job->state() : JobState::Queued;
-    const auto add = [&](Button button, const QKeySequence& key) {
-        QAction* action = menu.addAction(symbolicIcon(JobDelegate::iconOf(button, state)),
-                                         JobDelegate::titleOf(button, state), this, [job, button] {
-                                             if (job) act(*job, button, false);
-                                         });
+    // The key is only told: it is the list's own, and a menu must not take it from other controls.
+    const auto addCommand = [&](const QString& title, const QKeySequence& key, Button button, bool shift) {
+        QAction* action = menu.addAction(title + u'\t' + key.toString(QKeySequence::NativeText));
         action->setEnabled(job && jobrow::isEnabled(button, state));
-        // Only told: the keys are the list's own, and a menu must not take them from other controls.
-        action->setText(action->text() + u'\t' + key.toString(QKeySequence::NativeText));
+        if (job) {
+            connect(action, &QAction::triggered, job, [job, button, shift] { act(*job, button, shift); });
+        }
+        return action;
+    };
+    const auto add = [&](Button button, const QKeySequence& key) {
+        addCommand(JobDelegate::titleOf(button, state), key, button, false)
+            ->setIcon(symbolicIcon(JobDelegate::iconOf(button, state)));
     };
     add(Button::PauseContinue, Qt::Key_Space);
     add(Button::Reveal, Qt::Key_Return);
     if (job && jobrow::isEnabled(Button::Reveal, state) && state != JobState::Failed) {
-        const QKeySequence key(Qt::SHIFT | Qt::Key_Return);
-        menu.addAction(tr("Show the original movie") + u'\t' + key.toString(QKeySequence::NativeText), this,
-                       [job] {
-                           if (job) act(*job, Button::Reveal, true);
-                       });
+        addCommand(tr("Show the original movie"), Qt::SHIFT | Qt::Key_Return, Button::Reveal, true);
     }
     menu.addSeparator();
     const QStringList arguments = job ? job->arguments() : QStringList();

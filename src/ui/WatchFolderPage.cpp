@@ -20,7 +20,7 @@ void joinWatchFolder(QWidget& page, WatchFolder& watchFolder) {
     auto* label = page.findChild<QLabel*>("watchfolderLabel");
     auto* state = page.findChild<QLabel*>("watchfolderState");
     const auto show = [&watchFolder, label, state] {
-        const QString name = watchFolder.watchfolderLabel();
+        const QString& name = watchFolder.watchfolderLabel();
         label->setText(name.isEmpty() ? tr("No folder is chosen.") : name);
         label->setToolTip(plainToolTip(watchFolder.folder()));
         state->setText(watchFolder.stateText());

@@ -40,7 +40,8 @@ void EventBatch::add(const std::string& folder, const std::string& name, quint32
     item.flags |= flags;
     if (contents == EventContents::Untold) return;
     item.contents = contents;
-    item.renamedFrom = renamedFrom.empty() ? QString() : decoded(renamedFrom).value_or(QString());
+    // An item that is moved on keeps its first step; the next one has a record of its own.
+    if (!renamedFrom.empty()) item.renamedFrom = decoded(renamedFrom).value_or(QString());
 }
 
 bool EventBatch::folderMoved(const std::string& from, const std::string& to) {

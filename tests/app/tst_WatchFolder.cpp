@@ -78,6 +78,23 @@ private Q_SLOTS:
         QCOMPARE(home.names().count("z.mkv"), 1);
     }
 
+    void aFileWhoseFolderMovesWhileItWaitsIsNotLost() {
+        const Watched home;
+        const int file = [&] {
+            QDir(home.path()).mkpath("in/A");
+            return ::open(QFile::encodeName(home.path("in/A/moved.mkv")).constData(),
+                          O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
+        }();
+        QCOMPARE(::write(file, "half", 4), 4);
+        QTRY_COMPARE_WITH_TIMEOUT(home.watch.waiting(), QStringList(home.path("in/A/moved.mkv")),
+                                  kLongEnough);
+        ::close(file);
+        // Looked for under its old name before anybody tells that the folder has moved, and that twice.
+        QVERIFY(QDir().rename(home.path("in/A"), home.path("in/B")));
+        QVERIFY(QDir().rename(home.path("in/B"), home.path("in/C")));
+        QTRY_COMPARE_WITH_TIMEOUT(home.names(), QStringList("C/moved.mkv"), kLongEnough);
+    }
+
     void aSlowWriterIsWaitedFor() {
         const Watched home;
         const int file = ::open(QFile::encodeName(home.path("in/slow.mkv")).constData(),
@@ -126,6 +143,14 @@ private Q_SLOTS:
         home.write("in/a.mkv", "whole");
         QTRY_COMPARE_WITH_TIMEOUT(arrived.count(), 1, kLongEnough);
         QCOMPARE(arrived.first().first().toString(), home.path("in/a.mkv"));
+
+        // The same folder once more: each movie is still told once.
+        folder.watchfolderSetClicked();
+        home.write("in/b.mkv", "whole");
+        QTRY_VERIFY_WITH_TIMEOUT(arrived.count() >= 2, kLongEnough);
+        home.write("in/c.mkv", "whole");
+        QTRY_VERIFY_WITH_TIMEOUT(arrived.last().first().toString().endsWith("c.mkv"), kLongEnough);
+        QCOMPARE(arrived.count(), 3);
 
         setDefaultInt("WatchfolderActive", 0);
         folder.watchfolderActiveClicked();
