@@ -100,7 +100,7 @@ private Q_SLOTS:
         QTRY_VERIFY(app.isReady());
         app.sheet().cancelAdd();
         QVERIFY(!app.sheet().isShown());
-        QTRY_COMPARE(app.queue().jobCountWithState(JobState::Finished), 2);
+        QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 2, 30000);
     }
 
     void nextToTheSourceNeedsAnOpenedFolder() {
@@ -212,7 +212,7 @@ private Q_SLOTS:
         app.write("in/deep/a.avi");
         app.write("in/notes.txt");
         app.delegate.openFiles({app.path("in")});
-        QTRY_COMPARE(app.queue().jobCountWithState(JobState::Finished), 2);
+        QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 2, 30000);
         QVERIFY(QFile::exists(app.path("in/deep/a.mp4")));
     }
 
@@ -327,7 +327,7 @@ private Q_SLOTS:
         for (int i = 0; i < 5; ++i)
             movies.append(app.write(QStringLiteral("%1.mkv").arg(i)));
         app.delegate.openFiles(movies);
-        QTRY_COMPARE(app.presenter.shown.size(), 5);
+        QTRY_COMPARE_WITH_TIMEOUT(app.presenter.shown.size(), 5, 30000);
         QCOMPARE(most, 1);
     }
 

@@ -38,7 +38,7 @@ private Q_SLOTS:
         Q_EMIT app.job(0)->progressed();
         QCOMPARE(changed.last().at(0).toModelIndex().row(), 0);
         app.write("go");
-        QTRY_COMPARE(app.queue().jobCountWithState(JobState::Finished), 2);
+        QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 2, 30000);
         app.queue().cleanClicked();
         QCOMPARE(model.rowCount(), 0);
     }

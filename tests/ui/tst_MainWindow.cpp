@@ -74,7 +74,7 @@ private Q_SLOTS:
             QCOMPARE(app.queue().count(), i + 1);
         }
         QTRY_VERIFY(!sheet->isVisible());
-        QTRY_COMPARE(app.queue().jobCountWithState(JobState::Finished), 10);
+        QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 10, 30000);
         QVERIFY(QFile::exists(app.path("out/Movie 3.mp4")));
         QVERIFY(app.job(3)->fileInfo().subtitleFileURL && app.job(7)->fileInfo().subtitleFileURL);
         QCOMPARE(app.list().model()->rowCount(), 10);
@@ -158,7 +158,7 @@ private Q_SLOTS:
         QTest::keyClick(&app.list(), Qt::Key_Delete);
         QCOMPARE(app.queue().count(), 2);
         app.write("go");
-        QTRY_COMPARE(app.queue().jobCountWithState(JobState::Finished), 2);
+        QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 2, 30000);
         QTest::keyClick(&app.list(), Qt::Key_Home);
         QTest::keyClick(&app.list(), Qt::Key_Return);
         QCOMPARE(app.desktop.revealed, QStringList(app.path("out/a.mkv.mp4")));
@@ -191,7 +191,7 @@ private Q_SLOTS:
         const QString copied = QApplication::clipboard()->text();
         QVERIFY2(copied.startsWith("ffmpeg ") && copied.contains("'\\''"), qPrintable(copied));
         app.write("go");
-        QTRY_COMPARE(app.queue().jobCountWithState(JobState::Finished), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 1, 30000);
         QMenu finished;
         app.list().fillMenu(finished);
         QVERIFY(!enabledTitles(finished).contains("Pause"));
