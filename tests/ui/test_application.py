@@ -137,7 +137,7 @@ class Application(unittest.TestCase):
         self.assertEqual(process.wait(LIMIT), 0)
         self.assertTrue(home.has_output("a.mp4") and home.has_output("b.mp4"))
 
-    def test_help_and_version_need_no_display(self):
+    def test_help_and_version(self):
         home = self.home(bus=False)
         for option, expected in (("--version", "Ravelin 1.0.0"), ("--help", "[files...]")):
             run = subprocess.run([PROGRAM, option], env=home.environment, capture_output=True, text=True, timeout=LIMIT)
