@@ -329,7 +329,7 @@ void ConversionJob::reveal(bool shiftIsHeld) {
         alert(told.title, told.message, "OK");
     } else if (alert(told.title, told.message, text::localized("Send to support"),
                      text::localized("Cancel")) == kAlertFirstButton) {
-        sharedDesktop().openUrl(QUrl(conversionSupportMail(m_arguments, m_output.text(), m_fileInfo)));
+        mail::open(conversionSupportMail(m_arguments, m_output.text(), m_fileInfo));
     }
 }
 

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "support/Mail.h"
+
 #include <QString>
 #include <QStringList>
 
 class MKVFileInfo;
 
-/// The address of a mail to support about a failed conversion, percent-escaped.
-QString conversionSupportMail(const QStringList& arguments, const QString& output, const MKVFileInfo& info);
+/// The mail to support about a failed conversion, with the settings.
+mail::Message conversionSupportMail(const QStringList& arguments, const QString& output,
+                                    const MKVFileInfo& info);

@@ -1,6 +1,7 @@
 #include "support/DBusDesktop.h"
 
 #include "support/Buses.h"
+#include "support/OpeningProgram.h"
 
 #include <QDBusMessage>
 #include <QDBusMetaType>
@@ -8,8 +9,6 @@
 #include <QDBusPendingReply>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
-#include <QStandardPaths>
 
 #include <algorithm>
 #include <fcntl.h>
@@ -24,24 +23,17 @@ constexpr auto kNotificationPath = "/org/freedesktop/Notifications";
 
 constexpr int kPatienceMilliseconds = 2000;
 
-/// Without the program's chatter between the application's own lines.
-bool openWithProgram(const QUrl& url) {
-    const QString opener = QStandardPaths::findExecutable("xdg-open");
-    if (opener.isEmpty()) return false;
-    QProcess process;
-    process.setProgram(opener);
-    process.setArguments({url.toString(QUrl::FullyEncoded)});
-    process.setStandardInputFile(QProcess::nullDevice());
-    process.setStandardOutputFile(QProcess::nullDevice());
-    process.setStandardErrorFile(QProcess::nullDevice());
-    return process.startDetached();
-}
-
 QDBusMessage portalCall(const char* interface, const char* method, const QVariantList& arguments) {
     QDBusMessage call = QDBusMessage::createMethodCall(
         kPortalService, kPortalPath, QString("org.freedesktop.portal.") + interface, method);
     call.setArguments(arguments);
     return call;
+}
+
+/// Whether somebody took the call, or may still take it.
+bool isAnswered(const QDBusConnection& bus, const QDBusMessage& call) {
+    const QDBusMessage answer = bus.call(call, QDBus::Block, kPatienceMilliseconds);
+    return answer.type() != QDBusMessage::ErrorMessage || QDBusError(answer).type() == QDBusError::NoReply;
 }
 
 }  // namespace
@@ -201,14 +193,20 @@ void DBusDesktop::reveal(const QString& path) {
 
 bool DBusDesktop::openUrl(const QUrl& url) {
     if (url.scheme().isEmpty()) return false;
+    const bool isMail = url.scheme() == u"mailto";
     // The program first: it has been started when this returns, so that a page or a mail still opens when the
     // application ends right after.
-    if (!m_insideFlatpak && openWithProgram(url)) return true;
+    if (!m_insideFlatpak && !isMail && openingprogram::start(url)) return true;
+    if (!m_insideFlatpak && isMail) {
+        if (const auto isTaken = openingprogram::startAndSee(url)) return *isTaken;
+    }
     const auto bus = buses::session();
     if (!bus) return false;
     if (!url.isLocalFile()) {
-        sendForSure(*bus, portalCall("OpenURI", "OpenURI",
-                                     {QString(), url.toString(QUrl::FullyEncoded), QVariantMap()}));
+        const auto call =
+            portalCall("OpenURI", "OpenURI", {QString(), url.toString(QUrl::FullyEncoded), QVariantMap()});
+        if (isMail) return isAnswered(*bus, call);
+        sendForSure(*bus, call);
         return true;
     }
     // Outside the sandbox a path means another file; a descriptor means the same.

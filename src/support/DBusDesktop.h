@@ -16,7 +16,7 @@ class QDBusPendingCallWatcher;
 
 /// The desktop over D-Bus: logind, the notification daemon and the file manager, or inside a Flatpak the
 /// desktop portal. A bus is connected to at the first use and only where one is announced; no reply is waited
-/// for.
+/// for, but by openUrl().
 class DBusDesktop : public Desktop {
     Q_OBJECT
 
@@ -31,7 +31,9 @@ public:
     void releaseSleepAssertion(quint32 assertion) override;
     void notify(const Notification& notification) override;
     void reveal(const QString& path) override;
-    /// By xdg-open, inside a Flatpak and where that is missing by the portal. True: it was handed over.
+    /// By xdg-open, inside a Flatpak and where that is missing by the portal. True: it was handed over. Of a
+    /// mail it is waited for, two seconds at the most, whether a program takes it; where the portal has taken
+    /// it, the portal tells the user when there is none.
     bool openUrl(const QUrl& url) override;
     void setLauncherProgress(std::optional<double> fraction) override;
     bool prefersDark() const override { return m_appearance.prefersDark(); }

@@ -38,8 +38,15 @@ public:
     /// Moves the file to the user's trash. False: it is where it was.
     virtual bool moveToTrash(const QString& path);
 
-    /// Opens a page, a folder or a mail link with the user's program for it. False: there is none.
+    /// Opens a page, a folder or a mail link with the user's program for it. False: there is none, as far as
+    /// that is known at once; of a mail link it is waited for.
     virtual bool openUrl(const QUrl& url) = 0;
+
+    /// Puts the text where the user can paste it from. False: there is no such place.
+    virtual bool copyToClipboard(const QString& /*text*/) { return false; }
+
+    /// Whether the Option key (Alt) is held down now.
+    virtual bool isOptionKeyHeld() const { return false; }
 
     /// Shows at the application's place in the launcher how far the work is, 0 to 1; nothing: none.
     virtual void setLauncherProgress(std::optional<double> /*fraction*/) {}

@@ -2,7 +2,6 @@
 
 #include "support/Alert.h"
 #include "support/Defaults.h"
-#include "support/Desktop.h"
 #include "support/Dispatch.h"
 #include "support/HostInformation.h"
 #include "support/Log.h"
@@ -26,17 +25,19 @@ QString alertText(const QString& message, const QString& details) {
         message, shown);
 }
 
-QString mailLink(const QString& message, const QString& details, bool isFatal) {
+mail::Message compose(const QString& message, const QString& details, bool isFatal) {
     const QuillonLib& library = QuillonLib::shared();
-    return makeString(
-        "mailto:%@?subject=%@ v%@ (%i) Problem Report&body=Hello\nA %@ error in %@ occurred "
-        "(%@).\n\nBye\n\nP.S. "
-        "Details: %@\n\n\nP.P.S: Hardware: %@ Software: %@ UDID: %@ Admin: %i\n\nPreferences: %@\n",
-        library.supportAddress(), library.supportRequestAppName(), library.appVersionString(),
-        library.appBuildNumber(), QString(isFatal ? "fatal" : ""), library.appName(), message, details,
-        PXHostInformation::machineType(), operatingSystemVersionString(),
-        library.appChecksumIncludingFrameworksSHA(), PXHostInformation::isUserAdmin() ? 1 : 0,
-        library.preferencesBase64());
+    const QString subject = makeString("%@ v%@ (%i) Problem Report", library.supportRequestAppName(),
+                                       library.appVersionString(), library.appBuildNumber());
+    const auto body = [&](const QString& settings) {
+        return makeString(
+            "Hello\nA %@ error in %@ occurred (%@).\n\nBye\n\nP.S. Details: %@\n\n\nP.P.S: Hardware: %@ "
+            "Software: %@ UDID: %@ Admin: %i\n\nPreferences: %@\n",
+            QString(isFatal ? "fatal" : ""), library.appName(), message, details,
+            PXHostInformation::machineType(), operatingSystemVersionString(),
+            library.appChecksumIncludingFrameworksSHA(), PXHostInformation::isUserAdmin() ? 1 : 0, settings);
+    };
+    return mail::withSettings(library.supportAddress(), subject, body);
 }
 
 }  // namespace problemreport
@@ -50,9 +51,7 @@ void alert_feedback(const QString& message, const QString& details, bool isFatal
         const long response = alert(
             text::localized(isFatal ? "Fatal Error" : "Error"), problemreport::alertText(message, details),
             text::localized("Send to support"), text::localized(isFatal ? "Quit" : "Continue"));
-        if (response == kAlertFirstButton) {
-            sharedDesktop().openUrl(QUrl(text::escaped(problemreport::mailLink(message, details, isFatal))));
-        }
+        if (response == kAlertFirstButton) mail::open(problemreport::compose(message, details, isFatal));
         if (isFatal) std::exit(1);
     });
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/Mail.h"
+
 #include <QString>
 
 /// Turns an error into an alert that offers to send a problem report by mail. From any thread; blocks it
@@ -11,8 +13,8 @@ void alert_feedback_nonfatal(const QString& message, const QString& details);
 
 namespace problemreport {
 
-/// The address of the mail, unescaped.
-QString mailLink(const QString& message, const QString& details, bool isFatal);
+/// The mail, with all of `details` and the settings.
+mail::Message compose(const QString& message, const QString& details, bool isFatal);
 QString alertText(const QString& message, const QString& details);
 
 }  // namespace problemreport

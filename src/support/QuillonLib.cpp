@@ -8,6 +8,7 @@
 #include "support/Exceptions.h"
 #include "support/Files.h"
 #include "support/Format.h"
+#include "support/Maker.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
@@ -174,15 +175,11 @@ QString QuillonLib::appChecksumIncludingFrameworksSHA() const {
 
 QString QuillonLib::supportAddress() const {
     const QString address = ApplicationInfo::value("FeedbackEmail");
-    return address.isEmpty() ? QStringLiteral("support@ravelin.example") : address;
+    return address.isEmpty() ? QString(maker::kSupportAddress) : address;
 }
 
 QString QuillonLib::supportRequestAppName() const {
     return customSupportRequestAppName ? customSupportRequestAppName() : appName();
-}
-
-QString QuillonLib::preferencesBase64() const {
-    return QString::fromLatin1(files::contents(prefsPath()).value_or(QByteArray()).toBase64());
 }
 
 void saveSettings() {

@@ -49,8 +49,13 @@ public:
     QString supportRequestAppName() const;
     /// Another name for them, where the application has one; may be null.
     std::function<QString()> customSupportRequestAppName;
-    /// The settings file as it is on disk, in Base64 without line breaks.
-    QString preferencesBase64() const;
+    /// Opens a mail to support that begins with `text` and tells of the machine. With the Option key held,
+    /// the settings go with it. Main thread only.
+    void sendSupportRequestMail(const QString& text) const;
+    /// What the menu of the maker's pages offers: 1 a support request, 2 a request for beta versions, 3 the
+    /// maker's page, 4 the store's, 5 the same in the store's program, else a page that compares, 6 a page
+    /// that lists. Opens nothing where there is no such page. Main thread only.
+    void openURL(int choice) const;
 
 private:
     void prepareSupportFolder() const;

@@ -4,7 +4,6 @@
 #include "convert/RunJournal.h"
 #include "support/Alert.h"
 #include "support/ApplicationInfo.h"
-#include "support/DBusDesktop.h"
 #include "support/Interruption.h"
 #include "support/SingleInstance.h"
 #include "ui/Appearance.h"
@@ -12,6 +11,7 @@
 #include "ui/DialogPresenter.h"
 #include "ui/Icons.h"
 #include "ui/MainWindow.h"
+#include "ui/WindowDesktop.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -115,7 +115,7 @@ int runApplication(int& argc, char** argv) {
     }
 
     AppDelegate::initialize();
-    DBusDesktop desktop(ApplicationInfo::name(), ApplicationInfo::bundleIdentifier());
+    WindowDesktop desktop(ApplicationInfo::name(), ApplicationInfo::bundleIdentifier());
     setSharedDesktop(&desktop);
     followDesktopAppearance(desktop);
     int status = 0;

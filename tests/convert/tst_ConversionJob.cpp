@@ -2,6 +2,7 @@
 #include "convert/RunJournal.h"
 #include "fakes/FakeController.h"
 #include "fakes/FakeTool.h"
+#include "fakes/OpenedMail.h"
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
 #include "support/Defaults.h"
@@ -408,7 +409,7 @@ private Q_SLOTS:
 
     void sendsToSupport() {
         Stage stage;
-        stage.tool.setConversion("echo strange words; exit 1\n");
+        stage.tool.setConversion("echo 'strange words: A & B #1.mp4'; exit 1\n");
         stage.job->start();
         QVERIFY(stage.waitForEnd());
         stage.home.presenter.answer.response = 1001;
@@ -416,10 +417,13 @@ private Q_SLOTS:
         QVERIFY(stage.home.desktop.opened.isEmpty());
         stage.home.presenter.answer.response = 1000;
         stage.job->reveal(false);
-        const QString link = QUrl::fromPercentEncoding(stage.home.desktop.opened.first().toEncoded());
-        QVERIFY(link.startsWith(
-            "mailto:support@ravelin.example?subject=Ravelin v1.0.0 Problem Report&body=Hello\nConversion"));
-        QVERIFY(link.contains("strange words") && link.contains("\nfileName: movie.mkv\n"));
+        const OpenedMail mail(stage.home.desktop.opened.first());
+        QCOMPARE(mail.subject, "Ravelin v1.0.0 Problem Report");
+        QVERIFY(mail.body.startsWith("Hello\nConversion of a file failed.") &&
+                mail.body.contains("strange words: A & B #1.mp4"));
+        QVERIFY(mail.body.contains("\nfileName: movie.mkv\n"));
+        QVERIFY(QByteArray::fromBase64(mail.body.section("Preferences: ", 1).toLatin1()).startsWith('{'));
+        QVERIFY(stage.home.presenter.shown.last().value.toString().contains("Preferences: {"));
     }
 
     void longNamesGetAProgressFile() {

@@ -25,8 +25,13 @@ public:
     }
     bool openUrl(const QUrl& url) override {
         opened.append(url);
-        return true;
+        return opens;
     }
+    bool copyToClipboard(const QString& text) override {
+        if (hasClipboard) clipboard = text;
+        return hasClipboard;
+    }
+    bool isOptionKeyHeld() const override { return optionKeyIsHeld; }
     void setLauncherProgress(std::optional<double> fraction) override { launcherProgress = fraction; }
 
     QStringList reasons;
@@ -35,6 +40,10 @@ public:
     QStringList revealed;
     QStringList trashed;
     QList<QUrl> opened;
+    bool opens = true;  ///< Whether the user has a program for what is opened.
+    bool hasClipboard = true;
+    QString clipboard;
+    bool optionKeyIsHeld = false;
     std::optional<double> launcherProgress;
 
 private:

@@ -1,3 +1,4 @@
+#include "fakes/OpenedMail.h"
 #include "fakes/TestHome.h"
 #include "support/Alert.h"
 #include "support/Defaults.h"
@@ -118,22 +119,25 @@ private Q_SLOTS:
         QVERIFY(problemreport::alertText("M", fits).endsWith("Information: " + fits));
         const QString tooLong(401, 'x');
         QVERIFY(problemreport::alertText("M", tooLong).endsWith(fits + "  …\n(Remaining message omitted)"));
-        QVERIFY(problemreport::mailLink("M", tooLong, true).contains(tooLong));
+        QVERIFY(problemreport::compose("M", tooLong, true).body.contains(tooLong));
     }
 
     void problemReport() {
         TestHome home;
         setDefaultString("travels", "with the report");
         home.presenter.answer.response = kAlertSecondButton;
-        alert_feedback_nonfatal("Message", "Details");
+        alert_feedback_nonfatal("A & B", "1 & 2");
         QVERIFY(home.desktop.opened.isEmpty());
         home.presenter.answer.response = kAlertFirstButton;
-        alert_feedback_nonfatal("Message", "Details");
-        const QString link = QUrl::fromPercentEncoding(home.desktop.opened.first().toEncoded());
-        QVERIFY(link.startsWith(
-            "mailto:support@ravelin.example?subject=Ravelin v1.0.0 (1) Problem Report&body=Hello\n"
-            "A  error in Ravelin occurred (Message).\n\nBye\n\nP.S. Details: Details\n"));
-        const QString encoded = link.section("Preferences: ", 1).trimmed();
+        alert_feedback_nonfatal("A & B", "1 & 2");
+        QCOMPARE(home.presenter.shown.size(), 3);  // The two reports, and once what will be sent.
+        QVERIFY(home.presenter.shown.last().value.toString().contains("\"with the report\""));
+        const OpenedMail mail(home.desktop.opened.first());
+        QCOMPARE(mail.address, "support@ravelin.example");
+        QCOMPARE(mail.subject, "Ravelin v1.0.0 (1) Problem Report");
+        QVERIFY(mail.body.startsWith(
+            "Hello\nA  error in Ravelin occurred (A & B).\n\nBye\n\nP.S. Details: 1 & 2\n"));
+        const QString encoded = mail.body.section("Preferences: ", 1).trimmed();
         QVERIFY(QByteArray::fromBase64(encoded.toLatin1()).contains("with the report"));
     }
 

@@ -93,12 +93,13 @@ class DesktopTest(dbusmock.DBusTestCase):
         self.assertEqual(self.probe.quit(), 0)
         self.probe = Probe(dict(os.environ, **environment), arguments)
 
-    def opener(self):
+    def opener(self, then=""):
         """A folder for the search path with an xdg-open that writes its argument down in the file "opened"."""
         folder = self.folder()
         opener = os.path.join(folder, "xdg-open")
         with open(opener, "w", encoding="utf-8") as file:
-            file.write(f'#!/bin/sh\necho chatter\necho "$1" >{folder}/new && mv {folder}/new {folder}/opened\n')
+            file.write(f'#!/bin/sh\necho chatter\necho "$1" >{folder}/new && mv {folder}/new {folder}/opened\n'
+                       f'cd {folder}\n{then}\n')
         os.chmod(opener, 0o755)
         return folder
 
@@ -223,6 +224,24 @@ class DesktopTest(dbusmock.DBusTestCase):
         with open(f"{folder}/file", encoding="utf-8") as file:
             self.assertEqual(file.read(), os.path.realpath(folder))
         self.probe.tell("open file:///nowhere/at/all", "not opened")
+
+    def test_a_mail_is_opened_only_if_a_program_takes_it(self):
+        folder = self.opener(then="exit 3")
+        self.restart(PATH=f"{folder}:{os.environ['PATH']}")
+        self.probe.tell("open mailto:a@b.example", "not opened")
+        self.probe.tell("open https://ravelin.example", "opened")  # Of a page nobody waits for an answer.
+        self.restart(PATH="/nowhere")
+        self.probe.tell("open mailto:a@b.example", "not opened")  # There is a bus, but no portal.
+
+    def test_a_mail_program_outlives_the_application(self):
+        folder = self.opener(then="read line <pipe; echo $line >ended")
+        os.mkfifo(f"{folder}/pipe")
+        self.restart(PATH=f"{folder}:{os.environ['PATH']}")
+        self.probe.tell("open mailto:a@b.example", "opened")
+        self.restart()
+        with open(f"{folder}/pipe", "w", encoding="utf-8") as pipe:
+            pipe.write("alive\n")
+        until(lambda: os.path.exists(f"{folder}/ended") and os.path.getsize(f"{folder}/ended"), "the program")
 
     def test_launcher_shows_what_changes(self):
         bus = dbus.bus.BusConnection(os.environ["DBUS_SESSION_BUS_ADDRESS"], mainloop=DBusGMainLoop())

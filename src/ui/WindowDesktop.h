@@ -1,0 +1,15 @@
+#pragma once
+
+#include "support/DBusDesktop.h"
+
+/// The desktop with what a window has of it: the clipboard and the keyboard. Needs the QGuiApplication.
+class WindowDesktop : public DBusDesktop {
+    Q_OBJECT
+
+public:
+    using DBusDesktop::DBusDesktop;
+
+    /// Stays as long as the application runs, longer where the desktop keeps it.
+    bool copyToClipboard(const QString& text) override;
+    bool isOptionKeyHeld() const override;
+};
