@@ -2,6 +2,7 @@
 
 #include "app/Drop.h"
 #include "app/MovieFiles.h"
+#include "app/Usages.h"
 #include "settings/Keys.h"
 #include "settings/SettingsTable.h"
 #include "support/Alert.h"
@@ -25,7 +26,7 @@ void AppDelegate::initialize() {
 }
 
 AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
-    : QObject(parent),
+    : PXApplicationDelegate(parent),
       m_panels(panels),
       m_intake(FileIntake::Messages::Scheduled),
       m_queue(m_intake),
@@ -35,6 +36,8 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
       m_watchFolder(panels) {
     // The last file may have been left out, with jobs in the queue that waited for it.
     connect(&m_intake, &FileIntake::becameIdle, &m_queue, &JobQueue::startPostponed);
+    m_queue.setUsageCounter(
+        [this](bool increase, bool allowFeedbackNow) { increaseUsages(*this, increase, allowFeedbackNow); });
     connect(&m_addSheet, &AddSheet::message, this, &AppDelegate::statusMessage);
     connect(&m_queue, &JobQueue::quitRequested, this, [this] { terminate(true); });
     connect(&m_progress, &QueueProgress::changed, this,
@@ -52,6 +55,7 @@ void AppDelegate::applicationWillFinishLaunching() {
     m_library = std::make_unique<QuillonLib>();
     m_build = makeString("%@ %i", text::localized("Build:"), m_library->appBuildNumber());
     m_version = makeString("%@ %@", text::localized("Version:"), m_library->appVersionString());
+    increaseUsages(*this, false, false);
     // This choice of encoding is retired.
     if (defaultInt(kExternalSubtitleEncodingKey) == 1) setDefaultInt(kExternalSubtitleEncodingKey, 0);
     showSpeedNotice();

@@ -7,9 +7,9 @@
 #include "app/JobQueue.h"
 #include "app/QueueProgress.h"
 #include "app/WatchFolder.h"
+#include "feedback/PXApplicationDelegate.h"
 
 #include <QList>
-#include <QObject>
 #include <QUrl>
 
 #include <atomic>
@@ -20,7 +20,7 @@ class QuillonLib;
 /// The application without its windows: puts the queue, the intake, the destinations and the watch folder
 /// together, starts them in order and ends them. Windows listen to its signals and call its commands. One for
 /// the life of the process; main thread only.
-class AppDelegate : public QObject {
+class AppDelegate : public PXApplicationDelegate {
     Q_OBJECT
 
 public:

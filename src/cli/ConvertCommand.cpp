@@ -2,6 +2,7 @@
 
 #include "app/AudioPreselection.h"
 #include "app/Destination.h"
+#include "app/Usages.h"
 #include "cli/Commands.h"
 #include "cli/ExitStatus.h"
 #include "cli/Run.h"
@@ -25,6 +26,8 @@ ConvertCommand::ConvertCommand(const ConvertOptions& options, ConsolePresenter& 
       m_queue(m_intake) {
     presenter.beforeWriting = [this] { m_report->makeRoom(); };
     presenter.onMessage = [this](const ConsolePresenter::Message& message) { onMessage(message); };
+    // Counted as in the window, but nobody is there to be asked.
+    m_queue.setUsageCounter([this](bool increase, bool) { increaseUsages(m_usages, increase, false); });
     connect(&m_intake, &FileIntake::scanningEnded, this, [this](const QString& path) {
         m_subject = path;
         m_messages.clear();

@@ -5,6 +5,7 @@
 #include "cli/CommandLine.h"
 #include "cli/ConvertReport.h"
 #include "cli/Inputs.h"
+#include "feedback/PXApplicationDelegate.h"
 
 #include <QObject>
 
@@ -49,6 +50,7 @@ private:
     const ConvertOptions m_options;
     ConsolePresenter& m_presenter;
     std::unique_ptr<ConvertReport> m_report;
+    PXApplicationDelegate m_usages;
     FileIntake m_intake;
     JobQueue m_queue;
     json::Messages m_messages;  ///< Of the movie at hand, until its probe is reported.

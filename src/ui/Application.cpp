@@ -2,6 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "convert/RunJournal.h"
+#include "feedback/PXRatingWindowController.h"
 #include "support/Alert.h"
 #include "support/ApplicationInfo.h"
 #include "support/Interruption.h"
@@ -11,12 +12,15 @@
 #include "ui/DialogPresenter.h"
 #include "ui/Icons.h"
 #include "ui/MainWindow.h"
+#include "ui/QuietMoment.h"
+#include "ui/RatingWindow.h"
 #include "ui/WindowDesktop.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
 #include <QEventLoop>
+#include <QPointer>
 #include <QSessionManager>
 #include <QTimer>
 
@@ -67,6 +71,18 @@ void waitUntilTerminated(AppDelegate& delegate) {
     QObject::connect(&delegate, &AppDelegate::terminated, &loop, &QEventLoop::quit);
     QTimer::singleShot(kMostMilliseconds, &loop, &QEventLoop::quit);
     if (!AppDelegate::isTerminated()) loop.exec();
+}
+
+/// Asks how the user likes the application, as soon as that disturbs nobody.
+void connectRating(AppDelegate& delegate, MainWindow& window) {
+    auto* quietMoment = new QuietMoment(&window);
+    QObject::connect(&delegate, &AppDelegate::ratingWindowRequested, quietMoment,
+                     [quietMoment, &window](PXRatingWindowController& asked) {
+                         if (window.findChild<RatingWindow*>()) return;
+                         quietMoment->wait([controller = QPointer(&asked), &window] {
+                             if (controller) (new RatingWindow(*controller, &window))->show();
+                         });
+                     });
 }
 
 /// What connects the parts that live as long as the application runs.
@@ -126,6 +142,7 @@ int runApplication(int& argc, char** argv) {
         presenter.setMainWindow(&window);
         panels.setMainWindow(&window);
         connectParts(application, delegate, window, *instance, panels);
+        connectRating(delegate, window);
         // Files that come from now on are for the next one.
         QObject::connect(&delegate, &AppDelegate::terminating, &delegate, [&] { instance.reset(); });
         const Interruption interruption;

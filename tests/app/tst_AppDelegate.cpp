@@ -82,6 +82,7 @@ private Q_SLOTS:
         QTRY_COMPARE(app.queue().job(0)->state(), JobState::Finished);
         QVERIFY(QFile::exists(app.path("other/Trip.mp4")));
         QVERIFY(!app.desktop.launcherProgress);
+        QCOMPARE(defaultInt("quillonlib_usages"), 1);
     }
 
     void nothingStartsBeforeTheLastFileWasHandled() {

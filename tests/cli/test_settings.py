@@ -71,6 +71,7 @@ class Settings(CliTest):
                 self.assertEqual(rate, used[used.index("-b:a") + 1])
         self.assertEqual(3, self.stored()["AACBitrate"])
         self.assertNotIn("ConversionPreset", self.stored())
+        self.assertEqual(3, self.stored()["quillonlib_usages"], "the runs are counted")
 
     def test_damaged_or_impossible_file(self):
         folder = self.settings_file.parent

@@ -1,11 +1,13 @@
 // Puts the windows into every state worth looking at and saves a picture of each: screenshots FOLDER [--dark]
 #include "fakes/WindowedApplication.h"
+#include "feedback/PXRatingWindowController.h"
 #include "support/Alert.h"
 #include "support/DontWarnAgain.h"
 #include "ui/Appearance.h"
 #include "ui/DialogPresenter.h"
 #include "ui/EmptyView.h"
 #include "ui/PreferencesWindow.h"
+#include "ui/RatingWindow.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -134,6 +136,21 @@ void preferences() {
     }
 }
 
+void rating() {
+    const TestHome home;
+    PXRatingWindowController controller;
+    controller.setIntroText(
+        "You have now used Ravelin more than 20 times, successfully converting 31 MKVs to MP4s.");
+    RatingWindow* window = new RatingWindow(controller);
+    window->show();
+    save(*window, "rating");
+    controller.happyClicked();
+    save(*window, "rating-happy");
+    controller.problemsClicked();
+    save(*window, "rating-problem");
+    delete window;
+}
+
 /// What is asked, and the name of its picture.
 void alertOf(const QString& name, const std::function<void()>& ask) {
     QTimer watch;
@@ -222,6 +239,7 @@ int main(int argc, char** argv) {
     scanningWindow();
     rightToLeft();
     preferences();
+    rating();
     alerts();
     return 0;
 }

@@ -1,0 +1,107 @@
+#include "feedback/PXRatingWindowController.h"
+
+#include "support/Alert.h"
+#include "support/ApplicationInfo.h"
+#include "support/Defaults.h"
+#include "support/Format.h"
+#include "support/QuillonLib.h"
+#include "support/Text.h"
+
+#include <utility>
+
+namespace {
+
+constexpr int kStorePage = 5;
+constexpr int kMacUpdatePage = 6;
+
+}  // namespace
+
+PXRatingWindowController::PXRatingWindowController()
+    : PXRatingWindowController(
+          ApplicationInfo::value,
+          {[](int choice) { QuillonLib::shared().openURL(choice); },
+           [](const QString& text) { QuillonLib::shared().sendSupportRequestMail(text); }}) {}
+
+PXRatingWindowController::PXRatingWindowController(PageLookup page, Actions actions)
+    : m_page(std::move(page)), m_actions(std::move(actions)) {}
+
+void PXRatingWindowController::setIntroText(const QString& text) {
+    m_introText = text;
+    Q_EMIT introTextChanged();
+}
+
+void PXRatingWindowController::show(View view) {
+    m_view = view;
+    Q_EMIT viewChanged();
+}
+
+PXRatingWindowController::ReviewButton PXRatingWindowController::reviewButton(
+    const char* pageKey, const char* otherPageKey, const char* otherTitle, const QString& icon,
+    const QString& otherIcon) const {
+    if (!m_page(pageKey).isEmpty()) return {.title = {}, .icon = icon, .isEnabled = true};
+    if (!m_page(otherPageKey).isEmpty())
+        return {.title = text::localized(otherTitle), .icon = otherIcon, .isEnabled = true};
+    return {.title = {}, .icon = icon, .isEnabled = false};
+}
+
+PXRatingWindowController::ReviewButton PXRatingWindowController::appStoreButton() const {
+    // The blanks leave room for the icon.
+    return reviewButton("StoreProductPage", "AlternativetoProductPage", "    Rate on AlternativeTo",
+                        "icon-appstore", "icon-alternativeto");
+}
+
+PXRatingWindowController::ReviewButton PXRatingWindowController::macUpdateButton() const {
+    return reviewButton("MacupdateProductPage", "FilehorseProductPage", "    Rate on FileHorse",
+                        "icon-macupdate", "icon-filehorse");
+}
+
+void PXRatingWindowController::happyClicked() {
+    show(View::Happy);
+}
+
+void PXRatingWindowController::problemsClicked() {
+    show(View::Angry);
+}
+
+void PXRatingWindowController::notsureClicked() {
+    closeClicked();
+}
+
+void PXRatingWindowController::notnowClicked() {
+    closeClicked();
+}
+
+void PXRatingWindowController::closeClicked() {
+    Q_EMIT closeRequested();
+}
+
+void PXRatingWindowController::rateappstoreClicked() {
+    m_actions.openURL(kStorePage);
+    closeClicked();
+}
+
+void PXRatingWindowController::ratemacupdateClicked() {
+    m_actions.openURL(kMacUpdatePage);
+    closeClicked();
+}
+
+void PXRatingWindowController::sendfeedbackClicked(const QString& text) {
+    m_actions.sendSupportRequestMail(text);
+    closeClicked();
+}
+
+void PXRatingWindowController::dontshowClicked() {
+    closeClicked();
+    const QString question = makeString(
+        "%@ asks for your feedback only rarely and at maximum only once per app-version. Are you sure you "
+        "want "
+        "to turn this off completely?",
+        ApplicationInfo::name());
+    const long answer = alert("Confirmation", question, text::localized("Cancel"),
+                              text::localized("Turn off feedback dialog"));
+    if (answer == kAlertSecondButton) setDefaultInt(kDontAskAgainKey, 1);
+}
+
+void PXRatingWindowController::windowWillClose() {
+    if (const auto block = std::exchange(m_closeBlock, nullptr)) block();
+}
