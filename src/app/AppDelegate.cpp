@@ -183,3 +183,8 @@ void AppDelegate::selectConversionStyle() {
 void AppDelegate::preferencesWillClose() {
     saveSettings();
 }
+
+void AppDelegate::openDocumentationWindow(std::optional<int> tag) {
+    constexpr int kAsItIs = -1;
+    Q_EMIT documentationWindowRequested(tag && *tag >= 0 ? *tag : kAsItIs);
+}

@@ -14,6 +14,7 @@
 
 #include <atomic>
 #include <memory>
+#include <optional>
 
 class QuillonLib;
 
@@ -70,12 +71,16 @@ public:
     void selectConversionStyle();
     /// The preferences window closes.
     void preferencesWillClose();
+    /// `tag` is that of the menu item; nothing, where something else asks.
+    void openDocumentationWindow(std::optional<int> tag = {});
 
 Q_SIGNALS:
     /// Show the main window in front of the others.
     void mainWindowRequested();
     /// Show the pane of a style: 0 compatible, 1 fast, 2 custom.
     void conversionStyleSelected(int preset);
+    /// Load the documentation or bring it to the front, and show the tab at `tag`; negative: leave the tab.
+    void documentationWindowRequested(int tag);
     /// Tell the user in passing; empty: nothing to tell any more.
     void statusMessage(const QString& message);
     /// Nothing new is taken from now on.

@@ -10,11 +10,13 @@
 #include "ui/Appearance.h"
 #include "ui/DialogPanels.h"
 #include "ui/DialogPresenter.h"
+#include "ui/Documentation.h"
 #include "ui/Icons.h"
 #include "ui/MainWindow.h"
 #include "ui/QuietMoment.h"
 #include "ui/RatingWindow.h"
 #include "ui/WindowDesktop.h"
+#include "ui/WebEngine.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -139,6 +141,8 @@ int runApplication(int& argc, char** argv) {
         DialogPanels panels;
         AppDelegate delegate(panels);
         MainWindow window(delegate);
+        PluginWebEngine engine;
+        const Documentation documentation(delegate, engine);
         presenter.setMainWindow(&window);
         panels.setMainWindow(&window);
         connectParts(application, delegate, window, *instance, panels);

@@ -63,6 +63,12 @@ void MainWindow::setUpActions() {
     connect(m_ui->closeAction, &QAction::triggered, this, &MainWindow::close);
     connect(m_ui->quitAction, &QAction::triggered, this, [this] { m_delegate.terminate(true); });
     connect(m_ui->aboutAction, &QAction::triggered, this, &MainWindow::showAbout);
+    for (const QAction* action : m_ui->helpMenu->actions()) {
+        const QVariant tag = action->property("tag");
+        if (!tag.isValid()) continue;
+        connect(action, &QAction::triggered, &m_delegate,
+                [this, tag] { m_delegate.openDocumentationWindow(tag.toInt()); });
+    }
     connect(m_ui->queueMenu, &QMenu::aboutToShow, this, &MainWindow::fillQueueMenu);
 }
 

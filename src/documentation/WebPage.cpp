@@ -1,0 +1,50 @@
+#include "documentation/WebPage.h"
+
+#include <QWebEngineLoadingInfo>
+#include <QWebEngineNewWindowRequest>
+#include <QWebEngineProfile>
+#include <QWebEngineScript>
+#include <QWebEngineSettings>
+
+WebPage::WebPage(QWebEngineProfile* profile, navigation::Home home, Scripts scripts)
+    : QWebEnginePage(profile), m_home(std::move(home)) {
+    const bool mayRun = scripts == Scripts::Allowed;
+    settings()->setAttribute(QWebEngineSettings::JavascriptEnabled, mayRun);
+    settings()->setAttribute(QWebEngineSettings::LocalContentCanAccessRemoteUrls, false);
+    // Our own scripts read the rules of the style sheet beside a local page; the page itself runs none.
+    settings()->setAttribute(QWebEngineSettings::LocalContentCanAccessFileUrls, !mayRun);
+    settings()->setAttribute(QWebEngineSettings::ErrorPageEnabled, false);
+    settings()->setAttribute(QWebEngineSettings::PluginsEnabled, false);
+    settings()->setAttribute(QWebEngineSettings::PdfViewerEnabled, false);
+    settings()->setAttribute(QWebEngineSettings::FullScreenSupportEnabled, false);
+    settings()->setAttribute(QWebEngineSettings::FocusOnNavigationEnabled, false);
+    connect(this, &QWebEnginePage::loadingChanged, this, &WebPage::judge);
+    connect(this, &QWebEnginePage::newWindowRequested, this, [this](QWebEngineNewWindowRequest& request) {
+        if (request.isUserInitiated()) Q_EMIT leaving(request.requestedUrl());
+    });
+}
+
+void WebPage::run(const QString& script) {
+    runJavaScript(script, QWebEngineScript::ApplicationWorld);
+}
+
+bool WebPage::acceptNavigationRequest(const QUrl& url, NavigationType type, bool /*isMainFrame*/) {
+    const bool isLinkClick = type == NavigationTypeLinkClicked;
+    if (navigation::placeFor(url, isLinkClick, m_home) == navigation::Place::View) return true;
+    Q_EMIT leaving(url);
+    return false;
+}
+
+void WebPage::judge(const QWebEngineLoadingInfo& info) {
+    constexpr int kFirstErrorOfHttp = 400;
+    constexpr int kAborted = -3;  // Not let in, or overtaken by the next address.
+    const bool isAnswerOfServer = info.errorDomain() == QWebEngineLoadingInfo::HttpStatusCodeDomain;
+    if (isAnswerOfServer && info.errorCode() >= kFirstErrorOfHttp &&
+        info.status() != QWebEngineLoadingInfo::LoadStartedStatus) {
+        Q_EMIT failed(QStringLiteral("%1: status %2").arg(info.url().toString()).arg(info.errorCode()));
+    } else if (info.status() == QWebEngineLoadingInfo::LoadSucceededStatus) {
+        Q_EMIT arrived();
+    } else if (info.status() == QWebEngineLoadingInfo::LoadFailedStatus && info.errorCode() != kAborted) {
+        Q_EMIT failed(info.url().toString() + QStringLiteral(": ") + info.errorString());
+    }
+}
