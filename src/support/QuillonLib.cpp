@@ -3,6 +3,7 @@
 #include "support/Alert.h"
 #include "support/AlertQueue.h"
 #include "support/ApplicationInfo.h"
+#include "support/BundleIntegrity.h"
 #include "support/Defaults.h"
 #include "support/Dispatch.h"
 #include "support/Exceptions.h"
@@ -39,6 +40,11 @@ QString checksum(const QString& path) {
     return QString::fromLatin1(hash.result().toHex());
 }
 
+/// Of the application's private frameworks; usually there are none.
+QString frameworksFolder() {
+    return ApplicationInfo::resourceFolder() + "/Frameworks";
+}
+
 void tellSettingsProblemOnce() {
     static bool told = false;
     const QString problem = standardUserDefaults().problem();
@@ -54,6 +60,7 @@ QuillonLib::QuillonLib() {
     tellSettingsProblemOnce();
     if (!appName().isEmpty()) prepareSupportFolder();
     installExceptionHandler();
+    verifyFrameworks();
     saveSettingsAfterChanges();
 }
 
@@ -89,6 +96,19 @@ void QuillonLib::prepareSupportFolder() const {
             "This application can not be launched because the 'Application Support' can not be created at "
             "the path '%@'.\nError: %@",
             path, qt_error_string(errno)),
+        "OK");
+    std::exit(1);
+}
+
+void QuillonLib::verifyFrameworks() const {
+    const auto path = damagedFramework(frameworksFolder());
+    if (!path) return;
+    alert_apptitled(
+        makeString(
+            "This application is damaged. Either your download was damaged or you used a faulty program to "
+            "extract the ZIP archive. Please re-download and make sure to use the ZIP decompression built "
+            "into Mac OS X.\n\nOffending Path: %@",
+            *path),
         "OK");
     std::exit(1);
 }
@@ -164,7 +184,7 @@ QString QuillonLib::appChecksumSHA() const {
 QString QuillonLib::appChecksumIncludingFrameworksSHA() const {
     constexpr qsizetype kShown = 10;
     QStringList sums{appChecksumSHA().left(kShown)};
-    const QDir frameworks(resDir() + "/Frameworks");
+    const QDir frameworks(frameworksFolder());
     const QStringList entries = frameworks.entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Unsorted);
     for (const QString& entry : entries) {
         const QString program = frameworks.filePath(entry) + u'/' + files::withoutExtension(entry);

@@ -9,9 +9,10 @@
 /// folders; every answer is computed when it is asked for.
 class QuillonLib {
 public:
-    /// Makes sure of the application-support folder (without it the process ends with status 1), tells what
-    /// is wrong with the settings file, has unsaved settings written a few seconds after a change, and
-    /// installs the handler of uncaught exceptions. Needs the QCoreApplication and the alert presenter.
+    /// Makes sure of the application-support folder and that the application was unpacked intact (without
+    /// either the process ends with status 1), tells what is wrong with the settings file, has unsaved
+    /// settings written a few seconds after a change, and installs the handler of uncaught exceptions. Needs
+    /// the QCoreApplication and the alert presenter.
     QuillonLib();
     ~QuillonLib();
     QuillonLib(const QuillonLib&) = delete;
@@ -59,6 +60,7 @@ public:
 
 private:
     void prepareSupportFolder() const;
+    void verifyFrameworks() const;
     void saveSettingsAfterChanges() const;
 };
 

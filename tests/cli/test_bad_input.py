@@ -102,6 +102,17 @@ class Failures(CliTest):
                 self.assertIn("oh no", end["output"])
                 self.assertIn("Command-output: oh no", end["message"])
 
+    def test_a_damaged_application(self):
+        self.use_tool('exec "$real" "$@"')
+        self.place(movie("aac"), "Movie.mkv")
+        program = self.place("a copy instead of a link", ".resources/Frameworks/Some.framework/Some")
+        text = self.run_cli("convert", "Movie.mkv", status=1)
+        self.assertIn("This application is damaged. Either your download was damaged", text.err)
+        self.assertIn(f"\n\nOffending Path: {program}\n", text.err)
+        program.rename(program.with_suffix(".real"))
+        program.symlink_to("Some.real")
+        self.convert("Movie.mkv")
+
     def test_a_bad_movie_does_not_stop_the_others(self):
         """One is no movie, one is not there, and one goes while it waits."""
         self.place("words", "b.mkv")
