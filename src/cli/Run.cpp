@@ -3,6 +3,7 @@
 #include "convert/RunJournal.h"
 #include "settings/SettingsTable.h"
 #include "support/ApplicationInfo.h"
+#include "support/CrashLogs.h"
 #include "support/DBusDesktop.h"
 #include "support/Defaults.h"
 #include "support/QuillonLib.h"
@@ -19,6 +20,7 @@ Run::Run(const QMap<QString, QVariant>& overrides, DesktopUse desktop) {
     }
     m_library = std::make_unique<QuillonLib>();
     RunJournal::cleanUpAfterCrashes();
+    crashlogs::tidyUp();
 }
 
 Run::~Run() {

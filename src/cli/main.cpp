@@ -1,4 +1,5 @@
 #include "cli/Commands.h"
+#include "support/CrashReport.h"
 #include "support/Utf8Locale.h"
 
 #include <QCoreApplication>
@@ -19,6 +20,7 @@ struct RunCommand {
 
 int main(int argc, char** argv) {
     makeSureOfUtf8();
+    crashreport::install();
     const QCoreApplication application(argc, argv);
     const CommandLine line = CommandLine::parse(argc, argv);
     return std::visit(RunCommand{line}, line.command);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <QUrl>
 
 #include <functional>
@@ -44,6 +45,11 @@ public:
     QString appChecksumSHA() const;
     /// Its first ten characters and those of each program in the private Frameworks folder, between blanks.
     QString appChecksumIncludingFrameworksSHA() const;
+
+    /// Paths of the reports of the application's crashes, the user's before the system's.
+    QStringList appCrashLogFilenames() const;
+    /// What they say, each up to the first library of the system; empty where one cannot be read.
+    QStringList appCrashLogs() const;
 
     QString supportAddress() const;
     /// The application's name in reports and requests.

@@ -5,6 +5,7 @@
 #include "feedback/PXRatingWindowController.h"
 #include "support/Alert.h"
 #include "support/ApplicationInfo.h"
+#include "support/CrashLogs.h"
 #include "support/Interruption.h"
 #include "support/SingleInstance.h"
 #include "ui/Appearance.h"
@@ -156,6 +157,7 @@ int runApplication(int& argc, char** argv) {
         QObject::connect(&window, &MainWindow::painted, &delegate, [&] {
             QTimer::singleShot(0, &delegate, [&] {
                 RunJournal::cleanUpAfterCrashes();
+                crashlogs::tidyUp();
                 desktop.watchAppearance();
                 if (!paths.isEmpty()) delegate.openFiles(paths);
             });
