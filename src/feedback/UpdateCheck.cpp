@@ -1,0 +1,81 @@
+#include "feedback/UpdateCheck.h"
+
+#include "support/Alert.h"
+#include "support/ApplicationInfo.h"
+#include "support/Desktop.h"
+#include "support/Format.h"
+#include "support/Text.h"
+
+#include <QScopedValueRollback>
+
+#include <algorithm>
+
+namespace feed {
+
+std::optional<QString> attribute(QStringView feed, QStringView name) {
+    const QString beginning = makeString("%@=\"", name.toString());
+    const qsizetype begin = feed.indexOf(beginning);
+    if (begin < 0) return std::nullopt;
+    const QStringView rest = feed.sliced(begin + beginning.size());
+    const qsizetype end = rest.indexOf(u'"');
+    if (end < 0) return std::nullopt;
+    return rest.first(end).toString();
+}
+
+std::optional<qint32> buildNumber(QStringView build) {
+    const auto isDigit = [](QChar c) { return c >= u'0' && c <= u'9'; };
+    if (!std::ranges::all_of(build, isDigit)) return std::nullopt;
+    return text::integerValue(build);
+}
+
+}  // namespace feed
+
+namespace {
+
+// None of these texts is translated.
+
+void tellFailure() {
+    alert("Update Check Failed",
+          "The update-check failed - please check your internet connection and try again.", "OK");
+}
+
+void tellUpdate(const QString& version, qint32 build) {
+    const QString message = makeString(
+        "An Update is available! You have version '%@ (%i)' but the newest version is '%@ (%i)'. Please use "
+        "our 'Fettle' to update to the newest version - it can also update your other apps!",
+        ApplicationInfo::version(), ApplicationInfo::buildNumber(), version, build);
+    if (alert("Update Available", message, "Open Fettle Homepage", "Cancel") == kAlertFirstButton)
+        sharedDesktop().openUrl(QUrl(ApplicationInfo::value("FettleHomepage")));
+}
+
+void tell(const QString& feed) {
+    const auto text = feed::attribute(feed, u"sparkle:version");
+    const auto build = text ? feed::buildNumber(*text) : std::nullopt;
+    if (!build) {
+        tellFailure();
+    } else if (*build > ApplicationInfo::buildNumber()) {
+        // An item without a version of its own for people is known by its build.
+        tellUpdate(feed::attribute(feed, u"sparkle:shortVersionString").value_or(*text), *build);
+    } else {
+        alert("No Update Available", "This app is fully up-to-date.", "Cool");
+    }
+}
+
+}  // namespace
+
+void checkForUpdates(const Fetcher& fetcher) {
+    static bool isUnderWay = false;
+    if (isUnderWay) return;  // Events are handled while the feed and the user are waited for.
+    const QScopedValueRollback guard(isUnderWay, true);
+    const download::Page page = fetcher(QUrl(ApplicationInfo::value("SUFeedURL")));
+    if (page.isAbandoned) return;
+    if (const auto feed = page.text()) {
+        tell(*feed);
+    } else {
+        tellFailure();
+    }
+}
+
+void checkForUpdatesAction() {
+    checkForUpdates([](const QUrl& url) { return download::fetch(url); });
+}
