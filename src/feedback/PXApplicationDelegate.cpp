@@ -2,6 +2,7 @@
 
 #include "feedback/PXRatingWindowController.h"
 #include "feedback/RatingRules.h"
+#include "feedback/UpdateCheck.h"
 #include "support/ApplicationInfo.h"
 #include "support/Defaults.h"
 #include "support/Format.h"
@@ -28,6 +29,15 @@ PXApplicationDelegate::PXApplicationDelegate(QObject* parent)
     : QObject(parent), m_clock([] { return QDateTime::currentDateTimeUtc(); }) {}
 
 PXApplicationDelegate::~PXApplicationDelegate() = default;
+
+void PXApplicationDelegate::checkForUpdatesAction() {
+    checkForUpdates([this](const QUrl& feed) {
+        Q_EMIT fetchingUpdates(true);
+        auto page = download::fetch(feed);
+        Q_EMIT fetchingUpdates(false);
+        return page;
+    });
+}
 
 bool PXApplicationDelegate::isRateable() const {
     return rating::isRateable(defaultInt(kUsagesKey), m_minimumUsagesForRating);

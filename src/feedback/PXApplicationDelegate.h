@@ -8,8 +8,9 @@
 
 class PXRatingWindowController;
 
-/// What any application's delegate can do: counts how often the application was of use and decides when to
-/// ask the user how they like it. Without a window that listens, nobody is asked. Main thread only.
+/// What any application's delegate can do: counts how often the application was of use, decides when to ask
+/// the user how they like it, and looks for updates. Without a window that listens, nobody is asked. Main
+/// thread only.
 class PXApplicationDelegate : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isRateable READ isRateable NOTIFY minimumUsagesForRatingChanged)
@@ -24,6 +25,9 @@ public:
     void increaseUsagesBy(qint32 usages, qint32 minimumUsages, qint32 feedbackThreshold,
                           const QString& feedbackText, bool allowFeedbackNow, bool forceFeedbackNow);
 
+    /// Asks the maker's feed for a newer build and tells the user; returns when the user has answered.
+    void checkForUpdatesAction();
+
     qint32 minimumUsagesForRating() const { return m_minimumUsagesForRating; }
     bool isRateable() const;
 
@@ -34,6 +38,8 @@ public:
     void setClock(std::function<QDateTime()> clock) { m_clock = std::move(clock); }
 
 Q_SIGNALS:
+    /// The feed is being fetched, which takes up to 15 s, or no longer is.
+    void fetchingUpdates(bool isFetching);
     void minimumUsagesForRatingChanged();
     /// Show the window of this controller, in front of the others. It lives until its window is closed.
     void ratingWindowRequested(PXRatingWindowController& controller);

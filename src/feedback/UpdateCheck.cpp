@@ -75,7 +75,3 @@ void checkForUpdates(const Fetcher& fetcher) {
         tellFailure();
     }
 }
-
-void checkForUpdatesAction() {
-    checkForUpdates([](const QUrl& url) { return download::fetch(url); });
-}

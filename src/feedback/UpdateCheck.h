@@ -25,7 +25,6 @@ std::optional<qint32> buildNumber(QStringView build);
 
 using Fetcher = std::function<download::Page(const QUrl&)>;
 
-/// Returns when the user has answered; main thread only. While one check is under way, another does nothing.
+/// `fetcher` is handed the address of the feed on the maker's site. Returns when the user has answered; main
+/// thread only. While one check is under way, another does nothing.
 void checkForUpdates(const Fetcher& fetcher);
-/// The same with the feed on the maker's site.
-void checkForUpdatesAction();

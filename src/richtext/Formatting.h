@@ -15,8 +15,8 @@ struct Format {
     bool isHidden = false;
 };
 
-/// Does what a word for text or paragraphs asks for; other words change nothing. `word` has the meaning
-/// `meaning`.
+/// Does what `word` asks for, which means `meaning`; words that are not for text or paragraphs change
+/// nothing.
 void apply(Meaning meaning, const Token& word, const ColorTable& colors, Format& format);
 
 }  // namespace richtext

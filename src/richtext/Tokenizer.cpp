@@ -1,9 +1,6 @@
 #include "richtext/Tokenizer.h"
 
-#include <QtEndian>
-
 #include <algorithm>
-#include <array>
 #include <limits>
 
 namespace richtext {

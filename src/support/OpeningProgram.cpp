@@ -34,7 +34,9 @@ bool start(const QUrl& url) {
 
 std::optional<bool> startAndSee(const QUrl& url) {
     // Destroyed when it has ended, and never before: that would kill it, and the mail program that it became.
-    auto* process = new QProcess;
+    // So what owns it is not destroyed when the application ends.
+    static auto* const owner = new QObject;
+    auto* process = new QProcess(owner);
     if (!prepare(*process, url)) {
         delete process;
         return std::nullopt;

@@ -16,8 +16,8 @@
 #include "ui/MainWindow.h"
 #include "ui/QuietMoment.h"
 #include "ui/RatingWindow.h"
-#include "ui/WindowDesktop.h"
 #include "ui/WebEngine.h"
+#include "ui/WindowDesktop.h"
 
 #include <QApplication>
 #include <QCommandLineParser>

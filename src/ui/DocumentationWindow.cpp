@@ -5,6 +5,7 @@
 #include "support/ApplicationInfo.h"
 #include "support/Defaults.h"
 #include "support/Desktop.h"
+#include "support/Download.h"
 #include "support/Log.h"
 #include "ui/FindBar.h"
 #include "ui/PXRTFView.h"
@@ -197,8 +198,10 @@ void DocumentationWindow::fillWithRichText(int index) {
     auto* view = new PXRTFView(this);
     view->setProperty("localRTFName", m_pages[index].name);
     view->setProperty("remoteHTMLURL", m_pages[index].remoteHTMLURL);
-    view->setOpenLinks(false);
-    connect(view, &QTextBrowser::anchorClicked, this, &DocumentationWindow::openAddress);
+    view->setDownloader([view](const QUrl& url, const std::function<void(const QString&)>& done) {
+        download::start(url, view,
+                        [done](const download::Page& page) { done(page.text().value_or(QString())); });
+    });
     setContent(index, view);
 }
 

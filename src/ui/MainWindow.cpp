@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "support/Defaults.h"
 #include "support/Text.h"
+#include "ui/HelpMenu.h"
 #include "ui/Icons.h"
 #include "ui/JobListModel.h"
 #include "ui/PreferencesWindow.h"
@@ -12,7 +13,6 @@
 #include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QLabel>
-#include <QMessageBox>
 #include <QMimeData>
 #include <QWindow>
 
@@ -62,14 +62,8 @@ void MainWindow::setUpActions() {
     connect(m_ui->preferencesAction, &QAction::triggered, this, &MainWindow::openPreferences);
     connect(m_ui->closeAction, &QAction::triggered, this, &MainWindow::close);
     connect(m_ui->quitAction, &QAction::triggered, this, [this] { m_delegate.terminate(true); });
-    connect(m_ui->aboutAction, &QAction::triggered, this, &MainWindow::showAbout);
-    for (const QAction* action : m_ui->helpMenu->actions()) {
-        const QVariant tag = action->property("tag");
-        if (!tag.isValid()) continue;
-        connect(action, &QAction::triggered, &m_delegate,
-                [this, tag] { m_delegate.openDocumentationWindow(tag.toInt()); });
-    }
     connect(m_ui->queueMenu, &QMenu::aboutToShow, this, &MainWindow::fillQueueMenu);
+    setUpHelpMenu(*m_ui->helpMenu, m_delegate, *this);
 }
 
 void MainWindow::setUpToolBar() {
@@ -149,15 +143,6 @@ void MainWindow::openPreferences() {
     m_preferences->show();
     m_preferences->raise();
     m_preferences->activateWindow();
-}
-
-void MainWindow::showAbout() {
-    QMessageBox about(this);
-    about.setWindowTitle(tr("About Ravelin"));
-    about.setIconPixmap(applicationIcon().pixmap(64));
-    about.setText(QStringLiteral("<b>Ravelin</b>"));
-    about.setInformativeText(m_delegate.version() + u'\n' + m_delegate.build());
-    about.exec();
 }
 
 void MainWindow::restoreGeometryFromSettings() {

@@ -53,7 +53,6 @@ private:
     void refreshSummary();
     void showStatus(const QString& message);
     void fillQueueMenu();
-    void showAbout();
     void restoreGeometryFromSettings();
 
     AppDelegate& m_delegate;

@@ -3,6 +3,7 @@
 #include "feedback/PXRatingWindowController.h"
 #include "support/Alert.h"
 #include "support/DontWarnAgain.h"
+#include "ui/AboutWindow.h"
 #include "ui/Appearance.h"
 #include "ui/DialogPresenter.h"
 #include "ui/EmptyView.h"
@@ -151,6 +152,18 @@ void rating() {
     delete window;
 }
 
+void about() {
+    const WindowedApplication app;
+    QFile::link(QCoreApplication::applicationDirPath() + "/../resources/documents",
+                app.path("resources/documents"));
+    app.window->findChild<QAction*>("aboutAction")->trigger();
+    save(*app.window->findChild<AboutWindow*>(), "about");
+    QMenu& help = *app.window->findChild<QMenu*>("helpMenu");
+    help.popup(app.window->mapToGlobal(QPoint(200, 120)));
+    save(help, "help-menu");
+    help.close();
+}
+
 /// What is asked, and the name of its picture.
 void alertOf(const QString& name, const std::function<void()>& ask) {
     QTimer watch;
@@ -240,6 +253,7 @@ int main(int argc, char** argv) {
     rightToLeft();
     preferences();
     rating();
+    about();
     alerts();
     return 0;
 }

@@ -1,10 +1,13 @@
+#include "fakes/OpenedMail.h"
 #include "fakes/WindowedApplication.h"
+#include "ui/AboutWindow.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
 #include <QDropEvent>
+#include <QLabel>
 #include <QMenu>
 #include <QMimeData>
 #include <QProcess>
@@ -324,6 +327,28 @@ private Q_SLOTS:
         QTRY_VERIFY(!painted.region.isEmpty());
         QCOMPARE(painted.region.boundingRect(), app.list().visualRect(app.list().model()->index(2, 0)));
         app.list().viewport()->removeEventFilter(&painted);
+    }
+
+    void theHelpMenuLeadsToItsPagesAndWindows() {
+        WindowedApplication app;
+        app.find<QAction>("supportAction")->trigger();
+        QCOMPARE(OpenedMail(app.desktop.opened.last()).subject, "Ravelin v1.0.0 (1) Support Request");
+        auto* rate = app.find<QAction>("rateAction");
+        app.delegate.increaseUsagesBy(10, 10, 20, {}, false, false);
+        QVERIFY(!rate->isEnabled());
+        app.delegate.increaseUsagesBy(1, 10, 20, {}, false, false);
+        rate->trigger();
+        QCOMPARE(app.desktop.opened.last().host(), "alternativeto.example");
+
+        app.find<QAction>("aboutAction")->trigger();
+        app.find<QAction>("aboutAction")->trigger();
+        QCOMPARE(app.window->findChildren<AboutWindow*>().size(), 1);
+        const QPointer about = app.find<AboutWindow>("AboutWindow");
+        QCOMPARE(about->findChild<QLabel*>("versionLabel")->text(), "Version: 1.0.0\nBuild: 1");
+        QTest::mouseClick(about->findChild<QPushButton*>("copyButton"), Qt::LeftButton);
+        QVERIFY(QApplication::clipboard()->text().startsWith("Ravelin 1.0.0 (1), "));
+        QTest::keyClick(about, Qt::Key_Escape);
+        QTRY_VERIFY(!about);
     }
 
     void fitsASmallScreenInBothDirections() {

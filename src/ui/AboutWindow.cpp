@@ -1,0 +1,61 @@
+#include "ui/AboutWindow.h"
+
+#include "support/ApplicationInfo.h"
+#include "support/Format.h"
+#include "support/HostInformation.h"
+#include "support/QuillonLib.h"
+#include "support/Text.h"
+#include "ui/Colors.h"
+#include "ui/Icons.h"
+#include "ui_AboutWindow.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QKeyEvent>
+
+namespace {
+
+constexpr int kIconSize = 96;
+constexpr int kMakersPage = 3;
+
+}  // namespace
+
+AboutWindow::AboutWindow(const QString& version, const QString& build, QWidget* parent)
+    : QWidget(parent, Qt::Dialog), m_ui(std::make_unique<Ui::AboutWindow>()) {
+    setAttribute(Qt::WA_DeleteOnClose);
+    m_ui->setupUi(this);
+    setWindowTitle(makeString("About %@", ApplicationInfo::name()));
+    m_ui->iconLabel->setPixmap(applicationIcon().pixmap(QSize(kIconSize, kIconSize), devicePixelRatioF()));
+    QFont large = m_ui->nameLabel->font();
+    large.setPointSize(22);
+    large.setWeight(QFont::Medium);
+    m_ui->nameLabel->setFont(large);
+    m_ui->nameLabel->setText(ApplicationInfo::name());
+    m_ui->versionLabel->setText(version + u'\n' + build);
+    QPalette secondary = m_ui->versionLabel->palette();
+    secondary.setColor(QPalette::WindowText, colors::secondaryText(secondary));
+    m_ui->versionLabel->setPalette(secondary);
+    connect(m_ui->closeButton, &QAbstractButton::clicked, this, &QWidget::close);
+    connect(m_ui->copyButton, &QAbstractButton::clicked, this, &AboutWindow::copyVersion);
+    connect(m_ui->webPageButton, &QAbstractButton::clicked, this,
+            [] { QuillonLib::shared().openURL(kMakersPage); });
+    m_ui->closeButton->setFocus();
+}
+
+AboutWindow::~AboutWindow() = default;
+
+/// What a question to support begins with.
+void AboutWindow::copyVersion() const {
+    QGuiApplication::clipboard()->setText(
+        makeString("%@ %@ (%i), %@", ApplicationInfo::name(), ApplicationInfo::version(),
+                   ApplicationInfo::buildNumber(), operatingSystemVersionString()));
+    m_ui->copyButton->setText(text::localized("Copied"));
+}
+
+void AboutWindow::keyPressEvent(QKeyEvent* event) {
+    if (event->matches(QKeySequence::Cancel) || event->matches(QKeySequence::Close)) {
+        close();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}
