@@ -7,6 +7,7 @@
 #include "support/Text.h"
 #include "ui/Colors.h"
 #include "ui/Icons.h"
+#include "ui/Placement.h"
 #include "ui_AboutWindow.h"
 
 #include <QClipboard>
@@ -40,6 +41,7 @@ AboutWindow::AboutWindow(const QString& version, const QString& build, QWidget* 
     connect(m_ui->webPageButton, &QAbstractButton::clicked, this,
             [] { QuillonLib::shared().openURL(kMakersPage); });
     m_ui->closeButton->setFocus();
+    centreOver(*this, parent);
 }
 
 AboutWindow::~AboutWindow() = default;

@@ -2,9 +2,9 @@
 
 #include "ui/AlertDialog.h"
 #include "ui/AlertPanel.h"
+#include "ui/Placement.h"
 
 #include <QApplication>
-#include <QScreen>
 
 #include <memory>
 
@@ -70,13 +70,7 @@ void DialogPresenter::presentNonModal(const NonModalAlert& alert) {
 void DialogPresenter::show(QWidget& dialog, const QWidget* over, bool toFront) {
     dialog.setAttribute(Qt::WA_QuitOnClose, false);  // An alert is not what keeps the application alive.
     dialog.adjustSize();
-    const QRect screen = (over ? over : &dialog)->screen()->availableGeometry();
-    const QPoint middle = (over ? over->frameGeometry() : screen).center();
-    QRect place = dialog.rect();
-    place.moveCenter(middle);
-    place.moveLeft(qMax(screen.left(), qMin(place.left(), screen.right() - place.width())));
-    place.moveTop(qMax(screen.top(), qMin(place.top(), screen.bottom() - place.height())));
-    dialog.move(place.topLeft());
+    centreOver(dialog, over);
     dialog.show();
     if (!toFront) return;
     dialog.raise();

@@ -4,6 +4,7 @@
 #include "support/ApplicationInfo.h"
 #include "support/Format.h"
 #include "ui/Icons.h"
+#include "ui/Placement.h"
 #include "ui_PXRatingWindow.h"
 
 #include <QCloseEvent>
@@ -47,6 +48,7 @@ RatingWindow::RatingWindow(PXRatingWindowController& controller, QWidget* parent
     connect(&controller, &PXRatingWindowController::introTextChanged, this, showIntro);
     showIntro();
     showView();
+    centreOver(*this, parent);
 }
 
 RatingWindow::~RatingWindow() = default;
