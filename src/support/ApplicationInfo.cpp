@@ -1,11 +1,15 @@
 #include "support/ApplicationInfo.h"
 
+#include "support/Files.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMutex>
+#include <QMutexLocker>
 #include <QStandardPaths>
 
 static void initialiseResources() {
@@ -24,6 +28,23 @@ const QJsonObject& information() {
         return QJsonDocument::fromJson(file.readAll()).object();
     }();
     return object;
+}
+
+struct Move {
+    QMutex guard;
+    QString before;  ///< Empty: nothing was moved.
+    QString now;
+};
+
+Move& theMove() {
+    static Move move;
+    return move;
+}
+
+QString whereItIs(const QString& path) {
+    Move& move = theMove();
+    const QMutexLocker locker(&move.guard);
+    return move.before.isEmpty() ? path : files::withFolderMoved(path, move.before, move.now);
 }
 
 }  // namespace
@@ -54,11 +75,23 @@ QString homeInsideSandbox() {
     return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u'/' + bundleIdentifier();
 }
 
+QString bundlePath() {
+    const QDir program(QCoreApplication::applicationDirPath());
+    return program.dirName() == "bin" ? QDir::cleanPath(program.filePath("..")) : program.path();
+}
+
+void followMove(const QString& before, const QString& now) {
+    Move& move = theMove();
+    const QMutexLocker locker(&move.guard);
+    move.before = before;
+    move.now = now;
+}
+
 QString resourceFolder() {
     const QString named = qEnvironmentVariable("RAVELIN_RESOURCES");
-    if (!named.isEmpty()) return QDir(named).absolutePath();
+    if (!named.isEmpty()) return whereItIs(QDir(named).absolutePath());
     // <build>/bin beside <build>/resources, or <prefix>/bin beside <prefix>/share/ravelin.
-    const QDir program(QCoreApplication::applicationDirPath());
+    const QDir program(whereItIs(QCoreApplication::applicationDirPath()));
     const QString built = QDir::cleanPath(program.filePath("../resources"));
     return QFileInfo(built).isDir() ? built : QDir::cleanPath(program.filePath("../share/ravelin"));
 }

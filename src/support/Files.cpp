@@ -101,6 +101,18 @@ QString claimUniqueFile(const QString& path, const std::function<bool(const QStr
     }
 }
 
+bool isAtOrBelow(const QString& path, const QString& folder) {
+    const QString inside = folder.endsWith(u'/') ? folder : folder + u'/';
+    return path == folder || path.startsWith(inside);
+}
+
+QString withFolderMoved(const QString& path, const QString& folder, const QString& newFolder) {
+    if (!isAtOrBelow(path, folder)) return path;
+    const QString rest = path.sliced(folder.endsWith(u'/') ? folder.size() - 1 : folder.size());
+    const QString moved = (newFolder.endsWith(u'/') ? newFolder.chopped(1) : newFolder) + rest;
+    return moved.isEmpty() ? QStringLiteral("/") : moved;
+}
+
 bool isWriteablePath(const QString& path) {
     const int file = createNew(path);
     if (file < 0) return false;

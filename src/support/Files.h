@@ -36,6 +36,12 @@ QString claimUniqueFile(const QString& path, const std::function<bool(const QStr
 /// `stem` + `ending`, the stem cut (never inside a character) to fit into the 255 bytes of a file name.
 QString fittingFileName(const QString& stem, const QString& ending);
 
+/// Whether `path` is `folder` or lies below it, by whole components: "/media/ab" does not lie below
+/// "/media/a". Both absolute, without a slash at the end.
+bool isAtOrBelow(const QString& path, const QString& folder);
+/// Where a path is when `folder` is at `newFolder`: one at or below the folder goes along, any other stays.
+QString withFolderMoved(const QString& path, const QString& folder, const QString& newFolder);
+
 /// Whether a new file can be written at `path`. A path where something exists counts as not writeable, so
 /// that a finished output is never taken for a free place. Leaves nothing behind.
 bool isWriteablePath(const QString& path);
