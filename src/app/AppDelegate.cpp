@@ -2,15 +2,17 @@
 
 #include "app/Drop.h"
 #include "app/MovieFiles.h"
+#include "app/UnfinishedFiles.h"
 #include "app/Usages.h"
 #include "settings/Keys.h"
 #include "settings/SettingsTable.h"
 #include "support/Alert.h"
 #include "support/AlertQueue.h"
+#include "support/ApplicationInfo.h"
 #include "support/Defaults.h"
 #include "support/Desktop.h"
-#include "support/Dispatch.h"
 #include "support/Format.h"
+#include "support/PXAppMovedHandler.h"
 #include "support/QuillonLib.h"
 #include "support/Text.h"
 #include "tool/ToolReaper.h"
@@ -56,6 +58,8 @@ void AppDelegate::applicationWillFinishLaunching() {
     m_build = makeString("%@ %i", text::localized("Build:"), m_library->appBuildNumber());
     m_version = makeString("%@ %@", text::localized("Version:"), m_library->appVersionString());
     increaseUsages(*this, false, false);
+    m_moveObservation = PXAppMovedHandler::startMoveObservation(
+        {[this](const QString& newPath, Block launch) { giveWay(newPath, std::move(launch)); }});
     // This choice of encoding is retired.
     if (defaultInt(kExternalSubtitleEncodingKey) == 1) setDefaultInt(kExternalSubtitleEncodingKey, 0);
     showSpeedNotice();
@@ -132,6 +136,30 @@ void AppDelegate::announceTerminated() {
     if (m_terminates && isTerminated()) Q_EMIT terminated();
 }
 
+QStringList AppDelegate::unfinishedFiles() const {
+    return m_searchedPaths + m_intake.unconfirmedFiles() + m_queue.unfinishedFiles();
+}
+
+void AppDelegate::giveWay(const QString& newPath, Block launch) {
+    // The end came while the user was told: nobody wants another instance then.
+    if (m_terminates) return;
+    unfinished::keep(unfinished::movedAlong(unfinishedFiles(), ApplicationInfo::bundlePath(), newPath));
+    // Only when the tools are gone and the names of their outputs are free again.
+    m_successor = std::move(launch);
+    terminate(false);
+}
+
+void AppDelegate::startSuccessor() {
+    if (const Block start = std::exchange(m_successor, nullptr)) start();
+}
+
+void AppDelegate::openFirstFiles(const QStringList& paths) {
+    const QStringList files = unfinished::kept() + paths;
+    if (files.isEmpty()) return;
+    openFiles(files);
+    unfinished::forget();
+}
+
 void AppDelegate::openFiles(const QStringList& paths) {
     QList<QUrl> given;
     for (const QString& path : paths)
@@ -140,10 +168,14 @@ void AppDelegate::openFiles(const QStringList& paths) {
         std::ranges::any_of(paths, [](const QString& path) { return QFileInfo(path).isDir(); });
     if (hasFolder) {
         // A collection on a slow disk takes its time.
+        m_searchedPaths += paths;
         dispatch_async_back([self = QPointer(this), paths, given, isStopped = m_isStopped] {
             const QStringList files = moviefiles::withFoldersSearched(paths, isStopped.get());
-            dispatch_async_main([self, files, given] {
-                if (self) self->take(files, given);
+            dispatch_async_main([self, paths, files, given] {
+                if (!self) return;
+                for (const QString& path : paths)
+                    self->m_searchedPaths.removeOne(path);
+                self->take(files, given);
             });
         });
     } else {

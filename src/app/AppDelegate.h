@@ -8,6 +8,7 @@
 #include "app/QueueProgress.h"
 #include "app/WatchFolder.h"
 #include "feedback/PXApplicationDelegate.h"
+#include "support/Dispatch.h"
 
 #include <QList>
 #include <QUrl>
@@ -16,6 +17,7 @@
 #include <memory>
 #include <optional>
 
+class PXAppMovedHandler;
 class QuillonLib;
 
 /// The application without its windows: puts the queue, the intake, the destinations and the watch folder
@@ -59,6 +61,18 @@ public:
     /// Both steps, then terminated() in due time. `mayAsk` false: the session ends, or a signal came.
     void terminate(bool mayAsk);
 
+    // One instance after the other.
+
+    /// What the user gave and no movie came of yet: paths for openFiles() that lead to the same queue and
+    /// sheet.
+    QStringList unfinishedFiles() const;
+    /// Opens what a former instance left unfinished, then `paths`. Once, when the window is there.
+    void openFirstFiles(const QStringList& paths);
+    /// The application was moved and ends: starts it from the new place, else tells that it cannot. To be
+    /// called at the end, when this instance has given up its place; does nothing when it ends for another
+    /// reason.
+    void startSuccessor();
+
     // Commands.
 
     /// The single entry for files, from wherever they come. Folders are searched below, in the background.
@@ -92,6 +106,7 @@ private:
     void showSpeedNotice();
     void take(const QStringList& files, const QList<QUrl>& given);
     void announceTerminated();
+    void giveWay(const QString& newPath, Block launch);
 
     FilePanels& m_panels;
     std::unique_ptr<QuillonLib> m_library;
@@ -101,6 +116,9 @@ private:
     AddSheet m_addSheet;
     QueueProgress m_progress;
     WatchFolder m_watchFolder;
+    std::unique_ptr<PXAppMovedHandler> m_moveObservation;
+    Block m_successor;            ///< Starts it; null: there is to be none.
+    QStringList m_searchedPaths;  ///< Given with folders, of which the search is not done yet.
     QString m_version;
     QString m_build;
     bool m_terminates = false;

@@ -16,7 +16,7 @@ FileIntake::FileIntake(Messages messages, QObject* parent)
 
 FileIntake::~FileIntake() {
     cancelProbe();
-    if (m_isScanning) QThreadPool::globalInstance()->waitForDone();
+    if (isScanning()) QThreadPool::globalInstance()->waitForDone();
 }
 
 void FileIntake::openFiles(const QStringList& paths) {
@@ -26,7 +26,7 @@ void FileIntake::openFiles(const QStringList& paths) {
     m_importFiles += sorted.movies;
     Q_EMIT filesWaitingChanged();
     // A probe or a movie at hand comes to the new files by itself.
-    if (wasEmpty && !m_isScanning && !m_fileInfo) addNextFile();
+    if (wasEmpty && !isScanning() && !m_fileInfo) addNextFile();
 }
 
 void FileIntake::clearImportFiles() {
@@ -38,7 +38,7 @@ void FileIntake::addNextFile() {
     if (m_importFiles.isEmpty()) return;
     const QString path = m_importFiles.takeLast();
     const QString subtitle = moviefiles::subtitleFor(path, m_importSubtitleFiles);
-    m_isScanning = true;
+    m_scannedFile = path;
     Q_EMIT scanningStarted(path);
     m_isCancelled = std::make_shared<std::atomic<bool>>(false);
     dispatch_async_back([self = QPointer(this), path, subtitle, isCancelled = m_isCancelled] {
@@ -50,7 +50,7 @@ void FileIntake::addNextFile() {
 }
 
 void FileIntake::takeResult(const QString& path, const QString& subtitle, MKVFileInfo::Probe probe) {
-    m_isScanning = false;
+    m_scannedFile.clear();
     Q_EMIT scanningEnded(path);
     // A probe that was cut short says nothing about the movie.
     if (*m_isCancelled || childprocess::waitsAreInterrupted()) probe = {};
@@ -75,6 +75,13 @@ void FileIntake::takeResult(const QString& path, const QString& subtitle, MKVFil
 
 void FileIntake::cancelProbe() {
     if (m_isCancelled) *m_isCancelled = true;
+}
+
+QStringList FileIntake::unconfirmedFiles() const {
+    QStringList files = m_importSubtitleFiles.values() + m_importFiles;
+    if (isScanning() && !*m_isCancelled) files.append(m_scannedFile);
+    if (m_fileInfo) files.append(m_fileInfo->fileURL.toLocalFile());
+    return files;
 }
 
 void FileIntake::cancelAdd() {

@@ -45,10 +45,13 @@ public:
     const QStringList& importFiles() const { return m_importFiles; }
     /// Forgets the movies that wait.
     void clearImportFiles();
-    bool isScanning() const { return m_isScanning; }
+    bool isScanning() const { return !m_scannedFile.isEmpty(); }
     /// The movie that was probed and is not yet confirmed or cancelled.
     const std::optional<MKVFileInfo>& fileInfo() const { return m_fileInfo; }
     void clearFileInfo() { m_fileInfo.reset(); }
+    /// All that was taken in and neither confirmed nor left out: the subtitle files, then the movies, the one
+    /// to be confirmed next at the end.
+    QStringList unconfirmedFiles() const;
 
     /// Position of the audio track to preselect for the movie at hand; nothing without audio.
     std::optional<qsizetype> bestLanguage() const;
@@ -73,7 +76,7 @@ private:
     QStringList m_importFiles;
     moviefiles::SubtitleFiles m_importSubtitleFiles;
     std::optional<MKVFileInfo> m_fileInfo;
-    bool m_isScanning = false;
+    QString m_scannedFile;  ///< Empty: no probe runs.
     /// Whether the probe under way is given up; its thread looks at it.
     std::shared_ptr<std::atomic<bool>> m_isCancelled;
 };

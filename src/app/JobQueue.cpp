@@ -25,6 +25,10 @@ qint64 conversionLimit() {
     return (count < 0 ? 0 : qMin(count, kMost)) + 2;
 }
 
+bool insertsAtBottom() {
+    return defaultInt("InsertJobsAtBottom") != 0;
+}
+
 }  // namespace
 
 JobQueue::JobQueue(WaitingFiles& waiting, QObject* parent) : QObject(parent), m_waiting(waiting) {}
@@ -63,7 +67,7 @@ bool JobQueue::addJob(std::unique_ptr<ConversionJob> job) {
     countState(added->state(), +1);
     ++m_destinations[added->queuedDestination()];
 
-    const bool atBottom = defaultInt("InsertJobsAtBottom") != 0;
+    const bool atBottom = insertsAtBottom();
     Q_EMIT jobAboutToBeAdded(atBottom ? count() : 0);
     m_taskArray.insert(atBottom ? m_taskArray.end() : m_taskArray.begin(), std::move(job));
     Q_EMIT jobAdded(added);
@@ -172,6 +176,19 @@ bool JobQueue::willWrite(const QString& path) const {
                (job->queuedDestination() == path ||
                 destination::isSameFile(job->fileInfo().destinationURL.toLocalFile(), path));
     });
+}
+
+QStringList JobQueue::unfinishedFiles() const {
+    QStringList movies;
+    QStringList subtitles;
+    for (const auto& job : m_taskArray) {
+        if (job->state() == JobState::Finished) continue;
+        movies.append(job->fileInfo().fileURL.toLocalFile());
+        if (const auto& subtitle = job->fileInfo().subtitleFileURL) subtitles.append(subtitle->toLocalFile());
+    }
+    // The intake begins at the end, and each job goes to the top, or to the bottom.
+    if (insertsAtBottom()) std::ranges::reverse(movies);
+    return subtitles + movies;
 }
 
 bool JobQueue::isDestinationTaken(const QString& path) const {

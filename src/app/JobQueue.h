@@ -36,6 +36,9 @@ public:
     QString uniqueDestination(const QString& path) const;
     /// Whether an unfinished job writes or is going to write this file.
     bool willWrite(const QString& path) const;
+    /// The movies that are not converted, also those that failed, with their subtitle files: in the order in
+    /// which FileIntake::openFiles() leads to the same queue.
+    QStringList unfinishedFiles() const;
 
     /// Starts what was added while files waited in front of the queue. Jobs that the user paused since stay
     /// so.

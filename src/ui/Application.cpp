@@ -159,7 +159,7 @@ int runApplication(int& argc, char** argv) {
                 RunJournal::cleanUpAfterCrashes();
                 crashlogs::tidyUp();
                 desktop.watchAppearance();
-                if (!paths.isEmpty()) delegate.openFiles(paths);
+                delegate.openFirstFiles(paths);
             });
         });
         delegate.applicationWillFinishLaunching();
@@ -168,6 +168,7 @@ int runApplication(int& argc, char** argv) {
         if (!delegate.isTerminating()) status = QApplication::exec();
         if (!delegate.isTerminating()) delegate.applicationWillTerminate();
         waitUntilTerminated(delegate);
+        delegate.startSuccessor();
         presenter.setMainWindow(nullptr);
     }
     setSharedDesktop(nullptr);

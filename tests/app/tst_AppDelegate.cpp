@@ -1,4 +1,5 @@
 #include "app/AppDelegate.h"
+#include "app/UnfinishedFiles.h"
 #include "fakes/FakeTool.h"
 #include "fakes/RecordingPanels.h"
 #include "fakes/TestHome.h"
@@ -361,6 +362,79 @@ private Q_SLOTS:
         QTRY_VERIFY(app.isReady());
         app.sheet().cancelAdd();
         QCOMPARE(app.queue().job(0)->state(), JobState::Paused);
+    }
+
+    void whatIsUnfinishedMakesTheSameQueueAgain_data() {
+        QTest::addColumn<QString>("queue");
+        QTest::newRow("jobs on top") << "dcba";
+        QTest::newRow("jobs at the bottom") << "abcd";
+    }
+    void whatIsUnfinishedMakesTheSameQueueAgain() {
+        QFETCH(const QString, queue);
+        Launched app;
+        AppDelegate next(app.panels);
+        for (AppDelegate* delegate : {&app.delegate, &next}) {
+            delegate->applicationWillFinishLaunching();
+            delegate->destinations().addOpenedFolder(app.path());
+        }
+        setDefaultInt(kDefaultDestinationKey, kNextToSource);
+        setDefaultInt("InsertJobsAtBottom", queue.startsWith(u'a') ? 1 : 0);
+        app.tool.setConversion(
+            "case $destination in *finished.mp4) echo movie > $destination;; *) exit 1; esac\n");
+        for (const char* name : {"finished.mkv", "a.mkv", "b.mkv"}) {
+            app.delegate.openFiles({app.write("a.srt"), app.write(name)});
+            QTRY_VERIFY(app.isReady());
+            app.sheet().addToQueue();
+        }
+        QTRY_COMPARE(app.queue().jobCountWithState(JobState::Finished), 1);
+        app.delegate.openFiles({app.write("d.mkv"), app.write("c.mkv")});
+        QTRY_VERIFY(app.isReady());  // One is at hand, one waits. A folder is being searched.
+        QDir(app.path()).mkpath("folder");
+        app.delegate.openFiles({app.path("folder")});
+        const QStringList left = app.delegate.unfinishedFiles();
+        QVERIFY(left.contains(app.path("folder")));
+        app.delegate.terminate(false);
+
+        // What is kept adds up, and is taken once.
+        unfinished::keep(left.first(3));
+        unfinished::keep(left.sliced(3));
+        setDefaultInt(kAutoAddKey, 1);
+        next.openFirstFiles({});
+        QCOMPARE(unfinished::kept(), QStringList());
+        QTRY_COMPARE(next.queue().count(), 4);
+        for (qsizetype i = 0; i < queue.size(); ++i) {
+            const MKVFileInfo& info = next.queue().job(i)->fileInfo();
+            QCOMPARE(info.fileName, queue[i] + QString(".mkv"));
+            QCOMPARE(info.subtitleFileURL.has_value(), queue[i] == u'a');
+        }
+    }
+
+    void moviesMoveAlongWithTheApplication_data() {
+        QTest::addColumn<QString>("now");
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("with the volume") << "two/x/app"
+                                         << "one/m/a.mkv"
+                                         << "two/m/a.mkv";
+        QTest::newRow("in the folder") << "two"
+                                       << "one/x/app/a.mkv"
+                                       << "two/a.mkv";
+        QTest::newRow("stays where it is") << "two/x/app"
+                                           << "one/b.mkv"
+                                           << "one/b.mkv";
+        QTest::newRow("is nowhere") << "two/x/app"
+                                    << "one/c.mkv"
+                                    << "one/c.mkv";
+    }
+    void moviesMoveAlongWithTheApplication() {
+        QFETCH(const QString, now);
+        QFETCH(const QString, file);
+        QFETCH(const QString, expected);
+        const TestHome home;
+        for (const char* there : {"two/a.mkv", "two/m/a.mkv", "one/b.mkv", "two/b.mkv"})
+            home.write(there);
+        QCOMPARE(unfinished::movedAlong({home.path(file)}, home.path("one/x/app"), home.path(now)),
+                 QStringList(home.path(expected)));
     }
 
     void quittingAsksOnlyWhileAJobConverts() {
