@@ -169,11 +169,14 @@ void PXWebView::showContextMenu(const QPoint& position) {
     if (!m_page) return;
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    if (m_page->history()->canGoBack()) menu->addAction(m_page->action(QWebEnginePage::Back));
-    if (m_page->hasSelection()) menu->addAction(m_page->action(QWebEnginePage::Copy));
+    const auto add = [&](QWebEnginePage::WebAction action, const QString& title) {
+        menu->addAction(title, m_page.get(), [page = m_page.get(), action] { page->triggerAction(action); });
+    };
     const QWebEngineContextMenuRequest* request = m_view->lastContextMenuRequest();
+    if (m_page->history()->canGoBack()) add(QWebEnginePage::Back, tr("&Back"));
+    if (m_page->hasSelection()) add(QWebEnginePage::Copy, tr("&Copy"));
     if (request && !request->linkUrl().isEmpty())
-        menu->addAction(m_page->action(QWebEnginePage::CopyLinkToClipboard));
-    menu->addAction(m_page->action(QWebEnginePage::SelectAll));
+        add(QWebEnginePage::CopyLinkToClipboard, tr("Copy &Link Address"));
+    add(QWebEnginePage::SelectAll, tr("Select &All"));
     menu->popup(m_view->mapToGlobal(position));
 }

@@ -36,13 +36,9 @@ bool WebPage::acceptNavigationRequest(const QUrl& url, NavigationType type, bool
 }
 
 void WebPage::judge(const QWebEngineLoadingInfo& info) {
-    constexpr int kFirstErrorOfHttp = 400;
+    // A page that the server does not have counts as failed, too.
     constexpr int kAborted = -3;  // Not let in, or overtaken by the next address.
-    const bool isAnswerOfServer = info.errorDomain() == QWebEngineLoadingInfo::HttpStatusCodeDomain;
-    if (isAnswerOfServer && info.errorCode() >= kFirstErrorOfHttp &&
-        info.status() != QWebEngineLoadingInfo::LoadStartedStatus) {
-        Q_EMIT failed(QStringLiteral("%1: status %2").arg(info.url().toString()).arg(info.errorCode()));
-    } else if (info.status() == QWebEngineLoadingInfo::LoadSucceededStatus) {
+    if (info.status() == QWebEngineLoadingInfo::LoadSucceededStatus) {
         Q_EMIT arrived();
     } else if (info.status() == QWebEngineLoadingInfo::LoadFailedStatus && info.errorCode() != kAborted) {
         Q_EMIT failed(info.url().toString() + QStringLiteral(": ") + info.errorString());

@@ -31,8 +31,8 @@ void Documentation::open(int tag) {
             openInBrowser(index, why);
         });
     }
-    m_window->selectTab(tag);
     m_window->bringToFront();
+    m_window->selectTab(tag);  // Last: a page without an engine ends the window.
 }
 
 void Documentation::openInBrowser(int tag, const QString& why) {

@@ -60,7 +60,11 @@ DocumentationWindow::DocumentationWindow(WebEngine& engine)
         restoreGeometry(geometry);
 }
 
-DocumentationWindow::~DocumentationWindow() = default;
+DocumentationWindow::~DocumentationWindow() {
+    // Tabs that go show the next one, and pages may still speak: while all that they reach is there.
+    m_tabView->disconnect(this);
+    delete m_tabView;
+}
 
 void DocumentationWindow::setUpTabs() {
     m_tabView->setDocumentMode(true);
@@ -179,6 +183,7 @@ void DocumentationWindow::fillWithWebView(int index) {
     services.bundleIdentifier = ApplicationInfo::bundleIdentifier();
     services.openInBrowser = [this](const QUrl& address) { openAddress(address); };
     services.failed = [self = QPointer(this), index](const QString& reason) {
+        if (!self) return;
         // The view is not to be taken away while it speaks.
         QTimer::singleShot(0, self, [self, index, reason] { self->pageFailed(index, reason); });
     };

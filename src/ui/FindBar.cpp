@@ -1,19 +1,19 @@
 #include "ui/FindBar.h"
 
+#include "ui/Icons.h"
+
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QStyle>
 #include <QToolButton>
 
 namespace {
 
 constexpr int kGap = 8;
 
-QToolButton* makeButton(QStyle::StandardPixmap picture, const QString& name, QWidget* parent) {
+QToolButton* makeButton(const QString& name, QWidget* parent) {
     auto* button = new QToolButton(parent);
-    button->setIcon(parent->style()->standardIcon(picture));
     button->setAutoRaise(true);
     button->setToolTip(name);
     button->setAccessibleName(name);
@@ -28,9 +28,12 @@ FindBar::FindBar(QWidget* parent) : QWidget(parent), m_text(new QLineEdit(this))
     m_text->setClearButtonEnabled(true);
     m_text->setMaximumWidth(320);
     connect(m_text, &QLineEdit::textChanged, this, [this] { search(false); });
-    auto* previous = makeButton(QStyle::SP_ArrowUp, tr("Previous place"), this);
-    auto* next = makeButton(QStyle::SP_ArrowDown, tr("Next place"), this);
-    auto* done = makeButton(QStyle::SP_TitleBarCloseButton, tr("Close"), this);
+    auto* previous = makeButton(tr("Previous place"), this);
+    auto* next = makeButton(tr("Next place"), this);
+    auto* done = makeButton(tr("Close"), this);
+    previous->setArrowType(Qt::UpArrow);
+    next->setArrowType(Qt::DownArrow);
+    done->setIcon(symbolicIcon(QStringLiteral("job-remove")));
     connect(previous, &QToolButton::clicked, this, [this] { search(true); });
     connect(next, &QToolButton::clicked, this, [this] { search(false); });
     connect(done, &QToolButton::clicked, this, &FindBar::close);
@@ -66,8 +69,10 @@ QString FindBar::text() const {
 void FindBar::setFound(int places) {
     if (text().isEmpty()) {
         m_found->clear();
+    } else if (places <= 0) {
+        m_found->setText(tr("Not found"));
     } else {
-        m_found->setText(places > 0 ? tr("%n place(s)", nullptr, places) : tr("Not found"));
+        m_found->setText(places == 1 ? tr("1 place") : tr("%1 places").arg(places));
     }
 }
 

@@ -2,6 +2,7 @@
 #include "fakes/TestHome.h"
 #include "feedback/WebViewFactory.h"
 #include "ui/WebEngine.h"
+#include "ui/WebEngineCheck.h"
 
 #include <QApplication>
 #include <QDirIterator>
@@ -10,7 +11,20 @@
 #include <QTest>
 #include <QWidget>
 
+#include <sys/resource.h>
 #include <unistd.h>
+
+#ifdef __SANITIZE_ADDRESS__
+// What the engine does by itself, which is not ours to mend.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" const char* __asan_default_options() {
+    return "new_delete_type_mismatch=0";
+}
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:libQt6WebEngineCore\nleak:libfontconfig\nleak:libudev\n";
+}
+// NOLINTEND(bugprone-reserved-identifier)
+#endif
 
 namespace {
 
@@ -142,6 +156,40 @@ private Q_SLOTS:
     void cleanupTestCase() {
         QDirIterator files(m_userHome.path(), QDir::Files, QDirIterator::Subdirectories);
         QVERIFY2(!files.hasNext(), qPrintable(files.next()));
+    }
+
+    void whatSpeaksAgainstTheEngine_data() {
+        QTest::addColumn<QByteArray>("variable");
+        QTest::addColumn<QByteArray>("value");
+        QTest::addColumn<QString>("obstacle");
+        QTest::newRow("nothing") << QByteArray("UNRELATED") << QByteArray("1") << "";
+        QTest::newRow("no program") << QByteArray("QTWEBENGINEPROCESS_PATH") << QByteArray("/nowhere")
+                                    << "QtWebEngineProcess of Qt WebEngine is not installed.";
+        QTest::newRow("no resources") << QByteArray("QTWEBENGINE_RESOURCES_PATH") << QByteArray("/nowhere")
+                                      << "qtwebengine_resources.pak of Qt WebEngine is not installed.";
+        if (::geteuid() == 0) {
+            QTest::newRow("root") << QByteArray("QTWEBENGINE_DISABLE_SANDBOX") << QByteArray("0")
+                                  << "Qt WebEngine does not run as root.";
+        }
+    }
+    void whatSpeaksAgainstTheEngine() {
+        QFETCH(const QByteArray, variable);
+        QFETCH(const QByteArray, value);
+        const QByteArray before = qgetenv(variable);
+        qputenv(variable, value);
+        const QString obstacle = webengine::obstacle();
+        before.isNull() ? qunsetenv(variable) : qputenv(variable, before);
+        QTEST(obstacle, "obstacle");
+    }
+    void aLimitedAddressSpaceSpeaksAgainstTheEngine() {
+        rlimit before{};
+        ::getrlimit(RLIMIT_AS, &before);
+        rlimit limited = before;
+        limited.rlim_cur = RLIM_INFINITY - 1;
+        QCOMPARE(::setrlimit(RLIMIT_AS, &limited), 0);
+        const QString obstacle = webengine::obstacle();
+        QCOMPARE(::setrlimit(RLIMIT_AS, &before), 0);
+        QCOMPARE(obstacle, "The address space of this process is limited.");
     }
 
     void theOnlineCopyTakesTheLocalPagesPlace() {

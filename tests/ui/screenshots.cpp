@@ -6,16 +6,21 @@
 #include "ui/AboutWindow.h"
 #include "ui/Appearance.h"
 #include "ui/DialogPresenter.h"
+#include "ui/Documentation.h"
 #include "ui/EmptyView.h"
 #include "ui/PreferencesWindow.h"
 #include "ui/RatingWindow.h"
+#include "ui/WebEngine.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDialog>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
 #include <QTimer>
+
+#include <unistd.h>
 
 namespace {
 
@@ -164,6 +169,29 @@ void about() {
     help.close();
 }
 
+/// The real pages of the build, by the real engine.
+void documentationWindow() {
+    WindowedApplication app;
+    qputenv("RAVELIN_RESOURCES", (QCoreApplication::applicationDirPath() + "/../resources").toUtf8());
+    PluginWebEngine engine;
+    if (const QString why = engine.obstacle(); !why.isEmpty()) {
+        qWarning("no pictures of the documentation: %s", qPrintable(why));
+        return;
+    }
+    const Documentation documentation(app.delegate, engine);
+    constexpr int kMillisecondsToDraw = 700;  // The engine does not say when it has.
+    for (int page = 0; page < documentation::pages().size(); ++page) {
+        app.delegate.openDocumentationWindow(page);
+        QTest::qWait(kMillisecondsToDraw);
+        save(*documentation.documentationWindow(), "documentation-" + QString::number(page + 1));
+    }
+    app.delegate.openDocumentationWindow(0);
+    QTest::keyClick(documentation.documentationWindow(), Qt::Key_F, Qt::ControlModifier);
+    documentation.documentationWindow()->findChild<QLineEdit*>()->setText("movie");
+    QTest::qWait(kMillisecondsToDraw);
+    save(*documentation.documentationWindow(), "documentation-find");
+}
+
 /// What is asked, and the name of its picture.
 void alertOf(const QString& name, const std::function<void()>& ask) {
     QTimer watch;
@@ -238,6 +266,7 @@ void alerts() {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (::geteuid() == 0) qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     QCommandLineParser parser;
@@ -254,6 +283,7 @@ int main(int argc, char** argv) {
     preferences();
     rating();
     about();
+    documentationWindow();
     alerts();
     return 0;
 }

@@ -198,6 +198,10 @@ private Q_SLOTS:
         app.desktop.opens = hasBrowser;
         const QString page = app.path("resources/documents/audio-and-players.html");
         if (isMissing) QDir(app.path("resources/documents")).removeRecursively();
+        if (!isKnownBefore) {
+            app.delegate.openDocumentationWindow(5);  // Needs no engine.
+            QTRY_VERIFY(app.docs()->findChild<PXRTFView*>());
+        }
         app.delegate.openDocumentationWindow(1);
         QTRY_VERIFY(!app.docs());
         QCOMPARE(app.desktop.opened, isMissing ? QList<QUrl>() : QList<QUrl>{QUrl::fromLocalFile(page)});
