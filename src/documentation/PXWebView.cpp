@@ -12,8 +12,6 @@
 #include <QWebEngineContextMenuRequest>
 #include <QWebEngineFindTextResult>
 #include <QWebEngineHistory>
-#include <QWebEngineScript>
-#include <QWebEngineScriptCollection>
 #include <QWebEngineSettings>
 #include <QWebEngineView>
 
@@ -54,13 +52,10 @@ std::unique_ptr<WebPage> PXWebView::makePage(const QUrl& address, bool mayRunScr
     auto page = std::make_unique<WebPage>(
         m_profile.get(), home, mayRunScripts ? WebPage::Scripts::Allowed : WebPage::Scripts::Forbidden);
     page->setBackgroundColor(palette().color(QPalette::Base));
+    page->runWhenReady(pagescripts::hideListOfPages());  // The window has tabs for them.
     if (m_isScrollingForbidden) {
         page->settings()->setAttribute(QWebEngineSettings::ShowScrollBars, false);
-        QWebEngineScript script;
-        script.setInjectionPoint(QWebEngineScript::DocumentReady);
-        script.setWorldId(QWebEngineScript::ApplicationWorld);
-        script.setSourceCode(pagescripts::forbidScrolling());
-        page->scripts().insert(script);
+        page->runWhenReady(pagescripts::forbidScrolling());
     }
     connect(page.get(), &WebPage::leaving, this, &PXWebView::leave);
     connect(page.get(), &QWebEnginePage::renderProcessTerminated, this,

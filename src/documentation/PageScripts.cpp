@@ -6,6 +6,11 @@ QString forbidScrolling() {
     return QStringLiteral("document.documentElement.style.setProperty('overflow', 'hidden', 'important')");
 }
 
+QString hideListOfPages() {
+    return QStringLiteral(
+        "for (const list of document.querySelectorAll('nav.pages')) list.style.display = 'none'");
+}
+
 QString useColours(bool dark) {
     // The media query's answer is fixed, so each rule's question is replaced by one with the answer wanted.
     return QStringLiteral(R"js((wanted => {

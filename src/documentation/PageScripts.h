@@ -8,6 +8,9 @@ namespace pagescripts {
 /// The page cannot be scrolled.
 QString forbidScrolling();
 
+/// A page does without its list of all pages.
+QString hideListOfPages();
+
 /// Shows a page that knows light and dark colours in those wanted, whatever the engine was started with.
 QString useColours(bool dark);
 

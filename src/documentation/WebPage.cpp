@@ -4,6 +4,7 @@
 #include <QWebEngineNewWindowRequest>
 #include <QWebEngineProfile>
 #include <QWebEngineScript>
+#include <QWebEngineScriptCollection>
 #include <QWebEngineSettings>
 
 WebPage::WebPage(QWebEngineProfile* profile, navigation::Home home, Scripts scripts)
@@ -26,6 +27,14 @@ WebPage::WebPage(QWebEngineProfile* profile, navigation::Home home, Scripts scri
 
 void WebPage::run(const QString& script) {
     runJavaScript(script, QWebEngineScript::ApplicationWorld);
+}
+
+void WebPage::runWhenReady(const QString& source) {
+    QWebEngineScript script;
+    script.setInjectionPoint(QWebEngineScript::DocumentReady);
+    script.setWorldId(QWebEngineScript::ApplicationWorld);
+    script.setSourceCode(source);
+    scripts().insert(script);
 }
 
 bool WebPage::acceptNavigationRequest(const QUrl& url, NavigationType type, bool /*isMainFrame*/) {

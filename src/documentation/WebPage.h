@@ -17,6 +17,8 @@ public:
 
     /// Runs `script` in a world of its own, whether the page may run scripts or not.
     void run(const QString& script);
+    /// The same for every page that is loaded from now on, before it is seen.
+    void runWhenReady(const QString& script);
 
 Q_SIGNALS:
     /// An address that does not belong into the view.

@@ -7,6 +7,7 @@ import shutil
 import signal
 import subprocess
 import unittest
+from contextlib import suppress
 from pathlib import Path
 
 from test_application import LIMIT, PROGRAM, Home, wait_until
@@ -48,7 +49,9 @@ class Portable(Home):
         return process
 
     def converts(self):
-        return any(path.stat().st_size > 0 for path in self.out.iterdir())
+        with suppress(FileNotFoundError):  # One was deleted while we looked.
+            return any(path.stat().st_size > 0 for path in self.out.iterdir())
+        return False
 
     def instances(self):
         """Process identifier -> the application folder that it was started from."""
