@@ -20,7 +20,8 @@ Run::Run(const QMap<QString, QVariant>& overrides, DesktopUse desktop) {
     }
     m_library = std::make_unique<QuillonLib>();
     RunJournal::cleanUpAfterCrashes();
-    crashlogs::tidyUp();
+    // What it tells goes into the settings, which a mere look leaves as they are.
+    if (desktop == DesktopUse::Real) crashlogs::tidyUp();
 }
 
 Run::~Run() {

@@ -64,6 +64,7 @@ class Settings(CliTest):
         """They go before what is stored, and are not stored."""
         source = self.place(movie("ac3"), "Movie.mkv")
         self.settings("set", "AACBitrate", "3")
+        self.settings_file.write_text(json.dumps(self.stored() | {"quillonlib_1.0.0_usages": 99}))
         for arguments, rate in (((), "192k"), (("--set", "AACBitrate=0", "--set", "AACBitrate=2"), "160k"),
                                 (("--set", "ConversionPreset=1", "--style", "compatible"), "192k")):
             with self.subTest(arguments):
@@ -72,6 +73,14 @@ class Settings(CliTest):
         self.assertEqual(3, self.stored()["AACBitrate"])
         self.assertNotIn("ConversionPreset", self.stored())
         self.assertEqual(3, self.stored()["quillonlib_usages"], "the runs are counted")
+        self.assertNotIn("quillonlib_askdate", self.stored(), "nobody is there to be asked")
+
+    def test_a_look_leaves_them_alone(self):
+        report = self.data / "example.ravelin.Ravelin/DiagnosticReports/Ravelin_2024-01-01-000000_1.crash"
+        report.parent.mkdir(parents=True)
+        report.write_text("an old crash")
+        self.run_cli("probe", self.place(movie("aac"), "Movie.mkv"))
+        self.assertFalse(self.settings_file.exists())
 
     def test_damaged_or_impossible_file(self):
         folder = self.settings_file.parent
