@@ -5,6 +5,7 @@
 #include "ui/RatingWindow.h"
 
 #include <QAbstractButton>
+#include <QDialog>
 #include <QElapsedTimer>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -99,29 +100,35 @@ private Q_SLOTS:
         QTRY_VERIFY(!asked.window);
     }
 
-    /// Whoever types or drags is not disturbed.
+    /// Whoever types, drags or answers a dialog is not disturbed.
     void waitsForAQuietMoment() {
         const TestHome home;
         QWidget main;
         QLineEdit field(&main);
+        QDialog dialog(&main);
         constexpr int kQuiet = 200;
         QuietMoment moment(&main, kQuiet);
         QElapsedTimer sinceKey;
         bool isShown = false;
         moment.wait([&] {
             isShown = true;
-            QVERIFY(main.isVisible());
-            QVERIFY(sinceKey.elapsed() > kQuiet / 2);  // Timers are coarse.
+            QVERIFY(main.isVisible() && !dialog.isVisible());
+            QVERIFY(sinceKey.elapsed() >= kQuiet * 9 / 10);  // Timers may be a little early.
         });
-        QTimer::singleShot(2 * kQuiet, &main, &QWidget::show);
         QTimer typist;
+        QTimer::singleShot(2 * kQuiet, &main, [&] {
+            main.show();
+            typist.start(kQuiet / 4);
+        });
         int keys = 0;
         connect(&typist, &QTimer::timeout, [&] {
-            QTest::keyClick(&field, Qt::Key_A);
             sinceKey.start();
-            if (++keys == 20) typist.stop();
+            QTest::keyClick(&field, Qt::Key_A);
+            if (++keys < 20) return;
+            typist.stop();
+            dialog.open();
+            QTimer::singleShot(3 * kQuiet, &dialog, &QDialog::close);
         });
-        typist.start(kQuiet / 4);
         QTRY_VERIFY(isShown);
         QVERIFY(!moment.isWaiting());
     }
