@@ -172,6 +172,7 @@ private Q_SLOTS:
         const Server<> fine(kPage, Then::Keep);
         QCOMPARE(download::fetch(fine.url("/3")).text(), "page");
         QVERIFY(fine.requests.contains("User-Agent: Ravelin/1.0.0\r\n"));
+        QVERIFY(fine.requests.contains("Accept-Encoding: identity\r\n"));
         QVERIFY(!fine.requests.contains("Cookie"));
         QVERIFY(!download::fetch(fine.url("/4")).text());
         const Server<> cutOff("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\npage", Then::Close);

@@ -67,6 +67,8 @@ private Q_SLOTS:
     }
 
     void supportRequestBody() {
+        QCOMPARE(supportrequest::architecture(true, true), "ARM (Native)");
+        QCOMPARE(supportrequest::architecture(false, true), "ARM (Rosetta)");
         QCOMPARE(supportrequest::body("Text", {"Model", "Intel", "Debian", true, "0123 9876"}, "Attached"),
                  "Text\n\n\n\nP.S: Hardware: Model [Intel] Software: Debian Admin: 1 UDID: 0123 9876 N/A\n"
                  "Attached\n");

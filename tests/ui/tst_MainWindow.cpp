@@ -340,6 +340,11 @@ private Q_SLOTS:
         rate->trigger();
         QCOMPARE(app.desktop.opened.last().host(), "alternativeto.example");
 
+        Q_EMIT app.delegate.fetchingUpdates(true);
+        QVERIFY(QApplication::overrideCursor());
+        Q_EMIT app.delegate.fetchingUpdates(false);
+        QVERIFY(!QApplication::overrideCursor());
+
         app.find<QAction>("aboutAction")->trigger();
         app.find<QAction>("aboutAction")->trigger();
         QCOMPARE(app.window->findChildren<AboutWindow*>().size(), 1);

@@ -112,6 +112,14 @@ private Q_SLOTS:
         QCOMPARE(m_view->toPlainText(), before);
     }
 
+    void linksFollowTheAppearance() {
+        show("notes");
+        QPalette palette = m_view->palette();
+        palette.setColor(QPalette::Link, QColor(1, 2, 3));
+        m_view->setPalette(palette);
+        QVERIFY(m_view->toHtml().contains("color:#010203"));
+    }
+
     void linkByKeyboard() {
         show("notes");
         m_view->setFocus();
