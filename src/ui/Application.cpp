@@ -79,6 +79,8 @@ void waitUntilTerminated(AppDelegate& delegate) {
 /// Asks how the user likes the application, as soon as that disturbs nobody.
 void connectRating(AppDelegate& delegate, MainWindow& window) {
     auto* quietMoment = new QuietMoment(&window);
+    // Whoever is choosing a movie's track and folder is at work, too.
+    quietMoment->setBusyWhen([&delegate] { return delegate.addSheet().isShown(); });
     QObject::connect(&delegate, &AppDelegate::ratingWindowRequested, quietMoment,
                      [quietMoment, &window](PXRatingWindowController& asked) {
                          if (window.findChild<RatingWindow*>()) return;

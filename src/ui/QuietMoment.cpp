@@ -53,8 +53,8 @@ bool QuietMoment::eventFilter(QObject* watched, QEvent* event) {
 }
 
 bool QuietMoment::isQuiet() const {
-    return !QApplication::activeModalWidget() && !QApplication::activePopupWidget() &&
-           QApplication::mouseButtons() == Qt::NoButton;
+    return !(m_isBusy && m_isBusy()) && !QApplication::activeModalWidget() &&
+           !QApplication::activePopupWidget() && QApplication::mouseButtons() == Qt::NoButton;
 }
 
 void QuietMoment::onQuiet() {

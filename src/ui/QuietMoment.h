@@ -19,6 +19,9 @@ public:
 
     explicit QuietMoment(QWidget* window, int quietMilliseconds = kQuietMilliseconds);
 
+    /// What else is no quiet moment; may be null.
+    void setBusyWhen(std::function<bool()> isBusy) { m_isBusy = std::move(isBusy); }
+
     /// `action` is called once, never before this returns. One that waits already is replaced.
     void wait(std::function<void()> action);
     bool isWaiting() const { return m_action != nullptr; }
@@ -33,4 +36,5 @@ private:
     QPointer<QWidget> m_window;
     QTimer m_timer;
     std::function<void()> m_action;
+    std::function<bool()> m_isBusy;
 };

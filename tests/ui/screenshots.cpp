@@ -1,8 +1,10 @@
 // Puts the windows into every state worth looking at and saves a picture of each: screenshots FOLDER [--dark]
 #include "fakes/WindowedApplication.h"
 #include "feedback/PXRatingWindowController.h"
+#include "feedback/UpdateCheck.h"
 #include "support/Alert.h"
 #include "support/DontWarnAgain.h"
+#include "support/Mail.h"
 #include "ui/AboutWindow.h"
 #include "ui/Appearance.h"
 #include "ui/DialogPresenter.h"
@@ -213,6 +215,25 @@ void alerts() {
     setAlertPresenter(&presenter);
     alertOf("alert-quit", [] {
         alert_apptitled("Conversion is in progresss. Are you sure you want to quit?", "Quit", "Cancel");
+    });
+    alertOf("alert-moved", [] {
+        alert_apptitled(
+            "Ravelin has been moved, but applications should never be moved while they are running.",
+            "Restart Ravelin");
+    });
+    alertOf("alert-update", [] {
+        checkForUpdates([](const QUrl& url) {
+            return download::Page{.url = url,
+                                  .body =
+                                      "<enclosure sparkle:version=\"27\" "
+                                      "sparkle:shortVersionString=\"1.2\"/>",
+                                  .isAbandoned = false};
+        });
+    });
+    alertOf("alert-mail", [] {
+        const QString words = "Hello\nConversion of a file failed.\n\nBye\n\nP.S. Details: ";
+        mail::open(mail::withSettings("support@ravelin.example", "Ravelin v1.0.0 Problem Report",
+                                      [&](const QString& settings) { return words + settings; }));
     });
     alertOf("alert-failed", [] {
         alert(
