@@ -3,6 +3,7 @@
 #include "fakes/FakeTool.h"
 #include "fakes/RecordingPanels.h"
 #include "fakes/TestHome.h"
+#include "feedback/PXRatingWindowController.h"
 #include "settings/Keys.h"
 #include "support/Defaults.h"
 #include "support/FolderAccess.h"
@@ -60,6 +61,10 @@ private Q_SLOTS:
             FakeTool::report("    Stream #0:1(eng): Audio: ac3, 48000 Hz, stereo\n"
                              "    Stream #0:2(ger): Audio: aac, 48000 Hz, stereo\n"));
         setDefaultInt(kDefaultAudioKey, 3);  // German
+        setDefaultInt("quillonlib_1.0.0_usages", 19);
+        QString question;
+        connect(&app.delegate, &AppDelegate::ratingWindowRequested,
+                [&](const PXRatingWindowController& asked) { question = asked.introText(); });
         QSignalSpy front(&app.delegate, &AppDelegate::mainWindowRequested);
         app.open("Trip.mkv");
         QCOMPARE(front.count(), 1);
@@ -84,6 +89,8 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(app.path("other/Trip.mp4")));
         QVERIFY(!app.desktop.launcherProgress);
         QCOMPARE(defaultInt("quillonlib_usages"), 1);
+        QCOMPARE(question,
+                 "You have now used Ravelin more than 20 times, successfully converting 1 MKVs to MP4s.");
     }
 
     void nothingStartsBeforeTheLastFileWasHandled() {
