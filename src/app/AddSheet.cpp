@@ -1,16 +1,16 @@
 #include "app/AddSheet.h"
 
-#include "app/Destination.h"
-#include "app/Destinations.h"
-#include "app/FileIntake.h"
-#include "app/JobQueue.h"
+#include "app/destinations/Destination.h"
+#include "app/destinations/Destinations.h"
+#include "app/intake/FileIntake.h"
+#include "app/queue/JobQueue.h"
 #include "settings/Keys.h"
-#include "support/Alert.h"
-#include "support/Defaults.h"
-#include "support/Files.h"
-#include "support/FolderAccess.h"
-#include "support/Format.h"
-#include "support/Text.h"
+#include "support/alerts/Alert.h"
+#include "support/base/Files.h"
+#include "support/base/Format.h"
+#include "support/base/Text.h"
+#include "support/store/Defaults.h"
+#include "support/store/FolderAccess.h"
 
 #include <QFileInfo>
 

@@ -1,14 +1,14 @@
 #pragma once
 
 #include "app/AddSheet.h"
-#include "app/Destinations.h"
-#include "app/FileIntake.h"
-#include "app/FilePanels.h"
-#include "app/JobQueue.h"
-#include "app/QueueProgress.h"
-#include "app/WatchFolder.h"
+#include "app/destinations/Destinations.h"
+#include "app/intake/FileIntake.h"
+#include "app/queue/JobQueue.h"
+#include "app/queue/QueueProgress.h"
+#include "app/watching/WatchFolder.h"
 #include "feedback/PXApplicationDelegate.h"
-#include "support/Dispatch.h"
+#include "support/desktop/FilePanels.h"
+#include "support/processes/Dispatch.h"
 
 #include <QList>
 #include <QUrl>

@@ -4,8 +4,8 @@
 #include "cli/Output.h"
 #include "settings/Keys.h"
 #include "settings/SettingsTable.h"
-#include "support/ApplicationInfo.h"
-#include "support/Format.h"
+#include "support/base/ApplicationInfo.h"
+#include "support/base/Format.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,7 +1,7 @@
 #include "cli/ConsolePresenter.h"
 
 #include "cli/Output.h"
-#include "support/Format.h"
+#include "support/base/Format.h"
 
 AlertAnswer ConsolePresenter::present(const Alert& alert) {
     say({alert.key, alert.title, alert.message});

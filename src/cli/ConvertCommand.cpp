@@ -1,16 +1,16 @@
 #include "cli/ConvertCommand.h"
 
-#include "app/AudioPreselection.h"
-#include "app/Destination.h"
-#include "app/Usages.h"
+#include "app/destinations/Destination.h"
+#include "app/intake/AudioPreselection.h"
+#include "app/queue/Usages.h"
 #include "cli/Commands.h"
 #include "cli/ExitStatus.h"
 #include "cli/Run.h"
 #include "settings/Keys.h"
-#include "support/ApplicationInfo.h"
-#include "support/Defaults.h"
-#include "support/Format.h"
-#include "support/Interruption.h"
+#include "support/base/ApplicationInfo.h"
+#include "support/base/Format.h"
+#include "support/processes/Interruption.h"
+#include "support/store/Defaults.h"
 #include "tool/ToolReaper.h"
 
 #include <QCoreApplication>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/FileIntake.h"
-#include "app/JobQueue.h"
+#include "app/intake/FileIntake.h"
+#include "app/queue/JobQueue.h"
 #include "cli/CommandLine.h"
 #include "cli/ConvertReport.h"
 #include "cli/Inputs.h"

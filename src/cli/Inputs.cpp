@@ -1,8 +1,8 @@
 #include "cli/Inputs.h"
 
-#include "app/MovieFiles.h"
-#include "support/Files.h"
-#include "support/Format.h"
+#include "app/intake/MovieFiles.h"
+#include "support/base/Files.h"
+#include "support/base/Format.h"
 
 #include <QDir>
 #include <QFile>

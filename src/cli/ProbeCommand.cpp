@@ -1,5 +1,5 @@
-#include "app/AudioPreselection.h"
-#include "app/Languages.h"
+#include "app/intake/AudioPreselection.h"
+#include "app/intake/Languages.h"
 #include "cli/Commands.h"
 #include "cli/ExitStatus.h"
 #include "cli/Inputs.h"
@@ -7,10 +7,10 @@
 #include "cli/Output.h"
 #include "cli/Run.h"
 #include "settings/Keys.h"
-#include "support/ApplicationInfo.h"
-#include "support/Defaults.h"
-#include "support/Format.h"
-#include "support/Interruption.h"
+#include "support/base/ApplicationInfo.h"
+#include "support/base/Format.h"
+#include "support/processes/Interruption.h"
+#include "support/store/Defaults.h"
 
 #include <QUrl>
 

@@ -1,7 +1,7 @@
 #include "cli/ProgressLines.h"
 
 #include "cli/Output.h"
-#include "support/Format.h"
+#include "support/base/Format.h"
 
 #include <algorithm>
 #include <cmath>

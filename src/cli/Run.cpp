@@ -2,14 +2,16 @@
 
 #include "convert/RunJournal.h"
 #include "settings/SettingsTable.h"
-#include "support/ApplicationInfo.h"
-#include "support/CrashLogs.h"
-#include "support/DBusDesktop.h"
-#include "support/Defaults.h"
-#include "support/QuillonLib.h"
+#include "support/base/ApplicationInfo.h"
+#include "support/desktop/DBusDesktop.h"
+#include "support/reports/CrashLogs.h"
+#include "support/reports/QuillonLib.h"
+#include "support/store/Defaults.h"
+#include "support/store/LogRings.h"
 
 Run::Run(const QMap<QString, QVariant>& overrides, DesktopUse desktop) {
     settings::registerDefaults();
+    logrings::install();
     for (auto it = overrides.cbegin(); it != overrides.cend(); ++it)
         standardUserDefaults().setOverride(it.key(), it.value());
     setAlertPresenter(&m_presenter);

@@ -2,8 +2,8 @@
 #include "cli/ExitStatus.h"
 #include "cli/Output.h"
 #include "settings/SettingsTable.h"
-#include "support/Defaults.h"
-#include "support/Format.h"
+#include "support/base/Format.h"
+#include "support/store/Defaults.h"
 
 #include <QJsonArray>
 #include <QJsonObject>

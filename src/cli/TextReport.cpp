@@ -2,8 +2,8 @@
 #include "cli/Output.h"
 #include "cli/ProgressLines.h"
 #include "convert/StatusText.h"
-#include "support/Format.h"
-#include "support/Text.h"
+#include "support/base/Format.h"
+#include "support/base/Text.h"
 
 #include <QDateTime>
 #include <QFileInfo>

@@ -1,11 +1,11 @@
-#include "app/FolderWatch.h"
+#include "app/watching/FolderWatch.h"
 #include "cli/Commands.h"
 #include "cli/ConvertCommand.h"
 #include "cli/ExitStatus.h"
 #include "cli/Output.h"
 #include "cli/Run.h"
-#include "support/Format.h"
-#include "support/Interruption.h"
+#include "support/base/Format.h"
+#include "support/processes/Interruption.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>

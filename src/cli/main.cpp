@@ -1,6 +1,6 @@
 #include "cli/Commands.h"
-#include "support/CrashReport.h"
-#include "support/Utf8Locale.h"
+#include "support/base/Utf8Locale.h"
+#include "support/reports/CrashReport.h"
 
 #include <QCoreApplication>
 

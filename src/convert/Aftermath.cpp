@@ -2,11 +2,11 @@
 
 #include "probe/MKVFileInfo.h"
 #include "settings/Keys.h"
-#include "support/ApplicationInfo.h"
-#include "support/Defaults.h"
-#include "support/Desktop.h"
-#include "support/Log.h"
-#include "support/Text.h"
+#include "support/base/ApplicationInfo.h"
+#include "support/base/Log.h"
+#include "support/base/Text.h"
+#include "support/desktop/Desktop.h"
+#include "support/store/Defaults.h"
 
 #include <QFile>
 

@@ -1,7 +1,7 @@
 #include "convert/AudioHandling.h"
 
 #include "settings/Keys.h"
-#include "support/Format.h"
+#include "support/base/Format.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include "settings/Keys.h"
 #include "settings/SettingsTable.h"
-#include "support/Format.h"
+#include "support/base/Format.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "convert/ConversionSettings.h"
 
 #include "settings/Keys.h"
-#include "support/Defaults.h"
+#include "support/store/Defaults.h"
 
 #include <algorithm>
 #include <limits>

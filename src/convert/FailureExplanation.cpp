@@ -1,7 +1,7 @@
 #include "convert/FailureExplanation.h"
 
-#include "support/Format.h"
-#include "support/Text.h"
+#include "support/base/Format.h"
+#include "support/base/Text.h"
 
 #include <algorithm>
 

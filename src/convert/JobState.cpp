@@ -1,6 +1,6 @@
 #include "convert/JobState.h"
 
-#include "support/Text.h"
+#include "support/base/Text.h"
 
 QString nameOfState(JobState state) {
     switch (state) {

@@ -1,6 +1,6 @@
 #include "convert/Progress.h"
 
-#include "support/Text.h"
+#include "support/base/Text.h"
 
 #include <QFile>
 

@@ -1,6 +1,6 @@
 #include "convert/ReplacedFile.h"
 
-#include "support/Files.h"
+#include "support/base/Files.h"
 
 #include <QFile>
 #include <QFileInfo>

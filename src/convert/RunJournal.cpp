@@ -1,10 +1,10 @@
 #include "convert/RunJournal.h"
 
 #include "convert/ReplacedFile.h"
-#include "support/Files.h"
-#include "support/Log.h"
-#include "support/QuillonLib.h"
-#include "support/SettingsFile.h"
+#include "support/base/Files.h"
+#include "support/base/Log.h"
+#include "support/reports/QuillonLib.h"
+#include "support/store/SettingsFile.h"
 
 #include <QDateTime>
 #include <QDir>

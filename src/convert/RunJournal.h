@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/FileLock.h"
+#include "support/base/FileLock.h"
 
 #include <QString>
 #include <QVariantMap>

@@ -1,6 +1,6 @@
 #include "convert/SpaceCheck.h"
 
-#include "support/Text.h"
+#include "support/base/Text.h"
 
 namespace spacecheck {
 

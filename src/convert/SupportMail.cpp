@@ -1,9 +1,9 @@
 #include "convert/SupportMail.h"
 
 #include "probe/MKVFileInfo.h"
-#include "support/Format.h"
-#include "support/HostInformation.h"
-#include "support/QuillonLib.h"
+#include "support/base/Format.h"
+#include "support/reports/HostInformation.h"
+#include "support/reports/QuillonLib.h"
 
 mail::Message conversionSupportMail(const QStringList& arguments, const QString& output,
                                     const MKVFileInfo& info) {

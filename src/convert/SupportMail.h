@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/Mail.h"
+#include "support/reports/Mail.h"
 
 #include <QString>
 #include <QStringList>

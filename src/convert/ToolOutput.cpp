@@ -1,7 +1,7 @@
 #include "convert/ToolOutput.h"
 
 #include "convert/FailureExplanation.h"
-#include "support/Text.h"
+#include "support/base/Text.h"
 
 namespace {
 

@@ -3,10 +3,10 @@
 #include "feedback/PXRatingWindowController.h"
 #include "feedback/RatingRules.h"
 #include "feedback/UpdateCheck.h"
-#include "support/ApplicationInfo.h"
-#include "support/Defaults.h"
-#include "support/Format.h"
-#include "support/Text.h"
+#include "support/base/ApplicationInfo.h"
+#include "support/base/Format.h"
+#include "support/base/Text.h"
+#include "support/store/Defaults.h"
 
 #include <QPointer>
 

@@ -1,11 +1,11 @@
 #include "feedback/PXRatingWindowController.h"
 
-#include "support/Alert.h"
-#include "support/ApplicationInfo.h"
-#include "support/Defaults.h"
-#include "support/Format.h"
-#include "support/QuillonLib.h"
-#include "support/Text.h"
+#include "support/alerts/Alert.h"
+#include "support/base/ApplicationInfo.h"
+#include "support/base/Format.h"
+#include "support/base/Text.h"
+#include "support/reports/QuillonLib.h"
+#include "support/store/Defaults.h"
 
 #include <utility>
 

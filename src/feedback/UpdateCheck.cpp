@@ -1,10 +1,10 @@
 #include "feedback/UpdateCheck.h"
 
-#include "support/Alert.h"
-#include "support/ApplicationInfo.h"
-#include "support/Desktop.h"
-#include "support/Format.h"
-#include "support/Text.h"
+#include "support/alerts/Alert.h"
+#include "support/base/ApplicationInfo.h"
+#include "support/base/Format.h"
+#include "support/base/Text.h"
+#include "support/desktop/Desktop.h"
 
 #include <QScopedValueRollback>
 

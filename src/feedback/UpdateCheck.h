@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/Download.h"
+#include "support/network/Download.h"
 
 #include <QString>
 #include <QStringView>

@@ -1,8 +1,8 @@
 #include "probe/MKVFileInfo.h"
 
-#include "support/Files.h"
-#include "support/Format.h"
-#include "support/Text.h"
+#include "support/base/Files.h"
+#include "support/base/Format.h"
+#include "support/base/Text.h"
 #include "tool/Tool.h"
 
 #include <stdexcept>

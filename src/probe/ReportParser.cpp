@@ -1,9 +1,9 @@
 #include "probe/ReportParser.h"
 
 #include "settings/Keys.h"
-#include "support/Defaults.h"
-#include "support/Format.h"
-#include "support/Text.h"
+#include "support/base/Format.h"
+#include "support/base/Text.h"
+#include "support/store/Defaults.h"
 
 #include <QRegularExpression>
 

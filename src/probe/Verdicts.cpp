@@ -1,14 +1,14 @@
 #include "probe/Verdicts.h"
 
 #include "settings/Keys.h"
-#include "support/Alert.h"
-#include "support/AlertQueue.h"
-#include "support/ApplicationInfo.h"
-#include "support/Defaults.h"
-#include "support/Dispatch.h"
-#include "support/DontWarnAgain.h"
-#include "support/Format.h"
-#include "support/Text.h"
+#include "support/alerts/Alert.h"
+#include "support/alerts/AlertQueue.h"
+#include "support/alerts/DontWarnAgain.h"
+#include "support/base/ApplicationInfo.h"
+#include "support/base/Format.h"
+#include "support/base/Text.h"
+#include "support/processes/Dispatch.h"
+#include "support/store/Defaults.h"
 
 #include <QStringList>
 

@@ -1,7 +1,7 @@
 #include "settings/SettingsTable.h"
 
 #include "settings/Keys.h"
-#include "support/Defaults.h"
+#include "support/store/Defaults.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,9 +1,9 @@
 #include "tool/Tool.h"
 
-#include "support/ApplicationInfo.h"
-#include "support/ChildProcess.h"
-#include "support/Format.h"
-#include "support/ProcessRunner.h"
+#include "support/base/ApplicationInfo.h"
+#include "support/base/Format.h"
+#include "support/processes/ChildProcess.h"
+#include "support/processes/ProcessRunner.h"
 
 #include <QFileInfo>
 #include <QProcess>

@@ -1,6 +1,6 @@
 #include "tool/ToolProcess.h"
 
-#include "support/ChildProcess.h"
+#include "support/processes/ChildProcess.h"
 #include "tool/Tool.h"
 
 #include <csignal>

@@ -2,22 +2,23 @@
 
 #include "app/AppDelegate.h"
 #include "convert/RunJournal.h"
+#include "documentation/window/Documentation.h"
+#include "documentation/window/WebEngine.h"
 #include "feedback/PXRatingWindowController.h"
-#include "support/Alert.h"
-#include "support/ApplicationInfo.h"
-#include "support/CrashLogs.h"
-#include "support/Interruption.h"
-#include "support/SingleInstance.h"
-#include "ui/Appearance.h"
-#include "ui/DialogPanels.h"
-#include "ui/DialogPresenter.h"
-#include "ui/Documentation.h"
-#include "ui/Icons.h"
-#include "ui/MainWindow.h"
-#include "ui/QuietMoment.h"
-#include "ui/RatingWindow.h"
-#include "ui/WebEngine.h"
+#include "support/alerts/Alert.h"
+#include "support/base/ApplicationInfo.h"
+#include "support/desktop/SingleInstance.h"
+#include "support/processes/Interruption.h"
+#include "support/reports/CrashLogs.h"
+#include "support/store/LogRings.h"
 #include "ui/WindowDesktop.h"
+#include "ui/dialogs/DialogPanels.h"
+#include "ui/dialogs/DialogPresenter.h"
+#include "ui/help/QuietMoment.h"
+#include "ui/help/RatingWindow.h"
+#include "ui/look/Appearance.h"
+#include "ui/look/Icons.h"
+#include "ui/window/MainWindow.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -121,6 +122,7 @@ int runApplication(int& argc, char** argv) {
     describeApplication();
     const QStringList paths = parseCommandLine();
 
+    logrings::install();
     DialogPresenter presenter;
     setAlertPresenter(&presenter);
     std::optional<SingleInstance> instance(std::in_place, ApplicationInfo::bundleIdentifier());
@@ -145,7 +147,7 @@ int runApplication(int& argc, char** argv) {
         AppDelegate delegate(panels);
         MainWindow window(delegate);
         PluginWebEngine engine;
-        const Documentation documentation(delegate, engine);
+        const Documentation documentation(delegate, engine, symbolicIcon("job-remove"));
         presenter.setMainWindow(&window);
         panels.setMainWindow(&window);
         connectParts(application, delegate, window, *instance, panels);

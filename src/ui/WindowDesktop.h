@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/DBusDesktop.h"
+#include "support/desktop/DBusDesktop.h"
 
 /// The desktop with what a window has of it: the clipboard and the keyboard. Needs the QGuiApplication.
 class WindowDesktop : public DBusDesktop {

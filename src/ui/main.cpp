@@ -1,5 +1,5 @@
-#include "support/CrashReport.h"
-#include "support/Utf8Locale.h"
+#include "support/base/Utf8Locale.h"
+#include "support/reports/CrashReport.h"
 #include "ui/Application.h"
 
 int main(int argc, char** argv) {

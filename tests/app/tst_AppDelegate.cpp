@@ -1,12 +1,12 @@
 #include "app/AppDelegate.h"
-#include "app/UnfinishedFiles.h"
+#include "app/queue/UnfinishedFiles.h"
 #include "fakes/FakeTool.h"
 #include "fakes/RecordingPanels.h"
 #include "fakes/TestHome.h"
 #include "feedback/PXRatingWindowController.h"
 #include "settings/Keys.h"
-#include "support/Defaults.h"
-#include "support/FolderAccess.h"
+#include "support/store/Defaults.h"
+#include "support/store/FolderAccess.h"
 
 #include <QDir>
 #include <QSignalSpy>

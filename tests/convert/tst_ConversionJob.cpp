@@ -5,9 +5,9 @@
 #include "fakes/OpenedMail.h"
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
-#include "support/Defaults.h"
-#include "support/Files.h"
-#include "support/QuillonLib.h"
+#include "support/base/Files.h"
+#include "support/reports/QuillonLib.h"
+#include "support/store/Defaults.h"
 #include "tool/ToolReaper.h"
 
 #include <QDir>

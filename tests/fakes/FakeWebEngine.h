@@ -1,7 +1,7 @@
 #pragma once
 
-#include "feedback/WebViewFactory.h"
-#include "ui/WebEngine.h"
+#include "documentation/rules/WebViewFactory.h"
+#include "documentation/window/WebEngine.h"
 
 #include <QList>
 #include <QPointer>

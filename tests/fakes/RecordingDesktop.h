@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/Desktop.h"
+#include "support/desktop/Desktop.h"
 
 #include <QList>
 #include <QSet>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/FilePanels.h"
+#include "support/desktop/FilePanels.h"
 
 #include <QList>
 

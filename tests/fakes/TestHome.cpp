@@ -1,7 +1,8 @@
 #include "fakes/TestHome.h"
 
 #include "settings/SettingsTable.h"
-#include "support/Defaults.h"
+#include "support/store/Defaults.h"
+#include "support/store/LogRings.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,6 +13,7 @@ TestHome::TestHome() {
     qputenv("XDG_DATA_HOME", m_folder.filePath("data").toUtf8());
     useSettingsFile(m_folder.filePath("config/settings.json"));
     settings::registerDefaults();
+    logrings::install();
     setAlertPresenter(&presenter);
     setSharedDesktop(&desktop);
 }

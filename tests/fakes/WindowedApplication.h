@@ -5,10 +5,10 @@
 #include "fakes/RecordingPanels.h"
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
-#include "support/Defaults.h"
-#include "ui/JobDelegate.h"
-#include "ui/JobListView.h"
-#include "ui/MainWindow.h"
+#include "support/store/Defaults.h"
+#include "ui/window/JobDelegate.h"
+#include "ui/window/JobListView.h"
+#include "ui/window/MainWindow.h"
 
 #include <QDir>
 #include <QTest>

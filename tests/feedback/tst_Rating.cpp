@@ -2,9 +2,9 @@
 #include "feedback/PXApplicationDelegate.h"
 #include "feedback/PXRatingWindowController.h"
 #include "feedback/RatingRules.h"
-#include "support/Alert.h"
-#include "support/ApplicationInfo.h"
-#include "support/Defaults.h"
+#include "support/alerts/Alert.h"
+#include "support/base/ApplicationInfo.h"
+#include "support/store/Defaults.h"
 
 #include <QPointer>
 #include <QSignalSpy>

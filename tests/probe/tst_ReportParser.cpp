@@ -1,7 +1,7 @@
 #include "fakes/TestHome.h"
 #include "probe/ReportParser.h"
 #include "settings/Keys.h"
-#include "support/Defaults.h"
+#include "support/store/Defaults.h"
 
 #include <QElapsedTimer>
 #include <QTest>

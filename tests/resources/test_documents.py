@@ -16,8 +16,8 @@ EMPTY = {"meta", "link", "img", "br", "source"}
 LOADING = {("link", "href"), ("img", "src"), ("source", "srcset")}
 
 # Where messages are made for the user. Everywhere else only what is handed to an alert is one.
-TELLING = ["app/*.cpp", "convert/*.cpp", "probe/Verdicts.cpp", "tool/Tool.cpp", "support/FolderAccess.cpp",
-           "support/SettingsStore.cpp", "watch/*.cpp", "cli/Inputs.cpp", "cli/ConvertCommand.cpp"]
+TELLING = ["app/**/*.cpp", "convert/*.cpp", "probe/Verdicts.cpp", "tool/Tool.cpp", "support/store/FolderAccess.cpp",
+           "support/store/SettingsStore.cpp", "watch/**/*.cpp", "cli/Inputs.cpp", "cli/ConvertCommand.cpp"]
 # A mail to support, why the machine is kept awake, and lines of the log.
 NOT_SHOWN = re.compile(r"Hello\\n|mailto:|Converting MKV file|CJ %p|Info: |Error: |Error creating bookmark")
 
@@ -174,7 +174,7 @@ def all_messages():
     telling = {path for glob in TELLING for path in (SOURCE / "src").glob(glob)}
     found = {}
     for path in sorted((SOURCE / "src").rglob("*.cpp")):
-        for text, alerted, logged in literals(path.read_text()):
+        for text, alerted, logged in literals(re.sub(r"(?m)^#include.*", "", path.read_text())):
             is_sentence = len(re.findall(r"[A-Za-z']{2,}", text)) > 2 and re.search(r"[.?!:]", text)
             if is_sentence and not NOT_SHOWN.match(text) and (alerted or path in telling and not logged):
                 found[text] = str(path.relative_to(SOURCE))

@@ -1,8 +1,8 @@
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
 #include "settings/SettingsTable.h"
-#include "support/Defaults.h"
-#include "support/SettingsFile.h"
+#include "support/store/Defaults.h"
+#include "support/store/SettingsFile.h"
 
 #include <QTest>
 

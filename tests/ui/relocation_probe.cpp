@@ -1,8 +1,8 @@
 // The window program with a user who presses the first button of every alert as soon as it is shown. Told on
 // standard output, a line each: the message and the button.
-#include "support/Utf8Locale.h"
-#include "ui/AlertDialog.h"
+#include "support/base/Utf8Locale.h"
 #include "ui/Application.h"
+#include "ui/dialogs/AlertDialog.h"
 
 #include <QCoreApplication>
 #include <QDialogButtonBox>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "watch/DirectoryObserver.h"
+#include "watch/events/DirectoryObserver.h"
 
 #include <QFile>
 #include <QMap>

@@ -1,0 +1,35 @@
+#include "app/destinations/Destination.h"
+
+#include "settings/Keys.h"
+#include "support/base/Files.h"
+#include "support/store/Defaults.h"
+
+#include <QFile>
+
+#include <sys/stat.h>
+
+namespace destination {
+
+QString outputExtension() {
+    return defaultInt(kDefaultExtensionKey) != 0 ? "m4v" : "mp4";
+}
+
+QString outputFileName(const QString& inputFileName) {
+    return files::fittingFileName(files::withoutExtension(inputFileName), u'.' + outputExtension());
+}
+
+bool hasOutputExtension(const QString& path) {
+    const QString extension = files::pathExtension(path).toLower();
+    return extension == u"mp4" || extension == u"m4v";
+}
+
+bool isSameFile(const QString& a, const QString& b) {
+    struct stat first = {};
+    struct stat second = {};
+    if (a == b) return true;
+    return ::stat(QFile::encodeName(a).constData(), &first) == 0 &&
+           ::stat(QFile::encodeName(b).constData(), &second) == 0 && first.st_dev == second.st_dev &&
+           first.st_ino == second.st_ino;
+}
+
+}  // namespace destination

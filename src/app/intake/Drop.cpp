@@ -1,0 +1,60 @@
+#include "app/intake/Drop.h"
+
+#include "app/intake/MovieFiles.h"
+#include "support/base/Format.h"
+#include "support/base/Text.h"
+
+#include <QDirIterator>
+#include <QElapsedTimer>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace drop {
+
+namespace {
+
+/// The pointer is moving meanwhile.
+constexpr int kMostMilliseconds = 20;
+
+bool mayHoldMovie(const QString& folder, const QElapsedTimer& timer) {
+    QDirIterator entries(folder, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden,
+                         QDirIterator::Subdirectories);
+    while (entries.hasNext()) {
+        const QString path = entries.next();
+        if (timer.hasExpired(kMostMilliseconds) || (moviefiles::isMovie(path) && !QFileInfo(path).isDir()))
+            return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+QStringList paths(const QList<QUrl>& urls) {
+    QStringList result;
+    for (const QUrl& url : urls) {
+        if (url.isLocalFile()) result.append(url.toLocalFile());
+    }
+    return result;
+}
+
+bool isAccepted(const QStringList& paths) {
+    if (std::ranges::any_of(paths, moviefiles::isMovie)) return true;
+    QElapsedTimer timer;
+    timer.start();
+    return std::ranges::any_of(
+        paths, [&](const QString& path) { return QFileInfo(path).isDir() && mayHoldMovie(path, timer); });
+}
+
+QString refusal(const QList<QUrl>& urls) {
+    const QStringList dropped = paths(urls);
+    if (dropped.isEmpty()) return text::localized("Only files of this computer can be dropped here.");
+    if (std::ranges::all_of(dropped, moviefiles::isSubtitle))
+        return text::localized("A subtitle file needs its movie: drop both together.");
+    const QString name = QFileInfo(dropped.first()).fileName();
+    if (dropped.size() > 1) return text::localized("None of these files is a movie.");
+    return QFileInfo(dropped.first()).isDir() ? makeString("There is no movie in the folder “%@”.", name)
+                                              : makeString("“%@” is not a movie.", name);
+}
+
+}  // namespace drop

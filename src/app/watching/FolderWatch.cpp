@@ -1,0 +1,98 @@
+#include "app/watching/FolderWatch.h"
+
+#include "support/base/Files.h"
+#include "watch/events/DirectoryObserver.h"
+
+#include <QFileInfo>
+
+namespace {
+
+/// The kernel also tells of names that were only made, and of folders.
+bool mayHaveArrived(const EventRecord& record) {
+    return (record.flags & kEventItemIsFile) != 0 &&
+           (record.flags & (kEventItemModified | kEventItemRenamed)) != 0 &&
+           files::pathExtension(record.path) == u"mkv";
+}
+
+CompletionWaiter::Known whatIsKnown(const EventRecord& record) {
+    switch (record.contents) {
+        case EventContents::Whole:
+            return CompletionWaiter::Known::SeenWhole;
+        case EventContents::Unfinished:
+            return (record.flags & kEventItemCreated) != 0 ? CompletionWaiter::Known::Created
+                                                           : CompletionWaiter::Known::Modified;
+        case EventContents::Untold:
+            return CompletionWaiter::Known::Unknown;
+    }
+    return CompletionWaiter::Known::Unknown;
+}
+
+}  // namespace
+
+FolderWatch::FolderWatch(std::shared_ptr<Names> processedNames, QObject* parent)
+    : QObject(parent), m_processedNames(std::move(processedNames)) {
+    connect(&m_waiter, &CompletionWaiter::droppedOut, this, &FolderWatch::noteGone);
+    connect(&m_waiter, &CompletionWaiter::complete, this, &FolderWatch::tell);
+    connect(&m_waiter, &CompletionWaiter::waitingChanged, this, &FolderWatch::waitingChanged);
+}
+
+FolderWatch::~FolderWatch() = default;
+
+QString FolderWatch::start(const QString& folder) {
+    stop();
+    QString error;
+    m_observer = DirectoryObserver::startObserving(
+        folder, true, [this](const QList<EventRecord>& records) { take(records); }, &error);
+    if (!m_observer) return error;
+    connect(m_observer.get(), &DirectoryObserver::problem, this, &FolderWatch::problem);
+    connect(m_observer.get(), &DirectoryObserver::ended, this, [this](const QString& reason) {
+        stop();
+        Q_EMIT ended(reason);
+    });
+    return {};
+}
+
+void FolderWatch::stop() {
+    m_waiter.cancelAll();
+    m_gone.clear();
+    if (!m_observer) return;
+    m_observer->stopObserving();
+    m_observer.release()->deleteLater();  // Often called from within it.
+}
+
+void FolderWatch::take(const QList<EventRecord>& records) {
+    for (const EventRecord& record : records) {
+        if (!record.renamedFrom.isEmpty() && (record.flags & kEventItemIsFolder) != 0) followMove(record);
+        if (mayHaveArrived(record)) {
+            const QString name = QFileInfo(record.path).fileName();
+            if (!m_processedNames->contains(name)) m_waiter.wait(record.path, whatIsKnown(record));
+        } else {
+            m_waiter.lookAgain(record.path);
+        }
+    }
+}
+
+void FolderWatch::followMove(const EventRecord& record) {
+    // What is in a moved folder moves along in silence.
+    const QString from = record.renamedFrom + u'/';
+    const QStringList known = m_waiter.waiting() + m_gone.keys();
+    for (const QString& path : known) {
+        if (!path.startsWith(from)) continue;
+        m_waiter.cancel(path);
+        m_gone.remove(path);
+        m_waiter.wait(record.path + u'/' + path.mid(from.size()), CompletionWaiter::Known::Unknown);
+    }
+}
+
+void FolderWatch::noteGone(const QString& path) {
+    constexpr int kTwoBatchesAndMore = 6000;  // milliseconds
+    m_gone.removeIf([](const auto& entry) { return entry.value().hasExpired(); });
+    m_gone.insert(path, QDeadlineTimer(kTwoBatchesAndMore));
+}
+
+void FolderWatch::tell(const QString& path) {
+    const QString name = QFileInfo(path).fileName();
+    if (m_processedNames->contains(name)) return;
+    m_processedNames->insert(name);
+    Q_EMIT arrived(path);
+}

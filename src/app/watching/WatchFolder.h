@@ -1,0 +1,64 @@
+#pragma once
+
+#include "support/desktop/FilePanels.h"
+
+#include <QObject>
+#include <QSet>
+#include <QString>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+class FolderWatch;
+
+/// The folder whose new movies are taken in by themselves: which it is, whether it is on, and what it is
+/// doing. Main thread only.
+class WatchFolder : public QObject {
+    Q_OBJECT
+
+public:
+    /// `panels` outlives this.
+    explicit WatchFolder(FilePanels& panels, QObject* parent = nullptr);
+    ~WatchFolder() override;
+
+    /// Has the user choose the folder.
+    void watchfolderSetClicked();
+    /// Does what the settings say: turns the watch on or off. At launch, and whenever they changed.
+    void watchfolderActiveClicked();
+    /// Turns the watch off and forgets the folder.
+    void forget();
+    /// Ends the access to the folder; the watch ends with the process.
+    void stopAccess();
+
+    /// The folder's name; empty as long as none was found.
+    const QString& watchfolderLabel() const { return m_label; }
+    /// The whole path; empty: none.
+    QString folder() const { return m_folder.value_or(QString()); }
+    bool isWatching() const;
+    /// What is going on, in one sentence for the user.
+    QString stateText() const;
+
+Q_SIGNALS:
+    /// A complete movie, to be taken in as if it were dropped.
+    void arrived(const QString& path);
+    /// The label, the state or the setting changed.
+    void changed();
+    /// Something that the user should know now.
+    void message(const QString& text);
+
+private:
+    void startObserving(const QString& folder);
+    void onEnded(const FolderWatch* watch, const QString& reason);
+    void say(const QString& text);
+
+    FilePanels& m_panels;
+    std::optional<QString> m_folder;
+    bool m_hasAccess = false;  ///< Access to m_folder is open.
+    QString m_label;
+    QString m_problem;                                ///< Why it is off, or what is not watched.
+    std::shared_ptr<QSet<QString>> m_processedNames;  ///< Of this run; never emptied.
+    FolderWatch* m_current = nullptr;
+    /// With those that run on for the rest of this run: another folder was chosen meanwhile.
+    std::vector<std::unique_ptr<FolderWatch>> m_watches;
+};

@@ -1,0 +1,55 @@
+#include "documentation/plugin/WebPage.h"
+
+#include <QWebEngineLoadingInfo>
+#include <QWebEngineNewWindowRequest>
+#include <QWebEngineProfile>
+#include <QWebEngineScript>
+#include <QWebEngineScriptCollection>
+#include <QWebEngineSettings>
+
+WebPage::WebPage(QWebEngineProfile* profile, navigation::Home home, Scripts scripts)
+    : QWebEnginePage(profile), m_home(std::move(home)) {
+    const bool mayRun = scripts == Scripts::Allowed;
+    settings()->setAttribute(QWebEngineSettings::JavascriptEnabled, mayRun);
+    settings()->setAttribute(QWebEngineSettings::LocalContentCanAccessRemoteUrls, false);
+    // Our own scripts read the rules of the style sheet beside a local page; the page itself runs none.
+    settings()->setAttribute(QWebEngineSettings::LocalContentCanAccessFileUrls, !mayRun);
+    settings()->setAttribute(QWebEngineSettings::ErrorPageEnabled, false);
+    settings()->setAttribute(QWebEngineSettings::PluginsEnabled, false);
+    settings()->setAttribute(QWebEngineSettings::PdfViewerEnabled, false);
+    settings()->setAttribute(QWebEngineSettings::FullScreenSupportEnabled, false);
+    settings()->setAttribute(QWebEngineSettings::FocusOnNavigationEnabled, false);
+    connect(this, &QWebEnginePage::loadingChanged, this, &WebPage::judge);
+    connect(this, &QWebEnginePage::newWindowRequested, this, [this](QWebEngineNewWindowRequest& request) {
+        if (request.isUserInitiated()) Q_EMIT leaving(request.requestedUrl());
+    });
+}
+
+void WebPage::run(const QString& script) {
+    runJavaScript(script, QWebEngineScript::ApplicationWorld);
+}
+
+void WebPage::runWhenReady(const QString& source) {
+    QWebEngineScript script;
+    script.setInjectionPoint(QWebEngineScript::DocumentReady);
+    script.setWorldId(QWebEngineScript::ApplicationWorld);
+    script.setSourceCode(source);
+    scripts().insert(script);
+}
+
+bool WebPage::acceptNavigationRequest(const QUrl& url, NavigationType type, bool /*isMainFrame*/) {
+    const bool isLinkClick = type == NavigationTypeLinkClicked;
+    if (navigation::placeFor(url, isLinkClick, m_home) == navigation::Place::View) return true;
+    Q_EMIT leaving(url);
+    return false;
+}
+
+void WebPage::judge(const QWebEngineLoadingInfo& info) {
+    // A page that the server does not have counts as failed, too.
+    constexpr int kAborted = -3;  // Not let in, or overtaken by the next address.
+    if (info.status() == QWebEngineLoadingInfo::LoadSucceededStatus) {
+        Q_EMIT arrived();
+    } else if (info.status() == QWebEngineLoadingInfo::LoadFailedStatus && info.errorCode() != kAborted) {
+        Q_EMIT failed(info.url().toString() + QStringLiteral(": ") + info.errorString());
+    }
+}

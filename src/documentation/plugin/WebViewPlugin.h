@@ -1,0 +1,16 @@
+#pragma once
+
+#include "documentation/rules/WebViewFactory.h"
+
+#include <QObject>
+
+/// The way into the plugin.
+class WebViewPlugin : public QObject, public WebViewFactory {
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID WebViewFactory_iid)
+    Q_INTERFACES(WebViewFactory)
+
+public:
+    void start() override;
+    WebView* makeView(const WebViewServices& services, QWidget* parent) override;
+};

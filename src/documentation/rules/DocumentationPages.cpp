@@ -1,0 +1,48 @@
+#include "documentation/rules/DocumentationPages.h"
+
+#include "support/base/ApplicationInfo.h"
+#include "support/base/Text.h"
+
+#include <QDir>
+
+namespace documentation {
+
+namespace {
+
+DocumentationPage html(const char* title, const QString& name) {
+    const QString online = ApplicationInfo::value("DocumentationURL");
+    return {text::localized(title), name, online.isEmpty() ? QString() : online + name,
+            DocumentationPage::Kind::Html};
+}
+
+}  // namespace
+
+QList<DocumentationPage> pages() {
+    return {html("Quick Start", "quick-start.html"),
+            html("Audio and Players", "audio-and-players.html"),
+            html("Subtitles", "subtitles.html"),
+            html("Troubleshooting", "troubleshooting.html"),
+            html("What's New", "whats-new.html"),
+            // What was licensed with this very copy: no newer one replaces it.
+            {text::localized("Licences"), "licences.rtf", {}, DocumentationPage::Kind::Rtf}};
+}
+
+QString folder() {
+    return ApplicationInfo::resourceFolder() + "/documents";
+}
+
+QString pathOf(const DocumentationPage& page) {
+    return folder() + u'/' + page.name;
+}
+
+std::optional<int> indexOf(const QUrl& address) {
+    if (!address.isLocalFile()) return std::nullopt;
+    const QString path = QDir::cleanPath(address.toLocalFile());
+    const QList<DocumentationPage> all = pages();
+    for (int i = 0; i < all.size(); ++i) {
+        if (QDir::cleanPath(pathOf(all[i])) == path) return i;
+    }
+    return std::nullopt;
+}
+
+}  // namespace documentation

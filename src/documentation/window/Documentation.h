@@ -1,0 +1,36 @@
+#pragma once
+
+#include "documentation/window/DocumentationWindow.h"
+
+#include <QIcon>
+#include <QObject>
+#include <QPointer>
+
+class AppDelegate;
+class WebEngine;
+
+/// Follows the command that opens the documentation: in its window, or where no engine can show it there in
+/// the user's browser.
+class Documentation : public QObject {
+    Q_OBJECT
+
+public:
+    /// Delegate and engine outlive this. `closeIcon` is on the find bar's close button.
+    Documentation(AppDelegate& delegate, WebEngine& engine, const QIcon& closeIcon);
+    ~Documentation() override;
+
+    /// Null while it is closed.
+    DocumentationWindow* documentationWindow() const { return m_window; }
+
+Q_SIGNALS:
+    /// Tell the user in passing.
+    void message(const QString& text);
+
+private:
+    void open(int tag);
+    void openInBrowser(int tag, const QString& why);
+
+    WebEngine& m_engine;
+    QIcon m_closeIcon;
+    QPointer<DocumentationWindow> m_window;
+};

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "support/alerts/AlertPresenter.h"
+
+/// The alert family: each decides whether to show, has the alert shown by the presenter, logs the question
+/// and the answer at level 3, and returns the answer (1000, 1001 or 1002 is the button's position). Main
+/// thread only, but for the don't-warn-again alerts by identifier, which may be called from any thread.
+///
+/// A button whose title is empty is not added. Of an array of buttons the first three are used.
+
+long alert_customicon(const QString& title, const QString& message, const AlertButton& defaultButton,
+                      const AlertButton& alternate, const AlertButton& other, const QString& icon);
+long alert(const QString& title, const QString& message, const AlertButton& defaultButton,
+           const AlertButton& alternate = QString(), const AlertButton& other = QString());
+/// With the application's name as the title.
+long alert_apptitled(const QString& message, const AlertButton& defaultButton,
+                     const AlertButton& alternate = QString(), const AlertButton& other = QString());
+
+long alert_input(const QString& prompt, const QStringList& buttons, QString& text);
+long alert_inputsecure(const QString& prompt, const QStringList& buttons, QString& text);
+long alert_checkbox(const QString& title, const QString& message, const QStringList& buttons,
+                    const QString& checkboxTitle, bool& state);
+/// `color` is "#rrggbb" or "#aarrggbb".
+long alert_colorwell(const QString& prompt, const QStringList& buttons, QString& color);
+long alert_inputtext(const QString& prompt, const QStringList& buttons, QString& text);
+long alert_outputtext(const QString& prompt, const QString& text, const QStringList& buttons);
+long alert_selection_popup(const QString& prompt, const QStringList& buttons, const QStringList& titles,
+                           qsizetype& index);
+/// A title of more than 150 characters is shown as its first and its last 70.
+long alert_selection_matrix(const QString& prompt, const QStringList& buttons, const QStringList& titles,
+                            qsizetype& index);
+
+void alert_nonmodal(const QString& title, const QString& message, const QString& button);
+void alert_nonmodal_customicon(const QString& title, const QString& message, const QString& button,
+                               const QString& icon);
+void alert_nonmodal_customicon_block(const QString& title, const QString& message, const QString& button,
+                                     const QString& icon, const std::function<void()>& block);
+void alert_nonmodal_checkbox(const QString& title, const QString& message, const QString& button,
+                             const QString& checkboxTitle, const std::function<void(bool)>& block);

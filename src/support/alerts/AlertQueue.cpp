@@ -1,0 +1,44 @@
+#include "support/alerts/AlertQueue.h"
+
+#include "support/alerts/AlertPresenter.h"
+
+#include <QList>
+
+#include <algorithm>
+
+namespace {
+
+struct Waiting {
+    Block show;
+    QString key;
+};
+
+QList<Waiting>& queue() {
+    static QList<Waiting> waiting;
+    return waiting;
+}
+
+bool isShowing = false;  // The first of the queue.
+
+void showNext() {
+    if (isShowing || queue().isEmpty()) return;
+    const Block show = queue().first().show;
+    isShowing = true;
+    show();
+    isShowing = false;
+    queue().removeFirst();
+    if (!queue().isEmpty()) dispatch_async_main(showNext);
+}
+
+}  // namespace
+
+void showInTurn(Block show, const QString& key) {
+    if (!alertPresenter().waitsForUser()) {
+        show();
+        return;
+    }
+    const auto isSame = [&](const Waiting& waiting) { return !key.isEmpty() && waiting.key == key; };
+    if (std::ranges::any_of(queue(), isSame)) return;
+    queue().append({std::move(show), key});
+    dispatch_async_main(showNext);
+}

@@ -1,0 +1,105 @@
+#include "support/base/ApplicationInfo.h"
+
+#include "support/base/Files.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMutex>
+#include <QMutexLocker>
+#include <QStandardPaths>
+
+static void initialiseResources() {
+    Q_INIT_RESOURCE(info);
+}
+
+namespace ApplicationInfo {
+
+namespace {
+
+const QJsonObject& information() {
+    static const QJsonObject object = [] {
+        initialiseResources();
+        QFile file(":/Info.json");
+        if (!file.open(QIODevice::ReadOnly)) return QJsonObject();
+        return QJsonDocument::fromJson(file.readAll()).object();
+    }();
+    return object;
+}
+
+struct Move {
+    QMutex guard;
+    QString before;  ///< Empty: nothing was moved.
+    QString now;
+};
+
+Move& theMove() {
+    static Move move;
+    return move;
+}
+
+QString whereItIs(const QString& path) {
+    Move& move = theMove();
+    const QMutexLocker locker(&move.guard);
+    return move.before.isEmpty() ? path : files::withFolderMoved(path, move.before, move.now);
+}
+
+}  // namespace
+
+QString value(const char* key) {
+    return information().value(QLatin1String(key)).toString();
+}
+
+QString name() {
+    return value("CFBundleName");
+}
+QString version() {
+    return value("CFBundleShortVersionString");
+}
+int buildNumber() {
+    return value("CFBundleVersion").toInt();
+}
+QString bundleIdentifier() {
+    return value("CFBundleIdentifier");
+}
+
+QString settingsFilePath() {
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + u'/' +
+           bundleIdentifier() + "/settings.json";
+}
+
+QString homeInsideSandbox() {
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u'/' + bundleIdentifier();
+}
+
+QString documentsFolder() {
+    QString path = homeInsideSandbox() + "/Documents";
+    QDir().mkpath(path);
+    return path;
+}
+
+QString bundlePath() {
+    const QDir program(QCoreApplication::applicationDirPath());
+    return program.dirName() == "bin" ? QDir::cleanPath(program.filePath("..")) : program.path();
+}
+
+void followMove(const QString& before, const QString& now) {
+    Move& move = theMove();
+    const QMutexLocker locker(&move.guard);
+    move.before = before;
+    move.now = now;
+}
+
+QString resourceFolder() {
+    const QString named = qEnvironmentVariable("RAVELIN_RESOURCES");
+    if (!named.isEmpty()) return whereItIs(QDir(named).absolutePath());
+    // <build>/bin beside <build>/resources, or <prefix>/bin beside <prefix>/share/ravelin.
+    const QDir program(whereItIs(QCoreApplication::applicationDirPath()));
+    const QString built = QDir::cleanPath(program.filePath("../resources"));
+    return QFileInfo(built).isDir() ? built : QDir::cleanPath(program.filePath("../share/ravelin"));
+}
+
+}  // namespace ApplicationInfo

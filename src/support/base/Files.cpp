@@ -1,0 +1,133 @@
+#include "support/base/Files.h"
+
+#include "support/base/Format.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace files {
+
+namespace {
+
+constexpr qsizetype kLongestName = 255;  // bytes
+
+/// Where the extension's point stands, -1 without an extension.
+qsizetype extensionPoint(const QString& path) {
+    const qsizetype name = path.lastIndexOf(u'/') + 1;
+    const qsizetype point = path.lastIndexOf(u'.');
+    return point > name ? point : -1;
+}
+
+/// A link that leads nowhere takes its name all the same.
+bool isThere(const QString& path) {
+    return QFileInfo::exists(path) || QFileInfo(path).isSymLink();
+}
+
+/// Looks and creates in one step, so that a file that appears meanwhile is never written over. The
+/// descriptor, or -1.
+int createNew(const QString& path) {
+    return ::open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+}
+
+}  // namespace
+
+bool fileExists(const QString& path) {
+    return QFileInfo::exists(path);
+}
+
+bool fileExists(const QUrl& url) {
+    return url.isLocalFile() && fileExists(url.toLocalFile());
+}
+
+std::optional<QByteArray> contents(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
+    return file.readAll();
+}
+
+quint64 fileSize(const QUrl& url) {
+    return static_cast<quint64>(QFileInfo(url.toLocalFile()).size());
+}
+
+QString pathExtension(const QString& path) {
+    const qsizetype point = extensionPoint(path);
+    return point < 0 ? QString() : path.sliced(point + 1);
+}
+
+QString withoutExtension(const QString& path) {
+    const qsizetype point = extensionPoint(path);
+    return point < 0 ? path : path.first(point);
+}
+
+QString fittingFileName(const QString& stem, const QString& ending) {
+    const qsizetype room = kLongestName - ending.toUtf8().size();
+    QString fitting = stem;
+    while (!fitting.isEmpty() && fitting.toUtf8().size() > room) {
+        fitting.chop(fitting.size() > 1 && fitting.back().isLowSurrogate() ? 2 : 1);
+    }
+    return fitting + ending;
+}
+
+QString uniqueFile(const QString& path, const std::function<bool(const QString&)>& taken) {
+    const qsizetype name = path.lastIndexOf(u'/') + 1;
+    const QString folder = path.first(name);
+    const QString stem = withoutExtension(path).sliced(name);
+    const QString extension = pathExtension(path);
+    const QString fitting = path.sliced(name).toUtf8().size() > kLongestName
+                                ? folder + fittingFileName(stem, u'.' + extension)
+                                : path;
+    if (!taken(fitting)) return fitting;
+    for (int counter = 0;; ++counter) {
+        const QString candidate = folder + fittingFileName(stem, makeString("-%i.%@", counter, extension));
+        if (!taken(candidate)) return candidate;
+    }
+}
+
+QString uniqueFile(const QString& path) {
+    return uniqueFile(path, isThere);
+}
+
+QString claimUniqueFile(const QString& path, const std::function<bool(const QString&)>& taken) {
+    for (;;) {
+        const QString candidate =
+            uniqueFile(path, [&](const QString& name) { return isThere(name) || (taken && taken(name)); });
+        const int file = createNew(candidate);
+        if (file >= 0) ::close(file);
+        if (file >= 0 || errno != EEXIST) return candidate;
+    }
+}
+
+bool isAtOrBelow(const QString& path, const QString& folder) {
+    const QString inside = folder.endsWith(u'/') ? folder : folder + u'/';
+    return path == folder || path.startsWith(inside);
+}
+
+QString withFolderMoved(const QString& path, const QString& folder, const QString& newFolder) {
+    if (!isAtOrBelow(path, folder)) return path;
+    const QString rest = path.sliced(folder.endsWith(u'/') ? folder.size() - 1 : folder.size());
+    const QString moved = (newFolder.endsWith(u'/') ? newFolder.chopped(1) : newFolder) + rest;
+    return moved.isEmpty() ? QStringLiteral("/") : moved;
+}
+
+bool isWriteablePath(const QString& path) {
+    const int file = createNew(path);
+    if (file < 0) return false;
+    const bool written = ::write(file, "TEST", 4) == 4;
+    ::close(file);
+    QFile::remove(path);
+    return written;
+}
+
+bool fileIsAlias(const QUrl& url) {
+    const QString path = url.toLocalFile();
+    QFile file(path);
+    if (QFileInfo(path).isSymLink() && ::access(QFile::encodeName(path).constData(), R_OK) != 0) return true;
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) return false;
+    return file.read(12) == QByteArray("book\0\0\0\0mark", 12);
+}
+
+}  // namespace files

@@ -1,0 +1,29 @@
+#include "support/base/Volume.h"
+
+#include <QFile>
+#include <QStorageInfo>
+
+#include <linux/magic.h>
+#include <sys/vfs.h>
+
+namespace volume {
+
+std::optional<quint64> freeBytes(const QString& folder) {
+    const QStorageInfo storage(folder);
+    if (!storage.isValid() || storage.bytesAvailable() < 0) return std::nullopt;
+    return static_cast<quint64>(storage.bytesAvailable());
+}
+
+std::optional<quint64> maximumFileSize(const QString& folder) {
+    struct statfs information = {};
+    if (::statfs(QFile::encodeName(folder).constData(), &information) != 0) return std::nullopt;
+    return maximumFileSizeOfType(static_cast<long>(information.f_type));
+}
+
+std::optional<quint64> maximumFileSizeOfType(long magic) {
+    constexpr quint64 kFat = 0xFFFFFFFF;  // The directory entry has 32 bits for the size.
+    if (magic == MSDOS_SUPER_MAGIC) return kFat;
+    return std::nullopt;
+}
+
+}  // namespace volume

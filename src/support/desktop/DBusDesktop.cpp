@@ -1,0 +1,237 @@
+#include "support/desktop/DBusDesktop.h"
+
+#include "support/desktop/Buses.h"
+#include "support/desktop/OpeningProgram.h"
+
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <fcntl.h>
+#include <utility>
+
+namespace {
+
+constexpr auto kPortalService = "org.freedesktop.portal.Desktop";
+constexpr auto kPortalPath = "/org/freedesktop/portal/desktop";
+constexpr auto kNotificationService = "org.freedesktop.Notifications";
+constexpr auto kNotificationPath = "/org/freedesktop/Notifications";
+
+constexpr int kPatienceMilliseconds = 2000;
+
+QDBusMessage portalCall(const char* interface, const char* method, const QVariantList& arguments) {
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        kPortalService, kPortalPath, QString("org.freedesktop.portal.") + interface, method);
+    call.setArguments(arguments);
+    return call;
+}
+
+/// Whether somebody took the call, or may still take it.
+bool isAnswered(const QDBusConnection& bus, const QDBusMessage& call) {
+    const QDBusMessage answer = bus.call(call, QDBus::Block, kPatienceMilliseconds);
+    return answer.type() != QDBusMessage::ErrorMessage || QDBusError(answer).type() == QDBusError::NoReply;
+}
+
+}  // namespace
+
+DBusDesktop::DBusDesktop(QString applicationName, QString desktopEntry, bool insideFlatpak)
+    : m_applicationName(std::move(applicationName)),
+      m_desktopEntry(std::move(desktopEntry)),
+      m_insideFlatpak(insideFlatpak) {
+    connect(&m_appearance, &DesktopAppearance::changed, this, &Desktop::appearanceChanged);
+}
+
+bool DBusDesktop::isInsideFlatpak() {
+    return QFileInfo::exists("/.flatpak-info");
+}
+
+DBusDesktop::~DBusDesktop() {
+    // What was said last would be lost with the connection.
+    const auto underWay = std::exchange(m_underWay, {});
+    for (QDBusPendingCallWatcher* call : underWay)
+        call->waitForFinished();
+}
+
+void DBusDesktop::sendForSure(const QDBusConnection& bus, const QDBusMessage& call,
+                              const std::function<void(const QDBusPendingCall&)>& handler) {
+    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, kPatienceMilliseconds), this);
+    m_underWay.insert(watcher);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, handler] {
+        if (handler) handler(*watcher);
+        m_underWay.remove(watcher);
+        watcher->deleteLater();
+    });
+}
+
+quint32 DBusDesktop::acquireSleepAssertion(const QString& reason) {
+    const quint32 assertion = ++m_lastAssertion;
+    m_assertions.insert(assertion, {});
+    const auto bus = m_insideFlatpak ? buses::session() : buses::system();
+    if (!bus) return assertion;
+    if (m_insideFlatpak) {
+        constexpr uint kSuspendAndIdle = 4 | 8;
+        const auto call =
+            portalCall("Inhibit", "Inhibit", {QString(), kSuspendAndIdle, QVariantMap{{"reason", reason}}});
+        buses::whenAnswered(*bus, call, this, [this, assertion](const QDBusPendingCall& answer) {
+            const QDBusPendingReply<QDBusObjectPath> reply = answer;
+            if (reply.isError()) return;
+            const bool isReleased = !m_assertions.contains(assertion);
+            m_assertions[assertion].portalRequest = reply.value().path();
+            if (isReleased) releaseSleepAssertion(assertion);
+        });
+        return assertion;
+    }
+    QDBusMessage call = QDBusMessage::createMethodCall("org.freedesktop.login1", "/org/freedesktop/login1",
+                                                       "org.freedesktop.login1.Manager", "Inhibit");
+    call.setArguments({QString("sleep:idle"), m_applicationName, reason, QString("block")});
+    buses::whenAnswered(*bus, call, this, [this, assertion](const QDBusPendingCall& answer) {
+        const QDBusPendingReply<QDBusUnixFileDescriptor> reply = answer;
+        // Released meanwhile: the descriptor closes with the reply.
+        const auto held = m_assertions.find(assertion);
+        if (!reply.isError() && held != m_assertions.end()) held->descriptor = reply.value();
+    });
+    return assertion;
+}
+
+void DBusDesktop::releaseSleepAssertion(quint32 assertion) {
+    const Assertion released = m_assertions.take(assertion);
+    if (released.portalRequest.isEmpty()) return;
+    if (auto bus = buses::session()) {
+        bus->send(QDBusMessage::createMethodCall(kPortalService, released.portalRequest,
+                                                 "org.freedesktop.portal.Request", "Close"));
+    }
+}
+
+void DBusDesktop::notify(const Notification& notification) {
+    const auto bus = buses::session();
+    if (!bus) return;
+    listenForActions(*bus);
+    if (m_insideFlatpak) {
+        notifyThroughPortal(*bus, notification);
+        return;
+    }
+    QStringList actions;
+    if (!notification.path.isEmpty()) actions << "default" << notification.title;
+    if (!notification.action.isEmpty()) actions << "show" << notification.action;
+    const QVariantMap hints{{"desktop-entry", m_desktopEntry}, {"sound-name", "message-new-instant"}};
+    QDBusMessage call = QDBusMessage::createMethodCall(kNotificationService, kNotificationPath,
+                                                       kNotificationService, "Notify");
+    constexpr int kUsualDuration = -1;
+    call.setArguments({m_applicationName, 0U, m_desktopEntry, notification.title,
+                       notification.text.toHtmlEscaped(), actions, hints, kUsualDuration});
+    sendForSure(*bus, call, [this, path = notification.path](const QDBusPendingCall& answer) {
+        const QDBusPendingReply<uint> reply = answer;
+        if (!reply.isError() && !path.isEmpty())
+            m_pathsOfNotifications.insert(QString::number(reply.value()), path);
+    });
+}
+
+void DBusDesktop::notifyThroughPortal(const QDBusConnection& bus, const Notification& notification) {
+    const QString id = QString::number(++m_lastPortalNotification);
+    QVariantMap content{{"title", notification.title}, {"body", notification.text}};
+    if (!notification.path.isEmpty()) {
+        content.insert("default-action", "show");
+        m_pathsOfNotifications.insert(id, notification.path);
+    }
+    if (!notification.action.isEmpty()) {
+        qDBusRegisterMetaType<QList<QVariantMap>>();
+        const QVariantMap button{{"label", notification.action}, {"action", "show"}};
+        content.insert("buttons", QVariant::fromValue(QList<QVariantMap>{button}));
+    }
+    sendForSure(bus, portalCall("Notification", "AddNotification", {id, content}));
+}
+
+void DBusDesktop::listenForActions(QDBusConnection bus) {
+    if (std::exchange(m_listens, true)) return;
+    // From no named service: naming one makes the bus look up its owner first, and that is waited for.
+    if (m_insideFlatpak) {
+        bus.connect({}, kPortalPath, "org.freedesktop.portal.Notification", "ActionInvoked", this,
+                    SLOT(onPortalActionInvoked(QString, QString, QVariantList)));
+        return;
+    }
+    bus.connect({}, kNotificationPath, kNotificationService, "ActionInvoked", this,
+                SLOT(onActionInvoked(uint, QString)));
+    bus.connect({}, kNotificationPath, kNotificationService, "NotificationClosed", this,
+                SLOT(onNotificationClosed(uint, uint)));
+}
+
+void DBusDesktop::onActionInvoked(uint id, const QString&) {
+    const QString path = m_pathsOfNotifications.value(QString::number(id));
+    if (!path.isEmpty()) Q_EMIT notificationActivated(path);
+}
+
+void DBusDesktop::onNotificationClosed(uint id, uint) {
+    m_pathsOfNotifications.remove(QString::number(id));
+}
+
+void DBusDesktop::onPortalActionInvoked(const QString& id, const QString&, const QVariantList&) {
+    const QString path = m_pathsOfNotifications.take(id);
+    if (!path.isEmpty()) Q_EMIT notificationActivated(path);
+}
+
+void DBusDesktop::reveal(const QString& path) {
+    const QFileInfo file(path);
+    const QUrl folder = QUrl::fromLocalFile(file.absolutePath());
+    const auto bus = buses::session();
+    if (!bus) {
+        openUrl(folder);
+        return;
+    }
+    QDBusMessage call =
+        QDBusMessage::createMethodCall("org.freedesktop.FileManager1", "/org/freedesktop/FileManager1",
+                                       "org.freedesktop.FileManager1", "ShowItems");
+    call.setArguments(
+        {QStringList(QUrl::fromLocalFile(file.absoluteFilePath()).toString(QUrl::FullyEncoded)), QString()});
+    buses::whenAnswered(*bus, call, this, [this, folder](const QDBusPendingCall& answer) {
+        if (answer.isError()) openUrl(folder);
+    });
+}
+
+bool DBusDesktop::openUrl(const QUrl& url) {
+    if (url.scheme().isEmpty()) return false;
+    const bool isMail = url.scheme() == u"mailto";
+    // The program first: it has been started when this returns, so that a page or a mail still opens when the
+    // application ends right after.
+    if (!m_insideFlatpak && !isMail && openingprogram::start(url)) return true;
+    if (!m_insideFlatpak && isMail) {
+        if (const auto isTaken = openingprogram::startAndSee(url)) return *isTaken;
+    }
+    const auto bus = buses::session();
+    if (!bus) return false;
+    if (!url.isLocalFile()) {
+        const auto call =
+            portalCall("OpenURI", "OpenURI", {QString(), url.toString(QUrl::FullyEncoded), QVariantMap()});
+        if (isMail) return isAnswered(*bus, call);
+        sendForSure(*bus, call);
+        return true;
+    }
+    // Outside the sandbox a path means another file; a descriptor means the same.
+    QDBusUnixFileDescriptor descriptor;
+    descriptor.giveFileDescriptor(
+        ::open(QFile::encodeName(url.toLocalFile()).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (!descriptor.isValid()) return false;
+    sendForSure(
+        *bus, portalCall("OpenURI", "OpenFile", {QString(), QVariant::fromValue(descriptor), QVariantMap()}));
+    return true;
+}
+
+void DBusDesktop::setLauncherProgress(std::optional<double> fraction) {
+    if (fraction) fraction = std::clamp(*fraction, 0.0, 1.0);
+    if (std::exchange(m_launcherProgress, fraction) == fraction) return;
+    const auto bus = buses::session();
+    if (!bus) return;
+    QDBusMessage signal = QDBusMessage::createSignal(buses::objectPath(m_desktopEntry),
+                                                     "com.canonical.Unity.LauncherEntry", "Update");
+    const QVariantMap properties{{"progress", fraction.value_or(0)},
+                                 {"progress-visible", fraction.has_value()}};
+    signal.setArguments({"application://" + m_desktopEntry + ".desktop", properties});
+    bus->send(signal);
+}
+
+void DBusDesktop::watchAppearance() {
+    if (const auto bus = buses::session()) m_appearance.watch(*bus);
+}

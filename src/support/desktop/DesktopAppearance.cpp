@@ -1,0 +1,82 @@
+#include "support/desktop/DesktopAppearance.h"
+
+#include "support/desktop/Buses.h"
+
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusPendingReply>
+#include <QMap>
+#include <QVariantMap>
+
+#include <utility>
+
+namespace {
+
+constexpr auto kService = "org.freedesktop.portal.Desktop";
+constexpr auto kPath = "/org/freedesktop/portal/desktop";
+constexpr auto kInterface = "org.freedesktop.portal.Settings";
+constexpr auto kAppearance = "org.freedesktop.appearance";
+constexpr auto kInterfaceSettings = "org.gnome.desktop.interface";
+
+using Groups = QMap<QString, QVariantMap>;
+
+/// Some portals pack a value twice.
+QVariant unpacked(QVariant value) {
+    while (value.canConvert<QDBusVariant>())
+        value = value.value<QDBusVariant>().variant();
+    return value;
+}
+
+}  // namespace
+
+void DesktopAppearance::watch(QDBusConnection connection) {
+    qDBusRegisterMetaType<Groups>();
+    qRegisterMetaType<QDBusVariant>();  // Else the slot that takes one is not found.
+    // From no named service: naming one makes the bus look up its owner first, and that is waited for.
+    connection.connect({}, kPath, kInterface, "SettingChanged", this,
+                       SLOT(onSettingChanged(QString, QString, QDBusVariant)));
+    connection.connect({}, "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameOwnerChanged", {kService},
+                       {}, this, SLOT(onOwnerChanged(QString, QString, QString)));
+    ask(connection);
+}
+
+void DesktopAppearance::ask(const QDBusConnection& connection) {
+    QDBusMessage call = QDBusMessage::createMethodCall(kService, kPath, kInterface, "ReadAll");
+    call.setArguments({QStringList{kAppearance, kInterfaceSettings}});
+    call.setAutoStartService(false);
+    buses::whenAnswered(connection, call, this, [this](const QDBusPendingCall& answer) {
+        const QDBusPendingReply<Groups> reply = answer;
+        if (reply.isError()) return;
+        bool isNew = false;
+        const Groups groups = reply.value();
+        for (auto group = groups.begin(); group != groups.end(); ++group) {
+            for (auto entry = group->begin(); entry != group->end(); ++entry)
+                isNew |= take(group.key(), entry.key(), entry.value());
+        }
+        if (isNew) Q_EMIT changed();
+    });
+}
+
+void DesktopAppearance::onSettingChanged(const QString& group, const QString& key,
+                                         const QDBusVariant& value) {
+    if (take(group, key, value.variant())) Q_EMIT changed();
+}
+
+/// A portal that starts later than the application is asked then.
+void DesktopAppearance::onOwnerChanged(const QString&, const QString&, const QString& now) {
+    if (now.isEmpty()) return;
+    if (const auto connection = buses::session()) ask(*connection);
+}
+
+bool DesktopAppearance::take(const QString& group, const QString& key, const QVariant& packed) {
+    const QVariant value = unpacked(packed);
+    if (group == kAppearance && key == "color-scheme") {
+        const bool isDark = value.toUInt() == 1;
+        return std::exchange(m_prefersDark, isDark) != isDark;
+    }
+    if (group == kInterfaceSettings && key == "enable-animations") {
+        const bool isReduced = value.canConvert<bool>() && !value.toBool();
+        return std::exchange(m_prefersReducedMotion, isReduced) != isReduced;
+    }
+    return false;
+}

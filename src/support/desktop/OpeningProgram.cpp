@@ -1,0 +1,65 @@
+#include "support/desktop/OpeningProgram.h"
+
+#include <QEventLoop>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTimer>
+#include <QUrl>
+
+#include <unistd.h>
+
+namespace openingprogram {
+
+namespace {
+
+constexpr int kPatienceMilliseconds = 2000;
+
+/// False: it is missing.
+bool prepare(QProcess& process, const QUrl& url) {
+    const QString opener = QStandardPaths::findExecutable("xdg-open");
+    process.setProgram(opener);
+    process.setArguments({url.toString(QUrl::FullyEncoded)});
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    return !opener.isEmpty();
+}
+
+}  // namespace
+
+bool start(const QUrl& url) {
+    QProcess process;
+    return prepare(process, url) && process.startDetached();
+}
+
+std::optional<bool> startAndSee(const QUrl& url) {
+    // Destroyed when it has ended, and never before: that would kill it, and the mail program that it became.
+    // So what owns it is not destroyed when the application ends.
+    static auto* const owner = new QObject;
+    auto* process = new QProcess(owner);
+    if (!prepare(*process, url)) {
+        delete process;
+        return std::nullopt;
+    }
+    process->setChildProcessModifier([] { ::setsid(); });  // Goes on when the terminal is closed.
+    QObject::connect(process, &QProcess::finished, process, &QObject::deleteLater);
+    QEventLoop loop;
+    std::optional<bool> isTaken = true;
+    QObject::connect(process, &QProcess::finished, &loop, [&](int status, QProcess::ExitStatus how) {
+        isTaken = how == QProcess::NormalExit && status == 0;
+        loop.quit();
+    });
+    QObject::connect(process, &QProcess::errorOccurred, &loop, [&](QProcess::ProcessError error) {
+        if (error != QProcess::FailedToStart) return;
+        isTaken = std::nullopt;
+        process->deleteLater();
+        loop.quit();
+    });
+    QTimer::singleShot(kPatienceMilliseconds, &loop, &QEventLoop::quit);
+    process->start();
+    // A program that could not be started may have told so by now.
+    if (process->state() != QProcess::NotRunning) loop.exec(QEventLoop::ExcludeUserInputEvents);
+    return isTaken;
+}
+
+}  // namespace openingprogram

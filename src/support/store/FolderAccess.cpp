@@ -1,0 +1,59 @@
+#include "support/store/FolderAccess.h"
+
+#include "support/base/Format.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+
+#include <unistd.h>
+
+namespace folderaccess {
+
+namespace {
+
+QHash<QString, int>& counts() {
+    static QHash<QString, int> counted;
+    return counted;
+}
+
+QString whyNotUsable(const QString& folder) {
+    const QFileInfo info(folder);
+    if (!info.exists()) return makeString("The folder '%@' does not exist.", folder);
+    if (!info.isDir()) return makeString("'%@' is not a folder.", folder);
+    if (::access(QFile::encodeName(folder).constData(), X_OK) != 0)
+        return makeString("The folder '%@' may not be entered.", folder);
+    return {};
+}
+
+}  // namespace
+
+std::optional<QByteArray> createBookmark(const QString& folder, QString& error) {
+    error = whyNotUsable(folder);
+    if (!error.isEmpty()) return std::nullopt;
+    return QFileInfo(folder).canonicalFilePath().toUtf8();
+}
+
+std::optional<QString> resolveBookmark(const QByteArray& bookmark, QString& error) {
+    const QString folder = QString::fromUtf8(bookmark);
+    error = whyNotUsable(folder);
+    return error.isEmpty() ? std::optional(folder) : std::nullopt;
+}
+
+bool startAccessing(const QString& folder) {
+    if (!whyNotUsable(folder).isEmpty()) return false;
+    ++counts()[folder];
+    return true;
+}
+
+void stopAccessing(const QString& folder) {
+    const auto found = counts().find(folder);
+    if (found != counts().end() && --found.value() <= 0) counts().erase(found);
+}
+
+int openAccesses(const QString& folder) {
+    return counts().value(folder);
+}
+
+}  // namespace folderaccess

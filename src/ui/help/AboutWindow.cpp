@@ -1,0 +1,63 @@
+#include "ui/help/AboutWindow.h"
+
+#include "support/base/ApplicationInfo.h"
+#include "support/base/Format.h"
+#include "support/base/Text.h"
+#include "support/reports/HostInformation.h"
+#include "support/reports/QuillonLib.h"
+#include "ui/look/Colors.h"
+#include "ui/look/Icons.h"
+#include "ui/look/Placement.h"
+#include "ui_AboutWindow.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QKeyEvent>
+
+namespace {
+
+constexpr int kIconSize = 96;
+constexpr int kMakersPage = 3;
+
+}  // namespace
+
+AboutWindow::AboutWindow(const QString& version, const QString& build, QWidget* parent)
+    : QWidget(parent, Qt::Dialog), m_ui(std::make_unique<Ui::AboutWindow>()) {
+    setAttribute(Qt::WA_DeleteOnClose);
+    m_ui->setupUi(this);
+    setWindowTitle(makeString("About %@", ApplicationInfo::name()));
+    m_ui->iconLabel->setPixmap(applicationIcon().pixmap(QSize(kIconSize, kIconSize), devicePixelRatioF()));
+    QFont large = m_ui->nameLabel->font();
+    large.setPointSize(22);
+    large.setWeight(QFont::Medium);
+    m_ui->nameLabel->setFont(large);
+    m_ui->nameLabel->setText(ApplicationInfo::name());
+    m_ui->versionLabel->setText(version + u'\n' + build);
+    QPalette secondary = m_ui->versionLabel->palette();
+    secondary.setColor(QPalette::WindowText, colors::secondaryText(secondary));
+    m_ui->versionLabel->setPalette(secondary);
+    connect(m_ui->closeButton, &QAbstractButton::clicked, this, &QWidget::close);
+    connect(m_ui->copyButton, &QAbstractButton::clicked, this, &AboutWindow::copyVersion);
+    connect(m_ui->webPageButton, &QAbstractButton::clicked, this,
+            [] { QuillonLib::shared().openURL(kMakersPage); });
+    m_ui->closeButton->setFocus();
+    centreOver(*this, parent);
+}
+
+AboutWindow::~AboutWindow() = default;
+
+/// What a question to support begins with.
+void AboutWindow::copyVersion() const {
+    QGuiApplication::clipboard()->setText(
+        makeString("%@ %@ (%i), %@", ApplicationInfo::name(), ApplicationInfo::version(),
+                   ApplicationInfo::buildNumber(), operatingSystemVersionString()));
+    m_ui->copyButton->setText(text::localized("Copied"));
+}
+
+void AboutWindow::keyPressEvent(QKeyEvent* event) {
+    if (event->matches(QKeySequence::Cancel) || event->matches(QKeySequence::Close)) {
+        close();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}

@@ -1,0 +1,77 @@
+#include "ui/look/Appearance.h"
+
+#include "support/desktop/Desktop.h"
+#include "ui/look/Colors.h"
+
+#include <QApplication>
+#include <QPainter>
+#include <QProxyStyle>
+#include <QStyleOption>
+
+namespace {
+
+bool isDark(const QPalette& palette) {
+    return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
+}
+
+/// Fusion frames check boxes and radio buttons in a darker shade of the window, which cannot be seen on a
+/// dark one.
+class VisibleIndicators : public QProxyStyle {
+public:
+    using QProxyStyle::QProxyStyle;
+
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget) const override {
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+        const bool isBox = element == PE_IndicatorCheckBox;
+        if ((!isBox && element != PE_IndicatorRadioButton) || !isDark(option->palette)) return;
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setPen(colors::restingBar(option->palette));
+        painter->setBrush(Qt::NoBrush);
+        const QRectF frame = QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5);
+        const double radius = isBox ? 2 : frame.width() / 2;
+        painter->drawRoundedRect(frame, radius, radius);
+        painter->restore();
+    }
+};
+
+QPalette darkPalette() {
+    const QColor window(0x2b, 0x2d, 0x30);
+    const QColor base(0x1f, 0x20, 0x23);
+    const QColor text(0xec, 0xec, 0xee);
+    const QColor disabled(0x7d, 0x80, 0x85);
+    QPalette palette(QColor(0x3a, 0x3d, 0x41), window);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::BrightText,
+                            QPalette::ToolTipText}) {
+        palette.setColor(role, text);
+        palette.setColor(QPalette::Disabled, role, disabled);
+    }
+    palette.setColor(QPalette::Base, base);
+    palette.setColor(QPalette::AlternateBase, window);
+    palette.setColor(QPalette::ToolTipBase, base);
+    palette.setColor(QPalette::PlaceholderText, disabled);
+    palette.setColor(QPalette::Highlight, QColor(0x4a, 0x90, 0xd9));
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Link, QColor(0x7a, 0xb4, 0xf0));
+    return palette;
+}
+
+}  // namespace
+
+void useDarkPalette(bool dark) {
+    const QPalette platform = QApplication::style()->standardPalette();
+    QApplication::setPalette(dark && !isDark(platform) ? darkPalette() : QPalette());
+}
+
+void useVisibleIndicators() {
+    if (QApplication::style()->name() == u"fusion") QApplication::setStyle(new VisibleIndicators("fusion"));
+}
+
+void followDesktopAppearance(Desktop& desktop) {
+    useVisibleIndicators();
+    // A desktop whose own palette is dark already needs no help.
+    if (isDark(QApplication::palette())) return;
+    QObject::connect(&desktop, &Desktop::appearanceChanged, qApp,
+                     [&desktop] { useDarkPalette(desktop.prefersDark()); });
+}

@@ -1,0 +1,83 @@
+#include "ui/look/Icons.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QIconEngine>
+#include <QPainter>
+#include <QPalette>
+#include <QPixmapCache>
+#include <QSvgRenderer>
+
+namespace {
+
+/// The drawing in the given colours.
+QByteArray coloured(const QString& file, const QColor& color, const QColor& accent) {
+    QFile svg(file);
+    if (!svg.open(QIODevice::ReadOnly)) return {};
+    QByteArray drawing = svg.readAll();
+    drawing.replace("currentColor", color.name().toLatin1());
+    drawing.replace("accentColor", accent.name().toLatin1());
+    return drawing;
+}
+
+QPalette::ColorGroup groupFor(QIcon::Mode mode) {
+    return mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
+}
+
+/// Paints a line drawing in the colours that the palette has at that moment.
+class SymbolicIconEngine : public QIconEngine {
+public:
+    explicit SymbolicIconEngine(QString file) : m_file(std::move(file)) {}
+
+    QIconEngine* clone() const override { return new SymbolicIconEngine(*this); }
+
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
+        const QPalette palette = QApplication::palette();
+        const auto role = mode == QIcon::Selected ? QPalette::HighlightedText : QPalette::WindowText;
+        QSvgRenderer renderer(coloured(m_file, palette.color(groupFor(mode), role),
+                                       palette.color(groupFor(mode), QPalette::Highlight)));
+        renderer.setAspectRatioMode(Qt::KeepAspectRatio);
+        renderer.render(painter, rect);
+    }
+
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+        const QString key = QStringLiteral("%1 %2x%3 %4 %5")
+                                .arg(m_file)
+                                .arg(size.width())
+                                .arg(size.height())
+                                .arg(mode)
+                                .arg(QApplication::palette().cacheKey());
+        QPixmap image;
+        if (QPixmapCache::find(key, &image)) return image;
+        image = QPixmap(size);
+        image.fill(Qt::transparent);
+        QPainter painter(&image);
+        paint(&painter, QRect(QPoint(), size), mode, state);
+        painter.end();
+        QPixmapCache::insert(key, image);
+        return image;
+    }
+
+private:
+    QString m_file;
+};
+
+}  // namespace
+
+QIcon symbolicIcon(const QString& name) {
+    return QIcon(new SymbolicIconEngine(QStringLiteral(":/icons/symbolic/%1.svg").arg(name)));
+}
+
+QIcon dropPicture() {
+    return QIcon(new SymbolicIconEngine(QStringLiteral(":/icons/drop-movies.svg")));
+}
+
+QIcon applicationIcon() {
+    static const QIcon icon = [] {
+        QIcon sizes;
+        for (const int size : {16, 24, 32, 48, 64, 128, 256})
+            sizes.addFile(QStringLiteral(":/icons/application/%1.png").arg(size), QSize(size, size));
+        return sizes;
+    }();
+    return icon;
+}

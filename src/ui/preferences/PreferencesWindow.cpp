@@ -1,0 +1,252 @@
+#include "ui/preferences/PreferencesWindow.h"
+
+#include "app/destinations/Destinations.h"
+#include "app/watching/WatchFolder.h"
+#include "convert/ConversionSettings.h"
+#include "settings/Keys.h"
+#include "support/store/Defaults.h"
+#include "support/store/FolderAccess.h"
+#include "ui/look/Icons.h"
+#include "ui/preferences/PreferencesDress.h"
+#include "ui/preferences/SettingChoices.h"
+#include "ui/preferences/WatchFolderPage.h"
+#include "ui/widgets/DestinationBox.h"
+#include "ui/widgets/ToolTip.h"
+#include "ui_ContainerCompatible.h"
+#include "ui_ContainerCustom.h"
+#include "ui_ContainerFast.h"
+#include "ui_PreferencesAdvanced.h"
+#include "ui_PreferencesAudio.h"
+#include "ui_PreferencesDestinations.h"
+#include "ui_PreferencesGeneral.h"
+#include "ui_PreferencesSubtitles.h"
+#include "ui_PreferencesWatchFolder.h"
+#include "ui_PreferencesWindow.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QDir>
+#include <QScrollArea>
+#include <QScrollBar>
+
+#include <utility>
+
+namespace {
+
+constexpr int kSettingGap = 8;
+constexpr int kLeastWidth = 480;  // of a page
+constexpr int kLeastHeight = 384;
+constexpr int kUsualWidth = 720;
+constexpr int kUsualHeight = 536;
+
+/// As wide as its page needs to be, so that nothing is cut off beside; what is too high scrolls.
+class PageArea : public QScrollArea {
+public:
+    explicit PageArea(QWidget* page) {
+        setFrameShape(QFrame::NoFrame);
+        setWidgetResizable(true);
+        setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        setFocusPolicy(Qt::NoFocus);
+        setWidget(page);
+        page->installEventFilter(this);
+    }
+
+    QSize minimumSizeHint() const override {
+        const int bar = verticalScrollBar()->sizeHint().width();
+        return QSize(widget()->minimumSizeHint().width() + bar, 0).expandedTo({kLeastWidth, kLeastHeight});
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::LayoutRequest) updateGeometry();
+        return QScrollArea::eventFilter(watched, event);
+    }
+};
+
+}  // namespace
+
+PreferencesWindow::PreferencesWindow(Destinations& destinations, WatchFolder& watchFolder, QWidget* parent)
+    : QWidget(parent, Qt::Window), m_destinations(destinations), m_watchFolder(watchFolder) {
+    Ui::PreferencesWindow ui;
+    ui.setupUi(this);
+    m_list = ui.pageList;
+    m_pages = ui.pages;
+
+    addPage<Ui::PreferencesGeneral>(tr("General"), QStringLiteral("page-general"));
+    QWidget* audio = addPage<Ui::PreferencesAudio>(tr("Audio"), QStringLiteral("page-audio"));
+    addPage<Ui::PreferencesSubtitles>(tr("Subtitles"), QStringLiteral("page-subtitles"));
+    addPage<Ui::PreferencesDestinations>(tr("Destinations"), QStringLiteral("page-destinations"));
+    joinWatchFolder(
+        *addPage<Ui::PreferencesWatchFolder>(tr("Watch Folder"), QStringLiteral("page-watchfolder")),
+        watchFolder);
+    addPage<Ui::PreferencesAdvanced>(tr("Advanced"), QStringLiteral("page-advanced"));
+
+    m_customContainer = audio->findChild<QWidget*>(QStringLiteral("customContainer"));
+    addPane<Ui::ContainerCompatible>(QStringLiteral("containerCompatible"));
+    addPane<Ui::ContainerFast>(QStringLiteral("containerFast"));
+    addPane<Ui::ContainerCustom>(QStringLiteral("containerCustom"));
+
+    audio->findChild<QComboBox*>(QStringLiteral("languagePopUp"))->insertSeparator(1);
+    addSubtitleEncodings(*findChild<QComboBox*>(QStringLiteral("encodingPopUp")));
+    joinDestinations();
+    m_binder.bind(this);
+    connect(&m_binder, &SettingsBinder::changed, this, &PreferencesWindow::settingWasChanged);
+    connect(&watchFolder, &WatchFolder::changed, &m_binder, &SettingsBinder::refresh);
+    connect(this, &PreferencesWindow::settingChanged, &watchFolder, [&watchFolder](const QString& key) {
+        if (key == u"WatchfolderActive" || key == u"WatchfolderBookmark")
+            watchFolder.watchfolderActiveClicked();
+    });
+
+    auto* closing = new QAction(this);
+    closing->setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_W), QKeySequence(Qt::Key_Escape)});
+    connect(closing, &QAction::triggered, this, &QWidget::close);
+    addAction(closing);
+
+    connect(m_list, &QListWidget::currentRowChanged, m_pages, &QStackedWidget::setCurrentIndex);
+    m_list->setCurrentRow(0);
+    m_list->setFocus();
+    dress();
+    refresh();
+    resize(sizeHint().expandedTo({kUsualWidth, kUsualHeight}));
+}
+
+template <class Form>
+QWidget* PreferencesWindow::addPage(const QString& name, const QString& icon) {
+    auto* content = new QWidget;
+    Form().setupUi(content);
+    addPageFrame(content, name, icon);
+    return content;
+}
+
+template <class Form>
+void PreferencesWindow::addPane(const QString& name) {
+    auto* pane = new QWidget(m_customContainer);
+    Form().setupUi(pane);
+    pane->setObjectName(name);
+    pane->hide();
+    m_customContainer->layout()->addWidget(pane);
+}
+
+void PreferencesWindow::addPageFrame(QWidget* content, const QString& name, const QString& icon) {
+    auto* page = new QWidget;
+    auto* restore = new QPushButton(tr("&Restore Defaults"));
+    restore->setObjectName(QStringLiteral("restoreDefaults"));
+    restore->setToolTip(tr("Put everything on this page back to how it came"));
+    connect(restore, &QPushButton::clicked, this, [=, this] { restoreDefaults(page); });
+
+    auto* buttons = new QHBoxLayout;
+    buttons->setContentsMargins(3 * kSettingGap, kSettingGap, 3 * kSettingGap, 2 * kSettingGap);
+    buttons->addStretch();
+    buttons->addWidget(restore);
+    auto* column = new QVBoxLayout(page);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(new PageArea(content));
+    column->addLayout(buttons);
+    m_pages->addWidget(page);
+    m_list->addItem(new QListWidgetItem(symbolicIcon(icon), name));
+}
+
+void PreferencesWindow::joinDestinations() {
+    auto* box = findChild<DestinationBox*>(QStringLiteral("preferencesDestinationPopUp"));
+    auto* add = findChild<QPushButton*>(QStringLiteral("addFolder"));
+    auto* clear = findChild<QPushButton*>(QStringLiteral("clearFolders"));
+    DestinationPopUp& popUp = m_destinations.preferencesDestinationPopUp();
+    box->setPopUp(&popUp);
+    connect(&popUp, &DestinationPopUp::changed, this, &PreferencesWindow::showFolders);
+
+    const auto choose = [this] { m_destinations.chooseNewDestination(DestinationPopUp::Place::Preferences); };
+    const auto forget = [this] {
+        m_destinations.clearDestinations();
+        Q_EMIT settingChanged(kDestinationBookmarksKey);
+    };
+    connect(box, &DestinationBox::itemChosen, this, [this](qsizetype index) {
+        m_destinations.setDefaultDestination(index);
+        Q_EMIT settingChanged(kDefaultDestinationKey);
+    });
+    connect(box, &DestinationBox::chooseRequested, this, choose);
+    connect(box, &DestinationBox::clearRequested, this, forget);
+    connect(add, &QPushButton::clicked, this, choose);
+    connect(clear, &QPushButton::clicked, this, forget);
+}
+
+void PreferencesWindow::showFolders() {
+    auto* list = findChild<QListWidget*>(QStringLiteral("folderList"));
+    const QVariantList bookmarks = defaultArray(kDestinationBookmarksKey).value_or(QVariantList());
+    const QVariantList names = defaultArray(kDestinationNamesKey).value_or(QVariantList());
+    list->clear();
+    for (qsizetype i = 0; i < bookmarks.size(); ++i) {
+        QString problem;
+        const auto folder = folderaccess::resolveBookmark(bookmarks[i].toByteArray(), problem);
+        auto* item =
+            new QListWidgetItem(folder ? QDir::toNativeSeparators(*folder)
+                                       : tr("%1 – cannot be used now").arg(names.value(i).toString()),
+                                list);
+        item->setToolTip(plainToolTip(folder ? *folder : problem));
+        item->setFlags(Qt::ItemIsEnabled);
+    }
+    findChild<QPushButton*>(QStringLiteral("clearFolders"))->setEnabled(!bookmarks.isEmpty());
+}
+
+void PreferencesWindow::selectConversionStyle(int preset) {
+    const QLayout* panes = m_customContainer->layout();
+    const int chosen = preset == ConversionSettings::kCompatible || preset == ConversionSettings::kCustom
+                           ? preset
+                           : ConversionSettings::kFast;
+    for (int i = 0; i < panes->count(); ++i)
+        panes->itemAt(i)->widget()->setVisible(i == chosen);
+}
+
+void PreferencesWindow::refresh() {
+    const QList<QComboBox*> boxes = m_customContainer->findChildren<QComboBox*>();
+    for (QComboBox* box : boxes)
+        addAudioMethods(*box);
+    m_binder.refresh();
+    showFolders();
+    const qint64 preset = defaultInt(kConversionPresetKey);
+    selectConversionStyle(std::in_range<int>(preset) ? static_cast<int>(preset) : ConversionSettings::kFast);
+}
+
+void PreferencesWindow::restoreDefaults(const QWidget* page) {
+    if (page->findChild<QWidget*>(QStringLiteral("watchfolderActive"))) m_watchFolder.forget();
+    m_binder.restoreDefaults(page);
+    if (page->findChild<DestinationBox*>()) {
+        m_destinations.rebuildDestinationPopUp();
+        m_destinations.rebuildPreferencesDestinationPopUp();
+    }
+    refresh();
+}
+
+void PreferencesWindow::settingWasChanged(const QString& key) {
+    if (key == kConversionPresetKey) Q_EMIT conversionStyleChosen();
+    Q_EMIT settingChanged(key);
+}
+
+/// Gives the labels their fonts and colours, after those of the desktop.
+void PreferencesWindow::dress() {
+    dressLabels(*this);
+    const QFontMetrics metrics(m_list->font());
+    for (int i = 0; i < m_list->count(); ++i) {
+        QListWidgetItem& page = *m_list->item(i);
+        const int width = m_list->iconSize().width() + metrics.horizontalAdvance(page.text());
+        const int height = qMax(m_list->iconSize().height(), metrics.height());
+        page.setSizeHint({width + 4 * kSettingGap, height + 2 * kSettingGap});
+    }
+}
+
+void PreferencesWindow::showEvent(QShowEvent* event) {
+    if (!event->spontaneous()) refresh();
+    QWidget::showEvent(event);
+}
+
+void PreferencesWindow::closeEvent(QCloseEvent* event) {
+    Q_EMIT closing();
+    QWidget::closeEvent(event);
+}
+
+void PreferencesWindow::changeEvent(QEvent* event) {
+    static const QSet<QEvent::Type> looks = {QEvent::PaletteChange, QEvent::FontChange, QEvent::StyleChange,
+                                             QEvent::LayoutDirectionChange};
+    if (m_list && looks.contains(event->type())) dress();
+    QWidget::changeEvent(event);
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "ui/preferences/SettingsBinder.h"
+
+#include <QWidget>
+
+class DestinationBox;
+class Destinations;
+class QListWidget;
+class QStackedWidget;
+class WatchFolder;
+
+/// The preferences: a list of pages, and the page. Controls are joined to their settings by the properties
+/// that the interface files give them; see SettingsBinder.
+class PreferencesWindow : public QWidget {
+    Q_OBJECT
+
+public:
+    /// Both outlive the window.
+    PreferencesWindow(Destinations& destinations, WatchFolder& watchFolder, QWidget* parent = nullptr);
+
+    /// Shows the pane of a conversion style (0 compatible, 1 fast, 2 custom; any other number converts like
+    /// fast). Nothing happens while the container of the panes is empty.
+    void selectConversionStyle(int preset);
+    /// Shows what the settings hold now. Showing the window does it, too.
+    void refresh();
+
+Q_SIGNALS:
+    /// The user chose a style, and it is stored.
+    void conversionStyleChosen();
+    /// The window is about to close.
+    void closing();
+    /// The user changed or restored the setting; it is stored already.
+    void settingChanged(const QString& key);
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    /// Makes a page of the interface file `Form`: its line in the list, and around its controls what scrolls
+    /// them and restores their defaults.
+    template <class Form>
+    QWidget* addPage(const QString& name, const QString& icon);
+    /// Adds a pane to the container of the styles.
+    template <class Form>
+    void addPane(const QString& name);
+    void addPageFrame(QWidget* content, const QString& name, const QString& icon);
+    void joinDestinations();
+    void restoreDefaults(const QWidget* page);
+    void settingWasChanged(const QString& key);
+    void showFolders();
+    void dress();
+
+    Destinations& m_destinations;
+    WatchFolder& m_watchFolder;
+    SettingsBinder m_binder;
+    QListWidget* m_list = nullptr;
+    QStackedWidget* m_pages = nullptr;
+    QWidget* m_customContainer = nullptr;
+};

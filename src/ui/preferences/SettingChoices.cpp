@@ -1,0 +1,71 @@
+#include "ui/preferences/SettingChoices.h"
+
+#include "convert/ConversionCommand.h"
+#include "support/store/Defaults.h"
+#include "ui/preferences/SettingsBinder.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+QString tr(const char* text) {
+    return QCoreApplication::translate("PreferencesWindow", text);
+}
+
+/// What the list calls an encoding for those who do not know its name; empty: no more than that.
+QString writingOf(const QString& encoding) {
+    struct Writing {
+        QString name;
+        QStringList encodings;
+    };
+    static const std::array writings = {
+        Writing{tr("Western European"), {"CP1252", "LATIN1", "ISO-8859-1", "ISO-8859-15"}},
+        Writing{tr("Central European"), {"CP1250", "LATIN2", "ISO-8859-2"}},
+        Writing{tr("South European"), {"LATIN3", "ISO-8859-3"}},
+        Writing{tr("Southeast European"), {"ISO-8859-16"}},
+        Writing{tr("Nordic"), {"LATIN6", "ISO-8859-10"}},
+        Writing{tr("Baltic"), {"CP1257", "LATIN4", "LATIN7", "ISO-8859-4", "ISO-8859-13"}},
+        Writing{tr("Celtic"), {"LATIN8", "ISO-8859-14"}},
+        Writing{tr("Cyrillic"), {"CP1251", "ISO-8859-5"}},
+        Writing{tr("Greek"), {"CP1253", "ISO-8859-7"}},
+        Writing{tr("Turkish"), {"CP1254", "LATIN5", "ISO-8859-9"}},
+        Writing{tr("Hebrew"), {"CP1255", "ISO-8859-8"}},
+        Writing{tr("Arabic"), {"CP1256", "ISO-8859-6"}},
+        Writing{tr("Thai"), {"CP874", "ISO-8859-11"}},
+        Writing{tr("Vietnamese"), {"CP1258"}},
+        Writing{tr("Chinese, simplified"), {"CP936"}},
+    };
+    const auto* found = std::ranges::find_if(
+        writings, [&](const Writing& writing) { return writing.encodings.contains(encoding); });
+    return found == writings.end() ? QString() : found->name;
+}
+
+}  // namespace
+
+void addSubtitleEncodings(QComboBox& box) {
+    const QStringList& encodings = subtitleEncodings();
+    box.addItem(tr("Automatic (UTF-8 or UTF-16)"), 0);
+    for (int i = 2; i < encodings.size(); ++i) {
+        // That part of the standard was given up; no converter has it.
+        if (encodings[i] == u"ISO-8859-12") continue;
+        const QString writing = writingOf(encodings[i]);
+        box.addItem(writing.isEmpty() ? encodings[i] : QStringLiteral("%1 – %2").arg(encodings[i], writing),
+                    i);
+    }
+}
+
+void addAudioMethods(QComboBox& box) {
+    constexpr std::array kSurroundMethods = {1, 3};
+    const std::array names = {tr("AAC in stereo"), tr("AAC in 5.1"), tr("AC3 in stereo"), tr("AC3 in 5.1"),
+                              tr("Copy as it is")};
+    const bool isStereo = box.property("methods").toString() == u"stereo";
+    const qint64 stored = defaultInt(SettingsBinder::keysOf(box).first());
+    box.clear();
+    for (int method = 0; method < static_cast<int>(names.size()); ++method) {
+        const bool widens = isStereo && std::ranges::find(kSurroundMethods, method) != kSurroundMethods.end();
+        if (!widens || method == stored) box.addItem(names.at(static_cast<size_t>(method)), method);
+    }
+}

@@ -1,0 +1,175 @@
+#include "ui/preferences/SettingsBinder.h"
+
+#include "support/store/Defaults.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QEvent>
+#include <QSpinBox>
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+constexpr char kKey[] = "settingKey";
+constexpr char kValue[] = "settingValue";
+constexpr char kNeeds[] = "settingNeeds";
+
+bool isInverted(const QWidget& control) {
+    return control.property("settingInverted").toBool();
+}
+
+qint64 valueOfItem(const QComboBox& box, int index) {
+    const QVariant data = box.itemData(index);
+    return data.isValid() ? data.toLongLong() : index;
+}
+
+/// -1: none. A separator cannot be chosen and stands for nothing.
+int itemOfValue(const QComboBox& box, qint64 value) {
+    for (int i = 0; i < box.count(); ++i) {
+        const bool isChoice = (box.model()->flags(box.model()->index(i, 0)) & Qt::ItemIsEnabled) != 0;
+        if (isChoice && valueOfItem(box, i) == value) return i;
+    }
+    return -1;
+}
+
+void showItem(QComboBox& box, qint64 value) {
+    int item = itemOfValue(box, value);
+    const QVariant otherwise = box.property("settingOtherwise");
+    if (item < 0 && otherwise.isValid()) item = itemOfValue(box, otherwise.toLongLong());
+    box.setPlaceholderText(item < 0 ? SettingsBinder::tr("Other (%1)").arg(value) : QString());
+    box.setCurrentIndex(item);
+}
+
+void showNumber(QSpinBox& box, qint64 value) {
+    using Limits = std::numeric_limits<int>;
+    const int number = static_cast<int>(std::clamp<qint64>(value, Limits::min(), Limits::max()));
+    if (box.value() == number) return;  // The user may be typing it.
+    box.setRange(std::min(box.minimum(), number), std::max(box.maximum(), number));
+    box.setValue(number);
+}
+
+/// Checks the button of the value, or none.
+void showChoice(QButtonGroup& group, qint64 value) {
+    group.setExclusive(false);
+    const QList<QAbstractButton*> buttons = group.buttons();
+    for (QAbstractButton* button : buttons)
+        button->setChecked(button->property(kValue).toLongLong() == value);
+    group.setExclusive(true);
+}
+
+QButtonGroup* groupOf(const QWidget& control) {
+    return control.findChild<QButtonGroup*>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+bool isMet(const QString& need) {
+    const QStringList parts = need.split(u'=');
+    const qint64 value = defaultInt(parts.first());
+    return parts.size() < 2 ? value != 0 : parts[1].split(u',').contains(QString::number(value));
+}
+
+}  // namespace
+
+SettingsBinder::SettingsBinder(QObject* parent) : QObject(parent) {}
+
+QStringList SettingsBinder::keysOf(const QWidget& control) {
+    return control.property(kKey).toString().split(u',', Qt::SkipEmptyParts);
+}
+
+void SettingsBinder::bind(QWidget* root) {
+    const QList<QWidget*> widgets = root->findChildren<QWidget*>();
+    for (QWidget* widget : widgets) {
+        if (widget->property(kNeeds).isValid()) m_needing.append(widget);
+        if (keysOf(*widget).isEmpty()) continue;
+        m_controls.append(widget);
+        join(widget);
+    }
+}
+
+void SettingsBinder::join(QWidget* control) {
+    if (qobject_cast<QComboBox*>(control) || qobject_cast<QSpinBox*>(control)) {
+        control->setFocusPolicy(Qt::StrongFocus);
+        control->installEventFilter(this);
+    }
+    if (control->property("settingShownElsewhere").toBool()) return;
+    if (auto* check = qobject_cast<QCheckBox*>(control)) {
+        connect(check, &QCheckBox::clicked, this,
+                [=, this](bool checked) { store(check, checked != isInverted(*check) ? 1 : 0); });
+    } else if (auto* box = qobject_cast<QComboBox*>(control)) {
+        const QStringList values = box->property("settingValues").toString().split(u',', Qt::SkipEmptyParts);
+        for (int i = 0; i < values.size(); ++i)
+            box->setItemData(i, values[i].toLongLong());
+        connect(box, &QComboBox::activated, this,
+                [=, this](int index) { store(box, valueOfItem(*box, index)); });
+    } else if (auto* number = qobject_cast<QSpinBox*>(control)) {
+        connect(number, &QSpinBox::valueChanged, this, [=, this](int value) {
+            if (!m_isShowing) store(number, value);
+        });
+    } else {
+        auto* group = new QButtonGroup(control);
+        const QList<QAbstractButton*> buttons = control->findChildren<QAbstractButton*>();
+        for (QAbstractButton* button : buttons) {
+            if (button->property(kValue).isValid()) group->addButton(button);
+        }
+        connect(group, &QButtonGroup::buttonClicked, this, [=, this](const QAbstractButton* button) {
+            store(control, button->property(kValue).toLongLong());
+        });
+    }
+}
+
+void SettingsBinder::refresh() {
+    for (QWidget* control : std::as_const(m_controls))
+        show(control);
+    showNeeds();
+}
+
+void SettingsBinder::show(QWidget* control) {
+    if (control->property("settingShownElsewhere").toBool()) return;
+    const qint64 value = defaultInt(keysOf(*control).first());
+    m_isShowing = true;
+    if (auto* check = qobject_cast<QCheckBox*>(control))
+        check->setChecked((value != 0) != isInverted(*check));
+    else if (auto* box = qobject_cast<QComboBox*>(control))
+        showItem(*box, value);
+    else if (auto* number = qobject_cast<QSpinBox*>(control))
+        showNumber(*number, value);
+    else if (auto* group = groupOf(*control))
+        showChoice(*group, value);
+    m_isShowing = false;
+}
+
+void SettingsBinder::showNeeds() {
+    for (QWidget* widget : std::as_const(m_needing))
+        widget->setEnabled(isMet(widget->property(kNeeds).toString()));
+}
+
+void SettingsBinder::store(QWidget* control, qint64 value) {
+    const QString key = keysOf(*control).first();
+    setDefaultInt(key, value);
+    show(control);  // An override of this run holds against the choice; do not claim otherwise.
+    showNeeds();
+    Q_EMIT changed(key);
+}
+
+void SettingsBinder::restoreDefaults(const QWidget* page) {
+    QStringList restored;
+    for (const QWidget* control : std::as_const(m_controls)) {
+        if (page->isAncestorOf(control)) restored += keysOf(*control);
+    }
+    for (const QString& key : std::as_const(restored))
+        setDefaultObject(key, QVariant());
+    refresh();
+    for (const QString& key : std::as_const(restored))
+        Q_EMIT changed(key);
+}
+
+// The wheel scrolls the page; it changes only a control that the user has gone into.
+bool SettingsBinder::eventFilter(QObject* watched, QEvent* event) {
+    const auto* control = qobject_cast<QWidget*>(watched);
+    if (event->type() != QEvent::Wheel || !control || control->hasFocus())
+        return QObject::eventFilter(watched, event);
+    event->ignore();
+    return true;
+}

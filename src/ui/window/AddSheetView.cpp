@@ -1,0 +1,153 @@
+#include "ui/window/AddSheetView.h"
+
+#include "app/AddSheet.h"
+#include "app/destinations/Destinations.h"
+#include "support/base/Format.h"
+#include "ui/look/Colors.h"
+#include "ui/look/Motion.h"
+#include "ui_AddSheetView.h"
+
+#include <QFileInfo>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QVariantAnimation>
+
+#include <utility>
+
+AddSheetView::AddSheetView(QWidget* parent)
+    : QWidget(parent),
+      m_ui(std::make_unique<Ui::AddSheetView>()),
+      m_content(new QWidget(this)),
+      m_animation(new QVariantAnimation(this)) {
+    m_ui->setupUi(m_content);
+    QFont medium = font();
+    medium.setWeight(QFont::Medium);
+    m_ui->nameLabel->setFont(medium);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    setFocusPolicy(Qt::StrongFocus);  // Keeps the keys from the list while a movie is read.
+    hide();
+    connect(m_animation, &QVariantAnimation::valueChanged, this,
+            [this](const QVariant& value) { setSheetHeight(value.toInt()); });
+    connect(m_animation, &QVariantAnimation::finished, this, &AddSheetView::finishSliding);
+}
+
+AddSheetView::~AddSheetView() = default;
+
+void AddSheetView::setSheet(AddSheet* sheet, Destinations* destinations) {
+    m_sheet = sheet;
+    m_ui->destinationPopUp->setPopUp(&destinations->destinationPopUp());
+    connect(m_ui->destinationPopUp, &DestinationBox::itemChosen, this,
+            [destinations](qsizetype index) { destinations->destinationPopUp().select(index); });
+    connect(m_ui->destinationPopUp, &DestinationBox::chooseRequested, this,
+            [destinations] { destinations->chooseNewDestination(DestinationPopUp::Place::AddSheet); });
+    connect(m_ui->audioPopUp, &QComboBox::activated, sheet, &AddSheet::selectAudio);
+    connect(m_ui->addButton, &QPushButton::clicked, sheet, &AddSheet::addToQueue);
+    connect(m_ui->cancelButton, &QPushButton::clicked, sheet, &AddSheet::cancelAdd);
+    connect(m_ui->cancelAllButton, &QToolButton::clicked, sheet, &AddSheet::cancelAll);
+    connect(sheet, &AddSheet::changed, this, &AddSheetView::refresh);
+    connect(sheet, &AddSheet::topConstraintChanged, this, [this](double height) { slide(height > 0); });
+    refresh();
+}
+
+void AddSheetView::setAddButtonTitle(const QString& title) {
+    m_ui->addButton->setText(title);
+}
+
+void AddSheetView::refresh() {
+    if (!m_sheet->isShown() && m_sheet->path().isEmpty()) return;  // Sliding away as it was.
+    const bool isReady = !m_sheet->informationString().isEmpty();
+    const qsizetype waiting = m_sheet->waitingCount();
+    const bool becameReady = isReady && !std::exchange(m_isReady, isReady);
+    if (!isReady && hasFocusWithin()) setFocus();
+    m_ui->nameLabel->setText(QFileInfo(m_sheet->path()).fileName());
+    m_ui->waitingLabel->setText(waiting > 0 ? makeString("%li more to come", waiting) : QString());
+    m_ui->informationLabel->setText(isReady ? m_sheet->informationString() : tr("Reading the movie…"));
+    m_ui->busyBar->setVisible(!isReady);
+    m_ui->cancelAllButton->setVisible(waiting > 0);
+    m_ui->destinationPopUp->setEnabled(isReady);
+    m_ui->addButton->setEnabled(isReady);
+    refreshAudio();
+    if (becameReady && hasFocusWithin()) m_ui->addButton->setFocus();
+}
+
+bool AddSheetView::hasFocusWithin() const {
+    const QWidget* focus = window()->focusWidget();
+    return focus == this || isAncestorOf(focus);
+}
+
+void AddSheetView::refreshAudio() {
+    const QStringList tracks = m_sheet->audioItems();
+    QStringList shown;
+    for (int i = 0; i < m_ui->audioPopUp->count(); ++i)
+        shown.append(m_ui->audioPopUp->itemText(i));
+    if (shown != tracks) {
+        m_ui->audioPopUp->clear();
+        m_ui->audioPopUp->addItems(tracks);
+    }
+    m_ui->audioPopUp->setCurrentIndex(static_cast<int>(m_sheet->selectedAudio()));
+    m_ui->audioPopUp->setEnabled(!tracks.isEmpty());
+    m_ui->audioPopUp->setPlaceholderText(m_sheet->isScanning() ? QString() : tr("No sound"));
+}
+
+int AddSheetView::wholeHeight() const {
+    return qMax(static_cast<int>(AddSheet::kShown), m_content->minimumSizeHint().height());
+}
+
+void AddSheetView::slide(bool shown) {
+    const int end = shown ? wholeHeight() : 0;
+    if (shown) {
+        show();
+        setFocus();
+    }
+    m_animation->stop();
+    m_animation->setDuration(isVisible() ? motion::duration(*this) : 0);
+    m_animation->setStartValue(m_height);
+    m_animation->setEndValue(end);
+    if (m_animation->duration() == 0) {
+        setSheetHeight(end);
+        finishSliding();
+    } else {
+        m_animation->start();
+    }
+}
+
+void AddSheetView::setSheetHeight(int height) {
+    m_height = height;
+    updateGeometry();
+}
+
+void AddSheetView::finishSliding() {
+    if (m_height > 0) return;
+    const bool hadFocus = hasFocusWithin();
+    hide();
+    if (hadFocus) Q_EMIT focusReleased();
+}
+
+QSize AddSheetView::sizeHint() const {
+    return {m_content->sizeHint().width(), m_height};
+}
+
+QSize AddSheetView::minimumSizeHint() const {
+    return {m_content->minimumSizeHint().width(), m_height};
+}
+
+void AddSheetView::resizeEvent(QResizeEvent*) {
+    // The content comes down from behind the toolbar.
+    m_content->setGeometry(0, height() - wholeHeight(), width(), wholeHeight());
+}
+
+void AddSheetView::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape) {
+        m_ui->cancelButton->click();
+    } else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        m_ui->addButton->click();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+void AddSheetView::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.fillRect(rect(), palette().color(QPalette::Window));
+    painter.fillRect(QRect(0, height() - 1, width(), 1), colors::hairline(palette()));
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "convert/JobState.h"
+#include "ui/window/JobRow.h"
+
+#include <QPersistentModelIndex>
+#include <QStyledItemDelegate>
+
+#include <optional>
+
+/// Paints a job's row: icon and word of its state, name, status, bar, and the buttons where the pointer or
+/// the focus is.
+class JobDelegate : public QStyledItemDelegate {
+    Q_OBJECT
+
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override;
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+
+    /// Of a row that is painted with `option`.
+    static jobrow::Layout layoutOf(const QStyleOptionViewItem& option);
+    /// In one or two words, for tool tips and menus.
+    static QString titleOf(jobrow::Button button, JobState state);
+    static QString iconOf(jobrow::Button button, JobState state);
+
+    /// The button under the pointer, or pressed; no row: none.
+    void setHot(const QModelIndex& index, std::optional<jobrow::Button> button, bool isPressed);
+
+private:
+    void paintButtons(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index,
+                      const jobrow::Layout& layout) const;
+
+    QPersistentModelIndex m_hotIndex;
+    std::optional<jobrow::Button> m_hotButton;
+    bool m_isPressed = false;
+};

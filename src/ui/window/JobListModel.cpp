@@ -1,0 +1,76 @@
+#include "ui/window/JobListModel.h"
+
+#include "app/queue/JobQueue.h"
+#include "support/base/Format.h"
+#include "ui/widgets/ToolTip.h"
+
+JobListModel::JobListModel(JobQueue& queue, QObject* parent) : QAbstractListModel(parent), m_queue(queue) {
+    connect(&queue, &JobQueue::jobAboutToBeAdded, this,
+            [this](qsizetype row) { beginInsertRows({}, static_cast<int>(row), static_cast<int>(row)); });
+    connect(&queue, &JobQueue::jobAdded, this, [this](const ConversionJob* job) {
+        endInsertRows();
+        connect(job, &ConversionJob::progressed, this, [this, job] { onProgressed(job); });
+    });
+    connect(&queue, &JobQueue::jobAboutToBeRemoved, this, [this](qsizetype row) {
+        m_running.remove(m_queue.job(row));
+        beginRemoveRows({}, static_cast<int>(row), static_cast<int>(row));
+    });
+    connect(&queue, &JobQueue::jobRemoved, this, [this] { endRemoveRows(); });
+    connect(&queue, &JobQueue::jobStateChanged, this,
+            [this](ConversionJob* job, JobState, JobState now) { onStateChanged(job, now); });
+}
+
+int JobListModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(m_queue.count());
+}
+
+ConversionJob* JobListModel::job(const QModelIndex& index) const {
+    return index.isValid() && index.row() < m_queue.count() ? m_queue.job(index.row()) : nullptr;
+}
+
+QModelIndex JobListModel::indexOf(const ConversionJob* job) const {
+    for (int row = 0; row < rowCount(); ++row) {
+        if (m_queue.job(row) == job) return index(row);
+    }
+    return {};
+}
+
+QVariant JobListModel::data(const QModelIndex& index, int role) const {
+    ConversionJob* shown = job(index);
+    if (!shown) return {};
+    switch (role) {
+        case Qt::DisplayRole:
+            return shown->fileInfo().fileName;
+        case Qt::ToolTipRole:
+            return plainToolTip(makeString("%@\n→ %@", shown->fileInfo().fileURL.toLocalFile(),
+                                           shown->fileInfo().destinationURL.toLocalFile()));
+        case Qt::AccessibleTextRole:
+            return makeString("%@, %@", shown->fileInfo().fileName, shown->stateInfoString());
+        case JobRole:
+            return QVariant::fromValue(shown);
+        case StateRole:
+            return static_cast<int>(shown->state());
+        case ProgressRole:
+            return shown->progress();
+        case StatusRole:
+            return shown->stateInfoString();
+        default:
+            return {};
+    }
+}
+
+void JobListModel::onStateChanged(ConversionJob* job, JobState now) {
+    const QModelIndex row = indexOf(job);
+    if (!row.isValid()) return;
+    if (now == JobState::Converting) {
+        m_running.insert(job, row);
+    } else {
+        m_running.remove(job);
+    }
+    Q_EMIT dataChanged(row, row);
+}
+
+void JobListModel::onProgressed(const ConversionJob* job) {
+    const QModelIndex row = m_running.value(job);
+    if (row.isValid()) Q_EMIT dataChanged(row, row, {ProgressRole, StatusRole, Qt::AccessibleTextRole});
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "ui/window/JobRow.h"
+
+#include <QListView>
+#include <QPointer>
+
+class ConversionJob;
+class JobDelegate;
+class JobListModel;
+class QMenu;
+
+/// The list of jobs: its rows' buttons, keys and context menu. Repaints only the rows that changed.
+class JobListView : public QListView {
+    Q_OBJECT
+
+public:
+    explicit JobListView(QWidget* parent = nullptr);
+
+    /// `model` outlives the view.
+    void setJobs(JobListModel* model);
+
+    /// Does what the button of that name does to the current job; nothing where it is not enabled.
+    void trigger(jobrow::Button button, bool shiftIsHeld = false);
+    /// Puts the commands of the current job into `menu`. They stay that job's, also when it leaves the list.
+    void fillMenu(QMenu& menu);
+
+protected:
+    bool viewportEvent(QEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                     const QList<int>& roles) override;
+
+private:
+    ConversionJob* currentJob() const;
+    std::optional<jobrow::Button> buttonAt(QPoint position, const QModelIndex& index) const;
+    void setHot(const QModelIndex& index, std::optional<jobrow::Button> button, bool isPressed);
+    bool showToolTip(QPoint position, QPoint globalPosition);
+    static void act(ConversionJob& job, jobrow::Button button, bool shiftIsHeld);
+
+    JobListModel* m_jobs = nullptr;
+    JobDelegate* m_delegate = nullptr;
+    QPersistentModelIndex m_pressedIndex;
+    std::optional<jobrow::Button> m_pressedButton;
+    QPointer<ConversionJob> m_pressedJob;  ///< Of the last press, for the second of a double click.
+};

@@ -1,0 +1,186 @@
+#include "ui/window/MainWindow.h"
+
+#include "app/AppDelegate.h"
+#include "support/base/Text.h"
+#include "support/store/Defaults.h"
+#include "ui/help/HelpMenu.h"
+#include "ui/look/Icons.h"
+#include "ui/preferences/PreferencesWindow.h"
+#include "ui/window/JobListModel.h"
+#include "ui/window/QueueSummary.h"
+#include "ui_MainWindow.h"
+
+#include <QCloseEvent>
+#include <QDragEnterEvent>
+#include <QLabel>
+#include <QMimeData>
+#include <QWindow>
+
+namespace {
+
+constexpr QLatin1StringView kGeometryKey("MainWindowGeometry");
+
+QLabel* makeSummary(QWidget* parent) {
+    auto* label = new QLabel(parent);
+    label->setContentsMargins(8, 0, 16, 0);
+    return label;
+}
+
+}  // namespace
+
+MainWindow::MainWindow(AppDelegate& delegate)
+    : m_delegate(delegate),
+      m_ui(std::make_unique<Ui::MainWindow>()),
+      m_model(std::make_unique<JobListModel>(delegate.queue())) {
+    m_ui->setupUi(this);
+    m_summary = makeSummary(this);
+    m_ui->statusBar->addPermanentWidget(m_summary);
+    setUpActions();
+    setUpToolBar();
+    m_ui->jobListView->setJobs(m_model.get());
+    m_ui->addSheetView->setSheet(&delegate.addSheet(), &delegate.destinations());
+    connect(m_ui->addSheetView, &AddSheetView::focusReleased, m_ui->jobListView,
+            qOverload<>(&QWidget::setFocus));
+    setAcceptDrops(true);
+    followQueue();
+    connect(&delegate, &AppDelegate::mainWindowRequested, this, [this] { bringToFront(); });
+    connect(&delegate, &AppDelegate::statusMessage, this, &MainWindow::showStatus);
+    restoreGeometryFromSettings();
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::setUpActions() {
+    m_ui->addAction->setIcon(symbolicIcon("add"));
+    m_ui->cleanAction->setIcon(symbolicIcon("clean"));
+    m_ui->preferencesAction->setIcon(symbolicIcon("preferences"));
+    connect(m_ui->addAction, &QAction::triggered, &m_delegate, &AppDelegate::addClicked);
+    connect(m_ui->emptyView, &EmptyView::addRequested, &m_delegate, &AppDelegate::addClicked);
+    connect(m_ui->pauseContinueAction, &QAction::triggered, this,
+            [this] { m_delegate.queue().pauseContinueClicked(true); });
+    connect(m_ui->cleanAction, &QAction::triggered, &m_delegate.queue(), &JobQueue::cleanClicked);
+    connect(m_ui->preferencesAction, &QAction::triggered, this, &MainWindow::openPreferences);
+    connect(m_ui->closeAction, &QAction::triggered, this, &MainWindow::close);
+    connect(m_ui->quitAction, &QAction::triggered, this, [this] { m_delegate.terminate(true); });
+    connect(m_ui->queueMenu, &QMenu::aboutToShow, this, &MainWindow::fillQueueMenu);
+    setUpHelpMenu(*m_ui->helpMenu, m_delegate, *this);
+}
+
+void MainWindow::setUpToolBar() {
+    auto* space = new QWidget(this);
+    space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    m_ui->toolBar->addWidget(space);
+    m_ui->toolBar->addAction(m_ui->preferencesAction);
+}
+
+void MainWindow::followQueue() {
+    const JobQueue& queue = m_delegate.queue();
+    connect(&queue, &JobQueue::titleChanged, this, &MainWindow::refreshTitle);
+    connect(&queue, &JobQueue::titleChanged, this, &MainWindow::refreshSummary);
+    connect(&queue, &JobQueue::pausedChanged, this, &MainWindow::refreshPause);
+    connect(m_model.get(), &JobListModel::rowsInserted, this, &MainWindow::refreshPage);
+    connect(m_model.get(), &JobListModel::rowsRemoved, this, &MainWindow::refreshPage);
+    refreshTitle();
+    refreshSummary();
+    refreshPause();
+    refreshPage();
+}
+
+void MainWindow::refreshTitle() {
+    setWindowTitle(m_delegate.queue().windowTitle());
+}
+
+void MainWindow::refreshPause() {
+    const bool isPaused = m_delegate.queue().isPaused();
+    m_ui->pauseContinueAction->setText(text::localized(isPaused ? "Resume Queue" : "Pause Queue"));
+    m_ui->pauseContinueAction->setIcon(symbolicIcon(isPaused ? "toolbar_start" : "toolbar_pause"));
+    m_ui->addSheetView->setAddButtonTitle(m_delegate.queue().addButtonTitle());
+}
+
+void MainWindow::refreshPage() {
+    const bool isEmpty = m_model->rowCount() == 0;
+    m_ui->pages->setCurrentWidget(isEmpty ? static_cast<QWidget*>(m_ui->emptyView) : m_ui->jobListView);
+}
+
+void MainWindow::refreshSummary() {
+    m_summary->setText(queueSummary(m_delegate.queue()));
+    m_ui->cleanAction->setEnabled(m_delegate.queue().jobCountWithState(JobState::Finished) > 0);
+}
+
+void MainWindow::showStatus(const QString& message) {
+    constexpr int kMilliseconds = 15000;
+    m_ui->statusBar->showMessage(message, kMilliseconds);
+}
+
+void MainWindow::fillQueueMenu() {
+    qDeleteAll(m_jobActions);
+    const QList<QAction*> before = m_ui->queueMenu->actions();
+    m_ui->jobListView->fillMenu(*m_ui->queueMenu);
+    m_jobActions = m_ui->queueMenu->actions().mid(before.size());
+}
+
+void MainWindow::bringToFront(const QString& activationToken) {
+    if (!activationToken.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", activationToken.toUtf8());
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow();
+}
+
+void MainWindow::openPreferences() {
+    if (!m_preferences) {
+        m_preferences =
+            std::make_unique<PreferencesWindow>(m_delegate.destinations(), m_delegate.watchFolder());
+        connect(m_preferences.get(), &PreferencesWindow::conversionStyleChosen, &m_delegate,
+                &AppDelegate::selectConversionStyle);
+        connect(&m_delegate, &AppDelegate::conversionStyleSelected, m_preferences.get(),
+                &PreferencesWindow::selectConversionStyle);
+        connect(m_preferences.get(), &PreferencesWindow::closing, &m_delegate,
+                &AppDelegate::preferencesWillClose);
+        Q_EMIT preferencesCreated(m_preferences.get());
+    }
+    m_delegate.selectConversionStyle();
+    m_preferences->show();
+    m_preferences->raise();
+    m_preferences->activateWindow();
+}
+
+void MainWindow::restoreGeometryFromSettings() {
+    const QByteArray geometry = defaultObject(kGeometryKey).toByteArray();
+    if (!geometry.isEmpty()) restoreGeometry(geometry);
+}
+
+bool MainWindow::event(QEvent* event) {
+    const bool handled = QMainWindow::event(event);
+    if (event->type() == QEvent::Paint && !std::exchange(m_wasPainted, true)) Q_EMIT painted();
+    return handled;
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    setDefaultObject(kGeometryKey, saveGeometry());
+    event->accept();
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+    const bool isAccepted = m_delegate.draggingEntered(event->mimeData()->urls());
+    m_ui->emptyView->setDropHighlighted(isAccepted);
+    if (!isAccepted) return;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
+void MainWindow::dragMoveEvent(QDragMoveEvent* event) {
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
+void MainWindow::dragLeaveEvent(QDragLeaveEvent*) {
+    m_ui->emptyView->setDropHighlighted(false);
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+    m_ui->emptyView->setDropHighlighted(false);
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    m_delegate.performDragOperation(event->mimeData()->urls());
+}

@@ -1,0 +1,40 @@
+#include "watch/completion/CompletionRule.h"
+
+#include <algorithm>
+
+namespace completion {
+
+using namespace std::chrono_literals;
+using writercheck::Sight;
+using writercheck::Writers;
+using WaitsFor = Rule::WaitsFor;
+
+Rule ruleFor(const FileLook& look, Known known, const Times& times) {
+    // Events tell of a symbolic link itself, nothing of those who write what it points to.
+    const bool eventsTell = look.sight == Sight::All && !look.isSymbolicLink;
+    if (look.writers == Writers::Some && look.sight != Sight::None) return {WaitsFor::Closing};
+    // Holds the place for a download. Filling it is an event.
+    if (look.shape.size == 0) return {eventsTell ? WaitsFor::Event : WaitsFor::Closing};
+
+    const Rule nobodyWrites = {WaitsFor::Stillness, times.still};
+    const Rule notKnown = {WaitsFor::Stillness, times.longStill, true};
+    if (look.sight != Sight::All) return notKnown;
+    if (look.writers == Writers::None) return nobodyWrites;
+    if (!eventsTell || known == Known::Unknown) return notKnown;
+    if (known == Known::SeenWhole) return nobodyWrites;
+    // A hard link is made without being opened, so it is never closed either.
+    if (known == Known::Created && look.hasOtherNames) return notKnown;
+    return {WaitsFor::Event};  // It was opened for writing; it will be closed, however late.
+}
+
+std::chrono::nanoseconds stoodStillFor(const FileLook& look, Known known, std::chrono::nanoseconds now) {
+    if (look.sight != Sight::All) return 0ns;
+    // Anybody can set the time of modification back, but not that of the last change. What was seen whole
+    // needs no such caution, and a move changes the latter.
+    const auto last =
+        known == Known::SeenWhole ? look.shape.modified : std::max(look.shape.modified, look.changed);
+    const auto untold = last % 1s == 0ns ? 2s : 0s;  // Some file systems round to one second or two.
+    return std::max<std::chrono::nanoseconds>(0ns, now - last - untold);
+}
+
+}  // namespace completion

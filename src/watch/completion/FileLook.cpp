@@ -1,0 +1,74 @@
+#include "watch/completion/FileLook.h"
+
+#include <QFile>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+using writercheck::Sight;
+using writercheck::Writers;
+
+std::chrono::nanoseconds since1970(const timespec& time) {
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+FileLook::Found foundBy(int error) {
+    switch (error) {
+        case ENOENT:
+        case ENOTDIR:
+        case ELOOP:
+        case ENAMETOOLONG:
+        case EACCES:  // Of a folder on the way.
+        case ENXIO:   // A socket took the name meanwhile.
+            return FileLook::Found::NoFile;
+        default:
+            return FileLook::Found::Unclear;
+    }
+}
+
+void tell(FileLook& look, const struct stat& status) {
+    look.found = S_ISREG(status.st_mode) ? FileLook::Found::File : FileLook::Found::NoFile;
+    look.shape = {status.st_dev, status.st_ino, status.st_size, since1970(status.st_mtim)};
+    look.changed = since1970(status.st_ctim);
+    look.hasOtherNames = status.st_nlink > 1;
+}
+
+}  // namespace
+
+FileLook lookAt(const QString& path, const FileLook::Sources& sources) {
+    FileLook look;
+    const QByteArray name = QFile::encodeName(path);
+    struct stat status = {};
+    if (::stat(name.constData(), &status) != 0) {
+        look.found = foundBy(errno);
+        return look;
+    }
+    tell(look, status);
+    if (look.found != FileLook::Found::File) return look;
+    look.sight = sources.sight(path);
+    look.isSymbolicLink = ::lstat(name.constData(), &status) == 0 && S_ISLNK(status.st_mode);
+
+    // Opened on network volumes, too: that makes the client ask the server for the size, of which it may
+    // otherwise tell what it knew a minute ago.
+    const int file = ::open(name.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (file < 0) {
+        if (errno == EWOULDBLOCK)
+            look.writers = Writers::Some;  // A file server had a lease on it, and gives it back now.
+        else if (errno != EACCES && errno != EPERM)  // What is not readable is told of without.
+            look.found = foundBy(errno);
+        return look;
+    }
+    // A network client refuses a lease for reasons of its own, which would look like a writer.
+    if (look.sight != Sight::None) look.writers = sources.writers(file);
+    // After the lease: who opened and wrote since then shows in the times.
+    if (::fstat(file, &status) == 0)
+        tell(look, status);
+    else
+        look.found = FileLook::Found::Unclear;
+    ::close(file);
+    return look;
+}

@@ -1,0 +1,114 @@
+#include "watch/events/EventReader.h"
+
+#include "support/base/Format.h"
+
+#include <sys/inotify.h>
+#include <sys/stat.h>
+
+namespace {
+
+/// A name that is given to a file by link(2), or a symbolic link: nobody will write and close it.
+bool cameWithContents(const std::string& path) {
+    struct stat info = {};
+    return ::lstat(path.c_str(), &info) == 0 &&
+           (S_ISLNK(info.st_mode) || (S_ISREG(info.st_mode) && info.st_size > 0));
+}
+
+}  // namespace
+
+EventReader::EventReader(TreeWatch& watch, TreeScan& scan, EventBatch& batch)
+    : m_watch(watch), m_scan(scan), m_batch(batch) {}
+
+void EventReader::read(const QDeadlineTimer& deadline) {
+    ++m_turn;
+    const bool nothingWaits = m_watch.inotify().read(deadline, [this](const Inotify::Event& event) {
+        take(event);
+        return !m_batch.isFull() && m_endReason.isEmpty();
+    });
+    if (nothingWaits) settleDepartures();
+}
+
+void EventReader::take(const Inotify::Event& event) {
+    if (!m_endReason.isEmpty() || takeAboutFolder(event)) return;
+    const bool isFolder = (event.mask & IN_ISDIR) != 0;
+    const quint32 kind = isFolder ? kEventItemIsFolder : kEventItemIsFile;
+    const std::string folder = m_watch.tree().path(event.watch);
+    const std::string name(event.name);
+    if ((event.mask & (IN_MOVED_FROM | IN_MOVED_TO)) != 0) {
+        takeMove(event, folder, name);
+    } else if ((event.mask & IN_CREATE) != 0) {
+        const bool whole = !isFolder && cameWithContents(joinedPath(folder, name));
+        m_batch.add(folder, name, kind | kEventItemCreated | (whole ? kEventItemModified : 0U),
+                    EventContents::Unfinished);
+        if (isFolder) m_scan.enter(event.watch, name, TreeScan::Report::New);
+    } else if ((event.mask & IN_DELETE) != 0) {
+        m_batch.add(folder, name, kind | kEventItemRemoved, EventContents::Unfinished);
+    } else if ((event.mask & IN_CLOSE_WRITE) != 0) {
+        m_batch.add(folder, name, kind | kEventItemModified, EventContents::Whole);
+    } else if ((event.mask & IN_MODIFY) != 0) {
+        m_batch.add(folder, name, kind | kEventItemModified, EventContents::Unfinished);
+    } else if ((event.mask & IN_ATTRIB) != 0 && isFolder &&
+               m_watch.tree().child(event.watch, name) == PathTree::kNone) {
+        m_scan.enter(event.watch, name, TreeScan::Report::New);
+    }
+}
+
+bool EventReader::takeAboutFolder(const Inotify::Event& event) {
+    if ((event.mask & IN_Q_OVERFLOW) != 0) {
+        m_overflowed = true;
+        return true;
+    }
+    if (!m_watch.tree().contains(event.watch)) return true;
+    if (event.watch == m_watch.root()) {
+        const QString path = QString::fromStdString(m_watch.rootPath());
+        if ((event.mask & IN_UNMOUNT) != 0)
+            m_endReason = makeString("The volume of the watched folder “%@” was unmounted.", path);
+        else if ((event.mask & IN_MOVE_SELF) != 0)
+            m_endReason = makeString("The watched folder “%@” was moved.", path);
+        else if ((event.mask & (IN_DELETE_SELF | IN_IGNORED)) != 0)
+            m_endReason = makeString("The watched folder “%@” was removed.", path);
+    } else if ((event.mask & IN_UNMOUNT) != 0) {
+        // What the mount hid comes to light; it is not new.
+        const int parent = m_watch.tree().parent(event.watch);
+        const std::string name = m_watch.tree().name(event.watch);
+        m_watch.forgetRemoved(event.watch);
+        m_scan.enter(parent, name, TreeScan::Report::Arrivals);
+    } else if ((event.mask & IN_IGNORED) != 0) {
+        m_watch.forgetRemoved(event.watch);
+    }
+    return event.name.empty();
+}
+
+void EventReader::takeMove(const Inotify::Event& event, const std::string& folder, const std::string& name) {
+    const bool isFolder = (event.mask & IN_ISDIR) != 0;
+    const quint32 flags = kEventItemRenamed | (isFolder ? kEventItemIsFolder : kEventItemIsFile);
+    if ((event.mask & IN_MOVED_FROM) != 0) {
+        m_batch.add(folder, name, flags, EventContents::Unfinished);
+        m_departures[event.cookie] = {event.watch, name, joinedPath(folder, name), isFolder, m_turn};
+        return;
+    }
+    const auto departure = m_departures.find(event.cookie);
+    const bool cameFromOutside = departure == m_departures.end();
+    m_batch.add(folder, name, flags, isFolder ? EventContents::Unfinished : EventContents::Whole,
+                cameFromOutside ? std::string() : departure->second.path);
+    if (isFolder) m_scan.enter(event.watch, name, TreeScan::Report::MovedHere, cameFromOutside);
+    // Something else may have this place or the old one by now; then settleDepartures() looks at the old one.
+    if (!cameFromOutside &&
+        m_watch.tree().child(departure->second.parent, departure->second.name) == PathTree::kNone)
+        m_departures.erase(departure);
+}
+
+/// What has not turned up elsewhere by the next turn has left the tree, unless it is back in its place. A
+/// folder that turns up later still is a new one, so nothing is lost.
+void EventReader::settleDepartures() {
+    for (auto at = m_departures.begin(); at != m_departures.end();) {
+        const Departure& departure = at->second;
+        if (departure.turn == m_turn) {
+            ++at;
+            continue;
+        }
+        if (departure.isFolder && m_watch.tree().child(departure.parent, departure.name) != PathTree::kNone)
+            m_scan.enter(departure.parent, departure.name, TreeScan::Report::MovedHere);
+        at = m_departures.erase(at);
+    }
+}

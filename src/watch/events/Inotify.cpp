@@ -1,0 +1,90 @@
+#include "watch/events/Inotify.h"
+
+#include "support/base/Format.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+namespace {
+
+QString describedLimit(const char* name) {
+    QFile file(QString("/proc/sys/fs/inotify/") + name);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll().trimmed()) : QString("?");
+}
+
+/// Twice of what is allowed, and no less than what systems with room to spare allow from the start.
+QString enough(const QString& limit, long least) {
+    return QString::number(std::max(2 * limit.toLong(), least));
+}
+
+/// EMFILE stands for either limit.
+bool isOutOfFiles() {
+    const int file = ::open("/", O_PATH | O_CLOEXEC);
+    if (file < 0) return true;
+    ::close(file);
+    return false;
+}
+
+}  // namespace
+
+Inotify::Inotify() : m_file(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)), m_error(m_file < 0 ? errno : 0) {}
+
+Inotify::~Inotify() {
+    if (m_file >= 0) ::close(m_file);
+}
+
+QString Inotify::problem() const {
+    if (m_file >= 0) return {};
+    if (m_error != EMFILE || isOutOfFiles())
+        return makeString("Folders cannot be watched: %@.", QString::fromLocal8Bit(std::strerror(m_error)));
+    const QString limit = describedLimit("max_user_instances");
+    return makeString(
+        "Folders cannot be watched: this system allows %@ watching programs per user, and there are as many. "
+        "An administrator can allow more: sysctl fs.inotify.max_user_instances=%@",
+        limit, enough(limit, 1024));
+}
+
+QString Inotify::limitOfWatches(const QString& folder) {
+    const QString limit = describedLimit("max_user_watches");
+    return makeString(
+        "Not every folder in “%@” can be watched: this system allows %@ watched folders per user, and there "
+        "are more. What arrives in the others is not noticed. An administrator can allow more: "
+        "sysctl fs.inotify.max_user_watches=%@",
+        folder, limit, enough(limit, 524'288));
+}
+
+int Inotify::watch(const std::string& path, uint32_t mask) {
+    const int watch = ::inotify_add_watch(m_file, path.c_str(), mask);
+    return watch < 0 ? -errno : watch;
+}
+
+void Inotify::remove(int watch) {
+    ::inotify_rm_watch(m_file, watch);
+}
+
+bool Inotify::read(const QDeadlineTimer& deadline, const std::function<bool(const Event&)>& take) {
+    constexpr size_t kBufferSize = 16 * 1024;
+    alignas(inotify_event) std::array<char, kBufferSize> buffer;
+    bool goesOn = true;
+    while (goesOn && !deadline.hasExpired()) {
+        const ssize_t size = ::read(m_file, buffer.data(), buffer.size());
+        if (size < 0 && errno == EINTR) continue;
+        if (size <= 0) return true;
+        // What was read is gone from the kernel's queue, so all of it is handed over.
+        for (const char* at = buffer.data(); at < buffer.data() + size;) {
+            inotify_event event;
+            std::memcpy(&event, at, sizeof event);
+            at += sizeof event;
+            goesOn = take({event.wd, event.mask, event.cookie, {at, ::strnlen(at, event.len)}}) && goesOn;
+            at += event.len;
+        }
+    }
+    return false;
+}

@@ -1,0 +1,89 @@
+#include "app/intake/FileIntake.h"
+#include "fakes/FakeTool.h"
+#include "fakes/TestHome.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+class FileIntakeTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void lastInFirstOutOneAtATime() {
+        const TestHome home;
+        const FakeTool tool(home.path());
+        FileIntake intake(FileIntake::Messages::Scheduled);
+        QSignalSpy started(&intake, &FileIntake::scanningStarted);
+        QSignalSpy accepted(&intake, &FileIntake::fileAccepted);
+        QSignalSpy idle(&intake, &FileIntake::becameIdle);
+        const QString a = home.write("a.mkv");
+        const QString b = home.write("b.mkv");
+        intake.openFiles({a, b, home.write("a.srt"), home.write("c.txt")});
+        QCOMPARE(started.count(), 1);
+        QVERIFY(intake.isScanning() && intake.areWaiting());
+        QTRY_COMPARE(accepted.count(), 1);
+        QCOMPARE(intake.fileInfo()->fileURL.toLocalFile(), b);
+        QVERIFY(!intake.fileInfo()->subtitleFileURL);
+
+        // The movie at hand is not confirmed: nothing further is probed, also for new files.
+        const QString c = home.write("c.mkv");
+        intake.openFiles({c});
+        QTest::qWait(0);
+        QCOMPARE(started.count(), 1);
+        intake.cancelAdd();
+        QTRY_COMPARE(accepted.count(), 2);
+        QCOMPARE(intake.fileInfo()->fileURL.toLocalFile(), c);
+        intake.cancelAdd();
+        QTRY_COMPARE(accepted.count(), 3);
+        QCOMPARE(intake.fileInfo()->fileURL.toLocalFile(), a);
+        QCOMPARE(intake.fileInfo()->subtitleFileURL.value(), QUrl::fromLocalFile(home.path("a.srt")));
+        QVERIFY(intake.fileInfo()->informationString.endsWith("Audiotracks: 1 (0+1)"));
+        QCOMPARE(intake.bestLanguage().value(), 0);
+        QCOMPARE(idle.count(), 0);
+        intake.cancelAdd();
+        QCOMPARE(idle.count(), 1);
+        QVERIFY(!intake.fileInfo());
+    }
+
+    void aSubtitleServesSeveralMovies() {
+        const TestHome home;
+        const FakeTool tool(home.path());
+        FileIntake intake(FileIntake::Messages::Scheduled);
+        QSignalSpy accepted(&intake, &FileIntake::fileAccepted);
+        intake.openFiles({home.write("m.avi"), home.write("m.mkv"), home.write("m.en.srt")});
+        for (int movie = 1; movie <= 2; ++movie) {
+            QTRY_COMPARE(accepted.count(), movie);
+            QVERIFY(intake.fileInfo()->subtitleFileURL);
+            intake.cancelAdd();
+        }
+    }
+
+    void arefusedFileIsSkipped() {
+        TestHome home;
+        const FakeTool tool(home.path());
+        tool.setReport("nothing of use");
+        FileIntake intake(FileIntake::Messages::AtOnce);
+        QSignalSpy rejected(&intake, &FileIntake::fileRejected);
+        QSignalSpy idle(&intake, &FileIntake::becameIdle);
+        int messagesBefore = -1;
+        connect(&intake, &FileIntake::fileRejected, this, [&] {
+            messagesBefore = qMax<int>(messagesBefore, static_cast<int>(home.presenter.shown.size()));
+        });
+        intake.openFiles({home.write("a.mkv"), home.write("b.mkv")});
+        QTRY_COMPARE(idle.count(), 1);
+        QCOMPARE(rejected.count(), 2);
+        QCOMPARE(messagesBefore, 2);  // Each was told before it was announced.
+    }
+
+    void endsWithAProbeUnderWay() {
+        const TestHome home;
+        const FakeTool tool(home.path());
+        auto intake = std::make_unique<FileIntake>(FileIntake::Messages::Scheduled);
+        intake->openFiles({home.write("a.mkv")});
+        intake.reset();
+        QTest::qWait(0);
+    }
+};
+
+QTEST_GUILESS_MAIN(FileIntakeTest)
+#include "tst_FileIntake.moc"

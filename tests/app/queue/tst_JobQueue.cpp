@@ -1,0 +1,223 @@
+#include "app/intake/FileIntake.h"
+#include "app/queue/JobQueue.h"
+#include "fakes/FakeTool.h"
+#include "fakes/TestHome.h"
+#include "settings/Keys.h"
+#include "support/store/Defaults.h"
+#include "tool/ToolReaper.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+namespace {
+
+class FakeWaiting : public WaitingFiles {
+public:
+    bool areWaiting() const override { return waiting; }
+    void cancelAdd() override { ++cancelled; }
+
+    bool waiting = false;
+    int cancelled = 0;
+};
+
+/// A queue over a stand-in whose conversions go on until release().
+struct Stage {
+    Stage() : tool(home.path()) { tool.setConversion(FakeTool::waitFor(home.path("go"))); }
+    ~Stage() {
+        queue.removeAll();
+        [[maybe_unused]] const bool idle =
+            QTest::qWaitFor([] { return ToolReaper::shared().isIdle(); }, 10000);
+    }
+    Stage(const Stage&) = delete;
+    Stage& operator=(const Stage&) = delete;
+
+    bool add(const QString& name, const QString& folder = {}) {
+        MKVFileInfo info;
+        info.fileName = name + ".mkv";
+        info.fileURL = QUrl::fromLocalFile(home.write(info.fileName));
+        info.destinationURL = QUrl::fromLocalFile(
+            queue.uniqueDestination((folder.isEmpty() ? home.path() : folder) + u'/' + name + ".mp4"));
+        info.audioTrackInformation = {{"#1: eng (ac3)", 48000}};
+        return queue.addJob(std::make_unique<ConversionJob>(queue, info, 0));
+    }
+    void addAll(const QStringList& names) {
+        for (const QString& name : names)
+            add(name);
+    }
+    void release() const { home.write("go"); }
+
+    /// Names and states from the top: "b:1 a:0".
+    QString list() const {
+        QStringList result;
+        for (qsizetype i = 0; i < queue.count(); ++i) {
+            const ConversionJob* job = queue.job(i);
+            result.append(job->fileInfo().fileName.chopped(4) + u':' +
+                          QString::number(static_cast<int>(job->state())));
+        }
+        return result.join(u' ');
+    }
+
+    TestHome home;
+    FakeTool tool;
+    FakeWaiting waiting;
+    JobQueue queue{waiting};
+};
+
+}  // namespace
+
+class JobQueueTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void theNewestIsNext() {
+        Stage stage;
+        stage.addAll({"a", "b", "c"});
+        QCOMPARE(stage.list(), "c:0 b:0 a:1");
+        QCOMPARE(stage.queue.windowTitle(), "Ravelin  [3 Job(s), 2 Queued]");
+        QCOMPARE(stage.waiting.cancelled, 3);
+        QStringList started;
+        connect(&stage.queue, &JobQueue::jobStateChanged, this,
+                [&](const ConversionJob* job, JobState, JobState now) {
+                    if (now == JobState::Converting) started.append(job->fileInfo().fileName);
+                });
+        stage.release();
+        QTRY_COMPARE(stage.list(), "c:3 b:3 a:3");
+        QCOMPARE(started, (QStringList{"c.mkv", "b.mkv"}));
+    }
+
+    void atTheBottom() {
+        Stage stage;
+        setDefaultInt("InsertJobsAtBottom", 1);
+        stage.addAll({"a", "b"});
+        QCOMPARE(stage.list(), "a:1 b:0");
+    }
+
+    void limits_data() {
+        QTest::addColumn<int>("concurrent");
+        QTest::addColumn<int>("count");
+        QTest::addColumn<int>("running");
+        QTest::newRow("off, whatever the count") << 0 << 5 << 1;
+        QTest::newRow("two at the least") << 1 << 0 << 2;
+        QTest::newRow("three") << 1 << 1 << 3;
+        QTest::newRow("nonsense") << 1 << -7 << 2;
+    }
+    void limits() {
+        Stage stage;
+        QFETCH(int, concurrent);
+        QFETCH(int, count);
+        setDefaultInt(kConcurrentJobsKey, concurrent);
+        setDefaultInt(kConcurrentJobCountKey, count);
+        stage.addAll({"a", "b", "c", "d"});
+        QTEST(stage.queue.jobCountWithState(JobState::Converting), "running");
+    }
+
+    void nothingStartsWhileFilesWait() {
+        Stage stage;
+        stage.waiting.waiting = true;
+        stage.add("a");
+        QCOMPARE(stage.list(), "a:0");
+        stage.waiting.waiting = false;
+        stage.add("b");
+        QCOMPARE(stage.list(), "b:1 a:0");
+    }
+
+    void pauseAndResume() {
+        Stage stage;
+        setDefaultInt(kConcurrentJobsKey, 1);
+        stage.addAll({"a", "b"});
+        QSignalSpy paused(&stage.queue, &JobQueue::pausedChanged);
+        stage.queue.pauseContinueClicked(false);  // The queue runs: nothing to do.
+        QCOMPARE(paused.count(), 0);
+        stage.queue.pauseContinueClicked(true);
+        QCOMPARE(stage.list(), "b:2 a:2");
+        QCOMPARE(stage.queue.windowTitle(), "Ravelin (Paused) [2 Job(s), 0 Queued]");
+        QCOMPARE(stage.queue.addButtonTitle(), "Add to Queue");
+        stage.add("c");
+        stage.queue.startNextJobInQueue();
+        QCOMPARE(stage.list(), "c:0 b:2 a:2");
+        stage.queue.pauseContinueClicked(true);
+        QCOMPARE(stage.list(), "c:1 b:1 a:2");  // From the top, paused ones as if they were queued.
+        QCOMPARE(stage.queue.addButtonTitle(), "Start Conversion");
+        QCOMPARE(paused.count(), 2);
+    }
+
+    void aJobStartedOnItsOwnEndsThePause() {
+        Stage stage;
+        stage.queue.pauseContinueClicked(true);
+        stage.addAll({"a", "b"});
+        stage.queue.job(1)->continueJob();
+        QVERIFY(!stage.queue.isPaused());
+        QCOMPARE(stage.list(), "b:0 a:1");  // It alone.
+    }
+
+    void cleaningUpKeepsFailedOnes() {
+        Stage stage;
+        stage.tool.setConversion(
+            "case \"$destination\" in *bad*) exit 1;; esac; echo movie > \"$destination\"\n");
+        stage.addAll({"a", "bad", "c"});
+        QTRY_COMPARE(stage.list(), "c:3 bad:4 a:3");
+        QSignalSpy removed(&stage.queue, &JobQueue::jobRemoved);
+        stage.queue.cleanClicked();
+        QCOMPARE(stage.list(), "bad:4");
+        QCOMPARE(removed.count(), 2);
+        QVERIFY(QFile::exists(stage.home.path("a.mp4")));
+        QCOMPARE(stage.queue.jobCountWithState(JobState::Finished), 0);
+    }
+
+    void anUnwritableDestinationRefuses() {
+        Stage stage;
+        QVERIFY(!stage.add("a", "/proc"));
+        QCOMPARE(stage.queue.count(), 0);
+        QCOMPARE(stage.waiting.cancelled, 1);
+        QCOMPARE(stage.home.presenter.messages(),
+                 QStringList{"You don't seem to have write access to the selected destinatation or it is a "
+                             "read-only filesystem. "
+                             "Please choose another destination."});
+        QCOMPARE(stage.queue.windowTitle(), "Ravelin ");
+        QVERIFY(stage.add("a"));
+    }
+
+    void twoOutputsOfOneNameLoseNone() {
+        Stage stage;
+        stage.queue.pauseContinueClicked(true);
+        stage.addAll({"a", "a"});
+        QCOMPARE(stage.queue.job(0)->fileInfo().destinationURL.fileName(), "a-0.mp4");
+        QCOMPARE(stage.queue.job(1)->fileInfo().destinationURL.fileName(), "a.mp4");
+    }
+
+    void removingTheRunningOneStartsTheNext() {
+        Stage stage;
+        stage.addAll({"a", "b"});
+        QSignalSpy aboutTo(&stage.queue, &JobQueue::jobAboutToBeRemoved);
+        stage.queue.job(1)->remove();
+        QCOMPARE(stage.list(), "b:1");
+        QCOMPARE(aboutTo.first().first().toInt(), 1);
+    }
+
+    void quitsAlsoWhenTheJobCleansItselfUp() {
+        Stage stage;
+        setDefaultInt(kAutoCleanKey, 1);
+        setDefaultInt(kQuitAfterConversionKey, 1);
+        standardUserDefaults().setOverride(kUsagesKey, 100);
+        QSignalSpy quit(&stage.queue, &JobQueue::quitRequested);
+        stage.release();
+        stage.add("a");
+        QTRY_COMPARE(quit.count(), 1);
+        QCOMPARE(stage.queue.count(), 0);
+        QCOMPARE(standardUserDefaults().storedObject(kUsagesKey).toInt(), 1);  // Not from the override.
+    }
+
+    void usagesAreHandedOn() {
+        Stage stage;
+        int counted = 0;
+        stage.queue.setUsageCounter(
+            [&](bool increase, bool allow) { counted += increase && allow ? 1 : 100; });
+        stage.release();
+        stage.add("a");
+        QTRY_COMPARE(stage.list(), "a:3");
+        QCOMPARE(counted, 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(JobQueueTest)
+#include "tst_JobQueue.moc"

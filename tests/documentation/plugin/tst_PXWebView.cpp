@@ -1,0 +1,344 @@
+// The real plugin with the real engine, loaded as the application loads it.
+#include "documentation/rules/WebViewFactory.h"
+#include "documentation/window/WebEngine.h"
+#include "documentation/window/WebEngineCheck.h"
+#include "fakes/TestHome.h"
+
+#include <QApplication>
+#include <QDirIterator>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTest>
+#include <QWidget>
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+#ifdef __SANITIZE_ADDRESS__
+// What the engine does by itself, which is not ours to mend.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" const char* __asan_default_options() {
+    return "new_delete_type_mismatch=0";
+}
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:libQt6WebEngineCore\nleak:libfontconfig\nleak:libudev\n";
+}
+// NOLINTEND(bugprone-reserved-identifier)
+#endif
+
+namespace {
+
+constexpr int kMilliseconds = 20000;
+
+/// The page tells its zoom, whether it scrolls and its colour in its title.
+constexpr const char* kTellingPage = R"html(<!doctype html>
+<meta name=color-scheme content="light dark">
+<style>:root { color: rgb(1, 1, 1) } @media (prefers-color-scheme: dark) { :root { color: rgb(2, 2, 2) } }</style>
+<script>
+setInterval(() => {
+    const style = getComputedStyle(document.documentElement);
+    document.title = [document.documentElement.style.zoom || 'none', style.overflow, style.color].join(' ');
+}, 10);
+</script>)html";
+
+/// Answers each address with what was prepared for it, and any other with status 404 and a page.
+class Server : public QTcpServer {
+public:
+    Server() {
+        connect(this, &QTcpServer::newConnection, this, [this] {
+            QTcpSocket* socket = nextPendingConnection();
+            connect(socket, &QTcpSocket::readyRead, socket, [this, socket] { answer(*socket); });
+            connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+        });
+        if (!listen(QHostAddress::LocalHost)) qFatal("cannot listen");
+    }
+    QString address(const QString& path) const {
+        return QStringLiteral("http://127.0.0.1:%1%2").arg(serverPort()).arg(path);
+    }
+
+    QHash<QString, QByteArray> pages;
+    QStringList asked;
+
+private:
+    void answer(QTcpSocket& socket) {
+        const QString path = QString::fromUtf8(socket.readAll().split(' ').value(1));
+        asked.append(path);
+        const QByteArray page = pages.value(path, "<title>Not found</title>");
+        socket.write("HTTP/1.1 " + QByteArray(pages.contains(path) ? "200 OK" : "404 Not Found") +
+                     "\r\nContent-Type: text/html\r\nConnection: close\r\nContent-Length: " +
+                     QByteArray::number(page.size()) + "\r\n\r\n" + page);
+        socket.disconnectFromHost();
+    }
+};
+
+/// A page in a window of its own.
+class Window : public QWidget {
+public:
+    Window(WebViewFactory& factory, const QString& documents) {
+        WebViewServices services;
+        services.documentsFolder = documents;
+        services.bundleIdentifier = "example.test";
+        services.openInBrowser = [this](const QUrl& address) { outside.append(address.toString()); };
+        services.failed = [this](const QString& reason) { failures.append(reason); };
+        view = factory.makeView(services, this);
+        resize(400, 300);
+        view->widget()->resize(size());
+    }
+
+    void set(const char* property, const QVariant& value) const {
+        QVERIFY(view->widget()->metaObject()->indexOfProperty(property) >= 0);
+        view->widget()->setProperty(property, value);
+    }
+    QWidget* engineView() const {
+        for (QWidget* child : view->widget()->findChildren<QWidget*>()) {
+            if (child->inherits("QWebEngineView")) return child;
+        }
+        return nullptr;
+    }
+    QString title() const { return engineView()->property("title").toString(); }
+    /// Clicks until the click finds what is there, which the page needs a moment to draw.
+    bool click() const {
+        constexpr int kPatience =
+            500;  // A click that comes too soon after the last would stop what that began.
+        for (int waited = 0; outside.isEmpty() && waited < kMilliseconds; waited += kPatience) {
+            QTest::mouseClick(engineView()->focusProxy(), Qt::LeftButton, {}, QPoint(200, 150));
+            if (QTest::qWaitFor([this] { return !outside.isEmpty(); }, kPatience)) return true;
+        }
+        return false;
+    }
+
+    WebView* view = nullptr;
+    QStringList outside;
+    QStringList failures;
+};
+
+}  // namespace
+
+class PXWebViewTest : public QObject {
+    Q_OBJECT
+
+public:
+    static void initMain() {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        if (::geteuid() == 0) qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+    }
+
+private:
+    QTemporaryDir m_userHome;
+    PluginWebEngine m_engine;
+    WebViewFactory* m_factory = nullptr;
+    std::unique_ptr<TestHome> m_home;
+    std::unique_ptr<Server> m_server;
+
+    std::unique_ptr<Window> makeWindow() const {
+        return std::make_unique<Window>(*m_factory, m_home->path("documents"));
+    }
+    void writeLocal(const QByteArray& body) const {
+        m_home->write("documents/local page.html", "<!doctype html><title>Local</title>" + body);
+    }
+
+private Q_SLOTS:
+    void initTestCase() {
+        for (const char* name : {"HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"})
+            qputenv(name, m_userHome.path().toUtf8());
+        m_home = std::make_unique<TestHome>();
+        QString why;
+        m_factory = m_engine.factory(why);
+        QVERIFY2(m_factory, qPrintable(why));
+    }
+    void init() {
+        m_home = std::make_unique<TestHome>();
+        m_server = std::make_unique<Server>();
+        QApplication::setPalette({});
+    }
+
+    /// Runs last.
+    void cleanupTestCase() {
+        QDirIterator files(m_userHome.path(), QDir::Files, QDirIterator::Subdirectories);
+        QVERIFY2(!files.hasNext(), qPrintable(files.next()));
+    }
+
+    void whatSpeaksAgainstTheEngine_data() {
+        QTest::addColumn<QByteArray>("variable");
+        QTest::addColumn<QByteArray>("value");
+        QTest::addColumn<QString>("obstacle");
+        QTest::newRow("nothing") << QByteArray("UNRELATED") << QByteArray("1") << "";
+        QTest::newRow("no program") << QByteArray("QTWEBENGINEPROCESS_PATH") << QByteArray("/nowhere")
+                                    << "QtWebEngineProcess of Qt WebEngine is not installed.";
+        QTest::newRow("no resources") << QByteArray("QTWEBENGINE_RESOURCES_PATH") << QByteArray("/nowhere")
+                                      << "qtwebengine_resources.pak of Qt WebEngine is not installed.";
+        if (::geteuid() == 0) {
+            QTest::newRow("root") << QByteArray("QTWEBENGINE_DISABLE_SANDBOX") << QByteArray("0")
+                                  << "Qt WebEngine does not run as root.";
+        }
+    }
+    void whatSpeaksAgainstTheEngine() {
+        QFETCH(const QByteArray, variable);
+        QFETCH(const QByteArray, value);
+        const QByteArray before = qgetenv(variable);
+        qputenv(variable, value);
+        const QString obstacle = webengine::obstacle();
+        before.isNull() ? qunsetenv(variable) : qputenv(variable, before);
+        QTEST(obstacle, "obstacle");
+    }
+    void aLimitedAddressSpaceSpeaksAgainstTheEngine() {
+        rlimit before{};
+        ::getrlimit(RLIMIT_AS, &before);
+        rlimit limited = before;
+        limited.rlim_cur = RLIM_INFINITY - 1;
+        QCOMPARE(::setrlimit(RLIMIT_AS, &limited), 0);
+        const QString obstacle = webengine::obstacle();
+        QCOMPARE(::setrlimit(RLIMIT_AS, &before), 0);
+        QCOMPARE(obstacle, "The address space of this process is limited.");
+    }
+
+    void theOnlineCopyTakesTheLocalPagesPlace() {
+        writeLocal("one word, two words");
+        m_server->pages["/example.test/page.html"] = "<title>Remote</title>another word";
+        const auto window = makeWindow();
+        window->set("localHTMLName", "local page.html");
+        window->set("remoteHTMLURL", m_server->address("/$(CFBundleIdentifier)/page.html"));
+        QStringList titles;
+        connect(window->engineView(), SIGNAL(titleChanged(QString)), window.get(),
+                SLOT(setWindowTitle(QString)));
+        connect(window.get(), &QWidget::windowTitleChanged, this,
+                [&](const QString& title) { titles.append(title); });
+        window->show();
+        QTRY_COMPARE_WITH_TIMEOUT(window->title(), "Remote", kMilliseconds);
+        QVERIFY(titles.contains("Local"));
+        QCOMPARE(window->failures + window->outside, QStringList());
+        int found = -1;
+        window->view->find("word", false, [&](int places) { found = places; });
+        QTRY_COMPARE_WITH_TIMEOUT(found, 1, kMilliseconds);
+    }
+
+    void theLocalPageStays_data() {
+        QTest::addColumn<QString>("remote");
+        QTest::newRow("nobody answers") << "http://127.0.0.1:1/page.html";
+        QTest::newRow("no such host") << "http://nowhere.invalid/page.html";
+        QTest::newRow("not found") << m_server->address("/missing.html");
+    }
+    void theLocalPageStays() {
+        QFETCH(const QString, remote);
+        writeLocal("");
+        const auto window = makeWindow();
+        window->set("localHTMLName", "local page.html");
+        window->set("remoteHTMLURL",
+                    QString(remote).replace(QRegularExpression(":\\d{4,}"),
+                                            QStringLiteral(":%1").arg(m_server->serverPort())));
+        window->show();
+        QTRY_COMPARE_WITH_TIMEOUT(window->title(), "Local", kMilliseconds);
+        // What the first would do, it has done when a second has loaded its own.
+        m_server->pages["/page.html"] = "<title>Remote</title>";
+        const auto second = makeWindow();
+        second->set("localHTMLName", "local page.html");
+        second->set("remoteHTMLURL", m_server->address("/page.html"));
+        second->show();
+        QTRY_COMPARE_WITH_TIMEOUT(second->title(), "Remote", kMilliseconds);
+        QCOMPARE(window->title(), "Local");
+        QCOMPARE(window->failures + window->outside, QStringList());
+    }
+
+    void whatLeadsElsewhereLeavesTheView_data() {
+        QTest::addColumn<QString>("link");
+        QTest::addColumn<QString>("outside");
+        QTest::newRow("foreign page") << "href='https://foreign.example/a%20b?c'"
+                                      << "https://foreign.example/a b?c";
+        QTest::newRow("in a new window") << "target=_blank href='https://foreign.example/'"
+                                         << "https://foreign.example/";
+        QTest::newRow("another local page") << "href='other.html#place'"
+                                            << "file://%1/other.html#place";
+    }
+    void whatLeadsElsewhereLeavesTheView() {
+        QFETCH(const QString, link);
+        QFETCH(const QString, outside);
+        for (const bool onlyClicks : {false, true}) {
+            writeLocal("<a style='position: fixed; inset: 0; font-size: 99px' " + link.toUtf8() + ">go</a>");
+            m_home->write("documents/other.html", "<title>Other</title>");
+            const auto window = makeWindow();
+            window->set("localHTMLName", "local page.html");
+            window->set("openOnlyClicksInBrowser", onlyClicks);
+            window->show();
+            QTRY_COMPARE_WITH_TIMEOUT(window->title(), "Local", kMilliseconds);
+            QVERIFY(window->click());
+            QCOMPARE(window->outside.first(), QString(outside).replace("%1", m_home->path("documents")));
+            QCOMPARE(window->title(), "Local");
+        }
+    }
+
+    void scriptsLeadElsewhereInsideTheViewOnlyWhereAllowed() {
+        Server elsewhere;
+        elsewhere.pages["/"] = "<title>Elsewhere</title>";
+        m_server->pages["/page.html"] =
+            "<title>Remote</title><script>location = '" + elsewhere.address("/").toUtf8() + "'</script>";
+        for (const bool onlyClicks : {false, true}) {
+            const auto window = makeWindow();
+            window->set("remoteHTMLURL", m_server->address("/page.html"));
+            window->set("openOnlyClicksInBrowser", onlyClicks);
+            window->show();
+            if (onlyClicks) {
+                QTRY_COMPARE_WITH_TIMEOUT(window->title(), "Elsewhere", kMilliseconds);
+                QCOMPARE(window->outside, QStringList());
+            } else {
+                QTRY_COMPARE_WITH_TIMEOUT(window->outside, QStringList(elsewhere.address("/")),
+                                          kMilliseconds);
+                QCOMPARE(elsewhere.asked, QStringList());
+            }
+        }
+    }
+
+    void zoomAndScrolling_data() {
+        QTest::addColumn<QVariant>("factor");
+        QTest::addColumn<bool>("disableScrolling");
+        QTest::addColumn<QString>("first");
+        QTest::addColumn<QString>("second");
+        QTest::newRow("neither") << QVariant() << false << "none visible"
+                                 << "none visible";
+        QTest::newRow("as good as 1") << QVariant(1.00005) << false << "none visible"
+                                      << "none visible";
+        QTest::newRow("zoomed once") << QVariant(1.25) << false << "1.25 hidden"
+                                     << "none hidden";
+        QTest::newRow("not scrolled") << QVariant() << true << "none hidden"
+                                      << "none hidden";
+    }
+    void zoomAndScrolling() {
+        QFETCH(const QVariant, factor);
+        QFETCH(const bool, disableScrolling);
+        QFETCH(const QString, first);
+        QFETCH(const QString, second);
+        m_server->pages["/page.html"] =
+            QByteArray(kTellingPage) +
+            "<script>if (!location.search) setTimeout(() => location.search = 'second', 400)</script>";
+        m_server->pages["/page.html?second"] = kTellingPage;
+        const auto window = makeWindow();
+        window->set("remoteHTMLURL", m_server->address("/page.html"));
+        window->set("zoomFactor", factor);
+        window->set("disableScrolling", disableScrolling);
+        window->show();
+        QTRY_VERIFY_WITH_TIMEOUT(window->title().startsWith(first), kMilliseconds);
+        QTRY_VERIFY_WITH_TIMEOUT(m_server->asked.contains("/page.html?second"), kMilliseconds);
+        QTRY_VERIFY_WITH_TIMEOUT(window->title().startsWith(second), kMilliseconds);
+    }
+
+    void aPageFollowsThePalette() {
+        m_server->pages["/page.html"] = kTellingPage;
+        const auto window = makeWindow();
+        window->set("remoteHTMLURL", m_server->address("/page.html"));
+        window->show();
+        QTRY_VERIFY_WITH_TIMEOUT(window->title().endsWith("rgb(1, 1, 1)"), kMilliseconds);
+        QApplication::setPalette(QPalette(Qt::darkGray, Qt::black));
+        QTRY_VERIFY_WITH_TIMEOUT(window->title().endsWith("rgb(2, 2, 2)"), kMilliseconds);
+        QApplication::setPalette({});
+        QTRY_VERIFY_WITH_TIMEOUT(window->title().endsWith("rgb(1, 1, 1)"), kMilliseconds);
+    }
+
+    void aMissingPageIsToldOnce() {
+        const auto window = makeWindow();
+        window->set("localHTMLName", "missing.html");
+        window->show();
+        QTRY_COMPARE_WITH_TIMEOUT(window->failures.size(), 1, kMilliseconds);
+    }
+};
+
+QTEST_MAIN(PXWebViewTest)
+#include "tst_PXWebView.moc"

@@ -1,0 +1,217 @@
+#include "documentation/window/Documentation.h"
+#include "documentation/window/FindBar.h"
+#include "documentation/window/PXRTFView.h"
+#include "fakes/FakeWebEngine.h"
+#include "fakes/WindowedApplication.h"
+
+#include <QAction>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QStatusBar>
+#include <QTabWidget>
+
+namespace {
+
+constexpr int kPages = 6;
+
+/// The application with a documentation that has all its pages.
+class DocumentedApplication : public WindowedApplication {
+public:
+    DocumentedApplication() : documentation(delegate, engine, QIcon()) {
+        for (const DocumentationPage& page : documentation::pages())
+            write("resources/documents/" + page.name, "<title>" + page.title.toUtf8() + "</title>");
+    }
+
+    DocumentationWindow* docs() const { return documentation.documentationWindow(); }
+    QTabWidget& tabs() const { return *docs()->findChild<QTabWidget*>(); }
+    bool isLoaded(const QString& page) const {
+        return !engine.views.isEmpty() && engine.views.last() && engine.views.last()->page() == page;
+    }
+    QUrl address(const QString& name) const {
+        return QUrl::fromLocalFile(path("resources/documents/" + name));
+    }
+    void press(const QString& keys) const {
+        const QKeyCombination key = QKeySequence(keys)[0];
+        QTest::keyClick(docs(), key.key(), key.keyboardModifiers());
+    }
+
+    FakeWebEngine engine;
+    Documentation documentation;
+};
+
+}  // namespace
+
+class DocumentationWindowTest : public QObject {
+    Q_OBJECT
+
+public:
+    static void initMain() { qputenv("QT_QPA_PLATFORM", "offscreen"); }
+
+private Q_SLOTS:
+    void theMenuOpensItsPage() {
+        DocumentedApplication app;
+        const QStringList pages = {"quickStartAction",      "audioAndPlayersAction", "subtitlesAction",
+                                   "troubleshootingAction", "whatsNewAction",        "licencesAction"};
+        for (int i = 0; i < kPages; ++i) {
+            const auto* action = app.find<QAction>(qPrintable(pages[i]));
+            QVERIFY(app.find<QMenu>("helpMenu")->actions().contains(action));
+            app.find<QAction>(qPrintable(pages[i]))->trigger();
+            QCOMPARE(app.tabs().count(), kPages);
+            QCOMPARE(app.tabs().currentIndex(), i);
+            QCOMPARE(action->text().remove('&'), app.tabs().tabText(i));
+        }
+        QCOMPARE(app.find<QAction>("quickStartAction")->shortcut(), QKeySequence("F1"));
+    }
+
+    void tags_data() {
+        QTest::addColumn<std::optional<int>>("tag");
+        QTest::addColumn<int>("tab");
+        QTest::newRow("none") << std::optional<int>() << 3;
+        QTest::newRow("negative") << std::optional(-2) << 3;
+        QTest::newRow("the third") << std::optional(2) << 2;
+        QTest::newRow("beyond the last") << std::optional(kPages) << 3;
+    }
+    void tags() {
+        QFETCH(const std::optional<int>, tag);
+        QFETCH(const int, tab);
+        DocumentedApplication app;
+        app.delegate.openDocumentationWindow(3);
+        const DocumentationWindow* window = app.docs();
+        app.delegate.openDocumentationWindow(tag);
+        QCOMPARE(app.docs(), window);
+        QCOMPARE(app.tabs().currentIndex(), tab);
+    }
+
+    void onlyWhatIsShownLoads() {
+        DocumentedApplication app;
+        app.delegate.openDocumentationWindow(2);
+        QVERIFY(app.docs()->isVisible());
+        QVERIFY(app.engine.views.isEmpty());  // The window comes first.
+        QTRY_VERIFY(app.isLoaded("subtitles.html"));
+        QCOMPARE(app.engine.views.size(), 1);
+        QVERIFY(app.engine.views[0]->property("openOnlyClicksInBrowser").toBool());
+        app.press("Ctrl+PgDown");
+        QVERIFY(app.isLoaded("troubleshooting.html"));
+        app.press("Ctrl+PgUp");
+        QCOMPARE(app.engine.views.size(), 2);
+        app.delegate.openDocumentationWindow(5);
+        QCOMPARE(app.docs()->findChild<PXRTFView*>()->property("localRTFName"), "licences.rtf");
+        QCOMPARE(app.engine.views.size(), 2);
+    }
+
+    void itIsReleasedWhenItCloses_data() {
+        QTest::addColumn<QString>("keys");
+        QTest::newRow("window") << "Ctrl+W";
+        QTest::newRow("escape") << "Esc";
+    }
+    void itIsReleasedWhenItCloses() {
+        QFETCH(const QString, keys);
+        DocumentedApplication app;
+        app.delegate.openDocumentationWindow(4);
+        QTRY_VERIFY(app.isLoaded("whats-new.html"));
+        app.press(keys);
+        QTRY_VERIFY(!app.docs());
+        QVERIFY(!app.engine.views[0]);
+        app.delegate.openDocumentationWindow();
+        QCOMPARE(app.tabs().currentIndex(), 0);
+        QTRY_VERIFY(app.isLoaded("quick-start.html"));
+    }
+
+    void whereLinksLead() {
+        DocumentedApplication app;
+        app.delegate.openDocumentationWindow(0);
+        QTRY_VERIFY(app.isLoaded("quick-start.html"));
+        const auto& leave = app.engine.views[0]->services.openInBrowser;
+        QUrl troubles = app.address("troubleshooting.html");
+        troubles.setFragment("no-sound");
+        leave(troubles);
+        QCOMPARE(app.tabs().currentIndex(), 3);
+        QVERIFY(app.isLoaded("troubleshooting.html"));
+        QCOMPARE(app.engine.views.last()->place, "no-sound");
+        // And back to one that is loaded already.
+        leave(app.address("quick-start.html#audio"));
+        leave(QUrl("file:///etc/passwd"));
+        leave(QUrl("steam://run/1"));
+        QVERIFY(app.desktop.opened.isEmpty());
+        leave(QUrl("https://foreign.example/"));
+        QCOMPARE(app.desktop.opened, QList<QUrl>{QUrl("https://foreign.example/")});
+    }
+
+    void finding() {
+        DocumentedApplication app;
+        app.delegate.openDocumentationWindow(0);
+        QTRY_VERIFY(app.isLoaded("quick-start.html"));
+        QVERIFY(QTest::qWaitForWindowActive(app.docs()));
+        app.press("Ctrl+F");
+        const auto* bar = app.docs()->findChild<FindBar*>();
+        auto* field = bar->findChild<QLineEdit*>();
+        QTRY_VERIFY(field->hasFocus());
+        QTest::keyClicks(field, "here");
+        QTest::keyClick(field, Qt::Key_Return);
+        QTest::keyClick(field, Qt::Key_Return, Qt::ShiftModifier);
+        QCOMPARE(app.engine.views[0]->searches, QStringList({"h", "he", "her", "here", "here", "-here"}));
+        QTest::keyClicks(field, "!");
+        QCOMPARE(bar->findChild<QLabel*>()->text(), "Not found");
+        QTest::keyClick(field, Qt::Key_Escape);
+        QVERIFY(!bar->isVisible() && app.docs()->isVisible());
+        QCOMPARE(app.engine.views[0]->searches.last(), "");
+        app.press("Ctrl++");
+        QVERIFY(app.engine.views[0]->magnification > 1);
+    }
+
+    void aPageThatCannotBeShown_data() {
+        QTest::addColumn<bool>("isMissing");
+        QTest::newRow("missing") << true;
+        QTest::newRow("its process died") << false;
+    }
+    void aPageThatCannotBeShown() {
+        QFETCH(const bool, isMissing);
+        DocumentedApplication app;
+        if (isMissing) QVERIFY(QFile::remove(app.path("resources/documents/quick-start.html")));
+        app.delegate.openDocumentationWindow(0);
+        if (!isMissing) {
+            QTRY_VERIFY(app.isLoaded("quick-start.html"));
+            app.engine.views[0]->services.failed("killed");
+        }
+        QTRY_VERIFY(app.docs()->findChild<QLabel*>("sentence"));
+        const auto* sentence = app.docs()->findChild<QLabel*>("sentence");
+        QTRY_VERIFY(sentence->isVisible());
+        QCOMPARE(sentence->text().contains(app.path("resources/documents/quick-start.html")), isMissing);
+    }
+
+    void withoutAnEngine_data() {
+        QTest::addColumn<bool>("isKnownBefore");
+        QTest::addColumn<bool>("hasBrowser");
+        QTest::addColumn<bool>("isMissing");
+        QTest::newRow("not installed") << true << true << false;
+        QTest::newRow("does not load") << false << true << false;
+        QTest::newRow("no browser, too") << true << false << false;
+        QTest::newRow("no page, too") << true << true << true;
+    }
+    void withoutAnEngine() {
+        QFETCH(const bool, isKnownBefore);
+        QFETCH(const bool, hasBrowser);
+        QFETCH(const bool, isMissing);
+        DocumentedApplication app;
+        (isKnownBefore ? app.engine.speaksAgainst : app.engine.failure) = "It is not here.";
+        app.desktop.opens = hasBrowser;
+        const QString page = app.path("resources/documents/audio-and-players.html");
+        if (isMissing) QDir(app.path("resources/documents")).removeRecursively();
+        if (!isKnownBefore) {
+            app.delegate.openDocumentationWindow(5);  // Needs no engine.
+            QTRY_VERIFY(app.docs()->findChild<PXRTFView*>());
+        }
+        app.delegate.openDocumentationWindow(1);
+        QTRY_VERIFY(!app.docs());
+        QCOMPARE(app.desktop.opened, isMissing ? QList<QUrl>() : QList<QUrl>{QUrl::fromLocalFile(page)});
+        const bool isOpened = hasBrowser && !isMissing;
+        QCOMPARE(app.find<QStatusBar>("statusBar")->currentMessage(),
+                 isOpened ? "The page was opened in your browser." : "");
+        QCOMPARE(app.presenter.shown.size(), isOpened ? 0 : 1);
+        QVERIFY(isOpened || app.presenter.messages().value(0).contains(page));
+    }
+};
+
+QTEST_MAIN(DocumentationWindowTest)
+#include "tst_DocumentationWindow.moc"

@@ -1,0 +1,55 @@
+// Does on the desktop what standard input says, a command a line, and tells on standard output what comes
+// back:
+//     inhibit | release | notify TITLE|TEXT|ACTION|PATH | reveal PATH | open URL | progress FRACTION |
+//     progress | appearance | quit
+#include "support/desktop/DBusDesktop.h"
+
+#include <QCoreApplication>
+#include <QSocketNotifier>
+
+#include <cstdio>
+#include <iostream>
+#include <string>
+
+int main(int argc, char** argv) {
+    std::ios::sync_with_stdio(false);  // So that it shows what is left to read.
+    const QCoreApplication application(argc, argv);
+    DBusDesktop desktop("Ravelin", "example.ravelin.Ravelin", application.arguments().contains("--flatpak"));
+    QObject::connect(&desktop, &Desktop::notificationActivated, [](const QString& path) {
+        std::printf("activated %s\n", qPrintable(path));
+        std::fflush(stdout);
+    });
+    QObject::connect(&desktop, &Desktop::appearanceChanged, [&desktop] {
+        std::printf("%s, %s\n", desktop.prefersDark() ? "dark" : "light",
+                    desktop.prefersReducedMotion() ? "still" : "moving");
+        std::fflush(stdout);
+    });
+    quint32 assertion = 0;
+    const QSocketNotifier input(0, QSocketNotifier::Read);
+    const auto obey = [&](const std::string& text) {
+        const QString line = QString::fromStdString(text);
+        const QString command = line.section(u' ', 0, 0);
+        const QString rest = line.section(u' ', 1);
+        if (command == "inhibit") assertion = desktop.acquireSleepAssertion("Converting MKV file.");
+        if (command == "release") desktop.releaseSleepAssertion(assertion);
+        if (command == "notify")
+            desktop.notify({rest.section(u'|', 0, 0), rest.section(u'|', 1, 1), rest.section(u'|', 2, 2),
+                            rest.section(u'|', 3)});
+        if (command == "reveal") desktop.reveal(rest);
+        if (command == "open") std::printf("%s\n", desktop.openUrl(QUrl(rest)) ? "opened" : "not opened");
+        if (command == "progress")
+            desktop.setLauncherProgress(rest.isEmpty() ? std::nullopt : std::optional(rest.toDouble()));
+        if (command == "appearance") desktop.watchAppearance();
+        std::printf("did %s\n", qPrintable(command));
+        std::fflush(stdout);
+        if (command == "quit") QCoreApplication::quit();
+    };
+    QObject::connect(&input, &QSocketNotifier::activated, [&] {
+        std::string text;
+        do {  // Lines that came together are read together.
+            if (!std::getline(std::cin, text)) return QCoreApplication::quit();
+            obey(text);
+        } while (std::cin.rdbuf()->in_avail() > 0);
+    });
+    return QCoreApplication::exec();
+}

@@ -1,0 +1,271 @@
+#include "fakes/TestHome.h"
+#include "support/base/Format.h"
+#include "support/network/Download.h"
+#include "support/store/Defaults.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QProcess>
+#include <QScopeGuard>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QSslKey>
+#include <QSslServer>
+#include <QTcpSocket>
+#include <QTest>
+#include <QTimer>
+
+using namespace std::chrono_literals;
+
+/// What a server does once it has given its answer.
+enum class Then { Close, Keep, Drip };
+
+/// A server on the loop-back that gives everyone the same answer, in which "PORT" is its port. A request for
+/// "/3" is sent on to "/2" first, and so on down to "/0".
+template <typename Base = QTcpServer>
+class Server : public Base {
+public:
+    Server(QByteArray answer, Then then) : m_answer(std::move(answer)), m_then(then) {
+        this->listen(QHostAddress::LocalHost);
+        m_answer.replace("PORT", QByteArray::number(this->serverPort()));
+        QObject::connect(this, &QTcpServer::pendingConnectionAvailable, this, [this] {
+            QTcpSocket* socket = this->nextPendingConnection();
+            QObject::connect(socket, &QTcpSocket::disconnected, this, [this] { ++disconnected; });
+            QObject::connect(socket, &QTcpSocket::readyRead, this, [this, socket] { read(*socket); });
+            read(*socket);
+        });
+    }
+    QUrl url(const QString& path = "/") const {
+        const QString scheme = std::is_same_v<Base, QSslServer> ? "https" : "http";
+        return makeString("%@://127.0.0.1:%i%@", scheme, this->serverPort(), path);
+    }
+
+    QByteArray requests;
+    int disconnected = 0;
+
+private:
+    void read(QTcpSocket& socket) {
+        const QByteArray request = socket.readAll();
+        requests += request;
+        if (!request.contains("\r\n\r\n")) return;
+        if (const int more = request.mid(5, 1).toInt(); more > 0) {
+            socket.write("HTTP/1.1 302 Found\r\nSet-Cookie: a=b\r\nContent-Length: 5\r\nLocation: /" +
+                         QByteArray::number(more - 1) + "\r\n\r\nmoved");
+            return;
+        }
+        socket.write(m_answer);
+        if (m_then == Then::Close) socket.disconnectFromHost();
+        if (m_then != Then::Drip) return;
+        auto* drip = new QTimer(&socket);
+        QObject::connect(drip, &QTimer::timeout, &socket, [&socket] { socket.write("x"); });
+        drip->start(10ms);
+    }
+
+    QByteArray m_answer;
+    const Then m_then;
+};
+
+class DownloadTest : public QObject {
+    Q_OBJECT
+
+    static constexpr auto kPage = "HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\npage";
+
+    TestHome m_home;
+    QSslConfiguration m_identity;  ///< Of secure servers.
+    const QSslConfiguration m_usual = QSslConfiguration::defaultConfiguration();
+    QSslConfiguration m_trusting = m_usual;  ///< Believes it.
+
+    /// What the log tells of downloads.
+    static QStringList logged() {
+        QStringList lines;
+        for (int i = 0; i < 10; ++i) {
+            const auto line = defaultString(makeString("quillonlib_asl_lev3_pos%i", i)).value_or(QString());
+            if (line.contains("could not download")) lines.append(line);
+        }
+        return lines;
+    }
+
+    static QByteArray movedTo(const QString& address) {
+        return makeString("HTTP/1.1 301 Moved\r\nContent-Length: 0\r\nLocation: %@\r\n\r\n", address)
+            .toLatin1();
+    }
+
+private Q_SLOTS:
+    void initTestCase() {
+        QProcess openssl;
+        openssl.start("openssl", {"req", "-x509", "-newkey", "rsa:2048", "-nodes", "-batch", "-subj",
+                                  "/CN=test", "-addext", "subjectAltName=IP:127.0.0.1", "-keyout",
+                                  m_home.path("key"), "-out", m_home.path("certificate")});
+        QVERIFY(openssl.waitForFinished());
+        const auto certificates = QSslCertificate::fromPath(m_home.path("certificate"));
+        QCOMPARE(certificates.size(), 1);
+        QFile key(m_home.path("key"));
+        QVERIFY(key.open(QIODevice::ReadOnly));
+        m_identity.setLocalCertificate(certificates.first());
+        m_identity.setPrivateKey(QSslKey(&key, QSsl::Rsa));
+        m_trusting.addCaCertificates(certificates);
+        QSslConfiguration::setDefaultConfiguration(m_trusting);
+    }
+
+    void pages_data() {
+        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<Then>("then");
+        QTest::addColumn<QString>("text");    // Null: there is none.
+        QTest::addColumn<QString>("reason");  // What the log tells.
+        const auto good = [](const char* name, const QByteArray& answer, Then then, const QByteArray& text) {
+            QTest::newRow(name) << answer << then << QString::fromUtf8(text) << QString();
+        };
+        const auto bad = [](const char* name, const QByteArray& answer, Then then, const QString& reason) {
+            QTest::newRow(name) << answer << then << QString() << reason;
+        };
+        const QByteArray ok = "HTTP/1.1 200 OK\r\n";
+        const QByteArray chunked = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n";
+        const QByteArray huge(1024 * 1024 + 1, 'x');
+        good("fine", kPage, Then::Keep, "page");
+        good("no length", ok + "\r\npage", Then::Close, "page");
+        good("in chunks", chunked + "\r\n2\r\npa\r\n2\r\nge\r\n0\r\n\r\n", Then::Keep, "page");
+        good("slow", ok + "Content-Length: 4\r\n\r\n", Then::Drip, "xxxx");
+        good("empty", ok + "Content-Length: 0\r\n\r\n", Then::Keep, "");
+        good("largest", ok + "\r\n" + huge.chopped(1), Then::Close, huge.chopped(1));
+        bad("huge", ok + "Content-Length: 1048577\r\n\r\n", Then::Keep, "larger than 1048576 bytes");
+        bad("huge, no length", ok + "\r\n" + huge, Then::Keep, "larger than 1048576 bytes");
+        bad("huge, wrong length", chunked + "Content-Length: 4\r\n\r\n200000\r\n" + huge, Then::Keep,
+            "larger than");
+        bad("not UTF-8", ok + "\r\np\xE4ge", Then::Close, "not valid UTF-8");
+        bad("cut off", ok + "Content-Length: 9\r\n\r\npage", Then::Close, "closed");
+        bad("cut off in a chunk", chunked + "\r\n9\r\npage", Then::Close, "closed");
+        bad("cut off after a chunk", chunked + "\r\n4\r\npage\r\n", Then::Close, "closed");
+        bad("packed", ok + "Content-Encoding: GZIP\r\n\r\n\x1F\x8B", Then::Close, "encoding gzip");
+        bad("not found", "HTTP/1.1 404 Not Found\r\n\r\npage", Then::Close, "status 404");
+        bad("broken server", "HTTP/1.1 500 Oops\r\n\r\npage", Then::Close, "status 500");
+        bad("a part", "HTTP/1.1 206 Partial Content\r\n\r\npage", Then::Close, "status 206");
+        bad("wants a password", "HTTP/1.1 401 No\r\nWWW-Authenticate: Basic realm=\"x\"\r\n\r\n", Then::Close,
+            "status 401");
+        bad("not HTTP", "page\r\n\r\n", Then::Close, "closed");
+        bad("moved to a file", movedTo("file:///etc/hostname"), Then::Keep,
+            "redirected to file:///etc/hostname");
+        bad("moved in a circle", movedTo("https://127.0.0.1:PORT/"), Then::Keep, "more than 3 redirects");
+        bad("no answer", "", Then::Keep, "no page after 300 ms");
+        bad("drips its head", "HTTP/1.1 200 OK\r\nX: ", Then::Drip, "no page after 300 ms");
+        bad("drips", ok + "\r\n", Then::Drip, "no page after 300 ms");
+    }
+    void pages() {
+        QFETCH(QByteArray, answer);
+        QFETCH(Then, then);
+        QFETCH(QString, text);
+        QFETCH(QString, reason);
+        const TestHome home;
+        Server<QSslServer> server(answer, then);
+        server.setSslConfiguration(m_identity);
+        download::Limits limits;
+        if (reason.startsWith("no page")) limits.time = 300ms;
+        const auto result = download::fetch(server.url(), limits).text();
+        const QString log = logged().join('\n');
+        QCOMPARE(result.has_value(), reason.isEmpty());
+        QCOMPARE(result.value_or(QString()), text);
+        QCOMPARE(log.count("could not download " + server.url().toString()), reason.isEmpty() ? 0 : 1);
+        QVERIFY2(log.contains(reason), qPrintable(log));
+    }
+
+    void withoutTls() {
+        const TestHome home;
+        const Server<> fine(kPage, Then::Keep);
+        QCOMPARE(download::fetch(fine.url("/3")).text(), "page");
+        QVERIFY(fine.requests.contains("User-Agent: Ravelin/1.0.0\r\n"));
+        QVERIFY(fine.requests.contains("Accept-Encoding: identity\r\n"));
+        QVERIFY(!fine.requests.contains("Cookie"));
+        QVERIFY(!download::fetch(fine.url("/4")).text());
+        const Server<> cutOff("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\npage", Then::Close);
+        const Server<> chunked("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n4\r\npage\r\n",
+                               Then::Close);
+        // Both end at times, and more often on a busy machine, as if they were whole.
+        for (int i = 0; i < 20; ++i) {
+            QVERIFY(!download::fetch(cutOff.url()).body);
+            QVERIFY(!download::fetch(chunked.url()).body);
+        }
+    }
+
+    void certificates() {
+        const TestHome home;
+        const Server<> open(kPage, Then::Keep);
+        Server<QSslServer> secure(kPage, Then::Keep);
+        Server<QSslServer> downwards(movedTo(open.url().toString()), Then::Keep);
+        const Server<> upwards(movedTo(secure.url().toString()), Then::Keep);
+        for (QSslServer* server : {&secure, &downwards})
+            server->setSslConfiguration(m_identity);
+        QCOMPARE(download::fetch(upwards.url()).text(), "page");
+        QVERIFY(!download::fetch(downwards.url()).body);
+        QVERIFY(!downwards.requests.isEmpty());
+        QVERIFY(open.requests.isEmpty());
+
+        secure.requests.clear();
+        QSslConfiguration::setDefaultConfiguration(m_usual);
+        const auto restore = qScopeGuard([&] { QSslConfiguration::setDefaultConfiguration(m_trusting); });
+        QVERIFY(!download::fetch(secure.url()).body);  // Nobody whom we trust vouches for it.
+        QVERIFY(secure.requests.isEmpty());
+    }
+
+    void addresses() {
+        const TestHome home;
+        auto gone = std::make_unique<Server<>>(kPage, Then::Keep);
+        QUrl refused = gone->url();
+        refused.setUserInfo("user:secret");
+        gone.reset();
+        const QUrl file = QUrl::fromLocalFile(home.write("page", "page"));
+        for (const QUrl& url :
+             {file, refused, QUrl("ftp://127.0.0.1/"), QUrl(), QUrl("http:///page"), QUrl("http://[/")})
+            QVERIFY2(!download::fetch(url).body, qPrintable(url.toString()));
+        QCOMPARE(logged().size(), 6);
+        QVERIFY(!logged().join(' ').contains("secret"));
+    }
+
+    void everythingGoesOnMeanwhile() {
+        const Server<> server({}, Then::Keep);
+        int elapsed = 0;
+        bool isPosted = false;
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, this, [&] { ++elapsed; });
+        timer.start(10ms);
+        QMetaObject::invokeMethod(
+            qApp, [&] { isPosted = true; }, Qt::QueuedConnection);
+        download::fetch(server.url(), {300ms});
+        QVERIFY(isPosted);
+        QVERIFY(elapsed > 1);
+    }
+
+    void theEndOfTheApplicationEndsTheWait() {
+        const TestHome home;
+        const Server<> server({}, Then::Keep);
+        download::Page page;
+        QTimer::singleShot(0, qApp, [&] { page = download::fetch(server.url()); });
+        QTimer::singleShot(50ms, qApp, &QCoreApplication::quit);
+        QCoreApplication::exec();
+        QVERIFY(page.isAbandoned);
+        QVERIFY(!page.text());
+        QCOMPARE(logged(), QStringList());
+    }
+
+    void calledOff() {
+        const Server<> silent({}, Then::Keep);
+        const Server<> server(kPage, Then::Keep);
+        auto context = std::make_unique<QObject>();
+        int calls = 0;
+        download::start(silent.url(), context.get(), [&](const download::Page&) { ++calls; });
+        QTRY_VERIFY(!silent.requests.isEmpty());
+        context.reset();
+        QTRY_COMPARE(silent.disconnected, 1);
+        context = std::make_unique<QObject>();
+        for (int i = 0; i < 2; ++i) {
+            download::start(server.url(), context.get(), [&](const download::Page&) {
+                ++calls;
+                context.reset();  // The other one is called off by the first.
+            });
+        }
+        QTRY_VERIFY(!context);
+        QTRY_COMPARE(server.disconnected, 2);
+        QCOMPARE(calls, 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(DownloadTest)
+#include "tst_Download.moc"

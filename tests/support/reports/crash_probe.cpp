@@ -1,0 +1,41 @@
+// Crashes as its argument says: null, division, abort, overflow, thread. Any other: it does not.
+#include "support/reports/CrashReport.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <thread>
+
+namespace {
+
+volatile int theNumber = 0;
+
+void crashAtAddress() {
+    // Nothing is there. Not null itself, which is found before it is used where the compiler looks for it.
+    *reinterpret_cast<volatile int*>(theNumber + 16) = 1;
+}
+
+__attribute__((no_sanitize("undefined"))) void crashByDivision() {
+    theNumber = 1000 / theNumber;
+    std::raise(SIGFPE);  // Not every processor minds.
+}
+
+int crashByOverflow(int depth) {  // NOLINT(misc-no-recursion)
+    volatile char frame[4096];
+    frame[0] = 1;
+    if (depth < theNumber) return 0;  // It never is.
+    return crashByOverflow(depth + 1) + frame[0];
+}
+
+}  // namespace
+
+int main(int, char** argv) {
+    crashreport::install();
+    const auto is = [&](const char* way) { return std::strcmp(argv[1], way) == 0; };
+    if (is("null")) crashAtAddress();
+    if (is("division")) crashByDivision();
+    if (is("abort")) std::abort();
+    if (is("overflow")) crashByOverflow(theNumber);
+    if (is("thread")) std::thread(crashAtAddress).join();
+    return 0;
+}

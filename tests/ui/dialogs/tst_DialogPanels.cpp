@@ -1,0 +1,150 @@
+#include "ui/dialogs/DialogPanels.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+class DialogPanelsTest : public QObject {
+    Q_OBJECT
+
+public:
+    static void initMain() {
+        static const QTemporaryDir home;  // The panel keeps its own settings.
+        qputenv("XDG_CONFIG_HOME", home.path().toUtf8());
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    }
+
+private:
+    /// The panel that is open over `window`, with its name field ready.
+    static QFileDialog* open(const QWidget& window) {
+        QFileDialog* dialog = nullptr;
+        for (auto* candidate : window.findChildren<QFileDialog*>()) {
+            if (candidate->isVisible()) dialog = candidate;
+        }
+        if (!dialog || !QTest::qWaitForWindowExposed(dialog)) qFatal("no panel");
+        return dialog;
+    }
+    static void type(const QFileDialog* dialog, const QString& name, Qt::Key answer = Qt::Key_Return) {
+        auto* field = dialog->findChild<QLineEdit*>("fileNameEdit");
+        if (!name.isEmpty()) QTest::keyClick(field, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClicks(field, name);
+        QTest::keyClick(field, answer);
+    }
+    static void write(const QString& path) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+    }
+
+private Q_SLOTS:
+    void init() {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_window = std::make_unique<QWidget>();
+        m_window->show();
+        m_panels = std::make_unique<DialogPanels>();
+        m_panels->setMainWindow(m_window.get());
+        m_answers.clear();
+    }
+
+    void files() {
+        for (const char* name : {"/a.mkv", "/b.mkv"})
+            write(m_folder->path() + name);
+        m_panels->chooseFiles({"mkv", "srt"}, [this](const QStringList& paths) { m_answers += paths; });
+        const QPointer<QFileDialog> dialog = open(*m_window);
+        QCOMPARE(dialog->windowModality(), Qt::WindowModal);
+        QCOMPARE(dialog->nameFilters(),
+                 (QStringList{"Movies and subtitles (*.mkv *.MKV *.srt *.SRT)", "All files (*)"}));
+        dialog->setDirectory(m_folder->path());
+        type(dialog, "\"a.mkv\" \"b.mkv\"");
+        QTRY_VERIFY(!dialog);
+        QCOMPARE(m_answers, (QStringList{m_folder->filePath("a.mkv"), m_folder->filePath("b.mkv")}));
+    }
+
+    void folder() {
+        QWidget preferences;
+        preferences.show();
+        m_panels->setPreferencesWindow(&preferences);
+        QVERIFY(QDir(m_folder->path()).mkdir("sub"));
+        m_panels->chooseFolder(FilePanels::Over::Preferences, m_folder->path(), answer());
+        const QPointer<QFileDialog> dialog = open(preferences);
+        type(dialog, "sub");
+        QTRY_VERIFY(!dialog);
+        QCOMPARE(m_answers, QStringList{m_folder->filePath("sub")});
+    }
+
+    void saved_data() {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("asksFirst");
+        QTest::newRow("as filled in") << ""
+                                      << "Movie.mp4" << false;
+        QTest::newRow("without extension") << "new"
+                                           << "new.mp4" << false;
+        QTest::newRow("with it") << "new.MP4"
+                                 << "new.MP4" << false;
+        QTest::newRow("a point is no extension") << "Dr. Who"
+                                                 << "Dr. Who.mp4" << false;
+        QTest::newRow("replaced") << "old"
+                                  << "old.mp4" << true;
+        QTest::newRow("replaced, with a point") << "Dr. No"
+                                                << "Dr. No.mp4" << true;
+    }
+    void saved() {
+        QFETCH(QString, typed);
+        QFETCH(QString, name);
+        QFETCH(bool, asksFirst);
+        write(m_folder->filePath("old.mp4"));
+        write(m_folder->filePath("Dr. No.mp4"));
+        m_panels->saveFile(m_folder->path(), "Movie.mp4", "mp4", answer());
+        // Where it replaces, No leads back to the panel.
+        QList<QMessageBox::StandardButton> replies;
+        if (asksFirst) replies = {QMessageBox::No, QMessageBox::Yes};
+        QTimer watcher;
+        connect(&watcher, &QTimer::timeout, this, [&] {
+            auto* question = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (question && question->isVisible() && !replies.isEmpty())
+                QTest::mouseClick(question->button(replies.takeFirst()), Qt::LeftButton);
+        });
+        watcher.start(1);
+        for (int round = asksFirst ? 2 : 1; round > 0; --round) {
+            QTRY_VERIFY(qobject_cast<QFileDialog*>(QApplication::activeModalWidget()));
+            type(open(*m_window), typed);
+            QTRY_VERIFY(replies.size() < round);
+        }
+        QTRY_COMPARE(m_answers, QStringList{m_folder->filePath(name)});
+    }
+
+    void cancelled() {
+        m_panels->saveFile(m_folder->path(), "Movie.mp4", "mp4", answer());
+        const QPointer<QFileDialog> dialog = open(*m_window);
+        type(dialog, "new", Qt::Key_Escape);
+        QTRY_VERIFY(!dialog);
+        m_panels->chooseFolder(FilePanels::Over::MainWindow, {}, answer());
+        m_window.reset();
+        m_panels->chooseFolder(FilePanels::Over::MainWindow, {}, answer());
+        m_panels.reset();  // An open panel goes with it.
+        QVERIFY(QApplication::topLevelWidgets().isEmpty());
+        QVERIFY(m_answers.isEmpty());
+    }
+
+private:
+    std::function<void(const QString&)> answer() {
+        return [this](const QString& path) { m_answers.append(path); };
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<QWidget> m_window;
+    std::unique_ptr<DialogPanels> m_panels;
+    QStringList m_answers;
+};
+
+QTEST_MAIN(DialogPanelsTest)
+#include "tst_DialogPanels.moc"

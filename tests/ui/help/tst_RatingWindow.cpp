@@ -1,0 +1,138 @@
+#include "fakes/TestHome.h"
+#include "feedback/PXApplicationDelegate.h"
+#include "feedback/PXRatingWindowController.h"
+#include "ui/help/QuietMoment.h"
+#include "ui/help/RatingWindow.h"
+
+#include <QAbstractButton>
+#include <QDialog>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPointer>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+
+namespace {
+
+/// The window of a controller whose actions are noted.
+class Asked : public TestHome {
+public:
+    explicit Asked(const QStringList& pages = {"AlternativetoProductPage"})
+        : controller(
+              [pages](const char* key) { return pages.contains(QLatin1String(key)) ? "page" : QString(); },
+              {.openURL = [this](int choice) { done.append(QString::number(choice)); },
+               .sendSupportRequestMail = [this](const QString& text) { done.append(text); }}) {
+        controller.setCloseBlock([this] { done.append("closed"); });
+        window = new RatingWindow(controller);
+        window->show();
+    }
+    ~Asked() { delete window; }
+
+    template <typename Widget = QWidget>
+    Widget* find(const char* name) const {
+        return window->findChild<Widget*>(name);
+    }
+    void click(const char* name) const { QTest::mouseClick(find(name), Qt::LeftButton); }
+    QString view() const {
+        for (const char* name : {"initialView", "happyView", "angryView"}) {
+            if (find(name)->isVisible()) return name;
+        }
+        return {};
+    }
+
+    QStringList done;
+    PXRatingWindowController controller;
+    QPointer<RatingWindow> window;
+};
+
+}  // namespace
+
+class RatingWindowTest : public QObject {
+    Q_OBJECT
+
+public:
+    static void initMain() { qputenv("QT_QPA_PLATFORM", "offscreen"); }
+
+private Q_SLOTS:
+    void happy() {
+        const Asked asked;
+        QCOMPARE(asked.view(), "initialView");
+        QCOMPARE(asked.find("happyButton")->font().pointSize(), 18);
+        QCOMPARE(asked.find("sorryText")->font().pointSize(), 14);
+        asked.click("happyButton");
+        QCOMPARE(asked.view(), "happyView");
+        QCOMPARE(asked.find<QAbstractButton>("rateappstoreButton")->text(), "    Rate on AlternativeTo");
+        QVERIFY(!asked.find("ratemacupdateButton")->isEnabled());
+        asked.click("ratemacupdateButton");
+        asked.click("rateappstoreButton");
+        QCOMPARE(asked.done, QStringList({"5", "closed"}));
+        QTRY_VERIFY(!asked.window);
+    }
+
+    void angryByKeyboard() {
+        const Asked asked;
+        QTest::keyClick(asked.find("problemButton"), Qt::Key_Space);
+        QCOMPARE(asked.view(), "angryView");
+        QVERIFY(!asked.find("feedbackButton")->isEnabled());
+        QTest::keyClicks(asked.find("feedbackTextField"), "No sound");
+        QTest::keyClick(asked.find("feedbackTextField"), Qt::Key_Tab);
+        QTest::keyClick(asked.find("feedbackButton"), Qt::Key_Space);
+        QCOMPARE(asked.done, QStringList({"No sound", "closed"}));
+    }
+
+    void closing_data() {
+        QTest::addColumn<QByteArray>("button");
+        for (const char* button : {"notsureButton", "closeButton", "dontshowButton", ""})
+            QTest::newRow(button) << QByteArray(button);
+    }
+    void closing() {
+        QFETCH(const QByteArray, button);
+        const Asked asked;
+        if (button.isEmpty()) {
+            QTest::keyClick(asked.window, Qt::Key_Escape);
+        } else {
+            asked.click(button);
+        }
+        QCOMPARE(asked.done, QStringList{"closed"});
+        QCOMPARE(asked.presenter.shown.size(), button == "dontshowButton" ? 1 : 0);
+        QTRY_VERIFY(!asked.window);
+    }
+
+    /// Whoever types, drags or answers a dialog is not disturbed.
+    void waitsForAQuietMoment() {
+        const TestHome home;
+        QWidget main;
+        QLineEdit field(&main);
+        QDialog dialog(&main);
+        constexpr int kQuiet = 200;
+        QuietMoment moment(&main, kQuiet);
+        QElapsedTimer sinceKey;
+        bool isShown = false;
+        moment.wait([&] {
+            isShown = true;
+            QVERIFY(main.isVisible() && !dialog.isVisible());
+            QVERIFY(sinceKey.elapsed() >= kQuiet * 9 / 10);  // Timers may be a little early.
+        });
+        QTimer typist;
+        QTimer::singleShot(2 * kQuiet, &main, [&] {
+            main.show();
+            typist.start(kQuiet / 4);
+        });
+        int keys = 0;
+        connect(&typist, &QTimer::timeout, [&] {
+            sinceKey.start();
+            QTest::keyClick(&field, Qt::Key_A);
+            if (++keys < 20) return;
+            typist.stop();
+            dialog.open();
+            QTimer::singleShot(3 * kQuiet, &dialog, &QDialog::close);
+        });
+        QTRY_VERIFY(isShown);
+        QVERIFY(!moment.isWaiting());
+    }
+};
+
+QTEST_MAIN(RatingWindowTest)
+#include "tst_RatingWindow.moc"

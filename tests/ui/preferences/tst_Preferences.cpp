@@ -1,0 +1,298 @@
+#include "app/destinations/Destinations.h"
+#include "app/watching/WatchFolder.h"
+#include "fakes/RecordingPanels.h"
+#include "fakes/TestHome.h"
+#include "settings/Keys.h"
+#include "settings/SettingsTable.h"
+#include "support/store/Defaults.h"
+#include "ui/preferences/PreferencesWindow.h"
+#include "ui/widgets/DestinationBox.h"
+
+#include <QAbstractButton>
+#include <QAbstractItemView>
+#include <QAccessible>
+#include <QApplication>
+#include <QComboBox>
+#include <QLabel>
+#include <QListWidget>
+#include <QScrollArea>
+#include <QSignalSpy>
+#include <QStackedWidget>
+#include <QTest>
+#include <QWheelEvent>
+
+namespace {
+
+struct Fixture {
+    /// Shows the window and answers a choice of style, as the application does.
+    void show() {
+        QObject::connect(&window, &PreferencesWindow::conversionStyleChosen, &window, [this] {
+            window.selectConversionStyle(static_cast<int>(defaultInt(kConversionPresetKey)));
+        });
+        window.show();
+        window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+    }
+    template <class Control>
+    Control* get(const QString& name) {
+        return window.findChild<Control*>(name);
+    }
+    QStackedWidget* pages() { return get<QStackedWidget>("pages"); }
+    /// Brings the page with the control to the front, as a click in the list does, and the control into view.
+    QWidget* reach(const QString& name) {
+        auto* control = get<QWidget>(name);
+        for (int i = 0; i < pages()->count(); ++i) {
+            if (!pages()->widget(i)->isAncestorOf(control)) continue;
+            auto* list = get<QListWidget>("pageList");
+            QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
+                              list->visualItemRect(list->item(i)).center());
+            pages()->widget(i)->findChild<QScrollArea*>()->ensureWidgetVisible(control);
+        }
+        return control;
+    }
+    void click(const QString& name) { QTest::mouseClick(reach(name), Qt::LeftButton, {}, QPoint(8, 8)); }
+    void press(const QString& name, Qt::Key key) {
+        reach(name)->setFocus();
+        QTest::keyClick(get<QWidget>(name), key);
+    }
+
+    TestHome home;
+    RecordingPanels panels;
+    Destinations destinations{panels};
+    WatchFolder watchFolder{panels};
+    PreferencesWindow window{destinations, watchFolder};
+};
+
+struct Choice {
+    const char* name;
+    QString control;
+    int key;  ///< 0: a click.
+    QString setting;
+    int before, after;
+};
+
+struct Stored {
+    const char* name;
+    QString control, setting;
+    int value;
+    QString shown;  ///< Empty: no item.
+};
+
+template <class Row>
+void addRows(std::initializer_list<Row> rows) {
+    QTest::addColumn<Row>("row");
+    for (const Row& row : rows)
+        QTest::newRow(row.name) << row;
+}
+
+QList<QWidget*> boundControls(const QWidget& root) {
+    QList<QWidget*> controls = root.findChildren<QWidget*>();
+    controls.removeIf([](const QWidget* control) { return SettingsBinder::keysOf(*control).isEmpty(); });
+    return controls;
+}
+
+}  // namespace
+
+class PreferencesTest : public QObject {
+    Q_OBJECT
+
+public:
+    static void initMain() { qputenv("QT_QPA_PLATFORM", "offscreen"); }
+
+private Q_SLOTS:
+    void everySettingHasOneControl() {
+        const Fixture fixture;
+        QStringList expected;
+        const QStringList own = {"WelcomeShown", "Conversions", "HasUpgradedFromPre13", "Usages",
+                                 "convertedFileCount"};
+        for (const settings::Setting& setting : settings::all()) {
+            if (!own.contains(QLatin1StringView(setting.key))) expected.append(setting.key);
+        }
+        QStringList bound;
+        for (const QWidget* control : boundControls(fixture.window)) {
+            bound += SettingsBinder::keysOf(*control);
+            QAccessibleInterface* spoken =
+                QAccessible::queryAccessibleInterface(const_cast<QWidget*>(control));
+            QVERIFY2(!spoken->text(QAccessible::Name).isEmpty(), qPrintable(bound.last()));
+            QVERIFY2(!control->toolTip().isEmpty() || !control->accessibleDescription().isEmpty(),
+                     qPrintable(bound.last()));
+        }
+        expected.sort();
+        bound.sort();
+        QCOMPARE(bound, expected);
+    }
+
+    void lettersUnderlinedOnAPageDiffer() {
+        Fixture fixture;
+        for (int i = 0; i < 3 * fixture.pages()->count(); ++i) {
+            const QWidget* page = fixture.pages()->widget(i / 3);
+            fixture.window.selectConversionStyle(i % 3);
+            QStringList texts;
+            for (const auto* label : page->findChildren<QLabel*>())
+                if (label->buddy() && label->isVisibleTo(page)) texts.append(label->text());
+            for (const auto* button : page->findChildren<QAbstractButton*>())
+                if (button->isVisibleTo(page)) texts.append(button->text());
+            QSet<int> letters;
+            for (const QString& text : texts) {
+                const QKeySequence letter = QKeySequence::mnemonic(text);
+                QVERIFY2(letter.isEmpty() || !letters.contains(letter[0].key()), qPrintable(text));
+                if (!letter.isEmpty()) letters.insert(letter[0].key());
+            }
+        }
+    }
+
+    void choosingStoresAtOnce_data() {
+        constexpr int kClick = 0;
+        addRows<Choice>({
+            {"check box", "autoAddCheck", kClick, "AutoAdd", 0, 1},
+            {"any number is yes", "autoAddCheck", kClick, "AutoAdd", 7, 0},
+            {"inverted", "internalCheck", kClick, "DisableBuiltinSubtitles", 1, 0},
+            {"inverted back", "internalCheck", kClick, "DisableBuiltinSubtitles", 0, 1},
+            {"pop-up", "placePopUp", Qt::Key_Down, "InsertJobsAtBottom", 0, 1},
+            {"otherwise", "extensionPopUp", Qt::Key_Up, "DefaultExtension", 9, 0},
+            {"over the separator", "languagePopUp", Qt::Key_Down, "DefaultAudio", 0, 2},
+            {"a retired encoding", "encodingPopUp", Qt::Key_Down, "ExternalSubtitleEncoding", 0, 2},
+            {"two at a time", "concurrentCountPopUp", Qt::Key_Up, "ConcurrentJobCount", 1, 0},
+            {"what is not offered", "aacStereoPopUp", Qt::Key_Home, "AACBitrate", 99, 0},
+            {"no 5.1 of stereo", "dtsStereoPopUp", Qt::Key_Down, "CustomDTSAudioHandling", 2, 4},
+            {"volume", "volumeBox", Qt::Key_Up, "AudioVolume", 100, 110},
+            {"volume beyond", "volumeBox", Qt::Key_Down, "AudioVolume", 900, 890},
+            {"style", "styleCustom", kClick, "ConversionPreset", 0, 2},
+            {"unknown style", "styleFast", kClick, "ConversionPreset", 6, 1},
+        });
+    }
+    void choosingStoresAtOnce() {
+        QFETCH(Choice, row);
+        Fixture fixture;
+        setDefaultInt(kConcurrentJobsKey, 1);  // Enables what depends on it, as the style does.
+        setDefaultInt(kConversionPresetKey, row.control == u"dtsStereoPopUp" ? 2 : 0);
+        setDefaultInt(row.setting, row.before);
+        QSignalSpy changed(&fixture.window, &PreferencesWindow::settingChanged);
+        fixture.show();
+        QCOMPARE(defaultInt(row.setting), row.before);
+        row.key == 0 ? fixture.click(row.control) : fixture.press(row.control, static_cast<Qt::Key>(row.key));
+        QCOMPARE(defaultInt(row.setting), row.after);
+        QCOMPARE(changed.value(0).value(0).toString(), row.setting);
+        QCOMPARE(changed.count(), 1);
+    }
+
+    void aValueWithoutItemStays_data() {
+        addRows<Stored>({
+            {"separator", "languagePopUp", "DefaultAudio", 1, {}},
+            {"negative", "concurrentCountPopUp", "ConcurrentJobCount", -1, {}},
+            {"retired", "encodingPopUp", "ExternalSubtitleEncoding", 1, {}},
+            {"behind a gap", "encodingPopUp", "ExternalSubtitleEncoding", 38, "ISO-8859-16"},
+            {"no method", "dtsStereoPopUp", "CustomDTSAudioHandling", 12, {}},
+            {"5.1 of stereo", "dtsStereoPopUp", "CustomDTSAudioHandling", 3, "AC3 in 5.1"},
+            {"otherwise", "autoRemoveTypePopUp", "AutoRemoveType", 5, "Delete for good"},
+        });
+    }
+    void aValueWithoutItemStays() {
+        QFETCH(Stored, row);
+        Fixture fixture;
+        setDefaultInt(row.setting, row.value);
+        fixture.show();
+        const auto* box = fixture.get<QComboBox>(row.control);
+        QVERIFY(row.shown.isEmpty() ? box->currentIndex() == -1 : box->currentText().startsWith(row.shown));
+        fixture.window.close();
+        QCOMPARE(defaultInt(row.setting), row.value);
+    }
+
+    void restoringLeavesOtherPagesAlone() {
+        Fixture fixture;
+        for (const settings::Setting& setting : settings::all())
+            if (setting.type < settings::Type::Data) setDefaultInt(setting.key, 3);
+        fixture.show();
+        fixture.reach("autoAddCheck");
+        const QWidget* page = fixture.pages()->currentWidget();
+        QTest::mouseClick(page->findChild<QWidget*>("restoreDefaults"), Qt::LeftButton);
+        for (const QWidget* control : boundControls(fixture.window)) {
+            const QString key = SettingsBinder::keysOf(*control).first();
+            if (settings::find(key)->type >= settings::Type::Data) continue;
+            QCOMPARE(defaultInt(key), page->isAncestorOf(control) ? settings::registeredInt(key) : 3);
+        }
+        QCOMPARE(fixture.get<QComboBox>("placePopUp")->currentIndex(), 0);
+    }
+
+    void oneStyleHasThePane() {
+        Fixture fixture;
+        fixture.show();
+        fixture.reach("styleControl");
+        const QStringList panes = {"containerCompatible", "containerFast", "containerCustom"};
+        const QList<std::pair<int, int>> shownForStyle = {{0, 0}, {1, 1}, {2, 2}, {3, 1}, {-1, 1}};
+        for (const auto& [style, shown] : shownForStyle) {
+            fixture.window.selectConversionStyle(style);
+            for (int pane = 0; pane < panes.size(); ++pane)
+                QCOMPARE(fixture.get<QWidget>(panes[pane])->isVisible(), pane == shown);
+        }
+    }
+
+    void destinationsFollowAndCommandsNeverStay() {
+        Fixture fixture;
+        fixture.show();
+        auto* box = static_cast<DestinationBox*>(fixture.reach("preferencesDestinationPopUp"));
+        fixture.press("preferencesDestinationPopUp", Qt::Key_End);  // Not into a command.
+        QCOMPARE(defaultInt(kDefaultDestinationKey), 1);
+        const auto pick = [&](int index) {
+            box->showPopup();
+            const auto* view = box->view();
+            QTest::mouseClick(view->viewport(), Qt::LeftButton, {},
+                              view->visualRect(box->model()->index(index, 0)).center());
+        };
+        pick(3);  // The panel is cancelled.
+        QCOMPARE(box->currentIndex(), 1);
+        fixture.panels.folder = fixture.home.path();
+        pick(3);
+        QCOMPARE(defaultInt(kDefaultDestinationKey), 3);
+        QCOMPARE(box->currentIndex(), 3);
+        const auto* list = fixture.get<QListWidget>("folderList");
+        QCOMPARE(list->count(), 1);
+        QCOMPARE(list->item(0)->text(), fixture.home.path());
+        pick(0);
+        QCOMPARE(defaultInt(kDefaultDestinationKey), 0);
+        pick(6);  // Forgets them.
+        QCOMPARE(list->count(), 0);
+        QCOMPARE(box->currentIndex(), 0);
+        fixture.destinations.preferencesDestinationPopUp().select(2);  // The separator.
+        QCOMPARE(box->currentIndex(), -1);
+    }
+
+    void theWheelTurnsOnlyWhatTheUserWentInto() {
+        Fixture fixture;
+        fixture.show();
+        auto* box = fixture.reach("volumeBox");
+        const auto turn = [&] {
+            QWheelEvent wheel({5, 5}, box->mapToGlobal(QPointF(5, 5)), {}, {0, 120}, {}, {},
+                              Qt::NoScrollPhase, false);
+            QApplication::sendEvent(box, &wheel);
+        };
+        turn();
+        QCOMPARE(defaultInt(kAudioVolumeKey), 100);
+        box->setFocus();
+        turn();
+        QCOMPARE(defaultInt(kAudioVolumeKey), 110);
+    }
+
+    void theRunsOverrideHolds() {
+        Fixture fixture;
+        standardUserDefaults().setOverride(kAutoAddKey, 1);
+        fixture.show();
+        fixture.click("autoAddCheck");
+        QVERIFY(fixture.get<QAbstractButton>("autoAddCheck")->isChecked());
+    }
+
+    void keysClose() {
+        Fixture fixture;
+        QSignalSpy closing(&fixture.window, &PreferencesWindow::closing);
+        fixture.show();
+        QTest::keyClick(&fixture.window, Qt::Key_Escape);
+        QVERIFY(!fixture.window.isVisible());
+        fixture.show();
+        QTest::keyClick(&fixture.window, Qt::Key_W, Qt::ControlModifier);
+        QVERIFY(!fixture.window.isVisible());
+        QCOMPARE(closing.count(), 2);
+    }
+};
+
+QTEST_MAIN(PreferencesTest)
+#include "tst_Preferences.moc"

@@ -1,0 +1,380 @@
+#include "fakes/OpenedMail.h"
+#include "fakes/WindowedApplication.h"
+#include "ui/help/AboutWindow.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QDropEvent>
+#include <QLabel>
+#include <QMenu>
+#include <QMimeData>
+#include <QProcess>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QStackedWidget>
+#include <QStatusBar>
+#include <QToolBar>
+
+using jobrow::Button;
+
+namespace {
+
+/// Drags the addresses in and drops them where they are taken. Whether they were.
+bool dragAndDrop(MainWindow& window, const QList<QUrl>& urls) {
+    QMimeData data;
+    data.setUrls(urls);
+    const QPoint middle = window.rect().center();
+    QDragEnterEvent enter(middle, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+    enter.ignore();
+    QApplication::sendEvent(&window, &enter);
+    if (!enter.isAccepted()) return false;
+    QDropEvent drop(middle, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&window, &drop);
+    return drop.dropAction() == Qt::CopyAction;
+}
+
+QStringList enabledTitles(const QMenu& menu) {
+    QStringList titles;
+    for (const QAction* action : menu.actions()) {
+        if (!action->isSeparator() && action->isEnabled())
+            titles.append(action->text().section('\t', 0, 0).remove('&'));
+    }
+    return titles;
+}
+
+}  // namespace
+
+class MainWindowTest : public QObject {
+    Q_OBJECT
+
+public:
+    static void initMain() { qputenv("QT_QPA_PLATFORM", "offscreen"); }
+
+private Q_SLOTS:
+    void tenMoviesAndTwoSubtitlesAreDropped() {
+        WindowedApplication app;
+        QList<QUrl> urls;
+        for (int i = 0; i < 10; ++i)
+            urls.append(QUrl::fromLocalFile(app.write(QStringLiteral("Movie %1.mkv").arg(i))));
+        for (const char* name : {"Movie 3.srt", "Movie 7.en.ass"})
+            urls.append(QUrl::fromLocalFile(app.write(name)));
+        QCOMPARE(app.find<QStackedWidget>("pages")->currentWidget()->objectName(), "emptyView");
+        QVERIFY(dragAndDrop(*app.window, urls));
+        auto* sheet = app.find<QWidget>("addSheetView");
+        QTRY_COMPARE(sheet->height(), qMax(117, sheet->minimumSizeHint().height()));
+        for (int i = 0; i < 10; ++i) {
+            QTRY_VERIFY(app.sheetIsReady());
+            QCOMPARE(app.find<QComboBox>("audioPopUp")->currentText(), "#1: eng (ac3)");
+            QCOMPARE(app.find<QComboBox>("destinationPopUp")->currentText(), "out");
+            // One by the mouse, one by the keyboard, which is where the sheet put it.
+            if (i % 2 == 0) {
+                QTest::mouseClick(app.find<QPushButton>("addButton"), Qt::LeftButton);
+            } else {
+                QTest::keyClick(app.window->focusWidget(), Qt::Key_Return);
+            }
+            QCOMPARE(app.queue().count(), i + 1);
+        }
+        QTRY_VERIFY(!sheet->isVisible());
+        QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 10, 30000);
+        QVERIFY(QFile::exists(app.path("out/Movie 3.mp4")));
+        QVERIFY(app.job(3)->fileInfo().subtitleFileURL && app.job(7)->fileInfo().subtitleFileURL);
+        QCOMPARE(app.list().model()->rowCount(), 10);
+        QTest::mouseClick(qobject_cast<QWidget*>(app.find<QToolBar>("toolBar")->widgetForAction(
+                              app.find<QAction>("cleanAction"))),
+                          Qt::LeftButton);
+        QCOMPARE(app.find<QStackedWidget>("pages")->currentWidget()->objectName(), "emptyView");
+        QVERIFY(!app.find<QAction>("cleanAction")->isEnabled());
+    }
+
+    void theRealToolThroughTheWindow() {
+        WindowedApplication app;
+        const QString tool = QCoreApplication::applicationDirPath() + "/../resources";
+        qputenv("RAVELIN_RESOURCES", tool.toUtf8());
+        const QString movie = app.path("Größe \"60%\" #1.mkv");
+        QCOMPARE(QProcess::execute(tool + "/ffmpeg",
+                                   {"-v", "error", "-f", "lavfi", "-i", "testsrc2=s=160x120:r=10:d=2", "-f",
+                                    "lavfi", "-i", "sine=d=2", "-c:v", "mpeg4", "-c:a", "ac3", movie}),
+                 0);
+        QVERIFY(dragAndDrop(*app.window, {QUrl::fromLocalFile(movie)}));
+        QTRY_VERIFY_WITH_TIMEOUT(app.sheetIsReady(), 20000);
+        QVERIFY(app.find<QComboBox>("audioPopUp")->currentText().endsWith("(ac3)"));
+        QTest::mouseClick(app.find<QPushButton>("addButton"), Qt::LeftButton);
+        QTRY_COMPARE_WITH_TIMEOUT(app.job(0)->state(), JobState::Finished, 20000);
+        QCOMPARE(
+            QProcess::execute(tool + "/ffmpeg", {"-v", "error", "-xerror", "-i",
+                                                 app.path("out/Größe \"60%\" #1.mp4"), "-f", "null", "-"}),
+            0);
+        app.list().setCurrentIndex(app.list().model()->index(0, 0));
+        QTest::keyClick(&app.list(), Qt::Key_Return);
+        QCOMPARE(app.desktop.revealed, QStringList(app.path("out/Größe \"60%\" #1.mp4")));
+    }
+
+    void uselessDropsAreRefusedWithTheReason() {
+        const WindowedApplication app;
+        QVERIFY(!dragAndDrop(*app.window, {QUrl::fromLocalFile(app.write("notes.pdf"))}));
+        QCOMPARE(app.find<QStatusBar>("statusBar")->currentMessage(), "“notes.pdf” is not a movie.");
+        QVERIFY(!dragAndDrop(*app.window, {QUrl("https://films.example/a.mkv")}));
+        QVERIFY(app.find<QStatusBar>("statusBar")->currentMessage().contains("Only files of this computer"));
+    }
+
+    void rowsByMouse() {
+        WindowedApplication app;
+        app.tool.setConversion(FakeTool::waitFor(app.path("go")));
+        ConversionJob* job = app.add("a.mkv");
+        QCOMPARE(job->state(), JobState::Converting);
+        app.click(0, Button::PauseContinue);
+        QCOMPARE(job->state(), JobState::Paused);
+        app.click(0, Button::Reveal);  // Nothing to show yet.
+        QVERIFY(app.desktop.revealed.isEmpty());
+        app.click(0, Button::PauseContinue);
+        QCOMPARE(job->state(), JobState::Converting);
+        app.write("go");
+        QTRY_COMPARE(job->state(), JobState::Finished);
+        app.click(0, Button::Reveal);
+        app.click(0, Button::Reveal, Qt::ShiftModifier);
+        QCOMPARE(app.desktop.revealed, QStringList({app.path("out/a.mkv.mp4"), app.path("a.mkv")}));
+
+        // Pressed on the button, released elsewhere: not meant.
+        QTest::mousePress(app.list().viewport(), Qt::LeftButton, {}, app.centreOf(0, Button::Remove));
+        QTest::mouseRelease(app.list().viewport(), Qt::LeftButton, {}, app.centreOf(0, Button::Reveal));
+        QCOMPARE(app.queue().count(), 1);
+        app.click(0, Button::Remove);
+        QCOMPARE(app.queue().count(), 0);
+        QVERIFY(QFile::exists(app.path("out/a.mkv.mp4")));
+    }
+
+    void rowsByKeyboard() {
+        WindowedApplication app;
+        app.tool.setConversion(FakeTool::waitFor(app.path("go")));
+        app.add("c.mkv");
+        app.add("b.mkv");
+        app.add("a.mkv");
+        app.list().setFocus();
+        QTest::keyClick(&app.list(), Qt::Key_Home);
+        QTest::keyClick(&app.list(), Qt::Key_Down);
+        QTest::keyClick(&app.list(), Qt::Key_Down);
+        QCOMPARE(app.list().currentIndex().row(), 2);
+        QTest::keyClick(&app.list(), Qt::Key_Space);
+        QCOMPARE(app.job(2)->state(), JobState::Paused);
+        QTest::keyClick(&app.list(), Qt::Key_Delete);
+        QCOMPARE(app.queue().count(), 2);
+        app.write("go");
+        QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 2, 30000);
+        QTest::keyClick(&app.list(), Qt::Key_Home);
+        QTest::keyClick(&app.list(), Qt::Key_Return);
+        QCOMPARE(app.desktop.revealed, QStringList(app.path("out/a.mkv.mp4")));
+    }
+
+    void aFailureIsExplained() {
+        WindowedApplication app;
+        app.tool.setConversion("echo 'av_interleaved_write_frame(): No space left on device' >&2\nexit 1\n");
+        const ConversionJob* job = app.add("a.mkv");
+        QTRY_COMPARE(job->state(), JobState::Failed);
+        app.presenter.shown.clear();
+        app.list().setCurrentIndex(app.list().model()->index(0, 0));
+        QTest::keyClick(&app.list(), Qt::Key_Return);
+        QCOMPARE(app.presenter.shown.size(), 1);
+        QVERIFY(app.presenter.messages().first().contains("not enough free space left"));
+    }
+
+    void theMenuOfARow() {
+        WindowedApplication app;
+        app.tool.setConversion(FakeTool::waitFor(app.path("go")));
+        app.add("it's.mkv");
+        app.list().setCurrentIndex(app.list().model()->index(0, 0));
+        QMenu running;
+        app.list().fillMenu(running);
+        QCOMPARE(enabledTitles(running), QStringList({"Pause", "Show the file", "Show the original movie",
+                                                      "Copy command line", "Stop and remove"}));
+        for (QAction* action : running.actions()) {
+            if (action->text().startsWith("Copy")) action->trigger();
+        }
+        const QString copied = QApplication::clipboard()->text();
+        QVERIFY2(copied.startsWith("ffmpeg ") && copied.contains("'\\''"), qPrintable(copied));
+        app.write("go");
+        QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 1, 30000);
+        QMenu finished;
+        app.list().fillMenu(finished);
+        QVERIFY(!enabledTitles(finished).contains("Pause"));
+    }
+
+    void aMenuStaysItsJobs() {
+        WindowedApplication app;
+        app.queue().pauseContinueClicked(true);
+        app.add("b.mkv");
+        app.add("a.mkv");
+        app.list().setCurrentIndex(app.list().model()->index(0, 0));
+        QMenu menu;
+        app.list().fillMenu(menu);
+        app.job(0)->remove();
+        for (QAction* action : menu.actions())
+            action->trigger();
+        QCOMPARE(app.queue().count(), 1);
+        QCOMPARE(app.job(0)->state(), JobState::Queued);
+    }
+
+    void heldKeysAndDoubleClicksRemoveOneRow() {
+        WindowedApplication app;
+        app.queue().pauseContinueClicked(true);
+        for (const char* name : {"d.mkv", "c.mkv", "b.mkv", "a.mkv"})
+            app.add(name);
+        const QPoint remove = app.centreOf(0, Button::Remove);
+        QTest::mouseClick(app.list().viewport(), Qt::LeftButton, {}, remove);
+        QTest::mouseDClick(app.list().viewport(), Qt::LeftButton, {}, remove);
+        QTest::mouseRelease(app.list().viewport(), Qt::LeftButton, {}, remove);
+        QCOMPARE(app.queue().count(), 3);
+        app.list().setCurrentIndex(app.list().model()->index(0, 0));
+        for (const bool isRepeat : {false, true, true}) {
+            QKeyEvent held(QEvent::KeyPress, Qt::Key_Delete, Qt::NoModifier, QString(), isRepeat);
+            QApplication::sendEvent(&app.list(), &held);
+        }
+        QCOMPARE(app.queue().count(), 2);
+    }
+
+    void typedAheadOnTheSheet() {
+        WindowedApplication app;
+        app.tool.setConversion(FakeTool::waitFor(app.path("go")));
+        app.add("running.mkv");
+        app.list().setFocus();
+        app.list().setCurrentIndex(app.list().model()->index(0, 0));
+        app.delegate.openFiles({app.write("a.mkv"), app.write("b.mkv")});
+        QTRY_VERIFY(app.sheetIsReady());
+        QCOMPARE(app.window->focusWidget(), app.find<QPushButton>("addButton"));
+        QTest::keyClick(app.window->focusWidget(), Qt::Key_Space);
+        QCOMPARE(app.queue().count(), 2);
+        // The next movie is being read: keys are the sheet's, which has nothing to do with them yet.
+        for (const auto key : {Qt::Key_Space, Qt::Key_Delete, Qt::Key_Return})
+            QTest::keyClick(app.window->focusWidget(), key);
+        QCOMPARE(app.queue().count(), 2);
+        QCOMPARE(app.job(1)->state(), JobState::Converting);
+
+        // A list that the user went to keeps the keys.
+        QTRY_VERIFY(app.sheetIsReady());
+        app.list().setFocus();
+        app.find<QAction>("pauseContinueAction")->trigger();
+        QCOMPARE(app.window->focusWidget(), &app.list());
+        app.delegate.addSheet().cancelAdd();
+    }
+
+    void theQueueIsPausedAndResumed() {
+        WindowedApplication app;
+        app.tool.setConversion(FakeTool::waitFor(app.path("go")));
+        app.add("a.mkv");
+        app.add("b.mkv");
+        auto* action = app.find<QAction>("pauseContinueAction");
+        QCOMPARE(action->text(), "Pause Queue");
+        QCOMPARE(app.window->windowTitle(), "Ravelin  [2 Job(s), 1 Queued]");
+        action->trigger();
+        QCOMPARE(action->text(), "Resume Queue");
+        QCOMPARE(app.window->windowTitle(), "Ravelin (Paused) [2 Job(s), 1 Queued]");
+        QCOMPARE(app.find<QPushButton>("addButton")->text(), "Add to Queue");
+        action->trigger();
+        QCOMPARE(app.queue().jobCountWithState(JobState::Converting), 1);
+        QCOMPARE(app.find<QPushButton>("addButton")->text(), "Start Conversion");
+    }
+
+    void closedWhileAJobRunsAndOpenedAgain() {
+        WindowedApplication app;
+        app.tool.setConversion(FakeTool::waitFor(app.path("go")));
+        const ConversionJob* job = app.add("a.mkv");
+        app.window->resize(700, 500);
+        QVERIFY(QTest::qWaitForWindowActive(app.window.get()));
+        QTest::keyClick(app.window.get(), Qt::Key_W, Qt::ControlModifier);
+        QVERIFY(!app.window->isVisible());
+        QCOMPARE(job->state(), JobState::Converting);
+        app.write("go");
+        QTRY_COMPARE(job->state(), JobState::Finished);
+        app.delegate.applicationShouldHandleReopen();
+        QVERIFY(app.window->isVisible());
+        // The next start has the window as it was.
+        const MainWindow next(app.delegate);
+        QCOMPARE(next.size(), QSize(700, 500));
+    }
+
+    void escapeLeavesTheMovieOut() {
+        WindowedApplication app;
+        app.delegate.openFiles({app.write("a.mkv"), app.write("b.mkv"), app.write("c.mkv")});
+        QTRY_VERIFY(app.sheetIsReady());
+        QTest::keyClick(app.find<QPushButton>("addButton"), Qt::Key_Escape);
+        QCOMPARE(app.delegate.addSheet().waitingCount(), 1);
+        QTRY_VERIFY(app.sheetIsReady());
+        QTest::mouseClick(app.find<QWidget>("cancelAllButton"), Qt::LeftButton);
+        QVERIFY(!app.delegate.addSheet().isShown());
+        QCOMPARE(app.queue().count(), 0);
+    }
+
+    void onlyTheRowThatTicksIsRepainted() {
+        WindowedApplication app;
+        app.queue().pauseContinueClicked(true);
+        for (int i = 0; i < 5000; ++i)
+            app.add(QStringLiteral("%1.mkv").arg(i));
+        app.tool.setConversion(FakeTool::waitFor(app.path("go")));
+        app.job(2)->start();
+        QTest::qWait(0);
+        struct Painted : QObject {
+            bool eventFilter(QObject*, QEvent* event) override {
+                if (event->type() == QEvent::Paint) region += static_cast<QPaintEvent*>(event)->region();
+                return false;
+            }
+            QRegion region;
+        } painted;
+        app.window->repaint();
+        QCoreApplication::processEvents();
+        app.list().viewport()->installEventFilter(&painted);
+        Q_EMIT app.job(2)->progressed();
+        QTRY_VERIFY(!painted.region.isEmpty());
+        QCOMPARE(painted.region.boundingRect(), app.list().visualRect(app.list().model()->index(2, 0)));
+        app.list().viewport()->removeEventFilter(&painted);
+    }
+
+    void theHelpMenuLeadsToItsPagesAndWindows() {
+        WindowedApplication app;
+        app.find<QAction>("supportAction")->trigger();
+        QCOMPARE(OpenedMail(app.desktop.opened.last()).subject, "Ravelin v1.0.0 (1) Support Request");
+        auto* rate = app.find<QAction>("rateAction");
+        app.delegate.increaseUsagesBy(10, 10, 20, {}, false, false);
+        QVERIFY(!rate->isEnabled());
+        app.delegate.increaseUsagesBy(1, 10, 20, {}, false, false);
+        rate->trigger();
+        QCOMPARE(app.desktop.opened.last().host(), "alternativeto.example");
+
+        Q_EMIT app.delegate.fetchingUpdates(true);
+        QVERIFY(QApplication::overrideCursor());
+        Q_EMIT app.delegate.fetchingUpdates(false);
+        QVERIFY(!QApplication::overrideCursor());
+
+        app.find<QAction>("aboutAction")->trigger();
+        app.find<QAction>("aboutAction")->trigger();
+        QCOMPARE(app.window->findChildren<AboutWindow*>().size(), 1);
+        const QPointer about = app.find<AboutWindow>("AboutWindow");
+        QCOMPARE(about->findChild<QLabel*>("versionLabel")->text(), "Version: 1.0.0\nBuild: 1");
+        QTest::mouseClick(about->findChild<QPushButton*>("copyButton"), Qt::LeftButton);
+        QVERIFY(QApplication::clipboard()->text().startsWith("Ravelin 1.0.0 (1), "));
+        QTest::keyClick(about, Qt::Key_Escape);
+        QTRY_VERIFY(!about);
+    }
+
+    void fitsASmallScreenInBothDirections() {
+        for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+            QApplication::setLayoutDirection(direction);
+            WindowedApplication app;
+            app.add("a.mkv");
+            app.delegate.openFiles({app.write("b.mkv"), app.write("c.mkv")});
+            QTRY_VERIFY(app.sheetIsReady());
+            app.window->resize(app.window->minimumSize());
+            QCoreApplication::processEvents();
+            QVERIFY2(app.window->width() <= 640 && app.window->height() <= 420,
+                     qPrintable(QDebug::toString(app.window->size())));
+            const auto* cancel = app.find<QPushButton>("cancelButton");
+            const auto* add = app.find<QPushButton>("addButton");
+            QCOMPARE(cancel->x() < add->x(), direction == Qt::LeftToRight);
+            QVERIFY(add->width() >= add->sizeHint().width());
+        }
+        QApplication::setLayoutDirection(Qt::LeftToRight);
+    }
+};
+
+QTEST_MAIN(MainWindowTest)
+#include "tst_MainWindow.moc"

@@ -1,0 +1,264 @@
+#include "watch/completion/CompletionWaiter.h"
+
+#include <QDir>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cstdio>
+#include <fcntl.h>
+#include <functional>
+#include <memory>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+using namespace std::chrono_literals;
+using completion::Known;
+using writercheck::Sight;
+using writercheck::Writers;
+
+namespace {
+
+constexpr completion::Times kQuick = {20ms, 60ms, 5ms, 20ms};
+
+FileLook::Sources answering(Writers writers, Sight sight = Sight::All) {
+    return {[writers](int) { return writers; }, [sight](const QString&) { return sight; }};
+}
+
+/// A folder and a waiter for what is in it.
+struct Scene {
+    explicit Scene(const completion::Times& times = kQuick, const FileLook::Sources& sources = {})
+        : waiter(times, sources) {}
+
+    QString path(const QString& name) const { return folder.filePath(name); }
+    /// Appends to a file of the folder.
+    QString write(const QString& name, const QByteArray& bytes = "bytes") const {
+        QFile file(path(name));
+        if (!file.open(QIODevice::Append) || file.write(bytes) != bytes.size()) qFatal("Cannot write.");
+        return file.fileName();
+    }
+    /// The waiter had `looks` more looks at its files.
+    bool looked(quint64 looks = 3) const {
+        const quint64 enough = waiter.looks() + looks;
+        return QTest::qWaitFor([&] { return waiter.looks() >= enough; });
+    }
+    bool isAsleep() const { return !waiter.findChild<QTimer*>()->isActive(); }
+
+    QTemporaryDir folder;
+    CompletionWaiter waiter;
+    QSignalSpy complete{&waiter, &CompletionWaiter::complete};
+    QSignalSpy droppedOut{&waiter, &CompletionWaiter::droppedOut};
+};
+
+}  // namespace
+
+class CompletionWaiterTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aWriterThatPausesIsWaitedFor_data() {
+        QTest::addColumn<Known>("known");
+        QTest::newRow("there before") << Known::Unknown;
+        QTest::newRow("created") << Known::Created;
+        QTest::newRow("closed by one of two writers") << Known::SeenWhole;
+    }
+    void aWriterThatPausesIsWaitedFor() {
+        QFETCH(Known, known);
+        Scene scene;
+        QFile writer(scene.write("a.mkv"));
+        QVERIFY(writer.open(QIODevice::Append | QIODevice::Unbuffered));
+        scene.waiter.wait(writer.fileName(), known);
+        for (int piece = 0; piece < 3; ++piece) {
+            QVERIFY(scene.looked());
+            writer.write("more");
+            scene.waiter.wait(writer.fileName(), Known::Modified);
+        }
+        QVERIFY(scene.complete.isEmpty());
+        writer.close();
+        scene.waiter.wait(writer.fileName(), Known::SeenWhole);
+        QTRY_COMPARE(scene.complete.count(), 1);
+        QCOMPARE(scene.complete.at(0).at(0).toString(), writer.fileName());
+        QCOMPARE(scene.waiter.waitingCount(), 0);
+        QTRY_VERIFY(scene.isAsleep());
+    }
+
+    // With an hour to stand still, only the file's own times can tell that it did.
+    void whatStoodStillLongAgoIsTakenAtOnce_data() {
+        QTest::addColumn<Known>("known");
+        QTest::addColumn<qint64>("age");
+        QTest::addColumn<bool>("atOnce");
+        QTest::newRow("moved in") << Known::SeenWhole << qint64{7200} << true;
+        QTest::newRow("written just now") << Known::SeenWhole << qint64{0} << false;
+        QTest::newRow("from the future") << Known::SeenWhole << qint64{-7200} << false;
+        QTest::newRow("only dated back") << Known::Unknown << qint64{7200} << false;
+    }
+    void whatStoodStillLongAgoIsTakenAtOnce() {
+        QFETCH(Known, known);
+        QFETCH(qint64, age);
+        QFETCH(bool, atOnce);
+        Scene scene({1h, 2h});
+        QFile file(scene.write("a.mkv"));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const auto modified = QDateTime::currentDateTime().addSecs(-age);
+        const timespec times[] = {{0, UTIME_OMIT}, {modified.toSecsSinceEpoch(), 0}};
+        QCOMPARE(::futimens(file.handle(), times), 0);
+        scene.waiter.wait(file.fileName(), known);
+        QVERIFY(scene.looked(1));
+        QCOMPARE(scene.complete.count(), atOnce ? 1 : 0);
+    }
+
+    void dropsOut_data() {
+        using Make = std::function<void(const QString&)>;
+        QTest::addColumn<Make>("make");
+        const auto link = [](const QString& target) {
+            return [=](const QString& p) { QFile::link(target, p); };
+        };
+        QTest::newRow("missing") << Make([](const QString&) {});
+        QTest::newRow("folder") << Make([](const QString& p) { QDir().mkdir(p); });
+        QTest::newRow("FIFO") << Make([](const QString& p) { ::mkfifo(qPrintable(p), 0600); });
+        QTest::newRow("device") << Make(link("/dev/zero"));
+        QTest::newRow("dangling link") << Make(link("/nowhere"));
+        QTest::newRow("loop of links") << Make(link("a.mkv"));
+        QTest::newRow("socket") << Make([](const QString& p) {
+            sockaddr_un address = {AF_UNIX, {}};
+            qstrncpy(address.sun_path, qPrintable(p), sizeof address.sun_path);
+            const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+            QCOMPARE(::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+            ::close(socket);
+        });
+    }
+    void dropsOut() {
+        QFETCH(std::function<void(const QString&)>, make);
+        Scene scene;
+        const QString path = scene.path("a.mkv");
+        // At once, and in the place of an empty file that was waited for.
+        for (int round = 1; round <= 2; ++round) {
+            if (round == 2) {
+                ::remove(qPrintable(path));
+                scene.waiter.wait(scene.write("a.mkv", {}), Known::Created);
+                QVERIFY(scene.looked(1));
+                QFile::remove(path);
+            }
+            make(path);
+            if (round == 1) scene.waiter.wait(path, Known::Created);
+            scene.waiter.lookAgain(path);
+            QTRY_COMPARE(scene.droppedOut.count(), round);
+        }
+        QVERIFY(scene.complete.isEmpty() && scene.waiter.waiting().isEmpty());
+    }
+
+    void anEmptyFileWaitsWithoutCost() {
+        Scene scene;
+        const QString path = scene.write("a.mkv", {});
+        scene.waiter.wait(path, Known::SeenWhole);
+        QVERIFY(scene.looked(1));
+        QTRY_VERIFY(scene.isAsleep());
+        QCOMPARE(scene.waiter.waiting(), {path});
+        scene.write("a.mkv");
+        scene.waiter.wait(path, Known::Modified);  // Its close may be lost; the lease tells.
+        QTRY_COMPARE(scene.complete.count(), 1);
+    }
+
+    void manyFilesWithFewDescriptorsAndShortTurns() {
+        const auto descriptors = [] {
+            return QDir("/proc/self/fd").entryList(QDir::System | QDir::Files).size();
+        };
+        const auto before = descriptors();
+        qsizetype most = 0;
+        FileLook::Sources sources;
+        sources.writers = [&](int file) {
+            most = qMax(most, descriptors());
+            return writercheck::writersOf(file);
+        };
+        Scene scene(kQuick, sources);
+        QSignalSpy changes(&scene.waiter, &CompletionWaiter::waitingChanged);
+        for (int i = 0; i < 2000; ++i)
+            scene.waiter.wait(scene.write(QString::number(i)), Known::SeenWhole);
+        QCOMPARE(scene.waiter.waitingCount(), 2000);
+        int turnsOfOthers = 0;
+        QTimer others;
+        connect(&others, &QTimer::timeout, this, [&] { ++turnsOfOthers; });
+        others.start(0);
+        QTRY_COMPARE_WITH_TIMEOUT(scene.complete.count(), 2000, 30000);
+        QSet<QString> names;
+        for (const auto& arguments : scene.complete)
+            names.insert(arguments.at(0).toString());
+        QCOMPARE(names.size(), 2000);
+        QVERIFY(most > before && most <= before + 4);
+        QVERIFY(turnsOfOthers > 5);
+        QVERIFY(changes.count() < 1500);
+    }
+
+    void onlyACloseTellsOfAnotherUsersWriter() {
+        Scene scene(kQuick, answering(Writers::NotKnown));
+        const QString path = scene.write("a.mkv");
+        for (const Known known : {Known::Created, Known::Modified}) {
+            scene.waiter.wait(path, known);
+            QVERIFY(scene.looked(1));
+            QTRY_VERIFY(scene.isAsleep());
+        }
+        QVERIFY(scene.complete.isEmpty());
+        scene.waiter.wait(path, Known::SeenWhole);
+        QTRY_COMPARE(scene.complete.count(), 1);
+    }
+
+    void whereNothingIsKnownTheDeclaredSizeIsReached_data() {
+        QTest::addColumn<Writers>("writers");
+        QTest::addColumn<Sight>("sight");
+        QTest::newRow("network") << Writers::Some << Sight::None;
+        QTest::newRow("another user's, there before") << Writers::NotKnown << Sight::All;
+    }
+    void whereNothingIsKnownTheDeclaredSizeIsReached() {
+        QFETCH(Writers, writers);
+        QFETCH(Sight, sight);
+        Scene scene(kQuick, answering(writers, sight));
+        const QString path = scene.write("a.mkv", QByteArray::fromHex("1a45dfa3 80 18538067 e4"));
+        scene.waiter.wait(path, Known::Unknown);
+        QVERIFY(scene.looked(5));
+        scene.write("a.mkv", QByteArray(99, 'x'));
+        QVERIFY(scene.looked(5));
+        QVERIFY(scene.complete.isEmpty());
+        scene.write("a.mkv", "x");
+        QTRY_COMPARE(scene.complete.count(), 1);
+    }
+
+    void aGrowingFileOnANetworkVolume() {
+        QString path;
+        int pieces = 0;
+        auto sources = answering(Writers::None, Sight::None);
+        Scene* growing = nullptr;
+        sources.sight = [&](const QString&) {  // Asked once a look, so that it grows before each.
+            if (pieces < 20) growing->write("a.mkv", "piece");
+            ++pieces;
+            return Sight::None;
+        };
+        Scene scene({1ms, 2ms, 1ms, 1ms}, sources);
+        growing = &scene;
+        scene.waiter.wait(scene.write("a.mkv"), Known::SeenWhole);
+        QTRY_COMPARE(scene.complete.count(), 1);
+        QVERIFY(pieces > 20);
+    }
+
+    void receiversMayDoAnything() {
+        Scene scene;
+        const QString path = scene.write("a.mkv");
+        int rounds = 0;
+        connect(&scene.waiter, &CompletionWaiter::complete, this, [&] {
+            if (++rounds < 3) scene.waiter.wait(path, Known::SeenWhole);
+            scene.waiter.cancel("another");
+        });
+        scene.waiter.wait(path, Known::SeenWhole);
+        QTRY_COMPARE(rounds, 3);
+
+        auto waiter = std::make_unique<CompletionWaiter>(kQuick, FileLook::Sources());
+        connect(waiter.get(), &CompletionWaiter::complete, this, [&] { waiter.reset(); });
+        waiter->wait(path, Known::SeenWhole);
+        waiter->wait(scene.write("b.mkv"), Known::SeenWhole);
+        QTRY_VERIFY(!waiter);
+    }
+};
+
+QTEST_GUILESS_MAIN(CompletionWaiterTest)
+#include "tst_CompletionWaiter.moc"

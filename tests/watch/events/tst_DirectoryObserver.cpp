@@ -1,0 +1,362 @@
+#include "watch/WatchedScene.h"
+#include "watch/events/DirectoryObserver.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr quint32 kRenamedFile = kEventItemRenamed | kEventItemIsFile;
+constexpr quint32 kModifiedFile = kEventItemModified | kEventItemIsFile;
+constexpr quint32 kArrivedFile = kEventItemCreated | kModifiedFile;
+constexpr quint32 kRemovedFile = kEventItemRemoved | kEventItemIsFile;
+constexpr quint32 kCreatedFolder = kEventItemCreated | kEventItemIsFolder;
+constexpr quint32 kRenamedFolder = kEventItemRenamed | kEventItemIsFolder;
+constexpr quint32 kRemovedFolder = kEventItemRemoved | kEventItemIsFolder;
+
+}  // namespace
+
+class DirectoryObserverTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void whatHappensToAnItem_data() {
+        QTest::addColumn<QStringList>("steps");
+        QTest::addColumn<QString>("item");
+        QTest::addColumn<quint32>("flags");
+        QTest::addColumn<bool>("whole");
+        const auto row = [](const char* title, const QString& step, const QString& item, quint32 flags,
+                            bool whole = false) {
+            QTest::newRow(title) << QStringList(step) << item << flags << whole;
+        };
+        const QString longest = QString(u'n').repeated(255);
+        row("created", "+new", "new", kArrivedFile, true);
+        row("modified", "+old", "old", kModifiedFile, true);
+        row("modified below", "+sub/in", "sub/in", kModifiedFile, true);
+        row("was there before", "+new", "old", 0);
+        row("moved away", "old > new", "old", kRenamedFile);
+        row("moved here", "old > new", "new", kRenamedFile, true);
+        row("moved in", "../outside/f > f", "f", kRenamedFile, true);
+        row("moved out", "old > ../outside/o", "old", kRenamedFile);
+        row("removed", "-old", "old", kRemovedFile);
+        row("linked", "../outside/f = hard", "hard", kArrivedFile);
+        row("folder made", "/dir", "dir", kCreatedFolder);
+        row("folder moved away", "sub > new", "sub", kRenamedFolder);
+        row("folder moved here", "sub > new", "new", kRenamedFolder);
+        row("its file moves in silence", "sub > new", "new/in", 0);
+        row("folder removed", "-sub", "sub", kRemovedFolder);
+        row("its file removed", "-sub", "sub/in", kRemovedFile);
+        row("folder moved in", "../outside/d > d", "d", kRenamedFolder);
+        row("its file moved in", "../outside/d > d", "d/e/deep", kRenamedFile);
+        row("255 bytes", "+" + longest, longest, kArrivedFile, true);
+        row("newline", "+a\nb", "a\nb", kArrivedFile, true);
+    }
+    void whatHappensToAnItem() {
+        QFETCH(QStringList, steps);
+        QFETCH(QString, item);
+        Scene scene;
+        scene.act({"+old", "+sub/in", "+../outside/f", "+../outside/d/e/deep"});
+        scene.start();
+        scene.act(steps);
+        QVERIFY(scene.settle());
+        QTEST(scene.flags(item), "flags");
+        QTEST(scene.isWhole(item), "whole");
+        QVERIFY(!scene.twice);
+    }
+
+    void aFileIsWholeUntilItIsWrittenAgain() {
+        Scene scene;
+        scene.start();
+        QFile file(scene.path("f"));
+        for (int round = 0; round < 2; ++round) {
+            QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered));
+            file.write("x");
+            QVERIFY(scene.settle());
+            QVERIFY(scene.has("f") && !scene.isWhole("f"));
+            file.close();
+            QVERIFY(scene.settle());
+            QVERIFY(scene.isWhole("f"));
+        }
+    }
+
+    void withoutFileLevelEvents() {
+        Scene scene(false);
+        scene.start();
+        scene.act({"+a/b/f"});
+        QVERIFY(scene.settle());
+        QTRY_COMPARE(scene.records.keys(), QStringList({"", "a", "a/b"}));
+        QCOMPARE(scene.flags("a/b"), kEventItemModified | kEventItemIsFolder);
+    }
+
+    void foldersMadeInOneGo() {
+        Scene scene;
+        scene.start();
+        for (int i = 0; i < 50; ++i)
+            scene.act({QString("+%1/b/c/f").arg(i)});
+        for (int i = 0; i < 50; ++i) {
+            QTRY_COMPARE(scene.flags(QString("%1/b/c/f").arg(i)), kArrivedFile);
+            QCOMPARE(scene.flags(QString("%1/b").arg(i)), kCreatedFolder);
+        }
+        QVERIFY(!scene.twice);
+        QCOMPARE(scene.observer->folderCount(), size_t(151));
+    }
+
+    void movedFoldersStayWatched() {
+        Scene scene;
+        scene.act({"+a/b/old", "+other/old"});
+        scene.start();
+        scene.act({"a > other/x", "+other/x/b/1"});
+        QVERIFY(scene.settle());
+        QCOMPARE(scene.flags("other/x/b/1"), kArrivedFile);
+        QCOMPARE(scene.records["other/x"].renamedFrom, scene.path("a"));
+        // What was not told yet is told under the name that it has now.
+        scene.act({"+other/x/b/2", "other/x > y", "y > z"});
+        QVERIFY(scene.settle());
+        QCOMPARE(scene.flags("z/b/2"), kArrivedFile | kEventItemRenamed);
+        QVERIFY(scene.isWhole("z/b/2"));
+        QCOMPARE(scene.observer->folderCount(), size_t(4));
+    }
+
+    void placesChangeHandsAtOnce() {
+        Scene scene;
+        scene.act({"+a/old", "+b/old", "+c/old"});
+        scene.start();
+        scene.act({"a > t", "b > a", "t > b", "c > ../outside/c", "/c"});
+        QVERIFY(scene.settle());
+        scene.act({"+a/1", "+b/2", "+c/3", "+../outside/c/4"});
+        QVERIFY(scene.settle());
+        for (const char* name : {"a/1", "b/2", "c/3"})
+            QCOMPARE(scene.flags(name), kArrivedFile);
+        QVERIFY(!scene.has("c/4"));
+        QTRY_COMPARE(scene.observer->folderCount(), size_t(4));
+    }
+
+    void aFolderThatLeftIsNotWatched() {
+        Scene scene;
+        scene.act({"+a/b/old"});
+        scene.start();
+        scene.act({"a > ../outside/a"});
+        QTRY_COMPARE(scene.observer->folderCount(), size_t(1));
+        scene.act({"+../outside/a/b/1"});
+        QVERIFY(scene.settle());
+        QVERIFY(!scene.has("a/b/1"));
+        scene.act({"../outside/a > a"});
+        QTRY_COMPARE(scene.flags("a/b/1"), kRenamedFile);
+    }
+
+    void whatComesBeforeItsFolderIsWatched() {
+        Scene scene;
+        for (int i = 0; i < 300; ++i)
+            scene.act({QString("+%1/sub/old").arg(i)});
+        scene.act({"+../outside/d/old in d"});
+        scene.start(Scene::Wait::No);
+        scene.act({"+7/sub/new", "../outside/d > 8/d"});
+        QTRY_VERIFY(scene.has("7/sub/new") && scene.has("8/d/old in d"));
+        QVERIFY(scene.settle());
+        QVERIFY(!scene.has("7/sub/old"));
+    }
+
+    void everyFileOfABurst() {
+        Scene scene;
+        scene.start();
+        for (int i = 0; i < 2000; ++i)
+            scene.act({QString("+%1/%2").arg(i % 20).arg(i)});
+        for (int i = 0; i < 2000; ++i)
+            QTRY_COMPARE(scene.flags(QString("%1/%2").arg(i % 20).arg(i)), kArrivedFile);
+        QVERIFY(!scene.twice);
+    }
+
+    void anOverflowLosesNothing_data() {
+        QTest::addColumn<bool>("real");
+        QTest::newRow("told") << false;
+        QTest::newRow("real") << true;
+    }
+    void anOverflowLosesNothing() {
+        QFETCH(bool, real);
+        Scene scene;
+        scene.act({"+a/b/old", "+../outside/d/in d"});
+        QFile limit("/proc/sys/fs/inotify/max_queued_events");
+        if (real) {
+            if (!limit.open(QIODevice::ReadWrite | QIODevice::Unbuffered))
+                QSKIP("the limit cannot be changed");
+            const QByteArray before = limit.readAll();
+            const bool isFew = limit.seek(0) && limit.write("16") == 2;
+            scene.start();  // Keeps the limit that it was born with.
+            QVERIFY(isFew && limit.seek(0) && limit.write(before) == before.size());
+        } else {
+            scene.start();
+        }
+        scene.act({"+a/b/told"});
+        QVERIFY(scene.settle());
+        scene.records.clear();
+        QSignalSpy watching(scene.observer.get(), &DirectoryObserver::watching);
+        for (int i = 0; real && i < 100; ++i)
+            scene.act({QString("+a/b/%1").arg(i)});
+        scene.act({"a > c", "../outside/d > c/d"});
+        if (!real) scene.observer->simulateOverflow();
+        QTRY_COMPARE(watching.count(), 1);
+        QTRY_VERIFY((scene.flags("c/b/told") & kEventItemModified) != 0);
+        for (int i = 0; real && i < 100; ++i)
+            QTRY_VERIFY((scene.flags(QString("c/b/%1").arg(i)) & kEventItemModified) != 0);
+        QTRY_VERIFY(scene.has("c/d/in d"));
+        QVERIFY(!scene.has("c/b/old"));
+        QCOMPARE(scene.observer->folderCount(), size_t(4));
+        scene.act({"+c/b/late"});
+        QVERIFY(scene.settle());
+        QCOMPARE(scene.flags("c/b/late"), kArrivedFile);
+    }
+
+    void linkedFoldersAreNotFollowed() {
+        Scene scene;
+        scene.act({"/a"});
+        QVERIFY(QFile::link(scene.path(), scene.path("a/loop")));
+        scene.start();
+        QVERIFY(QFile::link(scene.path("a"), scene.path("again")));
+        scene.act({"+a/f"});
+        QVERIFY(scene.settle());
+        QCOMPARE(scene.observer->folderCount(), size_t(2));
+        QCOMPARE(scene.records.keys(), QStringList({"a/f", "again"}));
+    }
+
+    void aFolderThatBecomesReadable() {
+        if (::geteuid() == 0) QSKIP("root reads everything");
+        Scene scene;
+        scene.act({"+a/f"});
+        ::chmod(native(scene.path("a")).c_str(), 0);
+        scene.start();
+        QCOMPARE(scene.observer->folderCount(), size_t(1));
+        ::chmod(native(scene.path("a")).c_str(), 0700);
+        QTRY_COMPARE(scene.flags("a/f"), kArrivedFile);
+    }
+
+    void namesThatAreNotUtf8MakeNoRecord() {
+        Scene scene;
+        scene.start();
+        const fs::path folder = native(scene.path()) / "\xff";
+        fs::create_directory(folder);
+        QTRY_COMPARE(scene.batches, 1);
+        QVERIFY(scene.records.isEmpty());
+        QVERIFY(scene.observer->skippedNames() > 0);
+        std::ofstream(folder / "f") << 'x';
+        fs::rename(folder, native(scene.path("good")));
+        QTRY_COMPARE(scene.flags("good/f"), kRenamedFile);
+    }
+
+    void theEndOfTheFolder_data() {
+        QTest::addColumn<QStringList>("steps");
+        QTest::newRow("removed") << QStringList("-../top/root");
+        QTest::newRow("moved") << QStringList("../top/root > ../outside/r");
+        QTest::newRow("folder above moved") << QStringList({"../top > ../outside/t", "+../outside/t/root/f"});
+    }
+    void theEndOfTheFolder() {
+        QFETCH(QStringList, steps);
+        const Scene world;
+        world.act({"+../top/root/a/f"});
+        QString error;
+        const auto observer = DirectoryObserver::startObserving(
+            world.path("../top/root"), true, [](const auto&) {}, &error, 20ms);
+        QVERIFY2(observer, qPrintable(error));
+        QSignalSpy ended(observer.get(), &DirectoryObserver::ended);
+        world.act(steps);
+        QTRY_COMPARE(ended.count(), 1);
+        QVERIFY(ended.first().first().toString().contains("/top/root”"));
+        QCOMPARE(observer->folderCount(), size_t(0));
+    }
+
+    void whereNoFolderIs_data() {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("nothing") << "nothing";
+        QTest::newRow("a file") << "file";
+        QTest::newRow("below a file") << "file/below";
+    }
+    void whereNoFolderIs() {
+        QFETCH(QString, path);
+        const Scene scene;
+        scene.act({"+file"});
+        QString error;
+        QVERIFY(!DirectoryObserver::startObserving(
+            scene.path(path), true, [](const auto&) {}, &error));
+        QVERIFY2(error.contains(scene.path(path)), qPrintable(error));
+    }
+
+    void theHomeFolder() {
+        const Scene scene;
+        const QByteArray home = qgetenv("HOME");
+        qputenv("HOME", QFile::encodeName(scene.path()));
+        scene.act({"/watched"});
+        QStringList told;
+        const auto observer = DirectoryObserver::startObserving(
+            "~/watched/", true, [&](const auto& batch) { told.append(batch.value(0).path); }, nullptr, 20ms);
+        qputenv("HOME", home);
+        scene.act({"+watched/f"});
+        QTRY_COMPARE(told, QStringList(scene.path("watched/f")));
+    }
+
+    void nothingIsToldAfterTheStop() {
+        Scene scene;
+        scene.start(Scene::Wait::Yes, 200ms);
+        scene.act({"/waits"});
+        QTRY_COMPARE(scene.observer->folderCount(), size_t(2));  // It was seen and not told yet.
+        scene.observer->stopObserving();
+        const int batches = scene.batches;
+        Scene other;
+        other.start(Scene::Wait::Yes, 300ms);
+        QVERIFY(other.settle());
+        QCOMPARE(scene.batches, batches);
+        scene.observer->stopObserving();
+    }
+
+    void deletedByItsBlock() {
+        const Scene scene;
+        int calls = 0;
+        std::unique_ptr<DirectoryObserver> observer;
+        const auto block = [&](const QList<EventRecord>&) {
+            ++calls;
+            observer.reset();
+        };
+        observer = DirectoryObserver::startObserving(scene.path(), true, block, nullptr, 20ms);
+        scene.act({"+f", "-"});
+        QTRY_COMPARE(calls, 1);
+        QVERIFY(!observer);
+    }
+
+    /// The kernel counts watches for each user namespace, so this test starts itself in one with few.
+    void theLimitOfWatches() {
+        if (!qEnvironmentVariableIsSet("RAVELIN_TEST_FEW_WATCHES")) {
+            const QString script =
+                "echo 5 >/proc/sys/user/max_inotify_watches || exit 99;"
+                "RAVELIN_TEST_FEW_WATCHES=1 exec \"$0\" theLimitOfWatches";
+            QProcess process;
+            process.setProcessChannelMode(QProcess::MergedChannels);
+            process.start("unshare", {"-Ur", "sh", "-c", script, QCoreApplication::applicationFilePath()});
+            QVERIFY(process.waitForFinished() || process.error() == QProcess::FailedToStart);
+            const QByteArray output = process.readAll();
+            if (!output.contains("PASS")) QSKIP("no namespace with few watches");
+            QVERIFY2(process.exitCode() == 0, output.constData());
+            return;
+        }
+        Scene scene;
+        scene.start();
+        QSignalSpy problem(scene.observer.get(), &DirectoryObserver::problem);
+        for (int i = 0; i < 20; ++i)
+            scene.act({QString("/%1").arg(i)});
+        QVERIFY(scene.settle());
+        QCOMPARE(problem.count(), 1);
+        QVERIFY(problem.first().first().toString().contains("sysctl fs.inotify.max_user_watches="));
+        QCOMPARE(scene.observer->folderCount(), size_t(5));
+        scene.act({"+0/f"});
+        QVERIFY(scene.settle());
+        QVERIFY(scene.has("0/f"));
+    }
+};
+
+QTEST_GUILESS_MAIN(DirectoryObserverTest)
+#include "tst_DirectoryObserver.moc"

@@ -1,0 +1,311 @@
+// Puts the windows into every state worth looking at and saves a picture of each: screenshots FOLDER [--dark]
+#include "documentation/window/Documentation.h"
+#include "documentation/window/WebEngine.h"
+#include "fakes/WindowedApplication.h"
+#include "feedback/PXRatingWindowController.h"
+#include "feedback/UpdateCheck.h"
+#include "support/alerts/Alert.h"
+#include "support/alerts/DontWarnAgain.h"
+#include "support/reports/Mail.h"
+#include "ui/dialogs/DialogPresenter.h"
+#include "ui/help/AboutWindow.h"
+#include "ui/help/RatingWindow.h"
+#include "ui/look/Appearance.h"
+#include "ui/look/Icons.h"
+#include "ui/preferences/PreferencesWindow.h"
+#include "ui/window/EmptyView.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDialog>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QTimer>
+
+#include <unistd.h>
+
+namespace {
+
+/// By its name, a movie converts for ever, fails, or is done at once.
+constexpr const char* kConversion = R"sh(
+echo movie > "$destination"
+case "$destination" in
+*Night*) echo "No space left on device" >&2; exit 1 ;;
+*Lisbon*|*Winter*) printf 'out_time_ms=6400000\n' > "$progress"; while :; do sleep 0.1; done ;;
+esac
+)sh";
+
+QString folder;
+
+void save(QWidget& widget, const QString& name) {
+    if (!QTest::qWaitForWindowExposed(&widget)) qFatal("%s is not shown", qPrintable(name));
+    QCoreApplication::processEvents();
+    if (!widget.grab().save(folder + u'/' + name + ".png")) qFatal("cannot save %s", qPrintable(name));
+}
+
+void waitUntil(const std::function<bool()>& condition) {
+    if (!QTest::qWaitFor(condition, 20000)) qFatal("a state was not reached");
+}
+
+void emptyWindow() {
+    const WindowedApplication app;
+    save(*app.window, "empty");
+    app.find<EmptyView>("emptyView")->setDropHighlighted(true);
+    save(*app.window, "empty-drop");
+}
+
+void addQueue(WindowedApplication& app) {
+    setDefaultInt("InsertJobsAtBottom", 1);
+    setDefaultInt(kConcurrentJobsKey, 1);
+    setDefaultInt(kConcurrentJobCountKey, 1);
+    app.tool.setConversion(kConversion);
+    for (const char* name : {"The Long Way to Lisbon (2019).mkv", "Winter Light - Director's Cut.mkv",
+                             "A Night at the Lighthouse.mkv", "Harbour Stories S01E01.mkv",
+                             "An Unreasonably Long Title That Somebody Gave to a Movie Because the Tape Said "
+                             "So - Part One of Three "
+                             "(Remastered, Extended, 1080p, Two Commentaries).mkv",
+                             "Gräfin Mathildes Schiffahrtsgesellschaftsabenteuer.mkv"}) {
+        app.add(name);
+    }
+    waitUntil([&] { return app.queue().jobCountWithState(JobState::Finished) == 3; });
+    waitUntil([&] { return app.job(0)->progress() > 60 && app.job(1)->progress() > 60; });
+    app.queue().pauseContinueClicked(true);
+    app.add("Still Waiting.mkv");
+    app.queue().pauseContinueClicked(false);
+    app.job(0)->continueJob();
+    app.list().setCurrentIndex(app.list().model()->index(0, 0));
+}
+
+void queueWindow() {
+    WindowedApplication app;
+    addQueue(app);
+    app.window->resize(760, 640);
+    save(*app.window, "queue");
+    QMenu menu(app.window.get());
+    app.list().fillMenu(menu);
+    menu.popup(app.window->mapToGlobal(QPoint(200, 120)));
+    save(menu, "job-menu");
+    menu.close();
+    app.window->resize(640, 420);
+    save(*app.window, "queue-small");
+    app.delegate.openFiles({app.write("Sunday Matinee With a Name of Some Length (1968).mkv"),
+                            app.write("Another One.mkv"), app.write("Third.mkv")});
+    app.window->resize(760, 640);
+    const auto* sheet = app.find<QWidget>("addSheetView");
+    waitUntil([&] { return app.sheetIsReady() && sheet->height() >= 117; });
+    save(*app.window, "add-sheet");
+    app.window->resize(640, 420);
+    save(*app.window, "add-sheet-small");
+    app.queue().pauseContinueClicked(true);
+    save(*app.window, "paused");
+}
+
+void scanningWindow() {
+    WindowedApplication app;
+    app.tool.setReport("");
+    QFile::remove(app.path("resources/ffmpeg"));
+    app.write("resources/ffmpeg", "#!/bin/sh\nsleep 3\n");
+    QFile::setPermissions(app.path("resources/ffmpeg"), QFile::ReadOwner | QFile::ExeOwner);
+    app.delegate.openFiles({app.write("The Long Way to Lisbon (2019).mkv")});
+    const auto* sheet = app.find<QWidget>("addSheetView");
+    waitUntil([&] { return sheet->height() >= 117; });
+    save(*app.window, "scanning");
+}
+
+void rightToLeft() {
+    QApplication::setLayoutDirection(Qt::RightToLeft);
+    WindowedApplication app;
+    addQueue(app);
+    app.delegate.openFiles({app.write("Sunday Matinee.mkv"), app.write("Second.mkv")});
+    const auto* sheet = app.find<QWidget>("addSheetView");
+    waitUntil([&] { return app.sheetIsReady() && sheet->height() >= 117; });
+    save(*app.window, "right-to-left");
+    QApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
+void preferences() {
+    const WindowedApplication app;
+    app.window->openPreferences();
+    PreferencesWindow& window = *app.window->preferencesWindow();
+    auto* pages = window.findChild<QListWidget*>();
+    for (int page = 0; page < pages->count(); ++page) {
+        pages->setCurrentRow(page);
+        const QString name = "preferences-" + pages->item(page)->text().toLower().replace(' ', '-');
+        if (!pages->item(page)->text().contains("Audio")) {
+            save(window, name);
+            continue;
+        }
+        for (int style = 0; style <= 2; ++style) {
+            setDefaultInt(kConversionPresetKey, style);
+            window.refresh();
+            window.selectConversionStyle(style);
+            save(window, name + QString::number(style));
+        }
+    }
+}
+
+void rating() {
+    const TestHome home;
+    PXRatingWindowController controller;
+    controller.setIntroText(
+        "You have now used Ravelin more than 20 times, successfully converting 31 MKVs to MP4s.");
+    RatingWindow* window = new RatingWindow(controller);
+    window->show();
+    save(*window, "rating");
+    controller.happyClicked();
+    save(*window, "rating-happy");
+    controller.problemsClicked();
+    save(*window, "rating-problem");
+    delete window;
+}
+
+void about() {
+    const WindowedApplication app;
+    QFile::link(QCoreApplication::applicationDirPath() + "/../resources/documents",
+                app.path("resources/documents"));
+    app.window->findChild<QAction*>("aboutAction")->trigger();
+    save(*app.window->findChild<AboutWindow*>(), "about");
+    QMenu& help = *app.window->findChild<QMenu*>("helpMenu");
+    help.popup(app.window->mapToGlobal(QPoint(200, 120)));
+    save(help, "help-menu");
+    help.close();
+}
+
+/// The real pages of the build, by the real engine.
+void documentationWindow() {
+    WindowedApplication app;
+    qputenv("RAVELIN_RESOURCES", (QCoreApplication::applicationDirPath() + "/../resources").toUtf8());
+    PluginWebEngine engine;
+    if (const QString why = engine.obstacle(); !why.isEmpty()) {
+        qWarning("no pictures of the documentation: %s", qPrintable(why));
+        return;
+    }
+    const Documentation documentation(app.delegate, engine, symbolicIcon("job-remove"));
+    constexpr int kMillisecondsToDraw = 700;  // The engine does not say when it has.
+    for (int page = 0; page < documentation::pages().size(); ++page) {
+        app.delegate.openDocumentationWindow(page);
+        QTest::qWait(kMillisecondsToDraw);
+        save(*documentation.documentationWindow(), "documentation-" + QString::number(page + 1));
+    }
+    app.delegate.openDocumentationWindow(0);
+    QTest::keyClick(documentation.documentationWindow(), Qt::Key_F, Qt::ControlModifier);
+    documentation.documentationWindow()->findChild<QLineEdit*>()->setText("movie");
+    QTest::qWait(kMillisecondsToDraw);
+    save(*documentation.documentationWindow(), "documentation-find");
+}
+
+/// What is asked, and the name of its picture.
+void alertOf(const QString& name, const std::function<void()>& ask) {
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, [&] {
+        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        if (!dialog) return;
+        watch.stop();
+        save(*dialog, name);
+        dialog->reject();
+    });
+    watch.start(10);
+    ask();
+}
+
+void alerts() {
+    const WindowedApplication app;
+    DialogPresenter presenter;
+    presenter.setMainWindow(app.window.get());
+    setAlertPresenter(&presenter);
+    alertOf("alert-quit", [] {
+        alert_apptitled("Conversion is in progresss. Are you sure you want to quit?", "Quit", "Cancel");
+    });
+    alertOf("alert-moved", [] {
+        alert_apptitled(
+            "Ravelin has been moved, but applications should never be moved while they are running.",
+            "Restart Ravelin");
+    });
+    alertOf("alert-update", [] {
+        checkForUpdates([](const QUrl& url) {
+            return download::Page{.url = url,
+                                  .body =
+                                      "<enclosure sparkle:version=\"27\" "
+                                      "sparkle:shortVersionString=\"1.2\"/>",
+                                  .isAbandoned = false};
+        });
+    });
+    alertOf("alert-mail", [] {
+        const QString words = "Hello\nConversion of a file failed.\n\nBye\n\nP.S. Details: ";
+        mail::open(mail::withSettings("support@ravelin.example", "Ravelin v1.0.0 Problem Report",
+                                      [&](const QString& settings) { return words + settings; }));
+    });
+    alertOf("alert-failed", [] {
+        alert(
+            "Conversion Failed",
+            "Movie conversion failed because there is not enough free space left on the destination volume. "
+            "Please make sure your harddisk has enough free space before starting conversion",
+            "OK");
+    });
+    alertOf("alert-long", [] {
+        alert("Information", QString("Command-output: something went wrong here. ").repeated(60),
+              "Send to support", "Cancel");
+    });
+    QString text = "Holiday";
+    alertOf("alert-input", [&] { alert_input("What is it called?", {"OK", "Cancel"}, text); });
+    bool state = true;
+    alertOf("alert-checkbox", [&] {
+        alert_checkbox("Clean up", "Finished movies leave the list.", {"OK", "Cancel"}, "Failed ones, too",
+                       state);
+    });
+    QString color = "#4a90d9";
+    alertOf("alert-color", [&] { alert_colorwell("Which colour?", {"OK", "Cancel"}, color); });
+    alertOf("alert-text", [&] { alert_inputtext("What happened?", {"Send", "Cancel"}, text); });
+    qsizetype index = 0;
+    alertOf("alert-popup", [&] {
+        alert_selection_popup("Which track?", {"OK", "Cancel"}, {"#1: eng (ac3)", "#2: ger (dts) [5.1]"},
+                              index);
+    });
+    alertOf("alert-matrix", [&] {
+        alert_selection_matrix("Which track?", {"OK", "Cancel"}, {"#1: eng (ac3)", "#2: ger (dts) [5.1]"},
+                               index);
+    });
+    alertOf("alert-silence", [] {
+        alert_dontwarnagain_version("demo", "Surround sound", "The movie has more than one audio track.",
+                                    "OK", "Don't tell me again");
+    });
+    Alert notice;
+    notice.title = "Picking up Speed!";
+    notice.message =
+        "Note that conversion will be much faster, more reliable and higher quality if you select "
+        "'High Speed & Quality' in the 'Audio Conversion Settings' in the Preferences.";
+    notice.icon = "ok.png";
+    alertOf("alert-notice", [&] { presenter.present(notice); });
+    alert_nonmodal_checkbox("All done", "Ten movies were converted. They are where you wanted them.", "OK",
+                            "Tell me each time", [](bool) {});
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (widget->isVisible() && widget != app.window.get()) save(*widget, "panel");
+    }
+    setAlertPresenter(nullptr);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (::geteuid() == 0) qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+    QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    QCommandLineParser parser;
+    parser.addOption(QCommandLineOption("dark"));
+    parser.process(application);
+    folder = parser.positionalArguments().value(0, ".");
+    QDir().mkpath(folder);
+    useVisibleIndicators();
+    useDarkPalette(parser.isSet("dark"));
+    emptyWindow();
+    queueWindow();
+    scanningWindow();
+    rightToLeft();
+    preferences();
+    rating();
+    about();
+    documentationWindow();
+    alerts();
+    return 0;
+}
