@@ -6,6 +6,7 @@
 #include "settings/SettingsTable.h"
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Format.h"
+#include "support/base/Texts.h"
 
 #include <CLI/CLI.hpp>
 
@@ -37,16 +38,23 @@ const std::map<std::string, int> kStyles = {{"compatible", 0}, {"fast", 1}, {"cu
 std::string position(const std::string& text) {
     bool fits = false;
     const int number = decoded(text).toInt(&fits);
-    return fits && number >= 0 ? std::string()
-                               : makeString("'%@' is not a position from 0 on", decoded(text)).toStdString();
+    return fits && number >= 0
+               ? std::string()
+               : Texts::tr("'%1' is not a position from 0 on").arg(decoded(text)).toStdString();
+}
+
+std::string help(const QString& text) {
+    return text.toStdString();
 }
 
 void addJson(CLI::App* command, Raw& raw) {
-    command->add_flag("--json", raw.json, "One JSON object a line on standard output");
+    command->add_flag("--json", raw.json, help(Texts::tr("One JSON object a line on standard output")));
 }
 
 void addSet(CLI::App* command, Raw& raw) {
-    command->add_option("--set", raw.settings, "Use VALUE for the setting KEY in this run alone")
+    command
+        ->add_option("--set", raw.settings,
+                     help(Texts::tr("Use VALUE for the setting KEY in this run alone")))
         ->type_name("KEY=VALUE")
         ->expected(1)
         ->take_all()
@@ -54,69 +62,84 @@ void addSet(CLI::App* command, Raw& raw) {
 }
 
 CLI::App* addProbe(CLI::App& app, Raw& raw) {
-    CLI::App* probe = app.add_subcommand("probe", "Tell what is in movies and whether they can be converted");
+    CLI::App* probe = app.add_subcommand(
+        "probe", help(Texts::tr("Tell what is in movies and whether they can be converted")));
     addJson(probe, raw);
     addSet(probe, raw);
-    probe->add_option("MOVIE", raw.paths, "Movies")->required()->type_name("");
+    probe->add_option("MOVIE", raw.paths, help(Texts::tr("Movies")))->required()->type_name("");
     return probe;
 }
 
 CLI::Option* addTo(CLI::App* command, Raw& raw) {
     return command
-        ->add_option("--to", raw.folder, "Put the outputs into FOLDER instead of next to their sources")
+        ->add_option("--to", raw.folder,
+                     help(Texts::tr("Put the outputs into FOLDER instead of next to their sources")))
         ->type_name("FOLDER");
 }
 
 CLI::App* addConvert(CLI::App& app, Raw& raw) {
-    CLI::App* convert = app.add_subcommand("convert", "Put movies into MP4 without re-encoding the picture");
+    CLI::App* convert =
+        app.add_subcommand("convert", help(Texts::tr("Put movies into MP4 without re-encoding the picture")));
     addJson(convert, raw);
-    convert->add_flag("--quiet", raw.quiet, "Say nothing while all goes well");
+    convert->add_flag("--quiet", raw.quiet, help(Texts::tr("Say nothing while all goes well")));
     auto* folder = addTo(convert, raw);
     convert
-        ->add_option("--output", raw.output,
-                     "Write the output of the single movie to FILE, also over an existing one")
+        ->add_option(
+            "--output", raw.output,
+            help(Texts::tr("Write the output of the single movie to FILE, also over an existing one")))
         ->type_name("FILE")
         ->excludes(folder);
-    convert->add_option("--audio", raw.audio, "Take the audio track with this position, from 0")
+    convert
+        ->add_option("--audio", raw.audio, help(Texts::tr("Take the audio track with this position, from 0")))
         ->type_name("INDEX")
         ->check(position, "");
-    convert->add_option("--style", raw.style, "How audio is handled: compatible, fast or custom")
+    convert
+        ->add_option("--style", raw.style,
+                     help(Texts::tr("How audio is handled: compatible, fast or custom")))
         ->type_name("STYLE")
         ->check(CLI::IsMember(kStyles));
     addSet(convert, raw);
-    convert->add_option("PATH", raw.paths, "Movies, subtitle files, and folders of them")
+    convert->add_option("PATH", raw.paths, help(Texts::tr("Movies, subtitle files, and folders of them")))
         ->required()
         ->type_name("");
     return convert;
 }
 
 CLI::App* addWatch(CLI::App& app, Raw& raw) {
-    CLI::App* watch = app.add_subcommand("watch", "Convert what arrives in a folder, until it is ended");
+    CLI::App* watch =
+        app.add_subcommand("watch", help(Texts::tr("Convert what arrives in a folder, until it is ended")));
     addJson(watch, raw);
     addTo(watch, raw);
     addSet(watch, raw);
-    watch->add_option("FOLDER", raw.watched, "The folder that is watched, with all below it")
+    watch->add_option("FOLDER", raw.watched, help(Texts::tr("The folder that is watched, with all below it")))
         ->required()
         ->type_name("");
     return watch;
 }
 
 CLI::App* addSettings(CLI::App& app, Raw& raw) {
-    CLI::App* settings = app.add_subcommand("settings", "Show and change the stored settings");
+    CLI::App* settings =
+        app.add_subcommand("settings", help(Texts::tr("Show and change the stored settings")));
     addJson(settings, raw);
     settings->require_subcommand(1);
     settings->fallthrough();
-    const auto add = [&](const char* name, const char* help, bool key, bool value) {
-        CLI::App* action = settings->add_subcommand(name, help);
-        if (key) action->add_option("KEY", raw.key, "The setting's name")->required()->type_name("");
-        if (value) action->add_option("VALUE", raw.value, "Its new value")->required()->type_name("");
+    const auto add = [&](const char* name, const QString& description, bool key, bool value) {
+        CLI::App* action = settings->add_subcommand(name, help(description));
+        if (key)
+            action->add_option("KEY", raw.key, help(Texts::tr("The setting's name")))
+                ->required()
+                ->type_name("");
+        if (value)
+            action->add_option("VALUE", raw.value, help(Texts::tr("Its new value")))
+                ->required()
+                ->type_name("");
         action->fallthrough();
     };
-    add("list", "Every setting with its value", false, false);
-    add("get", "The value of one setting", true, false);
-    add("set", "Store a value", true, true);
-    add("unset", "Forget the stored value: the default is back", true, false);
-    add("path", "The file in which the settings are stored", false, false);
+    add("list", Texts::tr("Every setting with its value"), false, false);
+    add("get", Texts::tr("The value of one setting"), true, false);
+    add("set", Texts::tr("Store a value"), true, true);
+    add("unset", Texts::tr("Forget the stored value: the default is back"), true, false);
+    add("path", Texts::tr("The file in which the settings are stored"), false, false);
     return settings;
 }
 
@@ -137,7 +160,7 @@ QVariant overrideValue(const QString& text) {
 /// The mistake in a "--set KEY=VALUE"; empty: it was taken.
 QString takeOverride(const QString& assignment, QMap<QString, QVariant>& overrides) {
     const qsizetype equals = assignment.indexOf(u'=');
-    if (equals < 0) return makeString("--set needs KEY=VALUE, not '%@'", assignment);
+    if (equals < 0) return Texts::tr("--set needs KEY=VALUE, not '%1'").arg(assignment);
     const QString key = assignment.left(equals);
     if (!settings::find(key)) return unknownKeyMessage(key);
     overrides.insert(key, overrideValue(assignment.mid(equals + 1)));
@@ -169,21 +192,22 @@ QString firstLine(const char* text) {
 }  // namespace
 
 int wrongUsage(const QString& message, const QString& command) {
-    output::error(makeString("ravelin-cli: %@", message));
+    output::error("ravelin-cli: " + message);
     const QString help =
-        command.isEmpty() ? QString("ravelin-cli --help") : makeString("ravelin-cli %@ --help", command);
-    output::error(makeString("Try '%@'.", help));
+        command.isEmpty() ? QString("ravelin-cli --help") : "ravelin-cli " + command + " --help";
+    output::error(Texts::tr("Try '%1'.").arg(help));
     return exitstatus::kUsage;
 }
 
 QString unknownKeyMessage(const QString& key) {
-    return makeString("there is no setting '%@'; the nearest are %@", key,
-                      settings::nearestKeys(key).join(", "));
+    return Texts::tr("there is no setting '%1'; the nearest are %2")
+        .arg(key, settings::nearestKeys(key).join(", "));
 }
 
 CommandLine CommandLine::parse(int argc, char** argv) {
     Raw raw;
-    CLI::App app("Puts MKV and other movies into MP4 without re-encoding the picture.", "ravelin-cli");
+    CLI::App app(help(Texts::tr("Puts MKV and other movies into MP4 without re-encoding the picture.")),
+                 "ravelin-cli");
     app.set_version_flag(
         "--version", makeString("%@ %@", ApplicationInfo::name(), ApplicationInfo::version()).toStdString());
     app.require_subcommand(1);
@@ -200,7 +224,7 @@ CommandLine CommandLine::parse(int argc, char** argv) {
     };
     CommandLine line;
     const QString unknown = unknownCommand(app, decoded(std::vector<std::string>(argv + 1, argv + argc)));
-    if (!unknown.isEmpty()) return mistake(makeString("there is no command '%@'", unknown), {});
+    if (!unknown.isEmpty()) return mistake(Texts::tr("there is no command '%1'").arg(unknown), {});
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& success) {

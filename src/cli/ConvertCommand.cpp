@@ -8,7 +8,7 @@
 #include "cli/Run.h"
 #include "settings/Keys.h"
 #include "support/base/ApplicationInfo.h"
-#include "support/base/Format.h"
+#include "support/base/Texts.h"
 #include "support/processes/Interruption.h"
 #include "support/store/Defaults.h"
 #include "tool/ToolReaper.h"
@@ -95,19 +95,19 @@ void ConvertCommand::reportProbe(const QString& file, const std::optional<MKVFil
 
 void ConvertCommand::takeRejected(const QString& path) {
     if (m_interrupted) {
-        refuse(path, "The conversion was interrupted.", false);
+        refuse(path, Texts::tr("The conversion was interrupted."), false);
         return;
     }
     reportProbe(path, std::nullopt, std::nullopt);
     const bool wasShown = !m_messages.empty();
-    refuse(path, wasShown ? m_messages.back().message : QString("The file can't be converted."), wasShown);
+    refuse(path, wasShown ? m_messages.back().message : Texts::tr("The file can't be converted."), wasShown);
 }
 
 void ConvertCommand::takeAccepted() {
     MKVFileInfo info = *m_intake.fileInfo();
     const QString file = info.fileURL.toLocalFile();
     if (m_interrupted) {
-        refuseAtHand("The conversion was interrupted.", false);
+        refuseAtHand(Texts::tr("The conversion was interrupted."), false);
         return;
     }
     const auto best = m_intake.bestLanguage();
@@ -125,8 +125,9 @@ std::optional<qsizetype> ConvertCommand::chooseAudio(const QString& file, std::o
     const qsizetype count = m_intake.fileInfo()->audioTrackInformation.size();
     if (!m_options.audio) return best.value_or(0);
     if (*m_options.audio < count) return *m_options.audio;
-    refuseAtHand(makeString("The movie '%@' has %li audio track(s), none with the position %i.", file, count,
-                            *m_options.audio),
+    refuseAtHand(Texts::tr("The movie '%1' has %n audio track(s), none with the position %2.", nullptr,
+                           static_cast<int>(count))
+                     .arg(file, QString::number(*m_options.audio)),
                  false);
     return std::nullopt;
 }
@@ -141,7 +142,7 @@ bool ConvertCommand::chooseDestination(MKVFileInfo& info, QString& problem) cons
             return false;
         }
         if (QFileInfo(path).isDir()) {
-            problem = makeString("The output '%@' is a folder.", path);
+            problem = Texts::tr("The output '%1' is a folder.").arg(path);
             return false;
         }
     } else {
@@ -207,7 +208,8 @@ void ConvertCommand::refuseAtHand(const QString& message, bool wasShown) {
 
 void ConvertCommand::interrupt() {
     m_interrupted = true;
-    const failure::Explanation why{"Conversion Failed", "The conversion was interrupted.", false};
+    const failure::Explanation why{Texts::tr("Conversion Failed"),
+                                   Texts::tr("The conversion was interrupted."), false};
     for (qsizetype i = 0; i < m_queue.count(); ++i) {
         const ConversionJob* job = m_queue.job(i);
         if (!statusNotFinished(job->state())) continue;
@@ -234,15 +236,17 @@ namespace {
 
 /// What is wrong with the options for these inputs; empty: nothing.
 QString mistakeIn(const ConvertOptions& options, const Inputs& inputs) {
-    if (inputs.movies.isEmpty() && inputs.refusals.empty()) return "there is no movie among the files";
+    if (inputs.movies.isEmpty() && inputs.refusals.empty())
+        return Texts::tr("there is no movie among the files");
     if (options.output.isEmpty()) return {};
     if (inputs.movies.size() > 1)
-        return makeString("--output is for a single movie, not for %li", inputs.movies.size());
+        return Texts::tr("--output is for a single movie, not for %1")
+            .arg(QString::number(inputs.movies.size()));
     const bool isSource = inputs.movies.size() == 1 &&
                           destination::isSameFile(absolutePath(options.output), inputs.movies.first());
     // The attempt to write over the source has a message of its own.
     if (isSource || destination::hasOutputExtension(options.output)) return {};
-    return makeString("--output needs a name that ends in .mp4 or .m4v, not '%@'", options.output);
+    return Texts::tr("--output needs a name that ends in .mp4 or .m4v, not '%1'").arg(options.output);
 }
 
 }  // namespace

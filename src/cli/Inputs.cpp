@@ -2,7 +2,7 @@
 
 #include "app/intake/MovieFiles.h"
 #include "support/base/Files.h"
-#include "support/base/Format.h"
+#include "support/base/Texts.h"
 
 #include <QDir>
 #include <QFile>
@@ -18,12 +18,12 @@ QString whyNotReadable(const QString& path) {
     const QFileInfo file(path);
     if (file.isSymLink() && files::fileIsAlias(QUrl::fromLocalFile(path))) return {};
     if (!file.exists() && path.contains(QChar::ReplacementCharacter))
-        return makeString("The name '%@' is not UTF-8. Please rename the file.", path);
-    if (!file.exists()) return makeString("There is no file '%@'.", path);
-    if (file.isDir()) return makeString("'%@' is a folder.", path);
-    if (!file.isFile()) return makeString("'%@' is not a regular file.", path);
+        return Texts::tr("The name '%1' is not UTF-8. Please rename the file.").arg(path);
+    if (!file.exists()) return Texts::tr("There is no file '%1'.").arg(path);
+    if (file.isDir()) return Texts::tr("'%1' is a folder.").arg(path);
+    if (!file.isFile()) return Texts::tr("'%1' is not a regular file.").arg(path);
     if (::access(QFile::encodeName(path).constData(), R_OK) != 0)
-        return makeString("You are not allowed to read the file '%@'.", path);
+        return Texts::tr("You are not allowed to read the file '%1'.").arg(path);
     return {};
 }
 
@@ -43,7 +43,7 @@ Inputs findInputs(const QStringList& paths) {
             const QString reason = whyNotReadable(path);
             inputs.refusals.push_back(
                 {path, reason.isEmpty()
-                           ? makeString("'%@' is neither a movie nor a text subtitle file.", path)
+                           ? Texts::tr("'%1' is neither a movie nor a text subtitle file.").arg(path)
                            : reason});
         }
     };
@@ -57,7 +57,7 @@ Inputs findInputs(const QStringList& paths) {
         for (const QString& file : found)
             take(file);
         if (found.isEmpty()) {
-            inputs.refusals.push_back({path, makeString("There are no movies in the folder '%@'.", path)});
+            inputs.refusals.push_back({path, Texts::tr("There are no movies in the folder '%1'.").arg(path)});
         }
     }
     return inputs;

@@ -9,6 +9,7 @@
 #include "settings/Keys.h"
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Format.h"
+#include "support/base/Texts.h"
 #include "support/processes/Interruption.h"
 #include "support/store/Defaults.h"
 
@@ -28,13 +29,14 @@ void printText(const MKVFileInfo& record, std::optional<qsizetype> bestTrack,
     output::line(record.fileName);
     output::line("  " + record.informationString);
     const auto& tracks = record.audioTrackInformation;
-    if (tracks.isEmpty()) output::line("  Audio: none");
+    if (tracks.isEmpty()) output::line("  " + Texts::tr("Audio: none"));
     for (qsizetype i = 0; i < tracks.size(); ++i) {
-        output::line(makeString("  Audio %li: %@%@", i, tracks[i].text,
-                                QString(bestTrack == i ? "  (preselected)" : "")));
+        output::line("  " + Texts::tr("Audio %1: %2").arg(QString::number(i), tracks[i].text) +
+                     (bestTrack == i ? "  " + Texts::tr("(preselected)") : QString()));
     }
-    output::line("  Subtitles: " +
-                 (record.subtitleTrackIDs.isEmpty() ? QString("none") : joined(record.subtitleTrackIDs)));
+    const auto& subtitles = record.subtitleTrackIDs;
+    output::line("  " + (subtitles.isEmpty() ? Texts::tr("Subtitles: none")
+                                             : Texts::tr("Subtitles: %1").arg(joined(subtitles))));
     for (const auto& message : messages)
         output::line(makeString("  %@: %@", message.title, message.message));
 }

@@ -2,6 +2,7 @@
 
 #include "cli/Output.h"
 #include "support/base/Format.h"
+#include "support/base/Texts.h"
 
 #include <algorithm>
 #include <cmath>
@@ -47,7 +48,8 @@ QString printable(QString name) {
 
 QString progressLine(const ProgressLines::Line& line, int columns) {
     const QString percent = QString::number(static_cast<int>(line.percent)).rightJustified(3) + u'%';
-    const QString figures = makeString(" %@ %@  ETA %@", bar(line.percent), percent, line.remaining);
+    const QString figures =
+        makeString(" %@ %@  ", bar(line.percent), percent) + Texts::tr("ETA %1").arg(line.remaining);
     const int room = std::max(8, columns - 1 - columnsOf(figures));
     return elidedInTheMiddle(printable(line.name), room) + figures;
 }

@@ -3,6 +3,7 @@
 #include "cli/Output.h"
 #include "settings/SettingsTable.h"
 #include "support/base/Format.h"
+#include "support/base/Texts.h"
 #include "support/store/Defaults.h"
 
 #include <QJsonArray>
@@ -41,7 +42,7 @@ void print(const Present& setting, bool asJson, bool withName) {
             {{"key", setting.key}, {"value", jsonValue(setting.value)}, {"isDefault", setting.isDefault}});
     } else if (withName) {
         output::line(makeString("%@ = %@%@", setting.key, settings::textFromValue(setting.value),
-                                QString(setting.isDefault ? "  (default)" : "")));
+                                setting.isDefault ? "  " + Texts::tr("(default)") : QString()));
     } else {
         output::line(settings::textFromValue(setting.value));
     }
@@ -57,12 +58,12 @@ QString typeName(settings::Type type) {
     switch (type) {
         case settings::Type::Integer:
         case settings::Type::Boolean:
-            return "a whole number";
+            return Texts::tr("a whole number");
         case settings::Type::Data:
-            return "text";
+            return Texts::tr("text");
         case settings::Type::DataArray:
         case settings::Type::StringArray:
-            return "a JSON array of texts";
+            return Texts::tr("a JSON array of texts");
     }
     return {};
 }
@@ -77,8 +78,8 @@ int change(const QString& key, const QVariant& value) {
 int set(const settings::Setting& setting, const QString& text) {
     const auto value = settings::valueFromText(setting.type, text);
     if (!value) {
-        return wrongUsage(makeString("'%@' is not %@, which the setting %@ needs", text,
-                                     typeName(setting.type), QString(setting.key)),
+        return wrongUsage(Texts::tr("'%1' is not %2, which the setting %3 needs")
+                              .arg(text, typeName(setting.type), QString(setting.key)),
                           "settings");
     }
     return change(setting.key, *value);

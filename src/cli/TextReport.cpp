@@ -2,8 +2,8 @@
 #include "cli/Output.h"
 #include "cli/ProgressLines.h"
 #include "convert/StatusText.h"
-#include "support/base/Format.h"
 #include "support/base/Text.h"
+#include "support/base/Texts.h"
 
 #include <QDateTime>
 #include <QFileInfo>
@@ -34,7 +34,7 @@ public:
         if (m_redraws) {
             redraw();
         } else {
-            say(makeString("Converting %@", nameOf(job)));
+            say(Texts::tr("Converting %1").arg(nameOf(job)));
         }
     }
 
@@ -44,20 +44,21 @@ public:
 
     void finished(const ConversionJob& job) override {
         m_running.removeOne(&job);
-        say(makeString("Finished %@ -> %@ (%@)", nameOf(job), job.fileInfo().destinationURL.toLocalFile(),
-                       text::formattedTimeFromTimeInterval(conversionSeconds(job))));
+        say(Texts::tr("Finished %1 -> %2 (%3)")
+                .arg(nameOf(job), job.fileInfo().destinationURL.toLocalFile(),
+                     text::formattedTimeFromTimeInterval(conversionSeconds(job))));
     }
 
     void failed(const ConversionJob& job, const failure::Explanation& explanation) override {
         m_running.removeOne(&job);
-        sayError(makeString("Failed %@: %@", nameOf(job), explanation.message));
+        sayError(Texts::tr("Failed %1: %2").arg(nameOf(job), explanation.message));
     }
 
     void refused(const QString& file, const QString& message, bool wasShown) override {
         if (!wasShown) {
-            sayError(makeString("Refused %@: %@", file, message));
+            sayError(Texts::tr("Refused %1: %2").arg(file, message));
         } else if (!message.contains(QFileInfo(file).fileName())) {
-            sayError(makeString("Refused %@", file));  // The message does not say which movie it is about.
+            sayError(Texts::tr("Refused %1").arg(file));  // The message does not say which movie it is about.
         }
     }
 

@@ -4,7 +4,7 @@
 #include "cli/ExitStatus.h"
 #include "cli/Output.h"
 #include "cli/Run.h"
-#include "support/base/Format.h"
+#include "support/base/Texts.h"
 #include "support/processes/Interruption.h"
 
 #include <QCoreApplication>
@@ -15,8 +15,8 @@ namespace {
 
 QString whyNotWatchable(const QString& folder) {
     const QFileInfo info(folder);
-    if (!info.exists()) return makeString("there is no folder '%@'", folder);
-    if (!info.isDir()) return makeString("'%@' is not a folder", folder);
+    if (!info.exists()) return Texts::tr("there is no folder '%1'").arg(folder);
+    if (!info.isDir()) return Texts::tr("'%1' is not a folder").arg(folder);
     return {};
 }
 
@@ -56,7 +56,7 @@ int runWatch(const WatchOptions& options, const CommandLine& line) {
         if (const QString problem = watch.start(folder); !problem.isEmpty()) {
             end(problem);
         } else if (!options.json) {
-            output::line(makeString("Watching %@", folder));
+            output::line(Texts::tr("Watching %1").arg(folder));
         }
     });
     QCoreApplication::exec();

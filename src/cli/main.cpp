@@ -1,4 +1,5 @@
 #include "cli/Commands.h"
+#include "support/base/Translations.h"
 #include "support/base/Utf8Locale.h"
 #include "support/reports/CrashReport.h"
 
@@ -22,6 +23,7 @@ int main(int argc, char** argv) {
     makeSureOfUtf8();
     crashreport::install();
     const QCoreApplication application(argc, argv);
+    installTranslations();
     const CommandLine line = CommandLine::parse(argc, argv);
     return std::visit(RunCommand{line}, line.command);
 }

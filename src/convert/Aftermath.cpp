@@ -4,7 +4,7 @@
 #include "settings/Keys.h"
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Log.h"
-#include "support/base/Text.h"
+#include "support/base/Texts.h"
 #include "support/desktop/Desktop.h"
 #include "support/store/Defaults.h"
 
@@ -16,12 +16,12 @@ void notifyUser(const MKVFileInfo& info, bool hasFailed) {
     const QString name = ApplicationInfo::name();
     Notification notification;
     if (hasFailed) {
-        notification.title = makeString("%@ Conversion Failed", name);
-        notification.text = makeString("%@ has failed to convert the file %@.", name, info.fileName);
+        notification.title = Texts::tr("%1 Conversion Failed").arg(name);
+        notification.text = Texts::tr("%1 has failed to convert the file %2.").arg(name, info.fileName);
     } else {
-        notification.title = makeString("%@ Conversion Finished", name);
-        notification.text = makeString("%@ has finished converting the file %@.", name, info.fileName);
-        notification.action = text::localized("Show");
+        notification.title = Texts::tr("%1 Conversion Finished").arg(name);
+        notification.text = Texts::tr("%1 has finished converting the file %2.").arg(name, info.fileName);
+        notification.action = Texts::tr("Show");
         notification.path = info.destinationURL.toLocalFile();
     }
     sharedDesktop().notify(notification);

@@ -1,7 +1,7 @@
 #include "convert/FailureExplanation.h"
 
-#include "support/base/Format.h"
 #include "support/base/Text.h"
+#include "support/base/Texts.h"
 
 #include <algorithm>
 
@@ -16,46 +16,38 @@ struct Rule {
 };
 
 constexpr const char* kNoSpace = "No space left on device";
-constexpr const char* kCodecNotInContainer =
-    "Movie conversion failed because you are trying to convert a movie with a video track that can't be "
-    "embedded into "
-    "MP4s.";
+constexpr const char* kCodecNotInContainer = RAVELIN_TEXT(
+    "Movie conversion failed because you are trying to convert a movie with a video track that can't be embedded into MP4s.");
 
 const QList<Rule>& rules() {
-    static const char* const volumeTrouble =
-        "Movie conversion failed but it seems the reason is that the disk or network volume to save the "
-        "movie is having "
-        "problems. Try converting to a reliable disk and copying the file to its destination later.";
+    static const char* const volumeTrouble = RAVELIN_TEXT(
+        "Movie conversion failed but it seems the reason is that the disk or network volume to save the movie is having problems. Try converting to a reliable disk and copying the file to its destination later.");
     static const QList<Rule> list = {
         {{kNoSpace},
-         "Movie conversion failed because there is not enough free space left on the destination volume. "
-         "Please make sure "
-         "your harddisk has enough free space before starting conversion"},
+         RAVELIN_TEXT(
+             "Movie conversion failed because there is not enough free space left on the destination volume. Please make sure your harddisk has enough free space before starting conversion")},
         {{"Operation timed out"}, volumeTrouble},
         {{"Bad file descriptor"}, volumeTrouble},
         {{"Read error at pos", "Error while decoding stream"},
-         "Movie conversion failed because the movie seems to be too damaged to convert - playback may work "
-         "but converting it "
-         "is impossible."},
+         RAVELIN_TEXT(
+             "Movie conversion failed because the movie seems to be too damaged to convert - playback may work but converting it is impossible.")},
         {{kUserRemoved},
-         "Movie conversion failed because you've removed/renamed the source movie file or unmounted its "
-         "volume."},
+         RAVELIN_TEXT(
+             "Movie conversion failed because you've removed/renamed the source movie file or unmounted its volume.")},
         {{kFreeSpace},
-         "The converted file can't be saved on the destination volume as there is not enough free space or "
-         "it doesn't "
-         "support large files."},
+         RAVELIN_TEXT(
+             "The converted file can't be saved on the destination volume as there is not enough free space or it doesn't support large files.")},
         {{"track 0: could not find tag, codec not currently supported in container"}, kCodecNotInContainer},
         // Newer tools name the codec. The first stream of an output is its picture.
         {{"Could not find tag for codec", "in stream #0, codec not currently supported in container"},
          kCodecNotInContainer},
         {{kToolMissing},
-         "Movie conversion failed because the conversion tool could not be started. Please install the "
-         "application again."},
+         RAVELIN_TEXT(
+             "Movie conversion failed because the conversion tool could not be started. Please install the application again.")},
         {{kOutputIncomplete}, volumeTrouble},
         {{kTruncated},
-         "Movie conversion failed because the movie is incomplete: the file ends before the movie does. "
-         "Please copy or "
-         "download it again. The source movie was left as it is."},
+         RAVELIN_TEXT(
+             "Movie conversion failed because the movie is incomplete: the file ends before the movie does. Please copy or download it again. The source movie was left as it is.")},
     };
     return list;
 }
@@ -67,11 +59,11 @@ const QStringList kUnread = {"File ended prematurely", ": partial file", "corrup
 const QStringList kUndecoded = {"Invalid UTF-8 in decoded subtitles text", "Unable to recode subtitle event"};
 
 Explanation failed(const char* message) {
-    return {text::localized("Conversion Failed"), text::localized(message), false};
+    return {Texts::tr("Conversion Failed"), text::localized(message), false};
 }
 
 Explanation information(const QString& message, bool offersSupport) {
-    return {text::localized("Information"), message, offersSupport};
+    return {Texts::tr("Information"), message, offersSupport};
 }
 
 }  // namespace
@@ -84,25 +76,21 @@ Explanation explain(const Facts& facts) {
     }
     if (facts.embeddedSubtitlesWereUsed) {
         return information(
-            text::localized(
-                "A problem occured - this is most likely related to the subtitles embedded into the movie. "
-                "Please "
-                "disable conversion of 'Internal MKV Subtitles' in the preferences and try again."),
+            Texts::tr(
+                "A problem occured - this is most likely related to the subtitles embedded into the movie. Please disable conversion of 'Internal MKV Subtitles' in the preferences and try again."),
             false);
     }
     if (facts.hasSubtitleFile) {
-        return information(text::localized("A problem occured - this is most likely related to the subtitle "
-                                           "file you have specified. Please "
-                                           "either specify the correct 'External SRT Encoding' in the "
-                                           "preferences or just try again without "
-                                           "the subtitle file."),
-                           false);
+        return information(
+            Texts::tr(
+                "A problem occured - this is most likely related to the subtitle file you have specified. Please either specify the correct 'External SRT Encoding' in the preferences or just try again without the subtitle file."),
+            false);
     }
     constexpr qsizetype kShown = 400;
     return information(
-        makeString("A problem prevented the file from being converted. You can contact our support with this "
-                   "information so that we can fix this problem.\n\nCommand-line: %@\nCommand-output: %@",
-                   facts.arguments.join(u' '), text::clamp(facts.output, kShown)),
+        Texts::tr(
+            "A problem prevented the file from being converted. You can contact our support with this information so that we can fix this problem.\n\nCommand-line: %1\nCommand-output: %2")
+            .arg(facts.arguments.join(u' '), text::clamp(facts.output, kShown)),
         true);
 }
 

@@ -1,19 +1,19 @@
 #include "convert/JobState.h"
 
-#include "support/base/Text.h"
+#include "support/base/Texts.h"
 
 QString nameOfState(JobState state) {
     switch (state) {
         case JobState::Queued:
-            return text::localized("Queued");
+            return Texts::tr("Queued");
         case JobState::Converting:
-            return text::localized("Converting");
+            return Texts::tr("Converting");
         case JobState::Paused:
-            return text::localized("Paused");
+            return Texts::tr("Paused");
         case JobState::Finished:
-            return text::localized("Finished");
+            return Texts::tr("Finished");
         case JobState::Failed:
-            return text::localized("Failed");
+            return Texts::tr("Failed");
     }
     return {};
 }

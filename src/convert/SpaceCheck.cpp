@@ -1,6 +1,6 @@
 #include "convert/SpaceCheck.h"
 
-#include "support/base/Text.h"
+#include "support/base/Texts.h"
 
 namespace spacecheck {
 
@@ -15,9 +15,9 @@ QString message(Verdict verdict) {
         case Verdict::Enough:
             return {};
         case Verdict::TooLittleSpace:
-            return text::localized("There is not enough free space on your target disk for conversion.");
+            return Texts::tr("There is not enough free space on your target disk for conversion.");
         case Verdict::NoLargeFiles:
-            return text::localized("Your target disk doesn't support large files.");
+            return Texts::tr("Your target disk doesn't support large files.");
     }
     return {};
 }

@@ -1,7 +1,7 @@
 #include "convert/StatusText.h"
 
-#include "support/base/Format.h"
 #include "support/base/Text.h"
+#include "support/base/Texts.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,11 +14,11 @@ constexpr double kLongestSeconds = 18000;
 QString audioText(const QString& base, const StatusFacts& facts) {
     const auto& tracks = facts.audioTracks;
     if (facts.audioTrackIndex < 0 || facts.audioTrackIndex >= tracks.size()) return base;
-    const QString text = makeString("%@   Audio: %@", base, tracks[facts.audioTrackIndex].description());
+    const QString text = Texts::tr("%1   Audio: %2").arg(base, tracks[facts.audioTrackIndex].description());
     if (tracks.size() < 2) return text;
     const qsizetype last = tracks.size() - 1;
     const qsizetype discarded = last == facts.audioTrackIndex ? last - 1 : last;
-    return makeString("%@ (Discarded: %@)", text, tracks[discarded].description());
+    return Texts::tr("%1 (Discarded: %2)").arg(text, tracks[discarded].description());
 }
 
 }  // namespace
@@ -31,18 +31,18 @@ double remainingSeconds(double progress, double elapsedSeconds) {
 }
 
 QString stateInfoString(const StatusFacts& facts) {
-    const QString base = text::localized("Status: ") + nameOfState(facts.state);
+    const QString base = Texts::tr("Status: %1").arg(nameOfState(facts.state));
     switch (facts.state) {
         case JobState::Failed:
-            return makeString("%@   Click the arrow at the right to get more information.", base);
+            return Texts::tr("%1   Click the arrow at the right to get more information.").arg(base);
         case JobState::Finished:
-            return base + makeString(" [Conversion took: %@]",
-                                     text::formattedTimeFromTimeInterval(facts.conversionSeconds));
+            return base + Texts::tr(" [Conversion took: %1]")
+                              .arg(text::formattedTimeFromTimeInterval(facts.conversionSeconds));
         case JobState::Converting: {
             const QString text = audioText(base, facts);
             if (std::isnan(facts.elapsedSeconds)) return text;
             const double remaining = remainingSeconds(facts.progress, facts.elapsedSeconds);
-            return makeString("%@   ETA: %@", text, text::formattedTimeFromTimeInterval(remaining));
+            return Texts::tr("%1   ETA: %2").arg(text, text::formattedTimeFromTimeInterval(remaining));
         }
         case JobState::Queued:
         case JobState::Paused:

@@ -1,7 +1,7 @@
 #include "tool/Tool.h"
 
 #include "support/base/ApplicationInfo.h"
-#include "support/base/Format.h"
+#include "support/base/Texts.h"
 #include "support/processes/ChildProcess.h"
 #include "support/processes/ProcessRunner.h"
 
@@ -23,14 +23,13 @@ QString path() {
 QString problem() {
     const QFileInfo file(path());
     if (!file.isFile()) {
-        return makeString("The conversion tool is missing, it should be at '%@'. Please install %@ again.",
-                          path(), ApplicationInfo::name());
+        return Texts::tr("The conversion tool is missing, it should be at '%1'. Please install %2 again.")
+            .arg(path(), ApplicationInfo::name());
     }
     if (!file.isExecutable()) {
-        return makeString(
-            "The conversion tool at '%@' can't be started because it is not executable. Please install %@ "
-            "again.",
-            path(), ApplicationInfo::name());
+        return Texts::
+            tr("The conversion tool at '%1' can't be started because it is not executable. Please install %2 again.")
+                .arg(path(), ApplicationInfo::name());
     }
     return {};
 }

@@ -7,6 +7,7 @@
 #include "feedback/PXRatingWindowController.h"
 #include "support/alerts/Alert.h"
 #include "support/base/ApplicationInfo.h"
+#include "support/base/Translations.h"
 #include "support/desktop/SingleInstance.h"
 #include "support/processes/Interruption.h"
 #include "support/reports/CrashLogs.h"
@@ -120,6 +121,7 @@ int runApplication(int& argc, char** argv) {
     const QString token = SingleInstance::tokenFromEnvironment();
     QApplication application(argc, argv);
     describeApplication();
+    installTranslations();
     const QStringList paths = parseCommandLine();
 
     logrings::install();

@@ -1,23 +1,23 @@
 #include "app/destinations/DestinationPopUp.h"
 
-#include "support/base/Text.h"
+#include "support/base/Texts.h"
 
 namespace {
 
 using Kind = DestinationItem::Kind;
 
 QList<DestinationItem> itemsFor(DestinationPopUp::Place place, const QStringList& names) {
-    QList<DestinationItem> items{{Kind::Ask, text::localized("Ask for each movie")},
-                                 {Kind::NextToSource, text::localized("Next to the movie")}};
+    QList<DestinationItem> items{{Kind::Ask, Texts::tr("Ask for each movie")},
+                                 {Kind::NextToSource, Texts::tr("Next to the movie")}};
     if (!names.isEmpty()) {
         items.append({Kind::Separator, {}});
         for (const QString& name : names)
             items.append({Kind::Folder, name});
     }
     items.append({Kind::Separator, {}});
-    items.append({Kind::Choose, text::localized("Choose a Folder…")});
+    items.append({Kind::Choose, Texts::tr("Choose a Folder…")});
     if (place == DestinationPopUp::Place::Preferences)
-        items.append({Kind::Clear, text::localized("Forget All Folders")});
+        items.append({Kind::Clear, Texts::tr("Forget All Folders")});
     return items;
 }
 

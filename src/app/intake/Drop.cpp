@@ -1,8 +1,7 @@
 #include "app/intake/Drop.h"
 
 #include "app/intake/MovieFiles.h"
-#include "support/base/Format.h"
-#include "support/base/Text.h"
+#include "support/base/Texts.h"
 
 #include <QDirIterator>
 #include <QElapsedTimer>
@@ -48,13 +47,13 @@ bool isAccepted(const QStringList& paths) {
 
 QString refusal(const QList<QUrl>& urls) {
     const QStringList dropped = paths(urls);
-    if (dropped.isEmpty()) return text::localized("Only files of this computer can be dropped here.");
+    if (dropped.isEmpty()) return Texts::tr("Only files of this computer can be dropped here.");
     if (std::ranges::all_of(dropped, moviefiles::isSubtitle))
-        return text::localized("A subtitle file needs its movie: drop both together.");
+        return Texts::tr("A subtitle file needs its movie: drop both together.");
     const QString name = QFileInfo(dropped.first()).fileName();
-    if (dropped.size() > 1) return text::localized("None of these files is a movie.");
-    return QFileInfo(dropped.first()).isDir() ? makeString("There is no movie in the folder “%@”.", name)
-                                              : makeString("“%@” is not a movie.", name);
+    if (dropped.size() > 1) return Texts::tr("None of these files is a movie.");
+    return QFileInfo(dropped.first()).isDir() ? Texts::tr("There is no movie in the folder “%1”.").arg(name)
+                                              : Texts::tr("“%1” is not a movie.").arg(name);
 }
 
 }  // namespace drop

@@ -2,7 +2,7 @@
 
 #include "app/watching/FolderWatch.h"
 #include "support/base/Log.h"
-#include "support/base/Text.h"
+#include "support/base/Texts.h"
 #include "support/desktop/Desktop.h"
 #include "support/store/Defaults.h"
 #include "support/store/FolderAccess.h"
@@ -102,7 +102,7 @@ void WatchFolder::onEnded(const FolderWatch* watch, const QString& reason) {
     m_current = nullptr;
     setDefaultInt(kActive, 0);
     say(reason);
-    sharedDesktop().notify({text::localized("The watch folder is off"), reason, {}, {}});
+    sharedDesktop().notify({Texts::tr("The watch folder is off"), reason, {}, {}});
 }
 
 void WatchFolder::say(const QString& text) {
@@ -123,12 +123,13 @@ bool WatchFolder::isWatching() const {
 
 QString WatchFolder::stateText() const {
     if (!isWatching()) {
-        const QString off = text::localized("Off.");
+        const QString off = Texts::tr("Off.");
         return m_problem.isEmpty() ? off : off + u' ' + m_problem;
     }
     const QStringList waiting = m_current->waiting();
     if (waiting.size() == 1)
-        return makeString("Waiting for “%@” to be complete.", QFileInfo(waiting.first()).fileName());
-    if (!waiting.isEmpty()) return makeString("Waiting for %li files to be complete.", waiting.size());
-    return m_problem.isEmpty() ? text::localized("Watching.") : m_problem;
+        return Texts::tr("Waiting for “%1” to be complete.").arg(QFileInfo(waiting.first()).fileName());
+    if (!waiting.isEmpty())
+        return Texts::tr("Waiting for %n file(s) to be complete.", nullptr, static_cast<int>(waiting.size()));
+    return m_problem.isEmpty() ? Texts::tr("Watching.") : m_problem;
 }

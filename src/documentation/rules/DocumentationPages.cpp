@@ -1,7 +1,7 @@
 #include "documentation/rules/DocumentationPages.h"
 
 #include "support/base/ApplicationInfo.h"
-#include "support/base/Text.h"
+#include "support/base/Texts.h"
 
 #include <QDir>
 
@@ -9,22 +9,21 @@ namespace documentation {
 
 namespace {
 
-DocumentationPage html(const char* title, const QString& name) {
+DocumentationPage html(const QString& title, const QString& name) {
     const QString online = ApplicationInfo::value("DocumentationURL");
-    return {text::localized(title), name, online.isEmpty() ? QString() : online + name,
-            DocumentationPage::Kind::Html};
+    return {title, name, online.isEmpty() ? QString() : online + name, DocumentationPage::Kind::Html};
 }
 
 }  // namespace
 
 QList<DocumentationPage> pages() {
-    return {html("Quick Start", "quick-start.html"),
-            html("Audio and Players", "audio-and-players.html"),
-            html("Subtitles", "subtitles.html"),
-            html("Troubleshooting", "troubleshooting.html"),
-            html("What's New", "whats-new.html"),
+    return {html(Texts::tr("Quick Start"), "quick-start.html"),
+            html(Texts::tr("Audio and Players"), "audio-and-players.html"),
+            html(Texts::tr("Subtitles"), "subtitles.html"),
+            html(Texts::tr("Troubleshooting"), "troubleshooting.html"),
+            html(Texts::tr("What's New"), "whats-new.html"),
             // What was licensed with this very copy: no newer one replaces it.
-            {text::localized("Licences"), "licences.rtf", {}, DocumentationPage::Kind::Rtf}};
+            {Texts::tr("Licences"), "licences.rtf", {}, DocumentationPage::Kind::Rtf}};
 }
 
 QString folder() {

@@ -1,21 +1,13 @@
 #include "support/relocation/PXAppMovedHandler.h"
 
 #include "support/alerts/Alert.h"
+#include "support/base/ApplicationInfo.h"
 #include "support/base/Files.h"
 #include "support/base/Log.h"
-#include "support/base/Text.h"
+#include "support/base/Texts.h"
 #include "support/relocation/MountWatch.h"
 
 #include <QPointer>
-
-namespace {
-
-/// The text in the user's language with the application's name.
-QString named(const char* text) {
-    return text::replaced(text::localized(text), "%@", ApplicationInfo::name());
-}
-
-}  // namespace
 
 void PXAppVolumeRenamedObserver::watch(const QString& oldVolume, const QString& newVolume) const {
     if (oldVolume.isEmpty() || !files::isAtOrBelow(path, oldVolume)) return;
@@ -69,15 +61,17 @@ void PXAppMovedHandler::offerRestart(const QString& newPath) {
     follow(newPath);
     const QPointer<PXAppMovedHandler> self(this);
     alert_apptitled(
-        named("%@ has been moved, but applications should never be moved while they are running."),
-        named("Restart %@"));
+        Texts::tr("%1 has been moved, but applications should never be moved while they are running.")
+            .arg(ApplicationInfo::name()),
+        Texts::tr("Restart %1").arg(ApplicationInfo::name()));
     if (!self) return;
     // It may have been moved again before the user answered.
     const QString now = m_moveWatch.currentPath();
     const QString place = now.isEmpty() ? newPath : now;
     m_restart.giveWay(place, [launch = m_restart.launch, place] {
         if (launch(place)) return;
-        alert_apptitled(named("%@ could not restart itself. Please do so yourself."),
-                        text::localized("Quit"));
+        alert_apptitled(
+            Texts::tr("%1 could not restart itself. Please do so yourself.").arg(ApplicationInfo::name()),
+            Texts::tr("Quit"));
     });
 }

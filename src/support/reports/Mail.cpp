@@ -5,7 +5,7 @@
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Files.h"
 #include "support/base/Format.h"
-#include "support/base/Text.h"
+#include "support/base/Texts.h"
 #include "support/desktop/Desktop.h"
 #include "support/store/Defaults.h"
 
@@ -28,11 +28,10 @@ QString written(const Message& message, const QString& body) {
 }
 
 bool userAgrees(const Message& message) {
-    const QString prompt = text::localized(
-        "This will be sent to support when you send the mail. The preferences, which you can read here, are "
-        "encoded in it.");
+    const QString prompt = Texts::tr(
+        "This will be sent to support when you send the mail. The preferences, which you can read here, are encoded in it.");
     return alert_outputtext(prompt, written(message, *message.readableBody),
-                            {text::localized("Open Mail"), text::localized("Cancel")}) == kAlertFirstButton;
+                            {Texts::tr("Open Mail"), Texts::tr("Cancel")}) == kAlertFirstButton;
 }
 
 /// The file's path; nothing when it could not be written.
@@ -59,23 +58,24 @@ void tellNotOpened(const Message& message, std::optional<QString> file) {
     if (sharedDesktop().copyToClipboard(text)) {
         if (file) QFile::remove(*file);
         alert_apptitled(
-            makeString("The mail could not be opened in a mail program. Its text has been copied: "
-                       "please paste it into a mail to %@ before you close this message.",
-                       message.address),
-            "OK");
+            Texts::tr(
+                "The mail could not be opened in a mail program. Its text has been copied: please paste it into a mail to %1 before you close this message.")
+                .arg(message.address),
+            Texts::tr("OK"));
         return;
     }
     if (!file) file = saved(message);
     if (file) {
-        alert_apptitled(makeString("The mail could not be opened in a mail program. Its text is in the file "
-                                   "'%@'. Please send it to %@.",
-                                   *file, message.address),
-                        "OK");
+        alert_apptitled(
+            Texts::tr(
+                "The mail could not be opened in a mail program. Its text is in the file '%1'. Please send it to %2.")
+                .arg(*file, message.address),
+            Texts::tr("OK"));
     } else {
         alert_outputtext(
-            makeString("The mail could not be opened in a mail program. Please send this text to %@.",
-                       message.address),
-            text, {"OK"});
+            Texts::tr("The mail could not be opened in a mail program. Please send this text to %1.")
+                .arg(message.address),
+            text, {Texts::tr("OK")});
     }
 }
 

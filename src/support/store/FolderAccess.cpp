@@ -1,6 +1,6 @@
 #include "support/store/FolderAccess.h"
 
-#include "support/base/Format.h"
+#include "support/base/Texts.h"
 
 #include <QDir>
 #include <QFile>
@@ -20,10 +20,10 @@ QHash<QString, int>& counts() {
 
 QString whyNotUsable(const QString& folder) {
     const QFileInfo info(folder);
-    if (!info.exists()) return makeString("The folder '%@' does not exist.", folder);
-    if (!info.isDir()) return makeString("'%@' is not a folder.", folder);
+    if (!info.exists()) return Texts::tr("The folder '%1' does not exist.").arg(folder);
+    if (!info.isDir()) return Texts::tr("'%1' is not a folder.").arg(folder);
     if (::access(QFile::encodeName(folder).constData(), X_OK) != 0)
-        return makeString("The folder '%@' may not be entered.", folder);
+        return Texts::tr("The folder '%1' may not be entered.").arg(folder);
     return {};
 }
 

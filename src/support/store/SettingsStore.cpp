@@ -2,7 +2,7 @@
 
 #include "support/base/FileLock.h"
 #include "support/base/Files.h"
-#include "support/base/Format.h"
+#include "support/base/Texts.h"
 #include "support/store/SettingsFile.h"
 
 #include <QDir>
@@ -23,9 +23,10 @@ SettingsStore::SettingsStore(QString filePath) : m_filePath(std::move(filePath))
             break;
         case settingsfile::ReadResult::Unreadable:
             m_unreadable = true;
-            m_problem = makeString(
-                "The settings in '%@' can't be read. Default settings are used and changes are not saved.",
-                m_filePath);
+            m_problem =
+                Texts::tr(
+                    "The settings in '%1' can't be read. Default settings are used and changes are not saved.")
+                    .arg(m_filePath);
             break;
         case settingsfile::ReadResult::Damaged:
             keepAside();
@@ -36,13 +37,14 @@ SettingsStore::SettingsStore(QString filePath) : m_filePath(std::move(filePath))
 void SettingsStore::keepAside() {
     const QString aside = files::uniqueFile(files::withoutExtension(m_filePath) + "-damaged.json");
     if (QFile::rename(m_filePath, aside)) {
-        m_problem = makeString(
-            "The settings file was damaged. It is kept as '%@'; default settings are used.", aside);
+        m_problem = Texts::tr("The settings file was damaged. It is kept as '%1'; default settings are used.")
+                        .arg(aside);
     } else {
         m_unreadable = true;
-        m_problem = makeString(
-            "The settings file '%@' is damaged. Default settings are used and changes are not saved.",
-            m_filePath);
+        m_problem =
+            Texts::tr(
+                "The settings file '%1' is damaged. Default settings are used and changes are not saved.")
+                .arg(m_filePath);
     }
 }
 
@@ -102,7 +104,7 @@ bool SettingsStore::synchronise() {
     QDir().mkpath(QFileInfo(m_filePath).path());
     FileLock fileLock(m_filePath + ".lock");
     if (!fileLock.lock(kLockWaitMilliseconds)) {
-        m_problem = makeString("The settings can't be saved: '%@' can't be locked.", m_filePath);
+        m_problem = Texts::tr("The settings can't be saved: '%1' can't be locked.").arg(m_filePath);
         return false;
     }
     QVariantMap merged;
@@ -119,7 +121,7 @@ bool SettingsStore::synchronise() {
             break;
         case settingsfile::ReadResult::Unreadable:
             m_problem =
-                makeString("The settings in '%@' can't be read, so changes are not saved.", m_filePath);
+                Texts::tr("The settings in '%1' can't be read, so changes are not saved.").arg(m_filePath);
             return false;
     }
     for (const QString& key : std::as_const(m_changed)) {
@@ -131,7 +133,7 @@ bool SettingsStore::synchronise() {
     }
     QString error;
     if (!settingsfile::write(m_filePath, merged, error)) {
-        m_problem = makeString("The settings can't be saved in '%@': %@", m_filePath, error);
+        m_problem = Texts::tr("The settings can't be saved in '%1': %2").arg(m_filePath, error);
         return false;
     }
     m_stored = merged;

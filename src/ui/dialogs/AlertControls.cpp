@@ -1,6 +1,6 @@
 #include "ui/dialogs/AlertControls.h"
 
-#include "support/base/Text.h"
+#include "support/base/Texts.h"
 #include "ui/look/Icons.h"
 
 #include <QAbstractItemView>
@@ -99,7 +99,7 @@ private:
     void setColor(const QColor& color) {
         m_color = color;
         setToolTip(value());
-        setAccessibleName(text::localized("Color") + u' ' + value());
+        setAccessibleName(Texts::tr("Color") + u' ' + value());
         update();
     }
 

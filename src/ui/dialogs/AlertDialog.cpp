@@ -1,7 +1,7 @@
 #include "ui/dialogs/AlertDialog.h"
 
 #include "support/base/ApplicationInfo.h"
-#include "support/base/Text.h"
+#include "support/base/Texts.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -97,7 +97,7 @@ AlertDialog::AlertDialog(const Alert& alert, QWidget* parent) : QDialog(parent) 
 
 void AlertDialog::addButtons(const std::vector<AlertButton>& buttons) {
     const std::vector<AlertButton> shown =
-        buttons.empty() ? std::vector<AlertButton>{text::localized("OK")} : buttons;
+        buttons.empty() ? std::vector<AlertButton>{Texts::tr("OK")} : buttons;
     const long last = static_cast<long>(shown.size()) - 1;
     for (long position = 0; position <= last; ++position) {
         const AlertButton& given = shown[static_cast<size_t>(position)];

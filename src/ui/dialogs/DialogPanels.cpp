@@ -1,7 +1,7 @@
 #include "ui/dialogs/DialogPanels.h"
 
 #include "support/base/Files.h"
-#include "support/base/Text.h"
+#include "support/base/Texts.h"
 
 #include <QDir>
 #include <QFileDialog>
@@ -63,11 +63,11 @@ QFileDialog* DialogPanels::makeDialog(Over over, const QString& title) {
 
 void DialogPanels::chooseFiles(const QStringList& extensions,
                                std::function<void(const QStringList&)> chosen) {
-    QFileDialog* dialog = makeDialog(Over::MainWindow, text::localized("Add Movies"));
+    QFileDialog* dialog = makeDialog(Over::MainWindow, Texts::tr("Add Movies"));
     dialog->setFileMode(QFileDialog::ExistingFiles);
     dialog->setOption(QFileDialog::HideNameFilterDetails);
-    dialog->setNameFilters({text::localized("Movies and subtitles") + " (" + patterns(extensions) + u')',
-                            text::localized("All files") + " (*)"});
+    dialog->setNameFilters({Texts::tr("Movies and subtitles") + " (" + patterns(extensions) + u')',
+                            Texts::tr("All files") + " (*)"});
     QObject::connect(dialog, &QDialog::accepted, dialog, [dialog, chosen = std::move(chosen)] {
         if (const QStringList paths = localPaths(*dialog); !paths.isEmpty()) chosen(paths);
     });
@@ -76,7 +76,7 @@ void DialogPanels::chooseFiles(const QStringList& extensions,
 
 void DialogPanels::chooseFolder(Over over, const QString& startingIn,
                                 std::function<void(const QString&)> chosen) {
-    QFileDialog* dialog = makeDialog(over, text::localized("Choose a Folder"));
+    QFileDialog* dialog = makeDialog(over, Texts::tr("Choose a Folder"));
     dialog->setFileMode(QFileDialog::Directory);
     dialog->setOption(QFileDialog::ShowDirsOnly);
     startIn(*dialog, startingIn);
@@ -88,10 +88,10 @@ void DialogPanels::chooseFolder(Over over, const QString& startingIn,
 
 void DialogPanels::saveFile(const QString& startingIn, const QString& fileName, const QString& extension,
                             std::function<void(const QString&)> chosen) {
-    QFileDialog* dialog = makeDialog(Over::MainWindow, text::localized("Save Movie"));
+    QFileDialog* dialog = makeDialog(Over::MainWindow, Texts::tr("Save Movie"));
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setFileMode(QFileDialog::AnyFile);
-    dialog->setNameFilters({text::localized("Movies") + " (" + patterns({extension}) + u')'});
+    dialog->setNameFilters({Texts::tr("Movies") + " (" + patterns({extension}) + u')'});
     startIn(*dialog, startingIn);
     // Qt's own panel takes quotation marks for those around several names.
     const bool isQtsOwn = dialog->findChild<QLineEdit*>("fileNameEdit") != nullptr;

@@ -25,7 +25,7 @@ AboutWindow::AboutWindow(const QString& version, const QString& build, QWidget* 
     : QWidget(parent, Qt::Dialog), m_ui(std::make_unique<Ui::AboutWindow>()) {
     setAttribute(Qt::WA_DeleteOnClose);
     m_ui->setupUi(this);
-    setWindowTitle(makeString("About %@", ApplicationInfo::name()));
+    setWindowTitle(tr("About %1").arg(ApplicationInfo::name()));
     m_ui->iconLabel->setPixmap(applicationIcon().pixmap(QSize(kIconSize, kIconSize), devicePixelRatioF()));
     QFont large = m_ui->nameLabel->font();
     large.setPointSize(22);
@@ -51,7 +51,7 @@ void AboutWindow::copyVersion() const {
     QGuiApplication::clipboard()->setText(
         makeString("%@ %@ (%i), %@", ApplicationInfo::name(), ApplicationInfo::version(),
                    ApplicationInfo::buildNumber(), operatingSystemVersionString()));
-    m_ui->copyButton->setText(text::localized("Copied"));
+    m_ui->copyButton->setText(tr("Copied"));
 }
 
 void AboutWindow::keyPressEvent(QKeyEvent* event) {

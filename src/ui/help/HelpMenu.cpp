@@ -1,7 +1,7 @@
 #include "ui/help/HelpMenu.h"
 
 #include "app/AppDelegate.h"
-#include "support/base/Text.h"
+#include "support/base/Texts.h"
 #include "support/reports/QuillonLib.h"
 #include "ui/help/AboutWindow.h"
 
@@ -24,7 +24,7 @@ void showThatUpdatesAreFetched(AppDelegate& delegate, bool isFetching) {
     } else {
         QApplication::restoreOverrideCursor();
     }
-    Q_EMIT delegate.statusMessage(isFetching ? text::localized("Looking for updates…") : QString());
+    Q_EMIT delegate.statusMessage(isFetching ? Texts::tr("Looking for updates…") : QString());
 }
 
 }  // namespace

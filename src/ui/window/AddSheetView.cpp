@@ -60,7 +60,8 @@ void AddSheetView::refresh() {
     const bool becameReady = isReady && !std::exchange(m_isReady, isReady);
     if (!isReady && hasFocusWithin()) setFocus();
     m_ui->nameLabel->setText(QFileInfo(m_sheet->path()).fileName());
-    m_ui->waitingLabel->setText(waiting > 0 ? makeString("%li more to come", waiting) : QString());
+    m_ui->waitingLabel->setText(waiting > 0 ? tr("%n more to come", nullptr, static_cast<int>(waiting))
+                                            : QString());
     m_ui->informationLabel->setText(isReady ? m_sheet->informationString() : tr("Reading the movie…"));
     m_ui->busyBar->setVisible(!isReady);
     m_ui->cancelAllButton->setVisible(waiting > 0);

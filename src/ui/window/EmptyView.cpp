@@ -34,9 +34,9 @@ EmptyView::EmptyView(QWidget* parent) : QWidget(parent) {
     large.setPointSizeF(large.pointSizeF() * kLarger);
     large.setWeight(QFont::Medium);
     title->setFont(large);
-    auto* sentence = new QLabel(tr("Ravelin puts them into MP4 and leaves the picture as it is. Drop "
-                                   "subtitle files along with them."),
-                                this);
+    auto* sentence = new QLabel(
+        tr("Ravelin puts them into MP4 and leaves the picture as it is. Drop subtitle files along with them."),
+        this);
     sentence->setWordWrap(true);
     sentence->setAlignment(Qt::AlignHCenter);
     constexpr int kComfortable = 420;

@@ -1,6 +1,6 @@
 #include "watch/events/DirectoryObserver.h"
 
-#include "support/base/Format.h"
+#include "support/base/Texts.h"
 #include "watch/events/EventReader.h"
 
 #include <QDeadlineTimer>
@@ -40,7 +40,7 @@ std::unique_ptr<DirectoryObserver> DirectoryObserver::startObserving(const QStri
                                                                      QString* error,
                                                                      std::chrono::milliseconds latency) {
     auto watch = std::make_unique<Watch>(path, withFileLevelEvents);
-    const QString why = path.isEmpty() ? QString("No folder was given.") : watch->tree.start();
+    const QString why = path.isEmpty() ? Texts::tr("No folder was given.") : watch->tree.start();
     if (error) *error = why;
     if (!why.isEmpty()) return nullptr;
     return std::unique_ptr<DirectoryObserver>(
@@ -143,8 +143,8 @@ void DirectoryObserver::deliver() {
 }
 
 QString DirectoryObserver::movedAway() const {
-    return makeString("The watched folder “%@” is not in its place any more.",
-                      QString::fromStdString(m_watch->tree.rootPath()));
+    return Texts::tr("The watched folder “%1” is not in its place any more.")
+        .arg(QString::fromStdString(m_watch->tree.rootPath()));
 }
 
 void DirectoryObserver::end(const QString& reason) {

@@ -1,6 +1,6 @@
 #include "watch/events/EventReader.h"
 
-#include "support/base/Format.h"
+#include "support/base/Texts.h"
 
 #include <sys/inotify.h>
 #include <sys/stat.h>
@@ -62,11 +62,11 @@ bool EventReader::takeAboutFolder(const Inotify::Event& event) {
     if (event.watch == m_watch.root()) {
         const QString path = QString::fromStdString(m_watch.rootPath());
         if ((event.mask & IN_UNMOUNT) != 0)
-            m_endReason = makeString("The volume of the watched folder “%@” was unmounted.", path);
+            m_endReason = Texts::tr("The volume of the watched folder “%1” was unmounted.").arg(path);
         else if ((event.mask & IN_MOVE_SELF) != 0)
-            m_endReason = makeString("The watched folder “%@” was moved.", path);
+            m_endReason = Texts::tr("The watched folder “%1” was moved.").arg(path);
         else if ((event.mask & (IN_DELETE_SELF | IN_IGNORED)) != 0)
-            m_endReason = makeString("The watched folder “%@” was removed.", path);
+            m_endReason = Texts::tr("The watched folder “%1” was removed.").arg(path);
     } else if ((event.mask & IN_UNMOUNT) != 0) {
         // What the mount hid comes to light; it is not new.
         const int parent = m_watch.tree().parent(event.watch);

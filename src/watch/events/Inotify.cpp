@@ -1,6 +1,6 @@
 #include "watch/events/Inotify.h"
 
-#include "support/base/Format.h"
+#include "support/base/Texts.h"
 
 #include <QFile>
 
@@ -43,21 +43,19 @@ Inotify::~Inotify() {
 QString Inotify::problem() const {
     if (m_file >= 0) return {};
     if (m_error != EMFILE || isOutOfFiles())
-        return makeString("Folders cannot be watched: %@.", QString::fromLocal8Bit(std::strerror(m_error)));
+        return Texts::tr("Folders cannot be watched: %1.")
+            .arg(QString::fromLocal8Bit(std::strerror(m_error)));
     const QString limit = describedLimit("max_user_instances");
-    return makeString(
-        "Folders cannot be watched: this system allows %@ watching programs per user, and there are as many. "
-        "An administrator can allow more: sysctl fs.inotify.max_user_instances=%@",
-        limit, enough(limit, 1024));
+    return Texts::
+        tr("Folders cannot be watched: this system allows %1 watching programs per user, and there are as many. An administrator can allow more: sysctl fs.inotify.max_user_instances=%2")
+            .arg(limit, enough(limit, 1024));
 }
 
 QString Inotify::limitOfWatches(const QString& folder) {
     const QString limit = describedLimit("max_user_watches");
-    return makeString(
-        "Not every folder in “%@” can be watched: this system allows %@ watched folders per user, and there "
-        "are more. What arrives in the others is not noticed. An administrator can allow more: "
-        "sysctl fs.inotify.max_user_watches=%@",
-        folder, limit, enough(limit, 524'288));
+    return Texts::
+        tr("Not every folder in “%1” can be watched: this system allows %2 watched folders per user, and there are more. What arrives in the others is not noticed. An administrator can allow more: sysctl fs.inotify.max_user_watches=%3")
+            .arg(folder, limit, enough(limit, 524'288));
 }
 
 int Inotify::watch(const std::string& path, uint32_t mask) {

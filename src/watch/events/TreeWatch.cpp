@@ -1,7 +1,7 @@
 #include "watch/events/TreeWatch.h"
 
-#include "support/base/Format.h"
 #include "support/base/Log.h"
+#include "support/base/Texts.h"
 
 #include <QFile>
 
@@ -28,12 +28,12 @@ QString TreeWatch::start() {
     const int watch = m_inotify.watch(m_rootPath, kFolder | IN_DELETE_SELF | IN_MOVE_SELF);
     struct stat info = {};
     if (watch == -ENOSPC) return Inotify::limitOfWatches(path);
-    if (watch == -ENOENT) return makeString("The folder “%@” does not exist.", path);
-    if (watch == -ENOTDIR) return makeString("“%@” is not a folder.", path);
-    if (watch == -EACCES) return makeString("The folder “%@” may not be read.", path);
+    if (watch == -ENOENT) return Texts::tr("The folder “%1” does not exist.").arg(path);
+    if (watch == -ENOTDIR) return Texts::tr("“%1” is not a folder.").arg(path);
+    if (watch == -EACCES) return Texts::tr("The folder “%1” may not be read.").arg(path);
     if (watch < 0 || ::stat(m_rootPath.c_str(), &info) != 0)
-        return makeString("The folder “%@” cannot be watched: %@.", path,
-                          QString::fromLocal8Bit(std::strerror(watch < 0 ? -watch : errno)));
+        return Texts::tr("The folder “%1” cannot be watched: %2.")
+            .arg(path, QString::fromLocal8Bit(std::strerror(watch < 0 ? -watch : errno)));
     m_root = watch;
     m_rootDevice = info.st_dev;
     m_rootNode = info.st_ino;
