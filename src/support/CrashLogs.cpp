@@ -70,8 +70,8 @@ QStringList QuillonLib::appCrashLogs() const {
     QStringList reports;
     const QStringList paths = appCrashLogFilenames();
     for (const QString& path : paths) {
-        const auto text = text::fromData(files::contents(path).value_or(QByteArray()));
-        reports.append(crashlogs::shortened(text.value_or(QString())));
+        const QString text = text::fromData(files::contents(path).value_or(QByteArray()));
+        reports.append(crashlogs::shortened(text));
     }
     return reports;
 }

@@ -2,6 +2,7 @@
 
 #include "app/AddSheet.h"
 #include "app/Destinations.h"
+#include "support/Collections.h"
 #include "support/Format.h"
 #include "ui/Colors.h"
 #include "ui/Motion.h"
@@ -85,7 +86,7 @@ void AddSheetView::refreshAudio() {
         m_ui->audioPopUp->addItems(tracks);
     }
     m_ui->audioPopUp->setCurrentIndex(static_cast<int>(m_sheet->selectedAudio()));
-    m_ui->audioPopUp->setEnabled(!tracks.isEmpty());
+    m_ui->audioPopUp->setEnabled(collections::isNonEmptyCollection(tracks));
     m_ui->audioPopUp->setPlaceholderText(m_sheet->isScanning() ? QString() : tr("No sound"));
 }
 
