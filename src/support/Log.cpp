@@ -1,6 +1,7 @@
 #include "support/Log.h"
 
 #include "support/Defaults.h"
+#include "support/LastLines.h"
 #include "support/LogCapture.h"
 
 #include <QDateTime>
@@ -47,8 +48,11 @@ void writeToSystemLog(int level, const QString& message) {
 }  // namespace
 
 void qn_log_message(int level, const QString& message) {
+    lastlines::add(level, message);
     logcapture::write(level, message);
     writeToPreferenceRing(level, message);
+    // What went wrong may be what the program crashes of next.
+    if (level <= kLogError) standardUserDefaults().askToSaveSoon();
     writeToSystemLog(level, message);
 }
 
@@ -65,5 +69,6 @@ void log_to_prefs(const QString& message) {
 void fatal(const QString& message) {
     std::fputs(message.toUtf8().constData(), stdout);
     std::fflush(stdout);
+    standardUserDefaults().synchronise();
     std::exit(1);
 }

@@ -7,7 +7,9 @@
 
 /// Every diagnostic line goes through qn_log_level(). A message goes, in this order, to the capture file if
 /// one is enabled, to its level's ring of ten slots in the settings (so that the last messages travel with a
-/// problem report), and to the system log. Callable from any thread; no failure reaches the caller.
+/// problem report), and to the system log. The settings reach the disk soon after a message of level 3 and
+/// below, so that it survives a crash; a crash report has the newest lines of any level. Callable from any
+/// thread; no failure reaches the caller.
 
 enum LogLevel : int {
     kLogEmergency = 0,
@@ -51,5 +53,5 @@ void qn_log_enablecapturetofile(const QUrl& file, quint64 maximumSize, int minim
 /// Keeps `message` in the settings' trace ring of 43 slots. Not guarded against concurrent callers.
 void log_to_prefs(const QString& message);
 
-/// Prints `message` to standard output and ends the process with status 1.
+/// Prints `message` to standard output, saves the settings and ends the process with status 1.
 [[noreturn]] void fatal(const QString& message);

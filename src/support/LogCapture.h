@@ -10,7 +10,8 @@ namespace logcapture {
 /// messages whose level is at most `minimumLevel` from now on.
 void enable(const QUrl& file, quint64 maximumSize, int minimumLevel);
 
-/// Appends one line when capture is on for this level. A line that cannot be written is lost.
+/// Appends one line when capture is on for this level. A line that cannot be written is lost; one that is not
+/// valid text is reported to the system log.
 void write(int level, const QString& message);
 
 }  // namespace logcapture

@@ -6,6 +6,7 @@
 #include "support/Alert.h"
 #include "support/ApplicationInfo.h"
 #include "support/CrashLogs.h"
+#include "support/Defaults.h"
 #include "support/Interruption.h"
 #include "support/SingleInstance.h"
 #include "ui/Appearance.h"
@@ -132,6 +133,7 @@ int runApplication(int& argc, char** argv) {
         case SingleInstance::Role::NoAnswer:
             alert_apptitled("Ravelin is already running but does not answer. End it and start it again.",
                             "OK");
+            standardUserDefaults().synchronise();
             return 1;
     }
 
