@@ -38,9 +38,9 @@ QString codecAfter(QStringView line, QStringView mark) {
 }
 
 /// The stream line without the container's own number, "Stream #0:1[0x101](eng)": it would end up in the
-/// language.
+/// language. What else is in such brackets is the language.
 QString withoutContainerID(QStringView line) {
-    static const QRegularExpression group(QStringLiteral("^(\\s*Stream #\\d+:\\d+)\\[[^\\]]*\\]"));
+    static const QRegularExpression group(QStringLiteral("^(\\s*Stream #\\d+:\\d+)\\[0x[0-9a-fA-F]+\\]"));
     QString result = line.toString();
     return result.replace(group, QStringLiteral("\\1"));
 }

@@ -11,6 +11,7 @@
 #include "support/desktop/SingleInstance.h"
 #include "support/processes/Interruption.h"
 #include "support/reports/CrashLogs.h"
+#include "support/store/Defaults.h"
 #include "support/store/LogRings.h"
 #include "ui/WindowDesktop.h"
 #include "ui/dialogs/DialogPanels.h"
@@ -136,6 +137,7 @@ int runApplication(int& argc, char** argv) {
         case SingleInstance::Role::NoAnswer:
             alert_apptitled("Ravelin is already running but does not answer. End it and start it again.",
                             "OK");
+            standardUserDefaults().synchronise();
             return 1;
     }
 

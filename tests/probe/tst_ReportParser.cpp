@@ -78,6 +78,8 @@ private Q_SLOTS:
             "#1: eng (mp2)", 48000);
         row("number without language", "Stream #0:12[0x2]: Audio: aac, 48000 Hz, stereo", "#12: unk (aac)",
             48000);
+        row("language in brackets", "Stream #0:1[eng]: Audio: aac, 48000 Hz, stereo", "#1: [eng] (aac)",
+            48000);
         row("7.1 is marked alike", "Stream #0:1(eng): Audio: flac, 96000 Hz, 7.1, s32 (24 bit)",
             "#1: eng (flac) [5.1]", 96000);
         row("6.1", "Stream #0:1(eng): Audio: dts (DTS-ES), 48000 Hz, 6.1, fltp", "#1: eng (dts) [5.1]",

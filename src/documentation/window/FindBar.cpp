@@ -20,7 +20,8 @@ QToolButton* makeButton(const QString& name, QWidget* parent) {
 
 }  // namespace
 
-FindBar::FindBar(const QIcon& closeIcon, QWidget* parent) : QWidget(parent), m_text(new QLineEdit(this)), m_found(new QLabel(this)) {
+FindBar::FindBar(const QIcon& closeIcon, QWidget* parent)
+    : QWidget(parent), m_text(new QLineEdit(this)), m_found(new QLabel(this)) {
     m_text->setPlaceholderText(tr("Find in this page"));
     m_text->setAccessibleName(tr("Find in this page"));
     m_text->setClearButtonEnabled(true);

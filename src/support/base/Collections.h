@@ -24,6 +24,18 @@ qint64 reduce(const List& list, Function number) {
     return sum;
 }
 
+/// What the interface enables a control by: whether `value` is there, is a collection and holds something.
+template <typename T>
+bool isNonEmptyCollection(const T& value) {
+    if constexpr (requires { value.has_value(); }) {
+        return value && isNonEmptyCollection(*value);
+    } else if constexpr (requires { value.count(); }) {
+        return value.count() > 0;
+    } else {
+        return false;
+    }
+}
+
 /// Removes duplicates; of equal elements the first stays where it is.
 template <typename List>
 List withoutDuplicates(const List& list) {

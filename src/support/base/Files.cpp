@@ -2,8 +2,11 @@
 
 #include "support/base/Format.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QTemporaryDir>
+#include <QTemporaryFile>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -50,7 +53,8 @@ std::optional<QByteArray> contents(const QString& path) {
 }
 
 quint64 fileSize(const QUrl& url) {
-    return static_cast<quint64>(QFileInfo(url.toLocalFile()).size());
+    const QFileInfo file(url.toLocalFile());
+    return file.isDir() ? 0 : static_cast<quint64>(file.size());
 }
 
 QString pathExtension(const QString& path) {
@@ -77,9 +81,9 @@ QString uniqueFile(const QString& path, const std::function<bool(const QString&)
     const QString folder = path.first(name);
     const QString stem = withoutExtension(path).sliced(name);
     const QString extension = pathExtension(path);
-    const QString fitting = path.sliced(name).toUtf8().size() > kLongestName
-                                ? folder + fittingFileName(stem, u'.' + extension)
-                                : path;
+    const QString ending = extension.isEmpty() ? QString() : u'.' + extension;
+    const QString fitting =
+        path.sliced(name).toUtf8().size() > kLongestName ? folder + fittingFileName(stem, ending) : path;
     if (!taken(fitting)) return fitting;
     for (int counter = 0;; ++counter) {
         const QString candidate = folder + fittingFileName(stem, makeString("-%i.%@", counter, extension));
@@ -120,6 +124,18 @@ bool isWriteablePath(const QString& path) {
     ::close(file);
     QFile::remove(path);
     return written;
+}
+
+QString makeTempFilepath(const QString& extension) {
+    QTemporaryFile file(QDir::tempPath() + "/ravelin-XXXXXX" + (extension.isEmpty() ? "" : u'.' + extension));
+    file.setAutoRemove(false);
+    return file.open() ? file.fileName() : QString();
+}
+
+QString makeTempDirectory() {
+    QTemporaryDir folder(QDir::tempPath() + "/ravelin-XXXXXX");
+    folder.setAutoRemove(false);
+    return folder.isValid() ? folder.path() : QString();
 }
 
 bool fileIsAlias(const QUrl& url) {

@@ -15,7 +15,7 @@ bool fileExists(const QString& path);
 bool fileExists(const QUrl& url);
 /// The file's bytes; nothing when it cannot be read.
 std::optional<QByteArray> contents(const QString& path);
-/// Size in bytes; 0 when it cannot be read.
+/// Size in bytes; 0 when it cannot be read, and for a folder.
 quint64 fileSize(const QUrl& url);
 
 /// The last path component's text after its last point, without the point. A name that only begins with a
@@ -45,6 +45,11 @@ QString withFolderMoved(const QString& path, const QString& folder, const QStrin
 /// Whether a new file can be written at `path`. A path where something exists counts as not writeable, so
 /// that a finished output is never taken for a free place. Leaves nothing behind.
 bool isWriteablePath(const QString& path);
+
+/// The path of a new, empty file, or of a new folder, among the temporary files, which only the user can
+/// read. Empty where none can be made. Whoever asked deletes it.
+QString makeTempFilepath(const QString& extension = {});
+QString makeTempDirectory();
 
 /// A link that cannot be opened, or an alias file of the kind that shared volumes hold. A symbolic link to a
 /// readable file is no alias: it is followed as everywhere.

@@ -1,11 +1,10 @@
 #include "support/base/Log.h"
 
+#include "support/base/LastLines.h"
 #include "support/base/LogCapture.h"
 
 #include <array>
 #include <atomic>
-#include <cstdio>
-#include <cstdlib>
 #include <syslog.h>
 
 namespace {
@@ -25,6 +24,7 @@ void writeToSystemLog(int level, const QString& message) {
 }  // namespace
 
 void qn_log_message(int level, const QString& message) {
+    lastlines::add(level, message);
     logcapture::write(level, message);
     if (const LogSink sink = theSink) sink(level, message);
     writeToSystemLog(level, message);
@@ -39,10 +39,4 @@ void qn_log_enablecapturetofile(const QUrl& file, quint64 maximumSize, int minim
 
 void qn_log_setsink(LogSink sink) {
     theSink = sink;
-}
-
-void fatal(const QString& message) {
-    std::fputs(message.toUtf8().constData(), stdout);
-    std::fflush(stdout);
-    std::exit(1);
 }

@@ -6,8 +6,8 @@
 #include <QUrl>
 
 /// Every diagnostic line goes through qn_log_level(). A message goes, in this order, to the capture file if
-/// one is enabled, to the sink that was handed in (support/store/LogRings), and to the system log. Callable
-/// from any thread; no failure reaches the caller.
+/// one is enabled, to the sink that was handed in (support/store/LogRings), and to the system log; a crash
+/// report has the newest lines of any level. Callable from any thread; no failure reaches the caller.
 
 enum LogLevel : int {
     kLogEmergency = 0,
@@ -52,6 +52,3 @@ void qn_log_enablecapturetofile(const QUrl& file, quint64 maximumSize, int minim
 using LogSink = void (*)(int level, const QString& message);
 /// Null: none, as at the start. From any thread.
 void qn_log_setsink(LogSink sink);
-
-/// Prints `message` to standard output and ends the process with status 1.
-[[noreturn]] void fatal(const QString& message);

@@ -7,9 +7,11 @@
 #include <QDateTime>
 #include <QFile>
 #include <QLocale>
+#include <QStringConverter>
 
 #include <array>
 #include <memory>
+#include <syslog.h>
 
 namespace logcapture {
 
@@ -58,8 +60,15 @@ void write(int level, const QString& message) {
     const QString line =
         makeString("%@ %@  %@[%i] <%@>: %@\n", date, time, ApplicationInfo::name(),
                    static_cast<int>(QCoreApplication::applicationPid()), levelName(level), message);
+    QStringEncoder encoder(QStringConverter::Utf8, QStringConverter::Flag::Stateless);
+    const QByteArray bytes = encoder(line);
+    if (encoder.hasError()) {
+        ::syslog(LOG_USER | LOG_CRIT, "could not open create data from string '%s' for log",
+                 line.toUtf8().constData());
+        return;
+    }
     if (logfileHandle->seek(logfileHandle->size())) {
-        logfileHandle->write(line.toUtf8());
+        logfileHandle->write(bytes);
         logfileHandle->flush();
     }
 }

@@ -140,7 +140,24 @@ double doubleValue(QStringView text) {
 
 namespace {
 
+/// The bytes of a unit of the encoding.
+qsizetype unitOf(QStringConverter::Encoding encoding) {
+    switch (encoding) {
+        case QStringConverter::Utf16:
+        case QStringConverter::Utf16LE:
+        case QStringConverter::Utf16BE:
+            return 2;
+        case QStringConverter::Utf32:
+        case QStringConverter::Utf32LE:
+        case QStringConverter::Utf32BE:
+            return 4;
+        default:
+            return 1;
+    }
+}
+
 std::optional<QString> decoded(const QByteArray& data, QStringConverter::Encoding encoding) {
+    if (data.size() % unitOf(encoding) != 0) return std::nullopt;  // Half a unit is no error to the decoder.
     QStringDecoder decoder(encoding, QStringDecoder::Flag::Stateless);
     QString result = decoder(data);
     if (decoder.hasError()) return std::nullopt;
@@ -153,11 +170,11 @@ std::optional<QString> fromUtf8(const QByteArray& data) {
     return decoded(data, QStringConverter::Utf8);
 }
 
-std::optional<QString> fromData(const QByteArray& data) {
+QString fromData(const QByteArray& data) {
     if (const auto marked = QStringConverter::encodingForData(data)) {
-        if (auto result = decoded(data, *marked)) return result;
+        if (auto result = decoded(data, *marked)) return *result;
     }
-    if (auto result = fromUtf8(data)) return result;
+    if (auto result = fromUtf8(data)) return *result;
     return QString::fromLatin1(data);
 }
 

@@ -46,8 +46,9 @@ qint64 integerValue64(QStringView text);
 /// The floating-point number with which the text begins; 0 if there is none.
 double doubleValue(QStringView text);
 
-/// The bytes as text: by their byte-order mark, unless they contradict it, else UTF-8, else ISO Latin 1.
-std::optional<QString> fromData(const QByteArray& data);
+/// The bytes as text: by their byte-order mark, else UTF-8, else ISO Latin 1, to which any byte is a
+/// character.
+QString fromData(const QByteArray& data);
 /// The bytes as UTF-8; nothing when they are not valid.
 std::optional<QString> fromUtf8(const QByteArray& data);
 

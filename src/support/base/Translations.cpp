@@ -25,6 +25,7 @@ void installTranslations() {
     if (isTranslated || ours->load("ravelin_en", folder)) install(std::move(ours));
     // Dialogs of Qt's in another language than ours would be a mixture.
     auto qt = std::make_unique<QTranslator>();
-    if (isTranslated && qt->load(QLocale(), "qtbase", "_", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+    if (isTranslated &&
+        qt->load(QLocale(), "qtbase", "_", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         install(std::move(qt));
 }

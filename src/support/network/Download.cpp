@@ -201,3 +201,7 @@ Page fetch(const QUrl& url, const Limits& limits) {
 }
 
 }  // namespace download
+
+std::optional<QString> downloadWithCurl(const QUrl& url) {
+    return download::fetch(url).text();
+}

@@ -44,3 +44,6 @@ void start(const QUrl& url, QObject* context, std::function<void(const Page&)> d
 Page fetch(const QUrl& url, const Limits& limits = {});
 
 }  // namespace download
+
+/// The text of a page, by download::fetch(); nothing when there is none or it is not UTF-8.
+std::optional<QString> downloadWithCurl(const QUrl& url);

@@ -50,12 +50,17 @@ void dispatch_async_back(Block block) {
 }
 
 void dispatch_sync_back(const Block& block) {
-    QSemaphore done;
-    dispatch_async_back([&] {
+    dispatch_async_to_sync([&block](const Block& done) {
         block();
-        done.release();
+        done();
     });
-    done.acquire();
+}
+
+void dispatch_async_to_sync(std::function<void(Block done)> work) {
+    // Owned by whoever still holds `done`: the call may return while `work` goes on.
+    const auto finished = std::make_shared<QSemaphore>();
+    dispatch_async_back([finished, work = std::move(work)] { work([finished] { finished->release(); }); });
+    finished->acquire();
 }
 
 void dispatch_after_back(Block block, float seconds) {

@@ -26,10 +26,6 @@ int statusOf(const QProcess& process) {
     return process.exitCode();
 }
 
-QString orNull(const std::optional<QString>& text) {
-    return text.value_or(QStringLiteral("(null)"));
-}
-
 template <typename T>
 std::optional<T> readValue(QIODevice& device) {
     const QByteArray bytes = device.read(sizeof(T));
@@ -61,10 +57,10 @@ std::optional<QString> runAsTaskWithTerminationStatus(const QStringList& command
     } else {
         process.waitForFinished(-1);
     }
-    const auto output = text::fromData(process.readAllStandardOutput());
-    const auto error = text::fromData(process.readAllStandardError());
+    const QString output = text::fromData(process.readAllStandardOutput());
+    const QString error = text::fromData(process.readAllStandardError());
     if (terminationStatus) *terminationStatus = statusOf(process);
-    return makeString("%@ %@", orNull(output), orNull(error));
+    return makeString("%@ %@", output, error);
 }
 
 std::optional<QString> runAsTask(const QStringList& command) {
@@ -72,7 +68,7 @@ std::optional<QString> runAsTask(const QStringList& command) {
 }
 
 QString runAsTaskWithProgressBlock(const QStringList& command,
-                                   const std::function<void(const std::optional<QString>&)>& progress,
+                                   const std::function<void(const QString&)>& progress,
                                    int* terminationStatus) {
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
@@ -84,8 +80,8 @@ QString runAsTaskWithProgressBlock(const QStringList& command,
     const auto take = [&] {
         const QByteArray piece = process.readAllStandardOutput();
         if (piece.isEmpty()) return;
-        const auto text = text::fromData(piece);
-        all += text.value_or(QString());
+        const QString text = text::fromData(piece);
+        all += text;
         progress(text);
     };
     while (process.waitForReadyRead(-1))

@@ -17,20 +17,20 @@ class QIODevice;
 /// in one long wait) or blocks until it has ended.
 enum class Polling { Off, On };
 
-/// Standard output and standard error as "output error", each as text, "(null)" where it is not text.
-/// Nothing when the child could not be started, which is logged. `terminationStatus` may be null; a child
-/// that a signal ended has the signal's number as its status. With polling, a child that has not ended after
-/// `limitMilliseconds` is killed; 0: no limit.
+/// Standard output and standard error as "output error", each as text (text::fromData). Nothing when the
+/// child could not be started, which is logged. `terminationStatus` may be null; a child that a signal ended
+/// has the signal's number as its status. With polling, a child that has not ended after `limitMilliseconds`
+/// is killed; 0: no limit.
 std::optional<QString> runAsTaskWithTerminationStatus(const QStringList& command, int* terminationStatus,
                                                       Polling polling, int limitMilliseconds = 0);
 
 /// The same without status and polling.
 std::optional<QString> runAsTask(const QStringList& command);
 
-/// Both outputs in one text. `progress` gets each piece as it comes, in the caller's thread; a piece that is
-/// not text arrives as nothing. Throws std::system_error when the child cannot be started.
+/// Both outputs in one text. `progress` gets each piece as it comes, in the caller's thread. Throws
+/// std::system_error when the child cannot be started.
 QString runAsTaskWithProgressBlock(const QStringList& command,
-                                   const std::function<void(const std::optional<QString>&)>& progress,
+                                   const std::function<void(const QString&)>& progress,
                                    int* terminationStatus = nullptr);
 
 /// Waits for a started process. True when the limit passed and the process had to be told to terminate.

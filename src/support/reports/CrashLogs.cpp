@@ -54,8 +54,7 @@ QString shortened(const QString& report) {
 QStringList contents(const QStringList& paths) {
     QStringList reports;
     for (const QString& path : paths) {
-        const auto text = text::fromData(files::contents(path).value_or(QByteArray()));
-        reports.append(shortened(text.value_or(QString())));
+        reports.append(shortened(text::fromData(files::contents(path).value_or(QByteArray()))));
     }
     return reports;
 }

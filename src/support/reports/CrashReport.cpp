@@ -2,6 +2,7 @@
 
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Format.h"
+#include "support/base/LastLines.h"
 #include "support/reports/CrashLogs.h"
 
 #include <QFile>
@@ -16,6 +17,7 @@
 #include <ctime>
 #include <execinfo.h>
 #include <fcntl.h>
+#include <string_view>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/utsname.h>
@@ -131,9 +133,12 @@ void writeReport(int signal, const siginfo_t& information) {
     if (::uname(&system) == 0) theReport.add("\nSystem: ").add(system.sysname).add(" ").add(system.release);
     theReport.add(" ").add(system.machine).add("\n");
     addCrash(signal, information);
-    theReport.add("\nBack-trace:\n");
+    theReport.add("\nLast messages:\n");
     // Written first: to look into a broken stack may end the process.
-    [[maybe_unused]] const auto written = ::write(file, theReport.data(), theReport.size());
+    [[maybe_unused]] auto written = ::write(file, theReport.data(), theReport.size());
+    lastlines::write(file);
+    constexpr std::string_view kTitle = "\nBack-trace:\n";
+    written = ::write(file, kTitle.data(), kTitle.size());
     constexpr int kMostFrames = 128;
     std::array<void*, kMostFrames> frames{};
     ::backtrace_symbols_fd(frames.data(), ::backtrace(frames.data(), kMostFrames), file);

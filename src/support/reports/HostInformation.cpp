@@ -13,6 +13,8 @@
 #include <QSysInfo>
 #include <QXmlStreamReader>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <grp.h>
 #include <pwd.h>
@@ -59,6 +61,13 @@ QString firstModel(const QStringList& files) {
         if (!model.isEmpty()) return model;
     }
     return {};
+}
+
+bool isAdministrator(const QByteArray& user,
+                     const std::function<QByteArrayList(const char* group)>& membersOf) {
+    constexpr std::array kGroups{"admin", "sudo", "wheel"};
+    return std::any_of(kGroups.begin(), kGroups.end(),
+                       [&](const char* group) { return membersOf(group).contains(user); });
 }
 
 bool isTranslocated(const QString& applicationPath) {
@@ -124,13 +133,13 @@ QString PXHostInformation::machineType() {
 bool PXHostInformation::isUserAdmin() {
     const passwd* user = ::getpwuid(::getuid());
     if (!user) return false;
-    const QByteArray name = user->pw_name;
-    const group* admins = ::getgrnam("admin");
-    if (!admins) return false;
-    for (char** member = admins->gr_mem; *member; ++member) {
-        if (name == *member) return true;
-    }
-    return false;
+    return hostrules::isAdministrator(user->pw_name, [](const char* name) {
+        QByteArrayList members;
+        const group* found = ::getgrnam(name);
+        for (char** member = found ? found->gr_mem : nullptr; member && *member; ++member)
+            members.append(*member);
+        return members;
+    });
 }
 
 bool PXHostInformation::isRunningUnderRosetta2() {

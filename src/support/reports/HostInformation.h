@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArrayList>
 #include <QString>
 #include <QStringList>
 #include <QUrl>
@@ -18,8 +19,8 @@ class PXHostInformation {
 public:
     /// The model of the machine.
     static QString machineType();
-    /// Whether the user is listed as a member of the group "admin". Membership as the primary group does not
-    /// count.
+    /// Whether the user is listed as a member of one of the groups that may administer a machine: "admin",
+    /// "sudo" and "wheel". Membership as the primary group does not count.
     static bool isUserAdmin();
     static bool isRunningUnderRosetta2();
     static bool isRunningTranslocated();
@@ -56,6 +57,8 @@ namespace hostrules {
 
 /// The text of the first of the files that has one; what is longer than 255 bytes is cut.
 QString firstModel(const QStringList& files);
+bool isAdministrator(const QByteArray& user,
+                     const std::function<QByteArrayList(const char* group)>& membersOf);
 bool isTranslocated(const QString& applicationPath);
 /// `readSetting` fills in an integer and returns an error number, ENOENT where there is no such setting.
 bool isTranslated(const std::function<int(int& value)>& readSetting);

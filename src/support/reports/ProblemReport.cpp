@@ -52,7 +52,9 @@ void alert_feedback(const QString& message, const QString& details, bool isFatal
             text::localized(isFatal ? "Fatal Error" : "Error"), problemreport::alertText(message, details),
             text::localized("Send to support"), text::localized(isFatal ? "Quit" : "Continue"));
         if (response == kAlertFirstButton) mail::open(problemreport::compose(message, details, isFatal));
-        if (isFatal) std::exit(1);
+        if (!isFatal) return;
+        standardUserDefaults().synchronise();  // With what was logged since.
+        std::exit(1);
     });
 }
 

@@ -20,6 +20,7 @@
 #include <QFileInfo>
 #include <QStandardPaths>
 
+#include <atomic>
 #include <cstdlib>
 #include <pwd.h>
 #include <unistd.h>
@@ -29,9 +30,27 @@ namespace {
 QuillonLib* qn = nullptr;
 
 constexpr float kSaveDelaySeconds = 5;
+constexpr float kUrgentSaveDelaySeconds = 0.2F;  // Many messages in a row make few writes.
 
 QUrl url(const QString& path) {
     return QUrl::fromLocalFile(path);
+}
+
+/// Where the application cannot be used.
+[[noreturn]] void endWithFailure() {
+    standardUserDefaults().synchronise();  // With the messages that say why.
+    std::exit(1);
+}
+
+/// Nothing once the library is gone, which saved everything.
+void planToSave(float seconds, std::atomic<bool>& isPlanned) {
+    if (isPlanned.exchange(true)) return;
+    dispatch_after_main(
+        [&isPlanned] {
+            isPlanned = false;
+            if (qn) saveSettings();
+        },
+        seconds);
 }
 
 }  // namespace
@@ -78,7 +97,7 @@ void QuillonLib::prepareSupportFolder() const {
             "the path '%@'.\nError: %@",
             path, qt_error_string(errno)),
         "OK");
-    std::exit(1);
+    endWithFailure();
 }
 
 void QuillonLib::verifyFrameworks() const {
@@ -91,12 +110,21 @@ void QuillonLib::verifyFrameworks() const {
             "into Mac OS X.\n\nOffending Path: %@",
             *path),
         "OK");
-    std::exit(1);
+    endWithFailure();
 }
 
 void QuillonLib::saveSettingsAfterChanges() const {
-    standardUserDefaults().setChangeHandler(
-        [] { dispatch_after_main([] { saveSettings(); }, kSaveDelaySeconds); });
+    static std::atomic<bool> isPlanned = false;
+    static std::atomic<bool> isUrgentlyPlanned = false;
+    standardUserDefaults().setChangeHandler([](SettingsStore::Urgency urgency) {
+        if (urgency == SettingsStore::Urgency::Soon) {
+            planToSave(kUrgentSaveDelaySeconds, isUrgentlyPlanned);
+        } else {
+            planToSave(kSaveDelaySeconds, isPlanned);
+        }
+    });
+    // Of what changed before, the store reports nothing any more.
+    if (standardUserDefaults().hasChanges()) planToSave(kSaveDelaySeconds, isPlanned);
 }
 
 QString QuillonLib::appName() const {

@@ -10,8 +10,8 @@ class QuillonLib {
 public:
     /// Makes sure of the application-support folder and that the application was unpacked intact (without
     /// either the process ends with status 1), tells what is wrong with the settings file, has unsaved
-    /// settings written a few seconds after a change, and installs the handler of uncaught exceptions. Needs
-    /// the QCoreApplication and the alert presenter.
+    /// settings written a few seconds after a change and soon after an error was logged, and installs the
+    /// handler of uncaught exceptions. Needs the QCoreApplication and the alert presenter.
     QuillonLib();
     ~QuillonLib();
     QuillonLib(const QuillonLib&) = delete;

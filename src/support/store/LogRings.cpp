@@ -9,6 +9,8 @@
 #include <QRecursiveMutex>
 
 #include <array>
+#include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -34,11 +36,22 @@ void writeToPreferenceRing(int level, const QString& message) {
 }  // namespace
 
 void logrings::install() {
-    qn_log_setsink(writeToPreferenceRing);
+    qn_log_setsink([](int level, const QString& message) {
+        writeToPreferenceRing(level, message);
+        // What went wrong may be what the program crashes of next.
+        if (level <= kLogError) standardUserDefaults().askToSaveSoon();
+    });
 }
 
 void log_to_prefs(const QString& message) {
     static int position = 0;
     setDefaultString(makeString("quillonlib_logtoprefs_pos%i", position), dated(message));
     position = (position + 1) % kTraceSlots;
+}
+
+void fatal(const QString& message) {
+    std::fputs(message.toUtf8().constData(), stdout);
+    std::fflush(stdout);
+    standardUserDefaults().synchronise();
+    std::exit(1);
 }

@@ -67,7 +67,7 @@ QVariant SettingsStore::registeredDefault(const QString& key) const {
 }
 
 void SettingsStore::setObject(const QString& key, const QVariant& value) {
-    std::function<void()> tell;
+    std::function<void(Urgency)> tell;
     {
         const QMutexLocker lock(&m_mutex);
         const auto found = m_stored.constFind(key);
@@ -83,7 +83,7 @@ void SettingsStore::setObject(const QString& key, const QVariant& value) {
         if (m_changed.isEmpty()) tell = m_changeHandler;
         m_changed.insert(key);
     }
-    if (tell) tell();
+    if (tell) tell(Urgency::Later);
 }
 
 void SettingsStore::registerDefaults(const QVariantMap& defaults) {
@@ -151,7 +151,16 @@ QString SettingsStore::problem() const {
     return m_problem;
 }
 
-void SettingsStore::setChangeHandler(std::function<void()> handler) {
+void SettingsStore::setChangeHandler(std::function<void(Urgency)> handler) {
     const QMutexLocker lock(&m_mutex);
     m_changeHandler = std::move(handler);
+}
+
+void SettingsStore::askToSaveSoon() const {
+    std::function<void(Urgency)> handler;
+    {
+        const QMutexLocker lock(&m_mutex);
+        if (!m_changed.isEmpty()) handler = m_changeHandler;
+    }
+    if (handler) handler(Urgency::Soon);
 }

@@ -43,9 +43,13 @@ public:
     /// What went wrong with the file, for the user; empty: nothing.
     QString problem() const;
 
-    /// Called after a write to the store that had nothing to save before, in the writer's thread and outside
-    /// the store's lock: the moment to plan a synchronise().
-    void setChangeHandler(std::function<void()> handler);
+    /// How soon changes are to be saved.
+    enum class Urgency { Later, Soon };
+    /// Called after a write to the store that had nothing to save before (Later), and by askToSaveSoon()
+    /// (Soon), in the caller's thread and outside the store's lock: the moment to plan a synchronise().
+    void setChangeHandler(std::function<void(Urgency)> handler);
+    /// What was written is wanted on the disk soon, as the process may crash. Nothing where nothing changed.
+    void askToSaveSoon() const;
 
 private:
     void keepAside();
@@ -59,5 +63,5 @@ private:
     QSet<QString> m_changed;
     QString m_problem;
     bool m_unreadable = false;
-    std::function<void()> m_changeHandler;
+    std::function<void(Urgency)> m_changeHandler;
 };

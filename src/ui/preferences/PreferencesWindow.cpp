@@ -4,6 +4,7 @@
 #include "app/watching/WatchFolder.h"
 #include "convert/ConversionSettings.h"
 #include "settings/Keys.h"
+#include "support/base/Collections.h"
 #include "support/store/Defaults.h"
 #include "support/store/FolderAccess.h"
 #include "ui/look/Icons.h"
@@ -185,7 +186,8 @@ void PreferencesWindow::showFolders() {
         item->setToolTip(plainToolTip(folder ? *folder : problem));
         item->setFlags(Qt::ItemIsEnabled);
     }
-    findChild<QPushButton*>(QStringLiteral("clearFolders"))->setEnabled(!bookmarks.isEmpty());
+    findChild<QPushButton*>(QStringLiteral("clearFolders"))
+        ->setEnabled(collections::isNonEmptyCollection(bookmarks));
 }
 
 void PreferencesWindow::selectConversionStyle(int preset) {

@@ -2,6 +2,7 @@
 
 #include "app/AddSheet.h"
 #include "app/destinations/Destinations.h"
+#include "support/base/Collections.h"
 #include "support/base/Format.h"
 #include "ui/look/Colors.h"
 #include "ui/look/Motion.h"
@@ -86,7 +87,7 @@ void AddSheetView::refreshAudio() {
         m_ui->audioPopUp->addItems(tracks);
     }
     m_ui->audioPopUp->setCurrentIndex(static_cast<int>(m_sheet->selectedAudio()));
-    m_ui->audioPopUp->setEnabled(!tracks.isEmpty());
+    m_ui->audioPopUp->setEnabled(collections::isNonEmptyCollection(tracks));
     m_ui->audioPopUp->setPlaceholderText(m_sheet->isScanning() ? QString() : tr("No sound"));
 }
 

@@ -2,6 +2,7 @@
 
 #include "convert/CommandLineText.h"
 #include "convert/ConversionJob.h"
+#include "support/base/Collections.h"
 #include "support/base/Text.h"
 #include "ui/look/Icons.h"
 #include "ui/window/JobDelegate.h"
@@ -88,7 +89,7 @@ void JobListView::fillMenu(QMenu& menu) {
     QAction* copy = menu.addAction(tr("Copy command line"), this, [arguments] {
         QApplication::clipboard()->setText(commandLineText(arguments));
     });
-    copy->setEnabled(!arguments.isEmpty());
+    copy->setEnabled(collections::isNonEmptyCollection(arguments));
     menu.addSeparator();
     add(Button::Remove, Qt::Key_Delete);
 }

@@ -153,6 +153,9 @@ private Q_SLOTS:
         dispatch_async_back([&] { dispatch_after_main([&] { order += 'd'; }, 0.01F); });
         QTRY_COMPARE(order, "axbcd");
         QVERIFY(dispatch_sync_back_timeout([] {}, 10));
+        const auto result = dispatch_async_to_sync_resulthandler<QString>(
+            [](const auto& handler) { dispatch_async_back([handler] { handler("later"); }); });
+        QCOMPARE(result, "later");
     }
 };
 

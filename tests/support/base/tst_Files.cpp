@@ -2,7 +2,10 @@
 #include "support/base/Files.h"
 #include "support/base/Volume.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QScopeGuard>
 #include <QTest>
 
 #include <sys/stat.h>
@@ -60,6 +63,8 @@ private Q_SLOTS:
         QVERIFY(files::isWriteablePath(unique));
         QCOMPARE(files::fittingFileName(QString("😀").repeated(80), ".log"),
                  QString("😀").repeated(62) + ".log");
+        const QString plain = QString(u'x').repeated(300);
+        QCOMPARE(files::uniqueFile(home.path(plain)), home.path(plain.first(255)));
     }
 
     void claimedNamesAreTaken() {
@@ -111,7 +116,23 @@ private Q_SLOTS:
     void addressesOfOtherKinds() {
         QVERIFY(!files::fileExists(QUrl("https://ravelin.example/")));
         QVERIFY(files::fileExists(QUrl::fromLocalFile("/")));
-        QCOMPARE(files::fileSize(QUrl::fromLocalFile("/nowhere")), 0U);
+        const TestHome home;
+        const auto size = [](const QString& path) { return files::fileSize(QUrl::fromLocalFile(path)); };
+        QCOMPARE(size("/nowhere"), 0U);
+        QCOMPARE(size(home.path()), 0U);
+        QCOMPARE(size(home.write("movie.mkv", "movie")), 5U);
+    }
+
+    void temporaryPlacesArePrivate() {
+        const QString file = files::makeTempFilepath("txt");
+        const QString folder = files::makeTempDirectory();
+        const auto removed = qScopeGuard([&] { QFile::remove(file), QDir().rmdir(folder); });
+        QVERIFY(file.endsWith(".txt") && QFileInfo(file).isFile() && QFileInfo(folder).isDir());
+        for (const QString& path : {file, folder}) {
+            struct stat status = {};
+            QCOMPARE(::stat(QFile::encodeName(path).constData(), &status), 0);
+            QCOMPARE(status.st_mode & 077U, 0U);
+        }
     }
 
     void volumes() {

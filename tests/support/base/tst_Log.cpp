@@ -3,6 +3,8 @@
 #include "support/base/Log.h"
 #include "support/base/Text.h"
 #include "support/reports/Exceptions.h"
+#include "support/reports/ProblemReport.h"
+#include "support/reports/QuillonLib.h"
 #include "support/store/Defaults.h"
 #include "support/store/LogRings.h"
 
@@ -10,11 +12,14 @@
 #include <QRegularExpression>
 #include <QTest>
 
+#include <functional>
 #include <sys/wait.h>
 #include <unistd.h>
 
 class LogTest : public QObject {
     Q_OBJECT
+
+    using End = std::function<void(TestHome&)>;
 
     static QString slot(int level, int position) {
         return defaultString(makeString("quillonlib_asl_lev%i_pos%i", level, position)).value_or(QString());
@@ -45,10 +50,28 @@ private Q_SLOTS:
         QVERIFY(!defaultString("quillonlib_logtoprefs_pos43"));
     }
 
-    void messagesDoNotWriteTheSettingsFile() {
+    void severeMessagesAreSavedSoon() {
+        using Urgency = SettingsStore::Urgency;
         const TestHome home;
-        logInformation("Info: %@", QString("something"));
-        QVERIFY(!QFile::exists(home.path("config/settings.json")));
+        QList<Urgency> asked;
+        standardUserDefaults().setChangeHandler([&](Urgency urgency) { asked.append(urgency); });
+        qn_log_level(5, "usual");
+        qn_log_level(4, "more");
+        QCOMPARE(asked, QList{Urgency::Later});
+        qn_log_level(3, "severe");
+        QCOMPARE(asked, (QList{Urgency::Later, Urgency::Soon}));
+    }
+
+    void manySevereMessagesAreOneWrite() {
+        const TestHome home;
+        const QString path = home.path("config/settings.json");
+        const QuillonLib library;
+        for (int i = 0; i < 300; ++i)
+            logError("Error: number %i", i);
+        QVERIFY(!QFile::exists(path));
+        // Sooner than usual changes, which are saved after five seconds.
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(path), 4000);
+        QVERIFY(files::contents(path)->contains("Error: number 299"));
     }
 
     void captureFile() {
@@ -58,6 +81,7 @@ private Q_SLOTS:
         qn_log_level(5, "one");
         qn_log_level(6, "not this one");
         qn_log_level(3, "two");
+        qn_log_level(3, "not text: %@", QString(QChar(0xD800)));
         const QString text = QString::fromUtf8(files::contents(path).value());
         const QRegularExpression form(
             "^[A-Z][a-z]{2} \\d\\d \\S.*  Ravelin\\[\\d+\\] <Notice>: one\\n.*<Error>: two\\n$",
@@ -89,6 +113,39 @@ private Q_SLOTS:
         const TestHome home;
         qn_log_level(256, "odd");
         QVERIFY(slot(256, 0).endsWith("odd"));
+    }
+
+    void lastMessagesAreSaved_data() {
+        QTest::addColumn<End>("end");
+        QTest::addColumn<QByteArray>("message");
+        QTest::newRow("fatal") << End([](TestHome&) {
+            logInformation("Info: last words");
+            fatal({});
+        }) << QByteArray("Info: last words");
+        QTest::newRow("problem report") << End([](TestHome& home) {
+            home.presenter.answer.response = kAlertSecondButton;  // A mail to support would save, too.
+            alert_feedback_fatal("name", "details");
+        }) << QByteArray("Alert: Fatal Error");
+        QTest::newRow("no folder") << End([](TestHome& home) {
+            home.write("data");
+            const QuillonLib library;
+        }) << QByteArray("can not be created");
+    }
+    void lastMessagesAreSaved() {
+        TestHome home;
+        QFETCH(End, end);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            end(home);
+            ::_exit(2);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        QVERIFY(WIFEXITED(status));
+        QCOMPARE(WEXITSTATUS(status), 1);
+        QFETCH(QByteArray, message);
+        const QByteArray saved = files::contents(home.path("config/settings.json")).value_or(QByteArray());
+        QVERIFY2(saved.contains(message), saved.constData());
     }
 
     void uncaughtExceptionsAreRemembered() {

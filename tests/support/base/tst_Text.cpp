@@ -1,4 +1,5 @@
 #include "support/base/Collections.h"
+#include "support/base/Random.h"
 #include "support/base/Text.h"
 
 #include <QTest>
@@ -65,10 +66,12 @@ private Q_SLOTS:
         QTest::newRow("latin 1") << QByteArray("Gr\xfc\xdf") << u"Grüß"_s;
         QTest::newRow("utf-16 with mark") << QByteArray("\xff\xfeG\0r\0", 6) << u"Gr"_s;
         QTest::newRow("utf-8 with mark") << QByteArray("\xef\xbb\xbfGr") << u"Gr"_s;
+        QTest::newRow("latin 1 with a mark of utf-8") << QByteArray("\xef\xbb\xbf\xfc") << u"ï»¿ü"_s;
+        QTest::newRow("half a character of utf-16") << QByteArray("\xff\xfeG") << u"ÿþG"_s;
     }
     void encodings() {
         QFETCH(QByteArray, bytes);
-        QTEST(text::fromData(bytes).value(), "text");
+        QTEST(text::fromData(bytes), "text");
     }
 
     void reportsAreStrictUtf8() { QVERIFY(!text::fromUtf8("Gr\xfc\xdf")); }
@@ -97,6 +100,23 @@ private Q_SLOTS:
         QCOMPARE(collections::reduce(QList<int>(), [](int n) { return n; }), 0);
         QCOMPARE(collections::reduce(QList<int>(3, 2'000'000'000), [](int n) { return n; }), 6'000'000'000);
         QCOMPARE(collections::withoutDuplicates(numbers), (QList<int>{3, 1, 2}));
+    }
+
+    void nonEmptyCollections() {
+        QVERIFY(collections::isNonEmptyCollection(std::optional(QStringList{""})));
+        QVERIFY(!collections::isNonEmptyCollection(std::optional(QStringList())));
+        QVERIFY(!collections::isNonEmptyCollection(std::optional<QStringList>()));
+        QVERIFY(!collections::isNonEmptyCollection(42));
+    }
+
+    void randomNumbersReachBothLimits() {
+        QSet<int> seen;
+        for (int i = 0; i < 500; ++i) {
+            seen.insert(generateRandomIntBetween(1, -1));
+            const float number = generateRandomFloatBetween(2, 3);
+            QVERIFY(number >= 2 && number <= 3);
+        }
+        QCOMPARE(seen, (QSet<int>{-1, 0, 1}));
     }
 };
 

@@ -85,7 +85,7 @@ private Q_SLOTS:
         QStringList pieces;
         int status = -1;
         const QString all = runAsTaskWithProgressBlock(
-            shell("echo one; echo two >&2; exit 4"), [&](const auto& piece) { pieces.append(*piece); },
+            shell("echo one; echo two >&2; exit 4"), [&](const auto& piece) { pieces.append(piece); },
             &status);
         QCOMPARE(all, "one\ntwo\n");
         QCOMPARE(pieces.join(QString()), all);

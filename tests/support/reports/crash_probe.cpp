@@ -1,4 +1,5 @@
 // Crashes as its argument says: null, division, abort, overflow, thread. Any other: it does not.
+#include "support/base/LastLines.h"
 #include "support/reports/CrashReport.h"
 
 #include <csignal>
@@ -31,6 +32,9 @@ int crashByOverflow(int depth) {  // NOLINT(misc-no-recursion)
 
 int main(int, char** argv) {
     crashreport::install();
+    for (int i = 0; i < 11; ++i)
+        lastlines::add(i % 8, QString("message\n%1").arg(i));
+    lastlines::add(3, QString(u'ü').repeated(600));
     const auto is = [&](const char* way) { return std::strcmp(argv[1], way) == 0; };
     if (is("null")) crashAtAddress();
     if (is("division")) crashByDivision();

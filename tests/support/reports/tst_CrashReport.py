@@ -64,6 +64,10 @@ class CrashTest(unittest.TestCase):
                     self.assertEqual(head["Address"], address)
                 if way == "abort":
                     self.assertEqual(int(head["Sent by process"]), process.pid)
+                messages = re.search(r"\nLast messages:\n(.*?)\n\nBack-trace:\n", report, re.S)[1].splitlines()
+                text = [re.sub(r"^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d [-+]\d{4} ", "", line) for line in messages]
+                self.assertEqual(text[:-1], [f"<{i % 8}> message {i}" for i in range(2, 11)])
+                self.assertRegex(text[-1], "^<3> ü{450,500}$")
                 called = self.functions(report)
                 first = called.index(functions[0])
                 self.assertEqual([name for name in called[first:] if name in functions][:len(functions)], functions)

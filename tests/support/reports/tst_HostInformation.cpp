@@ -75,6 +75,25 @@ private Q_SLOTS:
         QTEST(hostrules::diskNumber(device), "number");
     }
 
+    void administrators_data() {
+        QTest::addColumn<QByteArray>("group");
+        QTest::addColumn<QByteArray>("member");
+        QTest::addColumn<bool>("is");
+        QTest::newRow("admin") << QByteArray("admin") << QByteArray("me") << true;
+        QTest::newRow("sudo") << QByteArray("sudo") << QByteArray("me") << true;
+        QTest::newRow("wheel") << QByteArray("wheel") << QByteArray("me") << true;
+        QTest::newRow("another group") << QByteArray("users") << QByteArray("me") << false;
+        QTest::newRow("another user") << QByteArray("sudo") << QByteArray("me2") << false;
+    }
+    void administrators() {
+        QFETCH(QByteArray, group);
+        QFETCH(QByteArray, member);
+        const auto membersOf = [&](const char* name) {
+            return name == group ? QByteArrayList{"root", member} : QByteArrayList();
+        };
+        QTEST(hostrules::isAdministrator("me", membersOf), "is");
+    }
+
     void disks() {
         QList<QVariantMap> list;
         PXHostInformation::addDiskToList(list, 3, "Movies", {"USB", "2 TB"});

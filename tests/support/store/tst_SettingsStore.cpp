@@ -201,7 +201,7 @@ private Q_SLOTS:
         const TestHome home;
         SettingsStore store(home.path("store.json"));
         int told = 0;
-        store.setChangeHandler([&] { ++told; });
+        store.setChangeHandler([&](SettingsStore::Urgency) { ++told; });
         store.setObject("a", 1);
         store.setObject("b", 1);
         QCOMPARE(told, 1);
