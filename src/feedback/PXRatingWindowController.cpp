@@ -97,7 +97,7 @@ void PXRatingWindowController::dontshowClicked() {
         "want "
         "to turn this off completely?",
         ApplicationInfo::name());
-    const long answer = alert("Confirmation", question, text::localized("Cancel"),
+    const long answer = alert("Confirmation", question, AlertButton::cancelling(text::localized("Cancel")),
                               text::localized("Turn off feedback dialog"));
     if (answer == kAlertSecondButton) setDefaultInt(kDontAskAgainKey, 1);
 }
