@@ -12,6 +12,7 @@
 Documentation::Documentation(AppDelegate& delegate, WebEngine& engine) : m_engine(engine) {
     connect(&delegate, &AppDelegate::documentationWindowRequested, this, &Documentation::open);
     connect(this, &Documentation::message, &delegate, &AppDelegate::statusMessage);
+    connect(this, &Documentation::mainWindowRequested, &delegate, &AppDelegate::openMainWindow);
 }
 
 Documentation::~Documentation() {
@@ -25,6 +26,8 @@ void Documentation::open(int tag) {
             return;
         }
         m_window = new DocumentationWindow(m_engine);
+        connect(m_window, &DocumentationWindow::mainWindowRequested, this,
+                &Documentation::mainWindowRequested);
         connect(m_window, &DocumentationWindow::engineFailed, this, [this](int index, const QString& why) {
             m_window->close();
             m_window = nullptr;  // It is deleted a moment later.

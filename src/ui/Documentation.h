@@ -24,6 +24,8 @@ public:
 Q_SIGNALS:
     /// Tell the user in passing.
     void message(const QString& text);
+    /// The user wants the main window, which may be closed.
+    void mainWindowRequested();
 
 private:
     void open(int tag);

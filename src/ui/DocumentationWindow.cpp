@@ -11,6 +11,7 @@
 #include "ui/PXRTFView.h"
 #include "ui/PageNotice.h"
 #include "ui/WebEngine.h"
+#include "ui/WindowMenu.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -95,7 +96,8 @@ QAction* DocumentationWindow::addCommand(const QList<QKeySequence>& shortcuts,
 }
 
 void DocumentationWindow::setUpActions() {
-    addCommand({QKeySequence(Qt::CTRL | Qt::Key_W)}, [this] { close(); });
+    QAction* closing = addCommand({QKeySequence(Qt::CTRL | Qt::Key_W)}, [this] { close(); });
+    addWindowMenu(*this, *closing, [this] { Q_EMIT mainWindowRequested(); });
     addCommand({QKeySequence(Qt::Key_Escape)}, [this] {
         if (m_findBar->isVisible()) {
             m_findBar->close();

@@ -34,6 +34,8 @@ Q_SIGNALS:
     /// The engine does not start; the page at `index` is to be shown elsewhere. Nothing more comes of the
     /// window.
     void engineFailed(int index, const QString& why);
+    /// The user wants the main window, which may be closed.
+    void mainWindowRequested();
 
 protected:
     bool event(QEvent* event) override;

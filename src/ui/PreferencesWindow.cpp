@@ -12,6 +12,7 @@
 #include "ui/SettingChoices.h"
 #include "ui/ToolTip.h"
 #include "ui/WatchFolderPage.h"
+#include "ui/WindowMenu.h"
 #include "ui_ContainerCompatible.h"
 #include "ui_ContainerCustom.h"
 #include "ui_ContainerFast.h"
@@ -101,6 +102,7 @@ PreferencesWindow::PreferencesWindow(Destinations& destinations, WatchFolder& wa
     closing->setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_W), QKeySequence(Qt::Key_Escape)});
     connect(closing, &QAction::triggered, this, &QWidget::close);
     addAction(closing);
+    addWindowMenu(*this, *closing, [this] { Q_EMIT mainWindowRequested(); });
 
     connect(m_list, &QListWidget::currentRowChanged, m_pages, &QStackedWidget::setCurrentIndex);
     m_list->setCurrentRow(0);

@@ -64,6 +64,15 @@ private Q_SLOTS:
         QCOMPARE(app.find<QAction>("quickStartAction")->shortcut(), QKeySequence("F1"));
     }
 
+    void theMenuLeadsBackToTheMainWindow() {
+        DocumentedApplication app;
+        app.delegate.openDocumentationWindow(0);
+        app.window->close();
+        WindowedApplication::choose(*app.docs(), "windowMenu", "showMainWindowAction");
+        QVERIFY(app.window->isVisible());
+        QVERIFY(QTest::qWaitForWindowActive(app.window.get()));
+    }
+
     void tags_data() {
         QTest::addColumn<std::optional<int>>("tag");
         QTest::addColumn<int>("tab");
