@@ -181,7 +181,7 @@ void documentationWindow() {
         qWarning("no pictures of the documentation: %s", qPrintable(why));
         return;
     }
-    const Documentation documentation(app.delegate, engine, symbolicIcon("job-remove"));
+    const Documentation documentation(app.delegate, engine, {symbolicIcon("job-remove"), addWindowMenu});
     constexpr int kMillisecondsToDraw = 700;  // The engine does not say when it has.
     for (int page = 0; page < documentation::pages().size(); ++page) {
         app.delegate.openDocumentationWindow(page);

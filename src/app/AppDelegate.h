@@ -50,6 +50,8 @@ public:
     void applicationWillFinishLaunching();
     /// The application was opened again: the main window comes to the front.
     void applicationShouldHandleReopen();
+    /// The menu command that does the same.
+    void openMainWindow() { applicationShouldHandleReopen(); }
     /// Asks where a conversion would be cut off. False: the user wants to go on.
     bool applicationShouldTerminate();
     /// Ends all jobs; nothing half-written is left when isTerminated() says so.

@@ -5,10 +5,7 @@
 
 AlertAnswer ConsolePresenter::present(const Alert& alert) {
     say({alert.key, alert.title, alert.message});
-    AlertAnswer answer;
-    if (!alert.buttons.empty()) answer.response += static_cast<long>(alert.buttons.size()) - 1;
-    answer.value = alert.value;
-    return answer;
+    return {.response = alert.cancelResponse(), .suppressed = false, .value = alert.value};
 }
 
 void ConsolePresenter::presentNonModal(const NonModalAlert& alert) {

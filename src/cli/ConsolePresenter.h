@@ -5,8 +5,8 @@
 #include <functional>
 #include <vector>
 
-/// Says on standard error what the core would say in an alert, and answers with the last button, the one that
-/// changes nothing. Nothing ever waits.
+/// Says on standard error what the core would say in an alert, and answers with its cancelResponse(). Nothing
+/// ever waits.
 class ConsolePresenter : public AlertPresenter {
 public:
     struct Message {

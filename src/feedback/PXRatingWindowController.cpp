@@ -93,12 +93,10 @@ void PXRatingWindowController::sendfeedbackClicked(const QString& text) {
 void PXRatingWindowController::dontshowClicked() {
     closeClicked();
     const QString question = makeString(
-        "%@ asks for your feedback only rarely and at maximum only once per app-version. Are you sure you "
-        "want "
-        "to turn this off completely?",
+        "%@ asks for your feedback only rarely and at maximum only once per app-version. Are you sure you want to turn this off completely?",
         ApplicationInfo::name());
-    const long answer = alert("Confirmation", question, text::localized("Cancel"),
-                              text::localized("Turn off feedback dialog"));
+    const long answer = alert("Confirmation", question, AlertButton::cancelling(Texts::tr("Cancel")),
+                              Texts::tr("Turn off feedback dialog"));
     if (answer == kAlertSecondButton) setDefaultInt(kDontAskAgainKey, 1);
 }
 

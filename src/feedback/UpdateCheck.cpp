@@ -41,8 +41,7 @@ void tellFailure() {
 
 void tellUpdate(const QString& version, qint32 build) {
     const QString message = makeString(
-        "An Update is available! You have version '%@ (%i)' but the newest version is '%@ (%i)'. Please use "
-        "our 'Fettle' to update to the newest version - it can also update your other apps!",
+        "An Update is available! You have version '%@ (%i)' but the newest version is '%@ (%i)'. Please use our 'Fettle' to update to the newest version - it can also update your other apps!",
         ApplicationInfo::version(), ApplicationInfo::buildNumber(), version, build);
     if (alert("Update Available", message, "Open Fettle Homepage", "Cancel") == kAlertFirstButton)
         sharedDesktop().openUrl(QUrl(ApplicationInfo::value("FettleHomepage")));

@@ -20,6 +20,7 @@
 #include "ui/help/RatingWindow.h"
 #include "ui/look/Appearance.h"
 #include "ui/look/Icons.h"
+#include "ui/widgets/WindowMenu.h"
 #include "ui/window/MainWindow.h"
 
 #include <QApplication>
@@ -95,15 +96,17 @@ void connectRating(AppDelegate& delegate, MainWindow& window) {
 
 /// What connects the parts that live as long as the application runs.
 void connectParts(QApplication& application, AppDelegate& delegate, MainWindow& window,
-                  SingleInstance& instance, DialogPanels& panels) {
+                  SingleInstance& instance, DialogPanels& panels, DialogPresenter& presenter) {
     QObject::connect(&instance, &SingleInstance::opened, &delegate, [&](const QStringList& paths) {
         window.bringToFront(instance.activationToken());
         delegate.openFiles(paths);
     });
     QObject::connect(&instance, &SingleInstance::activated, &delegate,
                      [&] { window.bringToFront(instance.activationToken()); });
-    QObject::connect(&window, &MainWindow::preferencesCreated, &window,
-                     [&](QWidget* preferences) { panels.setPreferencesWindow(preferences); });
+    QObject::connect(&window, &MainWindow::preferencesCreated, &window, [&](QWidget* preferences) {
+        panels.setPreferencesWindow(preferences);
+        presenter.setPreferencesWindow(preferences);
+    });
     QObject::connect(
         &application, &QApplication::commitDataRequest, &delegate,
         [&](QSessionManager& session) {
@@ -151,10 +154,10 @@ int runApplication(int& argc, char** argv) {
         AppDelegate delegate(panels);
         MainWindow window(delegate);
         PluginWebEngine engine;
-        const Documentation documentation(delegate, engine, symbolicIcon("job-remove"));
+        const Documentation documentation(delegate, engine, {symbolicIcon("job-remove"), addWindowMenu});
         presenter.setMainWindow(&window);
         panels.setMainWindow(&window);
-        connectParts(application, delegate, window, *instance, panels);
+        connectParts(application, delegate, window, *instance, panels, presenter);
         connectRating(delegate, window);
         // Files that come from now on are for the next one.
         QObject::connect(&delegate, &AppDelegate::terminating, &delegate, [&] { instance.reset(); });

@@ -13,7 +13,9 @@ public:
     AlertAnswer present(const Alert& alert) override {
         shown.append(alert);
         if (whileShown) whileShown();
-        return answer;
+        AlertAnswer given = answer;
+        if (given.response == kNobody) given.response = alert.cancelResponse();
+        return given;
     }
     void presentNonModal(const NonModalAlert& alert) override { shownNonModal.append(alert); }
 
@@ -32,7 +34,8 @@ public:
 
     bool waitsForUser() const override { return waits; }
 
-    AlertAnswer answer;
+    static constexpr long kNobody = 0;  ///< The user presses Escape.
+    AlertAnswer answer{.response = kNobody, .suppressed = false, .value = {}};
     bool waits = false;                ///< Whether a user is there who thinks, as in front of the window.
     std::function<void()> whileShown;  ///< What happens while an alert is open; may be null.
     QList<Alert> shown;

@@ -10,7 +10,10 @@
 #include "ui/window/JobListView.h"
 #include "ui/window/MainWindow.h"
 
+#include <QAction>
 #include <QDir>
+#include <QMenu>
+#include <QMenuBar>
 #include <QTest>
 
 /// The application with its main window, a scripted tool, and recorded alerts and panels. Movies go to the
@@ -54,6 +57,15 @@ public:
         return added;
     }
 
+    /// Chooses a command of the menu bar of `owner` by the mouse.
+    static void choose(const QWidget& owner, const char* menuName, const char* actionName) {
+        auto* bar = owner.findChild<QMenuBar*>();
+        auto* menu = owner.findChild<QMenu*>(menuName);
+        QTest::mouseClick(bar, Qt::LeftButton, {}, bar->actionGeometry(menu->menuAction()).center());
+        QVERIFY(QTest::qWaitForWindowExposed(menu));
+        auto* action = owner.findChild<QAction*>(actionName);
+        QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(action).center());
+    }
     QPoint centreOf(int row, jobrow::Button button) const {
         QStyleOptionViewItem option;
         option.initFrom(&list());

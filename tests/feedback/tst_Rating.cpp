@@ -155,9 +155,12 @@ private Q_SLOTS:
         PXRatingWindowController controller(pages({}), {});
         QSignalSpy closed(&controller, &PXRatingWindowController::closeRequested);
         home.presenter.whileShown = [&] { QCOMPARE(closed.count(), 1); };
-        home.presenter.answer.response = kAlertFirstButton;
         controller.dontshowClicked();
         QCOMPARE(defaultInt("quillonlib_dontaskagain"), 0);
+        setAlertPresenter(nullptr);
+        controller.dontshowClicked();
+        QCOMPARE(defaultInt("quillonlib_dontaskagain"), 0);
+        setAlertPresenter(&home.presenter);
         closed.clear();
         home.presenter.answer.response = kAlertSecondButton;
         controller.dontshowClicked();

@@ -39,6 +39,7 @@ private Q_SLOTS:
             asked.append(url);
             return download::Page{url, feed.isNull() ? std::nullopt : std::optional(feed)};
         };
+        home.presenter.answer.response = kAlertFirstButton;
         checkForUpdates(fetcher);
         QCOMPARE(asked, {QUrl("https://ravelin.example/appcast.xml")});
         QCOMPARE(home.presenter.shown.size(), 1);
@@ -60,7 +61,7 @@ private Q_SLOTS:
             QCOMPARE(home.desktop.opened, {QUrl("https://ravelin.example/fettle/")});
         }
         home.desktop.opened.clear();
-        home.presenter.answer.response = kAlertSecondButton;
+        home.presenter.answer.response = RecordingPresenter::kNobody;
         checkForUpdates(fetcher);
         QCOMPARE(home.desktop.opened, {});
     }

@@ -113,7 +113,9 @@ void Destinations::store(const QString& folder, DestinationPopUp::Place sender) 
     const bool isKnown =
         std::ranges::any_of(stored, [&](const QVariant& known) { return known.toByteArray() == *bookmark; });
     if (isKnown) {
-        alert_apptitled("This destination is already bookmarked. You can not add it again.", "D'oh");
+        alert_apptitled_over(
+            sender == DestinationPopUp::Place::AddSheet ? AlertWindow::Main : AlertWindow::Preferences,
+            "This destination is already bookmarked. You can not add it again.", "D'oh");
         setDefaultDestination(0);
         m_addSheet.select(0);
         return;

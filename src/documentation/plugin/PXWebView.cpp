@@ -7,6 +7,7 @@
 
 #include <QEvent>
 #include <QMenu>
+#include <QSet>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QWebEngineContextMenuRequest>
@@ -28,10 +29,25 @@ PXWebView::PXWebView(WebViewServices services, QWidget* parent)
     m_view->setAcceptDrops(false);  // A movie that is dropped here would be played.
     m_view->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(m_view, &QWidget::customContextMenuRequested, this, &PXWebView::showContextMenu);
+    m_view->installEventFilter(this);
 }
 
 PXWebView::~PXWebView() {
     delete m_view;  // Before its page.
+}
+
+/// Watches what the user does in the page. The events go to a widget of the engine's, which comes with a
+/// page.
+bool PXWebView::eventFilter(QObject* watched, QEvent* event) {
+    static const QSet<QEvent::Type> inputs = {QEvent::MouseButtonPress, QEvent::MouseButtonRelease,
+                                              QEvent::KeyPress,         QEvent::KeyRelease,
+                                              QEvent::TouchBegin,       QEvent::TouchEnd};
+    if (watched == m_view && event->type() == QEvent::ChildAdded) {
+        static_cast<QChildEvent*>(event)->child()->installEventFilter(this);
+    } else if (m_page && inputs.contains(event->type())) {
+        m_page->noteInput();
+    }
+    return QFrame::eventFilter(watched, event);
 }
 
 void PXWebView::showEvent(QShowEvent* event) {

@@ -8,7 +8,7 @@
 #include <QWebEngineSettings>
 
 WebPage::WebPage(QWebEngineProfile* profile, navigation::Home home, Scripts scripts)
-    : QWebEnginePage(profile), m_home(std::move(home)) {
+    : QWebEnginePage(profile), m_home(std::move(home)), m_scripts(scripts) {
     const bool mayRun = scripts == Scripts::Allowed;
     settings()->setAttribute(QWebEngineSettings::JavascriptEnabled, mayRun);
     settings()->setAttribute(QWebEngineSettings::LocalContentCanAccessRemoteUrls, false);
@@ -21,7 +21,7 @@ WebPage::WebPage(QWebEngineProfile* profile, navigation::Home home, Scripts scri
     settings()->setAttribute(QWebEngineSettings::FocusOnNavigationEnabled, false);
     connect(this, &QWebEnginePage::loadingChanged, this, &WebPage::judge);
     connect(this, &QWebEnginePage::newWindowRequested, this, [this](QWebEngineNewWindowRequest& request) {
-        if (request.isUserInitiated()) Q_EMIT leaving(request.requestedUrl());
+        if (isLinkClick(request.isUserInitiated())) Q_EMIT leaving(request.requestedUrl());
     });
 }
 
@@ -38,10 +38,18 @@ void WebPage::runWhenReady(const QString& source) {
 }
 
 bool WebPage::acceptNavigationRequest(const QUrl& url, NavigationType type, bool /*isMainFrame*/) {
-    const bool isLinkClick = type == NavigationTypeLinkClicked;
-    if (navigation::placeFor(url, isLinkClick, m_home) == navigation::Place::View) return true;
+    const bool isClick = isLinkClick(type == NavigationTypeLinkClicked);
+    if (navigation::placeFor(url, isClick, m_home) == navigation::Place::View) return true;
     Q_EMIT leaving(url);
     return false;
+}
+
+bool WebPage::isLinkClick(bool engineSaysSo) const {
+    // Without scripts nothing but the user follows a link, be it by a screen reader that sends no key.
+    if (m_scripts == Scripts::Forbidden) return engineSaysSo;
+    std::optional<std::chrono::milliseconds> sinceInput;
+    if (m_sinceInput.isValid()) sinceInput = std::chrono::milliseconds(m_sinceInput.elapsed());
+    return navigation::isLinkClick(engineSaysSo, sinceInput);
 }
 
 void WebPage::judge(const QWebEngineLoadingInfo& info) {

@@ -2,6 +2,7 @@
 
 #include "documentation/rules/NavigationPolicy.h"
 
+#include <QElapsedTimer>
 #include <QWebEnginePage>
 
 /// A page that stays at home: what leads elsewhere goes to the user's browser, and nothing opens windows,
@@ -15,6 +16,8 @@ public:
     /// `profile` outlives the page.
     WebPage(QWebEngineProfile* profile, navigation::Home home, Scripts scripts);
 
+    /// The user pressed or released something in the view that shows this page.
+    void noteInput() { m_sinceInput.start(); }
     /// Runs `script` in a world of its own, whether the page may run scripts or not.
     void run(const QString& script);
     /// The same for every page that is loaded from now on, before it is seen.
@@ -37,7 +40,10 @@ protected:
     QStringList chooseFiles(FileSelectionMode, const QStringList&, const QStringList&) override { return {}; }
 
 private:
+    bool isLinkClick(bool engineSaysSo) const;
     void judge(const QWebEngineLoadingInfo& info);
 
     const navigation::Home m_home;
+    const Scripts m_scripts;
+    QElapsedTimer m_sinceInput;
 };

@@ -21,6 +21,10 @@ bool beginsWith(const QUrl& address, const QUrl& own) {
 
 }  // namespace
 
+bool isLinkClick(bool engineSaysSo, std::optional<std::chrono::milliseconds> sinceInput) {
+    return engineSaysSo && sinceInput && *sinceInput <= kClickLasts;
+}
+
 Place placeFor(const QUrl& address, bool isLinkClick, const Home& home) {
     if (beginsWith(address, home.localPage) || beginsWith(address, home.remotePage)) return Place::View;
     if (address.toString() == u"about:blank") return Place::View;

@@ -3,6 +3,7 @@
 #include <QString>
 #include <QUrl>
 
+#include <chrono>
 #include <optional>
 
 /// What a view of a documentation page does with addresses and sizes. Rules only: nothing here loads or opens
@@ -17,6 +18,13 @@ struct Home {
     QUrl remotePage;  ///< expanded
     bool openOnlyClicksInBrowser = false;
 };
+
+/// How long after the user's last mouse or key event a page may take to follow a link.
+inline constexpr std::chrono::milliseconds kClickLasts{1000};
+
+/// Whether the user clicked a link. The web engine says so of scripts, too, when they run after the page has
+/// loaded: `engineSaysSo` needs the user's hand, `sinceInput` ago in that page (null: never).
+bool isLinkClick(bool engineSaysSo, std::optional<std::chrono::milliseconds> sinceInput);
 
 /// Where `address` is shown. `isLinkClick`: the user clicked a link; false for everything else that loads an
 /// address, scripts and redirections included.

@@ -9,10 +9,11 @@
 
 #include <QFileInfo>
 
-Documentation::Documentation(AppDelegate& delegate, WebEngine& engine, const QIcon& closeIcon)
-    : m_engine(engine), m_closeIcon(closeIcon) {
+Documentation::Documentation(AppDelegate& delegate, WebEngine& engine, WindowParts parts)
+    : m_engine(engine), m_parts(std::move(parts)) {
     connect(&delegate, &AppDelegate::documentationWindowRequested, this, &Documentation::open);
     connect(this, &Documentation::message, &delegate, &AppDelegate::statusMessage);
+    connect(this, &Documentation::mainWindowRequested, &delegate, &AppDelegate::openMainWindow);
 }
 
 Documentation::~Documentation() {
@@ -25,7 +26,9 @@ void Documentation::open(int tag) {
             openInBrowser(tag, why);
             return;
         }
-        m_window = new DocumentationWindow(m_engine, m_closeIcon);
+        m_window = new DocumentationWindow(m_engine, m_parts);
+        connect(m_window, &DocumentationWindow::mainWindowRequested, this,
+                &Documentation::mainWindowRequested);
         connect(m_window, &DocumentationWindow::engineFailed, this, [this](int index, const QString& why) {
             m_window->close();
             m_window = nullptr;  // It is deleted a moment later.

@@ -2,7 +2,6 @@
 
 #include "documentation/window/DocumentationWindow.h"
 
-#include <QIcon>
 #include <QObject>
 #include <QPointer>
 
@@ -15,8 +14,8 @@ class Documentation : public QObject {
     Q_OBJECT
 
 public:
-    /// Delegate and engine outlive this. `closeIcon` is on the find bar's close button.
-    Documentation(AppDelegate& delegate, WebEngine& engine, const QIcon& closeIcon);
+    /// Delegate and engine outlive this.
+    Documentation(AppDelegate& delegate, WebEngine& engine, WindowParts parts);
     ~Documentation() override;
 
     /// Null while it is closed.
@@ -25,12 +24,14 @@ public:
 Q_SIGNALS:
     /// Tell the user in passing.
     void message(const QString& text);
+    /// The user wants the main window, which may be closed.
+    void mainWindowRequested();
 
 private:
     void open(int tag);
     void openInBrowser(int tag, const QString& why);
 
     WebEngine& m_engine;
-    QIcon m_closeIcon;
+    WindowParts m_parts;
     QPointer<DocumentationWindow> m_window;
 };

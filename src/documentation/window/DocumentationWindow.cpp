@@ -33,12 +33,12 @@ constexpr int kLeastHeight = 400;
 
 }  // namespace
 
-DocumentationWindow::DocumentationWindow(WebEngine& engine, const QIcon& closeIcon)
+DocumentationWindow::DocumentationWindow(WebEngine& engine, const WindowParts& parts)
     : QWidget(nullptr, Qt::Window),
       m_engine(engine),
       m_tabs(m_pages.size()),
       m_tabView(new QTabWidget(this)),
-      m_findBar(new FindBar(closeIcon, this)) {
+      m_findBar(new FindBar(parts.closeIcon, this)) {
     setAttribute(Qt::WA_DeleteOnClose);
     setObjectName(QStringLiteral("DocumentationWindow"));
     setWindowTitle(tr("Documentation"));
@@ -95,7 +95,8 @@ QAction* DocumentationWindow::addCommand(const QList<QKeySequence>& shortcuts,
 }
 
 void DocumentationWindow::setUpActions() {
-    addCommand({QKeySequence(Qt::CTRL | Qt::Key_W)}, [this] { close(); });
+    QAction* closing = addCommand({QKeySequence(Qt::CTRL | Qt::Key_W)}, [this] { close(); });
+    if (parts.addMenu) parts.addMenu(*this, *closing, [this] { Q_EMIT mainWindowRequested(); });
     addCommand({QKeySequence(Qt::Key_Escape)}, [this] {
         if (m_findBar->isVisible()) {
             m_findBar->close();

@@ -13,6 +13,13 @@ class QTabWidget;
 class WebEngine;
 class WebView;
 
+/// What the window has in common with the application's other windows.
+struct WindowParts {
+    QIcon closeIcon;  ///< On the find bar's close button.
+    /// Puts a menu on top that has `close` and leads to the main window; may be null.
+    std::function<void(QWidget& window, QAction& close, const std::function<void()>& showMainWindow)> addMenu;
+};
+
 /// The documentation: a tab for each page. A page is loaded when its tab is first shown, the first one after
 /// the window itself was drawn. The window deletes itself when it is closed, and takes with it what its pages
 /// need.
@@ -21,7 +28,7 @@ class DocumentationWindow : public QWidget {
 
 public:
     /// `engine` outlives the window.
-    DocumentationWindow(WebEngine& engine, const QIcon& closeIcon);
+    DocumentationWindow(WebEngine& engine, const WindowParts& parts);
     ~DocumentationWindow() override;
 
     void bringToFront();
@@ -35,6 +42,8 @@ Q_SIGNALS:
     /// The engine does not start; the page at `index` is to be shown elsewhere. Nothing more comes of the
     /// window.
     void engineFailed(int index, const QString& why);
+    /// The user wants the main window, which may be closed.
+    void mainWindowRequested();
 
 protected:
     bool event(QEvent* event) override;

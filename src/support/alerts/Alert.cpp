@@ -9,10 +9,7 @@ namespace {
 class SilentPresenter : public AlertPresenter {
 public:
     AlertAnswer present(const Alert& alert) override {
-        AlertAnswer answer;
-        if (!alert.buttons.empty()) answer.response += static_cast<long>(alert.buttons.size()) - 1;
-        answer.value = alert.value;
-        return answer;
+        return {.response = alert.cancelResponse(), .suppressed = false, .value = alert.value};
     }
     void presentNonModal(const NonModalAlert&) override {}
 };
@@ -49,6 +46,13 @@ QString logged(const QString& text) {
     return text::strippedOfNewlines(text);
 }
 
+long logAndShow(const Alert& alert) {
+    logError("Alert: %@ - %@", logged(alert.title), logged(alert.message));
+    const long response = show(alert).response;
+    logError("Alert: finished %li", response);
+    return response;
+}
+
 QString elided(const QString& title) {
     constexpr qsizetype kLongest = 150;
     constexpr qsizetype kEnd = 70;
@@ -82,10 +86,7 @@ long alert_customicon(const QString& title, const QString& message, const AlertB
     alert.message = message;
     alert.buttons = present({defaultButton, alternate, other});
     alert.icon = icon;
-    logError("Alert: %@ - %@", logged(title), logged(message));
-    const long response = show(alert).response;
-    logError("Alert: finished %li", response);
-    return response;
+    return logAndShow(alert);
 }
 
 long alert(const QString& title, const QString& message, const AlertButton& defaultButton,
@@ -96,6 +97,15 @@ long alert(const QString& title, const QString& message, const AlertButton& defa
 long alert_apptitled(const QString& message, const AlertButton& defaultButton, const AlertButton& alternate,
                      const AlertButton& other) {
     return alert(ApplicationInfo::name(), message, defaultButton, alternate, other);
+}
+
+long alert_apptitled_over(AlertWindow window, const QString& message, const AlertButton& button) {
+    Alert alert;
+    alert.title = ApplicationInfo::name();
+    alert.message = message;
+    alert.buttons = present({button});
+    alert.window = window;
+    return logAndShow(alert);
 }
 
 long alert_input(const QString& prompt, const QStringList& buttons, QString& text) {

@@ -15,6 +15,9 @@ long alert(const QString& title, const QString& message, const AlertButton& defa
 /// With the application's name as the title.
 long alert_apptitled(const QString& message, const AlertButton& defaultButton,
                      const AlertButton& alternate = QString(), const AlertButton& other = QString());
+/// The same over a window of the caller's choice, for what a panel of that window led to: while a panel
+/// closes, no window is active.
+long alert_apptitled_over(AlertWindow window, const QString& message, const AlertButton& button);
 
 long alert_input(const QString& prompt, const QStringList& buttons, QString& text);
 long alert_inputsecure(const QString& prompt, const QStringList& buttons, QString& text);

@@ -4,6 +4,7 @@
 #include <QStringList>
 #include <QVariant>
 
+#include <algorithm>
 #include <functional>
 #include <vector>
 
@@ -14,8 +15,16 @@ struct AlertButton {
     AlertButton(QString buttonTitle, QString key = {})  // NOLINT(google-explicit-constructor)
         : title(std::move(buttonTitle)), keyEquivalent(std::move(key)) {}
 
+    /// A button that is also the answer of a user who gives none; see Alert::cancelResponse().
+    static AlertButton cancelling(QString buttonTitle) {
+        AlertButton button(std::move(buttonTitle));
+        button.cancels = true;
+        return button;
+    }
+
     QString title;
     QString keyEquivalent;
+    bool cancels = false;
 };
 
 /// The control between an alert's message and its buttons. `value` goes in as what the control shows first
@@ -32,6 +41,18 @@ enum class AlertControl {
     SelectionMatrix  ///< Radio buttons, 269 wide, 17 a row, the items; value: index.
 };
 
+/// The window that an alert belongs to. One that is not shown is replaced by the window at work.
+enum class AlertWindow {
+    AtWork,  ///< The active one, else the main window.
+    Main,
+    Preferences
+};
+
+/// The responses to an alert's first, second and third button.
+inline constexpr long kAlertFirstButton = 1000;
+inline constexpr long kAlertSecondButton = 1001;
+inline constexpr long kAlertThirdButton = 1002;
+
 /// A modal alert with all that is needed to show it.
 struct Alert {
     QString title;
@@ -45,12 +66,17 @@ struct Alert {
     QStringList items;
     QVariant value;
     bool activatesApplication = true;  ///< Whether the application comes to the front first.
-};
+    AlertWindow window = AlertWindow::AtWork;
 
-/// The responses to an alert's first, second and third button.
-inline constexpr long kAlertFirstButton = 1000;
-inline constexpr long kAlertSecondButton = 1001;
-inline constexpr long kAlertThirdButton = 1002;
+    /// What Escape, the close button, the end of the application and a presenter without a user answer: the
+    /// button that says so, else the last. It must never do what only a user may decide.
+    long cancelResponse() const {
+        const auto saysSo = std::ranges::find(buttons, true, &AlertButton::cancels);
+        const auto position =
+            saysSo == buttons.end() ? qMax<qsizetype>(std::ssize(buttons), 1) - 1 : saysSo - buttons.begin();
+        return kAlertFirstButton + static_cast<long>(position);
+    }
+};
 
 struct AlertAnswer {
     long response = kAlertFirstButton;
@@ -88,6 +114,6 @@ public:
 };
 
 /// The presenter that the alert functions use; not owned. Without one, an alert is logged and answered with
-/// its last button, the one that changes nothing.
+/// its cancelResponse().
 void setAlertPresenter(AlertPresenter* presenter);
 AlertPresenter& alertPresenter();

@@ -48,7 +48,7 @@ AlertDialog::AlertDialog(const Alert& alert, QWidget* parent) : QDialog(parent) 
     const QSize available = screen()->availableSize();
 
     m_buttonBox = new QDialogButtonBox(this);
-    addButtons(alert.buttons);
+    addButtons(alert);
     if (m_buttonBox->sizeHint().width() > available.width() - 2 * kMargin)
         m_buttonBox->setOrientation(Qt::Vertical);
     m_title = new AlertText(alert.title, titleFont(font()), this);
@@ -95,15 +95,16 @@ AlertDialog::AlertDialog(const Alert& alert, QWidget* parent) : QDialog(parent) 
     if (m_accessory.focus) m_accessory.focus->setFocus();
 }
 
-void AlertDialog::addButtons(const std::vector<AlertButton>& buttons) {
+void AlertDialog::addButtons(const Alert& alert) {
     const std::vector<AlertButton> shown =
-        buttons.empty() ? std::vector<AlertButton>{Texts::tr("OK")} : buttons;
-    const long last = static_cast<long>(shown.size()) - 1;
-    for (long position = 0; position <= last; ++position) {
+        alert.buttons.empty() ? std::vector<AlertButton>{Texts::tr("OK")} : alert.buttons;
+    m_response = alert.cancelResponse();
+    for (long position = 0; position < std::ssize(shown); ++position) {
         const AlertButton& given = shown[static_cast<size_t>(position)];
-        const auto role = position == 0      ? QDialogButtonBox::AcceptRole
-                          : position == last ? QDialogButtonBox::RejectRole
-                                             : QDialogButtonBox::DestructiveRole;
+        const bool cancels = shown.size() > 1 && kAlertFirstButton + position == alert.cancelResponse();
+        const auto role = cancels         ? QDialogButtonBox::RejectRole
+                          : position == 0 ? QDialogButtonBox::AcceptRole
+                                          : QDialogButtonBox::DestructiveRole;
         QPushButton* button = m_buttonBox->addButton(withoutMnemonics(given.title), role);
         if (!given.keyEquivalent.isEmpty()) {
             const auto keys = QKeySequence::fromString(given.keyEquivalent, QKeySequence::PortableText);
@@ -119,7 +120,6 @@ void AlertDialog::addButtons(const std::vector<AlertButton>& buttons) {
             accept();
         });
     }
-    m_response = kAlertFirstButton + last;
 }
 
 void AlertDialog::setTexts(const Alert& alert, int width) {

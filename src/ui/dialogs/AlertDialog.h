@@ -9,8 +9,8 @@ class QCheckBox;
 class QDialogButtonBox;
 
 /// A modal alert: icon, title, message, control, don't-warn-again box, buttons in the platform's order.
-/// Return answers with the first button, Esc and the window's close button with the last. It never grows past
-/// its screen; a long message scrolls. Main thread only.
+/// Return answers with the first button, Esc and the window's close button with Alert::cancelResponse(). It
+/// never grows past its screen; a long message scrolls. Main thread only.
 class AlertDialog : public QDialog {
     Q_OBJECT
 
@@ -18,12 +18,12 @@ public:
     /// `parent` may be null; its screen, else the primary one, bounds the size.
     explicit AlertDialog(const Alert& alert, QWidget* parent = nullptr);
 
-    /// Valid once the dialog has finished; before, and when something else than the user ended it, that of
-    /// the last button.
+    /// Valid once the dialog has finished; before, and when something else than the user ended it, the
+    /// alert's cancelResponse().
     AlertAnswer answer() const;
 
 private:
-    void addButtons(const std::vector<AlertButton>& buttons);
+    void addButtons(const Alert& alert);
     void setTexts(const Alert& alert, int width);
 
     QDialogButtonBox* m_buttonBox = nullptr;

@@ -11,11 +11,17 @@
 
 namespace {
 
-/// Some desktops match patterns with regard to case.
+/// "*.mkv *.[mM][kK][vV]": some desktops match patterns with regard to case. The plain pattern stands first,
+/// because a save panel may take the extension from it.
 QString patterns(const QStringList& extensions) {
     QStringList result;
-    for (const QString& extension : extensions)
-        result << "*." + extension << "*." + extension.toUpper();
+    for (const QString& extension : extensions) {
+        QString anyCase;
+        for (const QChar letter : extension)
+            anyCase +=
+                letter.isLetter() ? u'[' + letter.toLower() + letter.toUpper() + u']' : QString(letter);
+        result << "*." + extension << "*." + anyCase;
+    }
     return result.join(u' ');
 }
 

@@ -36,8 +36,15 @@ QWidget* DialogPresenter::windowAtWork() const {
     return nullptr;
 }
 
+QWidget* DialogPresenter::windowFor(AlertWindow window) const {
+    // Over a modal window there is no choice: below it an alert could not be answered.
+    if (window == AlertWindow::AtWork || canCarry(QApplication::activeModalWidget())) return windowAtWork();
+    QWidget* named = window == AlertWindow::Preferences ? m_preferencesWindow : m_mainWindow;
+    return canCarry(named) ? named : windowAtWork();
+}
+
 AlertAnswer DialogPresenter::present(const Alert& alert) {
-    QWidget* window = windowAtWork();
+    QWidget* window = windowFor(alert.window);
     // A window that is destroyed takes the dialog along, in the middle of exec().
     const QPointer<AlertDialog> dialog = new AlertDialog(alert, window);
     const AlertAnswer unanswered = dialog->answer();

@@ -81,10 +81,6 @@ void RatingWindow::connectButtons() {
     connectTo(m_ui->dontshowButton, &Controller::dontshowClicked);
     connect(m_ui->feedbackButton, &QAbstractButton::clicked, m_controller,
             [this] { m_controller->sendfeedbackClicked(m_ui->feedbackTextField->toPlainText()); });
-    connect(m_ui->feedbackTextField, &QPlainTextEdit::textChanged, m_ui->feedbackButton, [this] {
-        m_ui->feedbackButton->setEnabled(!m_ui->feedbackTextField->toPlainText().trimmed().isEmpty());
-    });
-    m_ui->feedbackButton->setEnabled(false);
 }
 
 void RatingWindow::showView() {

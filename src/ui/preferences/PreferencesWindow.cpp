@@ -13,6 +13,7 @@
 #include "ui/preferences/WatchFolderPage.h"
 #include "ui/widgets/DestinationBox.h"
 #include "ui/widgets/ToolTip.h"
+#include "ui/widgets/WindowMenu.h"
 #include "ui_ContainerCompatible.h"
 #include "ui_ContainerCustom.h"
 #include "ui_ContainerFast.h"
@@ -102,6 +103,7 @@ PreferencesWindow::PreferencesWindow(Destinations& destinations, WatchFolder& wa
     closing->setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_W), QKeySequence(Qt::Key_Escape)});
     connect(closing, &QAction::triggered, this, &QWidget::close);
     addAction(closing);
+    addWindowMenu(*this, *closing, [this] { Q_EMIT mainWindowRequested(); });
 
     connect(m_list, &QListWidget::currentRowChanged, m_pages, &QStackedWidget::setCurrentIndex);
     m_list->setCurrentRow(0);

@@ -30,6 +30,8 @@ Q_SIGNALS:
     void conversionStyleChosen();
     /// The window is about to close.
     void closing();
+    /// The user wants the main window, which may be closed.
+    void mainWindowRequested();
     /// The user changed or restored the setting; it is stored already.
     void settingChanged(const QString& key);
 

@@ -137,6 +137,8 @@ void MainWindow::openPreferences() {
                 &PreferencesWindow::selectConversionStyle);
         connect(m_preferences.get(), &PreferencesWindow::closing, &m_delegate,
                 &AppDelegate::preferencesWillClose);
+        connect(m_preferences.get(), &PreferencesWindow::mainWindowRequested, &m_delegate,
+                &AppDelegate::openMainWindow);
         Q_EMIT preferencesCreated(m_preferences.get());
     }
     m_delegate.selectConversionStyle();

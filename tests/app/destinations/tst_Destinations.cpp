@@ -168,6 +168,8 @@ private Q_SLOTS:
         destinations.chooseNewDestination(place);
         QVERIFY(home.presenter.messages().last().startsWith("This destination is already bookmarked."));
         QCOMPARE(home.presenter.shown.last().buttons.front().title, "D'oh");
+        QCOMPARE(home.presenter.shown.last().window,
+                 onTheSheet ? AlertWindow::Main : AlertWindow::Preferences);
         QCOMPARE(asked.selected(), 0);
         QCOMPARE(defaultInt(kDefaultDestinationKey), 0);
         QCOMPARE(defaultArray(kDestinationNamesKey)->size(), 2);

@@ -287,6 +287,47 @@ private Q_SLOTS:
         }
     }
 
+    void aScriptIsAClickOnlyRightAfterTheUsersHand_data() {
+        QTest::addColumn<QString>("starts");
+        QTest::addColumn<int>("milliseconds");
+        QTest::addColumn<bool>("leaves");
+        QTest::newRow("by itself") << "load" << 100 << false;
+        QTest::newRow("mouse") << "mousedown" << 0 << true;
+        QTest::newRow("key") << "keydown" << 0 << true;
+        QTest::newRow("long after the mouse") << "mousedown" << 3000 << false;
+    }
+    /// The engine calls a script that runs after the page has loaded a link click.
+    void aScriptIsAClickOnlyRightAfterTheUsersHand() {
+        QFETCH(const QString, starts);
+        QFETCH(const int, milliseconds);
+        QFETCH(const bool, leaves);
+        Server elsewhere;
+        elsewhere.pages["/"] = "<title>Elsewhere</title>";
+        m_server->pages["/page.html"] =
+            QStringLiteral(
+                "<title>Remote</title><body><script>"
+                "addEventListener('%1', () => { document.title = 'Started';"
+                "setTimeout(() => location.href = '%2', %3); }, { once: true })</script>")
+                .arg(starts, elsewhere.address("/"), QString::number(milliseconds))
+                .toUtf8();
+        const auto window = makeWindow();
+        window->set("remoteHTMLURL", m_server->address("/page.html"));
+        window->set("openOnlyClicksInBrowser", true);
+        window->show();
+        QTRY_VERIFY_WITH_TIMEOUT(window->title() == u"Remote" || starts == u"load", kMilliseconds);
+        // The page needs a moment before it takes events.
+        const auto isStarted = [&] { return starts == u"load" || window->title() != u"Remote"; };
+        for (int tries = 0; !isStarted() && tries < kMilliseconds / 100; ++tries) {
+            QWidget* target = window->engineView()->focusProxy();
+            starts == u"keydown" ? QTest::keyClick(target, Qt::Key_A)
+                                 : QTest::mouseClick(target, Qt::LeftButton, {}, QPoint(200, 150));
+            std::ignore = QTest::qWaitFor(isStarted, 100);
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(!window->outside.isEmpty() || window->title() == u"Elsewhere",
+                                 kMilliseconds);
+        QCOMPARE(window->outside, leaves ? QStringList(elsewhere.address("/")) : QStringList());
+    }
+
     void zoomAndScrolling_data() {
         QTest::addColumn<QVariant>("factor");
         QTest::addColumn<bool>("disableScrolling");

@@ -3,6 +3,7 @@
 #include <QTest>
 
 using namespace navigation;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -54,6 +55,14 @@ private Q_SLOTS:
         for (const bool isLinkClick : {true, false})
             places += placeFor(QUrl(address), isLinkClick, home) == Place::View ? 'v' : 'b';
         QCOMPARE(places, expected);
+    }
+
+    void aClickFollowsTheUsersHand() {
+        QVERIFY(isLinkClick(true, 0ms));
+        QVERIFY(isLinkClick(true, 1000ms));
+        QVERIFY(!isLinkClick(true, 1001ms));
+        QVERIFY(!isLinkClick(true, std::nullopt));
+        QVERIFY(!isLinkClick(false, 0ms));
     }
 
     void onlyPagesAndMailLeave() {

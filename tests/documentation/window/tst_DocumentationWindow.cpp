@@ -3,6 +3,7 @@
 #include "documentation/window/PXRTFView.h"
 #include "fakes/FakeWebEngine.h"
 #include "fakes/WindowedApplication.h"
+#include "ui/widgets/WindowMenu.h"
 
 #include <QAction>
 #include <QLabel>
@@ -18,7 +19,7 @@ constexpr int kPages = 6;
 /// The application with a documentation that has all its pages.
 class DocumentedApplication : public WindowedApplication {
 public:
-    DocumentedApplication() : documentation(delegate, engine, QIcon()) {
+    DocumentedApplication() : documentation(delegate, engine, {QIcon(), addWindowMenu}) {
         for (const DocumentationPage& page : documentation::pages())
             write("resources/documents/" + page.name, "<title>" + page.title.toUtf8() + "</title>");
     }
@@ -62,6 +63,15 @@ private Q_SLOTS:
             QCOMPARE(action->text().remove('&'), app.tabs().tabText(i));
         }
         QCOMPARE(app.find<QAction>("quickStartAction")->shortcut(), QKeySequence("F1"));
+    }
+
+    void theMenuLeadsBackToTheMainWindow() {
+        DocumentedApplication app;
+        app.delegate.openDocumentationWindow(0);
+        app.window->close();
+        WindowedApplication::choose(*app.docs(), "windowMenu", "showMainWindowAction");
+        QVERIFY(app.window->isVisible());
+        QVERIFY(QTest::qWaitForWindowActive(app.window.get()));
     }
 
     void tags_data() {

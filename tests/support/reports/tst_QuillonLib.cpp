@@ -125,6 +125,7 @@ private Q_SLOTS:
         QVERIFY(!mail.body.contains("Preferences") && home.presenter.shown.isEmpty());
         home.desktop.optionKeyIsHeld = true;
         setDefaultInt("key", 1);
+        home.presenter.answer.response = kAlertFirstButton;
         library.sendSupportRequestMail("Help!");
         QVERIFY(OpenedMail(home.desktop.opened.first()).body.contains("\nPreferences (BASE64): ew"));
         QCOMPARE(home.presenter.shown.size(), 1);

@@ -8,6 +8,7 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -57,11 +58,24 @@ private Q_SLOTS:
     void files() {
         for (const char* name : {"/a.mkv", "/b.mkv"})
             write(m_folder->path() + name);
-        m_panels->chooseFiles({"mkv", "srt"}, [this](const QStringList& paths) { m_answers += paths; });
+        m_panels->chooseFiles({"mkv", "m2ts"}, [this](const QStringList& paths) { m_answers += paths; });
         const QPointer<QFileDialog> dialog = open(*m_window);
         QCOMPARE(dialog->windowModality(), Qt::WindowModal);
         QCOMPARE(dialog->nameFilters(),
-                 (QStringList{"Movies and subtitles (*.mkv *.MKV *.srt *.SRT)", "All files (*)"}));
+                 (QStringList{"Movies and subtitles (*.mkv *.[mM][kK][vV] *.m2ts *.[mM]2[tT][sS])",
+                              "All files (*)"}));
+        // As a desktop matches them that looks at case.
+        const QStringList patterns = dialog->nameFilters().first().section(u'(', 1).chopped(1).split(u' ');
+        const auto isShown = [&](const QString& name) {
+            return std::ranges::any_of(patterns, [&](const QString& pattern) {
+                return QRegularExpression(QRegularExpression::wildcardToRegularExpression(pattern))
+                    .match(name)
+                    .hasMatch();
+            });
+        };
+        for (const char* name : {"film.mkv", "Film.Mkv", "FILM.MKV", "Film.M2ts"})
+            QVERIFY2(isShown(name), name);
+        QVERIFY(!isShown("film.mkv.txt"));
         dialog->setDirectory(m_folder->path());
         type(dialog, "\"a.mkv\" \"b.mkv\"");
         QTRY_VERIFY(!dialog);

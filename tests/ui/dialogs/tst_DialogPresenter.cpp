@@ -109,6 +109,56 @@ private Q_SLOTS:
         QTEST(alert("Title", "Save a & b?", "Save & Quit", {"Don't Save", "Ctrl+D"}, "Cancel"), "response");
     }
 
+    void theFirstButtonMayCancel_data() {
+        QTest::addColumn<Act>("act");
+        QTest::addColumn<long>("response");
+        QTest::newRow("Esc") << press(Qt::Key_Escape) << 1000L;
+        QTest::newRow("closed") << Act([](QDialog& d) { d.close(); }) << 1000L;
+        QTest::newRow("its button") << Act([](QDialog& d) { clickOn(button(d, "Cancel")); }) << 1000L;
+        QTest::newRow("the other") << Act([](QDialog& d) { clickOn(button(d, "For Good")); }) << 1001L;
+    }
+    void theFirstButtonMayCancel() {
+        QFETCH(Act, act);
+        QFETCH(long, response);
+        Alert question;
+        question.buttons = {AlertButton::cancelling("Cancel"), "For Good"};
+        onNextModal(act);
+        QCOMPARE(alert("Title", "Sure?", question.buttons[0], question.buttons[1]), response);
+        long answered = 0;
+        onNextModal(act);
+        m_presenter.presentSheet(question, [&](const AlertAnswer& answer) { answered = answer.response; });
+        QTRY_COMPARE(answered, response);
+    }
+
+    void overTheWindowThatAsked_data() {
+        QTest::addColumn<bool>("isShown");
+        QTest::newRow("shown") << true;
+        QTest::newRow("closed meanwhile") << false;
+    }
+    /// While the panel closes in which something was chosen, no window is active, or another one.
+    void overTheWindowThatAsked() {
+        QFETCH(const bool, isShown);
+        QWidget preferences;
+        preferences.setVisible(isShown);
+        m_presenter.setPreferencesWindow(&preferences);
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        const QWidget* over = nullptr;
+        const Act look = [&](QDialog& dialog) {
+            over = dialog.parentWidget();
+            dialog.close();
+        };
+        onNextModal(look);
+        alert_apptitled_over(AlertWindow::Preferences, "Known", "D'oh");
+        QCOMPARE(over, isShown ? &preferences : m_window.get());
+        preferences.show();
+        preferences.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&preferences));
+        onNextModal(look);
+        alert_apptitled_over(AlertWindow::Main, "Known", "D'oh");
+        QCOMPARE(over, m_window.get());
+    }
+
     void withoutAWindow_data() {
         QTest::addColumn<bool>("hasWindow");
         QTest::newRow("none yet") << false;

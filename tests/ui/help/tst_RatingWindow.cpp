@@ -75,7 +75,7 @@ private Q_SLOTS:
         const Asked asked;
         QTest::keyClick(asked.find("problemButton"), Qt::Key_Space);
         QCOMPARE(asked.view(), "angryView");
-        QVERIFY(!asked.find("feedbackButton")->isEnabled());
+        QVERIFY(asked.find("feedbackButton")->isEnabled());  // Some write in the mail itself.
         QTest::keyClicks(asked.find("feedbackTextField"), "No sound");
         QTest::keyClick(asked.find("feedbackTextField"), Qt::Key_Tab);
         QTest::keyClick(asked.find("feedbackButton"), Qt::Key_Space);

@@ -1,6 +1,7 @@
 #include "fakes/OpenedMail.h"
 #include "fakes/WindowedApplication.h"
 #include "ui/help/AboutWindow.h"
+#include "ui/preferences/PreferencesWindow.h"
 
 #include <QAction>
 #include <QApplication>
@@ -287,6 +288,11 @@ private Q_SLOTS:
         app.write("go");
         QTRY_COMPARE(job->state(), JobState::Finished);
         app.delegate.applicationShouldHandleReopen();
+        QVERIFY(app.window->isVisible());
+        // Another window that is open leads back to it, too.
+        app.window->openPreferences();
+        app.window->close();
+        WindowedApplication::choose(*app.window->preferencesWindow(), "windowMenu", "showMainWindowAction");
         QVERIFY(app.window->isVisible());
         // The next start has the window as it was.
         const MainWindow next(app.delegate);
