@@ -7,10 +7,12 @@
 #include "cli/ExitStatus.h"
 #include "cli/Run.h"
 #include "settings/Keys.h"
+#include "support/Alert.h"
 #include "support/ApplicationInfo.h"
 #include "support/Defaults.h"
 #include "support/Format.h"
 #include "support/Interruption.h"
+#include "support/Text.h"
 #include "tool/ToolReaper.h"
 
 #include <QCoreApplication>
@@ -154,19 +156,14 @@ bool ConvertCommand::chooseDestination(MKVFileInfo& info, QString& problem) cons
 }
 
 void ConvertCommand::addToQueue(MKVFileInfo info, qsizetype audioTrackIndex) {
-    const QString file = info.fileURL.toLocalFile();
     auto job = std::make_unique<ConversionJob>(m_queue, std::move(info), audioTrackIndex);
     job->presetSpeedInfo();
     job->setMayReplaceDestination(!m_options.output.isEmpty());
-    QString said;
-    const auto usual = m_presenter.onMessage;
-    m_presenter.onMessage = [&](const ConsolePresenter::Message& message) {
-        if (said.isEmpty()) said = message.message;
-        if (usual) usual(message);
-    };
-    const bool added = m_queue.addJob(std::move(job));
-    m_presenter.onMessage = usual;
-    if (!added) refuse(file, said, true);
+    if (!m_queue.addJob(std::move(job))) {
+        const QString message = text::localized(JobQueue::kNotWriteable);
+        alert_apptitled(message, "OK");
+        refuseAtHand(message, true);
+    }
     endIfDone();
 }
 

@@ -197,17 +197,36 @@ private Q_SLOTS:
         QCOMPARE(app.destinationOfJob(0), app.path("out-1.mp4"));
     }
 
-    void unwriteableDestinationDropsTheJobAndGoesOn() {
+    void aRefusedMovieStaysOnTheSheet_data() {
+        QTest::addColumn<bool>("autoAdd");
+        QTest::newRow("confirmed") << false;
+        QTest::newRow("without asking") << true;
+    }
+    void aRefusedMovieStaysOnTheSheet() {
+        QFETCH(const bool, autoAdd);
         Launched app;
+        app.presenter.waits = true;
         app.delegate.applicationWillFinishLaunching();
-        app.panels.savedAs = "/proc/a.mp4";
-        app.delegate.openFiles({app.write("a.mkv"), app.write("b.mkv")});
-        QTRY_VERIFY(app.isReady());
-        app.sheet().addToQueue();
-        QVERIFY(app.presenter.messages().last().startsWith("You don't seem to have write access"));
-        QTRY_VERIFY(app.isReady());
-        QCOMPARE(app.queue().count(), 0);
-        QCOMPARE(app.sheet().path(), app.path("a.mkv"));
+        setDefaultInt(kAutoAddKey, autoAdd ? 1 : 0);
+        app.delegate.openFiles({app.write("a.mkv"), app.write("b.mkv"), app.write("c.mkv")});
+        qsizetype told = 0;
+        for (const char* name : {"c", "b", "a"}) {
+            app.panels.savedAs = "/proc/x.mp4";
+            QTRY_VERIFY(app.isReady());
+            if (!autoAdd) app.sheet().addToQueue();
+            QTRY_COMPARE(app.presenter.shown.size(), ++told);
+            QCOMPARE(app.presenter.messages().last(),
+                     QString("You don't seem to have write access to the selected destinatation or it is a "
+                             "read-only filesystem. Please choose another destination.\n\nThe movie "
+                             "“%1.mkv” stays on the sheet.")
+                         .arg(name));
+            QVERIFY(app.isReady());
+            QCOMPARE(app.sheet().path(), app.path(name + QString(".mkv")));
+            app.panels.savedAs = app.path(name + QString(".mp4"));
+            app.sheet().addToQueue();
+        }
+        QCOMPARE(app.queue().count(), 3);
+        QCOMPARE(app.presenter.shown.size(), 3);
     }
 
     void autoAddAsksNothing() {
