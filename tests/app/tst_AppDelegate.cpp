@@ -96,7 +96,6 @@ private Q_SLOTS:
     void nothingStartsBeforeTheLastFileWasHandled() {
         Launched app;
         app.delegate.applicationWillFinishLaunching();
-        app.delegate.destinations().addOpenedFolder(app.path());
         setDefaultInt(kDefaultDestinationKey, kNextToSource);
         app.delegate.openFiles({app.write("a.mkv"), app.write("b.mkv"), app.write("c.mkv")});
         for (const int waiting : {2, 1}) {
@@ -112,8 +111,9 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 2, 30000);
     }
 
-    void nextToTheSourceNeedsAnOpenedFolder() {
+    void nextToTheSourceNeedsAnOpenedFolderInASandbox() {
         Launched app;
+        app.desktop.sandboxed = true;
         app.delegate.applicationWillFinishLaunching();
         setDefaultInt(kDefaultDestinationKey, kNextToSource);
         app.open("a.mkv");
@@ -214,7 +214,8 @@ private Q_SLOTS:
             app.panels.savedAs = "/proc/x.mp4";
             QTRY_VERIFY(app.isReady());
             if (!autoAdd) app.sheet().addToQueue();
-            QTRY_COMPARE(app.presenter.shown.size(), ++told);
+            ++told;
+            QTRY_COMPARE(app.presenter.shown.size(), told);
             QCOMPARE(app.presenter.messages().last(),
                      QString("You don't seem to have write access to the selected destinatation or it is a "
                              "read-only filesystem. Please choose another destination.\n\nThe movie "
@@ -232,7 +233,6 @@ private Q_SLOTS:
     void autoAddAsksNothing() {
         Launched app;
         app.delegate.applicationWillFinishLaunching();
-        app.delegate.destinations().addOpenedFolder(app.path());
         setDefaultInt(kDefaultDestinationKey, kNextToSource);
         setDefaultInt(kAutoAddKey, 1);
         QDir(app.path()).mkpath("in/deep");
@@ -242,6 +242,29 @@ private Q_SLOTS:
         app.delegate.openFiles({app.path("in")});
         QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 2, 30000);
         QVERIFY(QFile::exists(app.path("in/deep/a.mp4")));
+    }
+
+    void whatIsMissingAtLaunchIsTold() {
+        Launched app;
+        const auto store = [&](const char* bookmarks, const char* names, const char* watched) {
+            setDefaultArray(kDestinationBookmarksKey, QVariantList{app.path(bookmarks).toUtf8()});
+            setDefaultArray(kDestinationNamesKey, QVariantList{names});
+            setDefaultObject("WatchfolderBookmark", app.path(watched).toUtf8());
+            setDefaultInt("WatchfolderActive", 1);
+        };
+        store("disk/out", "out", "disk/in");
+        app.delegate.applicationWillFinishLaunching();
+        QCOMPARE(
+            app.status,
+            QString("The destination folder “%1” is not there. It comes back to the list when it is. The "
+                    "watch folder “%2” is not there. It is watched again when it is.")
+                .arg(app.path("disk/out"), app.path("disk/in")));
+        const QString status = app.status;
+        app.open("a.mkv");
+        QCOMPARE(app.status, status);  // Movies that come at once do not hide it.
+        QDir(app.path()).mkpath("disk/out");
+        QTRY_COMPARE(app.status,
+                     QString("The destination folder “%1” is there again.").arg(app.path("disk/out")));
     }
 
     void dropsAreJudged_data() {
@@ -320,7 +343,6 @@ private Q_SLOTS:
         app.presenter.waits = true;
         app.delegate.applicationWillFinishLaunching();
         app.tool.setConversion(conversion);
-        app.delegate.destinations().addOpenedFolder(app.path());
         setDefaultInt(kDefaultDestinationKey, kNextToSource);
         const QString movie = app.open("a.mkv");
         QTRY_VERIFY(app.isReady());
@@ -378,7 +400,6 @@ private Q_SLOTS:
         Launched app;
         app.delegate.applicationWillFinishLaunching();
         app.tool.setConversion(FakeTool::waitFor(app.path("never")));
-        app.delegate.destinations().addOpenedFolder(app.path());
         setDefaultInt(kDefaultDestinationKey, kNextToSource);
         app.open("a.mkv");
         QTRY_VERIFY(app.isReady());
@@ -399,10 +420,8 @@ private Q_SLOTS:
         QFETCH(const QString, queue);
         Launched app;
         AppDelegate next(app.panels);
-        for (AppDelegate* delegate : {&app.delegate, &next}) {
+        for (AppDelegate* delegate : {&app.delegate, &next})
             delegate->applicationWillFinishLaunching();
-            delegate->destinations().addOpenedFolder(app.path());
-        }
         setDefaultInt(kDefaultDestinationKey, kNextToSource);
         setDefaultInt("InsertJobsAtBottom", queue.startsWith(u'a') ? 1 : 0);
         app.tool.setConversion(
@@ -467,7 +486,6 @@ private Q_SLOTS:
         Launched app;
         app.delegate.applicationWillFinishLaunching();
         app.tool.setConversion(FakeTool::waitFor(app.path("never")));
-        app.delegate.destinations().addOpenedFolder(app.path());
         setDefaultInt(kDefaultDestinationKey, kNextToSource);
         QVERIFY(app.delegate.applicationShouldTerminate());
         app.open("a.mkv");
