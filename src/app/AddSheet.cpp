@@ -6,6 +6,7 @@
 #include "app/queue/JobQueue.h"
 #include "settings/Keys.h"
 #include "support/alerts/Alert.h"
+#include "support/alerts/AlertQueue.h"
 #include "support/base/Files.h"
 #include "support/base/Format.h"
 #include "support/base/Text.h"
@@ -185,5 +186,9 @@ void AddSheet::addJob(const QString& destination, const QString& securityFolder,
     auto job = std::make_unique<ConversionJob>(m_queue, std::move(info), m_selectedAudio);
     job->presetSpeedInfo();
     job->setMayReplaceDestination(mayReplace);
-    m_queue.addJob(std::move(job));
+    if (m_queue.addJob(std::move(job))) return;
+    const QString told =
+        makeString("%@\n\n%@", text::localized(JobQueue::kNotWriteable),
+                   makeString("The movie “%@” stays on the sheet.", m_intake.fileInfo()->fileName));
+    showInTurn([told] { alert_apptitled(told, "OK"); }, told);
 }

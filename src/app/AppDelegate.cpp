@@ -42,6 +42,7 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
     m_queue.setUsageCounter(
         [this](bool increase, bool allowFeedbackNow) { increaseUsages(*this, increase, allowFeedbackNow); });
     connect(&m_addSheet, &AddSheet::message, this, &AppDelegate::statusMessage);
+    connect(&m_destinations, &Destinations::message, this, &AppDelegate::statusMessage);
     connect(&m_queue, &JobQueue::quitRequested, this, [this] { terminate(true); });
     connect(&m_progress, &QueueProgress::changed, this,
             [this] { sharedDesktop().setLauncherProgress(m_progress.fraction()); });
@@ -68,8 +69,9 @@ void AppDelegate::applicationWillFinishLaunching() {
             [](const QString& path) { sharedDesktop().reveal(path); });
     selectConversionStyle();
     m_addSheet.hide();
-    m_destinations.restoreAtLaunch();
-    m_watchFolder.watchfolderActiveClicked();
+    QStringList missing{m_destinations.restoreAtLaunch(), m_watchFolder.resumeAtLaunch()};
+    missing.removeAll(QString());
+    if (!missing.isEmpty()) Q_EMIT statusMessage(missing.join(u' '));
 }
 
 void AppDelegate::showSpeedNotice() {
@@ -189,8 +191,15 @@ void AppDelegate::take(const QStringList& files, const QList<QUrl>& given) {
     if (m_terminates) return;
     const bool isUseful = std::ranges::any_of(
         files, [](const QString& path) { return moviefiles::isMovie(path) || moviefiles::isSubtitle(path); });
-    Q_EMIT statusMessage(isUseful || given.isEmpty() ? QString() : drop::refusal(given));
+    showRefusal(isUseful || given.isEmpty() ? QString() : drop::refusal(given));
     m_intake.openFiles(files);
+}
+
+void AppDelegate::showRefusal(const QString& reason) {
+    // What was said of something else stays.
+    if (reason.isEmpty() && m_refusal.isEmpty()) return;
+    m_refusal = reason;
+    Q_EMIT statusMessage(reason);
 }
 
 void AppDelegate::addClicked() {
@@ -200,7 +209,7 @@ void AppDelegate::addClicked() {
 
 bool AppDelegate::draggingEntered(const QList<QUrl>& urls) {
     const bool isAccepted = drop::isAccepted(drop::paths(urls));
-    Q_EMIT statusMessage(isAccepted ? QString() : drop::refusal(urls));
+    showRefusal(isAccepted ? QString() : drop::refusal(urls));
     return isAccepted;
 }
 

@@ -107,6 +107,7 @@ Q_SIGNALS:
 private:
     void showSpeedNotice();
     void take(const QStringList& files, const QList<QUrl>& given);
+    void showRefusal(const QString& reason);
     void announceTerminated();
     void giveWay(const QString& newPath, Block launch);
 
@@ -121,6 +122,7 @@ private:
     std::unique_ptr<PXAppMovedHandler> m_moveObservation;
     Block m_successor;            ///< Starts it; null: there is to be none.
     QStringList m_searchedPaths;  ///< Given with folders, of which the search is not done yet.
+    QString m_refusal;            ///< Why the last drop was refused; empty: it was taken.
     QString m_version;
     QString m_build;
     bool m_terminates = false;

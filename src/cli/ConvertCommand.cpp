@@ -7,7 +7,10 @@
 #include "cli/ExitStatus.h"
 #include "cli/Run.h"
 #include "settings/Keys.h"
+#include "support/alerts/Alert.h"
 #include "support/base/ApplicationInfo.h"
+#include "support/base/Format.h"
+#include "support/base/Text.h"
 #include "support/base/Texts.h"
 #include "support/processes/Interruption.h"
 #include "support/store/Defaults.h"
@@ -155,19 +158,14 @@ bool ConvertCommand::chooseDestination(MKVFileInfo& info, QString& problem) cons
 }
 
 void ConvertCommand::addToQueue(MKVFileInfo info, qsizetype audioTrackIndex) {
-    const QString file = info.fileURL.toLocalFile();
     auto job = std::make_unique<ConversionJob>(m_queue, std::move(info), audioTrackIndex);
     job->presetSpeedInfo();
     job->setMayReplaceDestination(!m_options.output.isEmpty());
-    QString said;
-    const auto usual = m_presenter.onMessage;
-    m_presenter.onMessage = [&](const ConsolePresenter::Message& message) {
-        if (said.isEmpty()) said = message.message;
-        if (usual) usual(message);
-    };
-    const bool added = m_queue.addJob(std::move(job));
-    m_presenter.onMessage = usual;
-    if (!added) refuse(file, said, true);
+    if (!m_queue.addJob(std::move(job))) {
+        const QString message = text::localized(JobQueue::kNotWriteable);
+        alert_apptitled(message, "OK");
+        refuseAtHand(message, true);
+    }
     endIfDone();
 }
 

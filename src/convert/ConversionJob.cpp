@@ -64,8 +64,10 @@ void ConversionJob::presetSpeedInfo() {
 
 void ConversionJob::setState(JobState state) {
     const JobState before = std::exchange(m_state, state);
-    if (before == state) return;
     const bool ends = state == JobState::Finished || state == JobState::Failed;
+    // Also where the tool was never started.
+    if (ends) releaseSleepAssertion();
+    if (before == state) return;
     if (ends) {
         m_stopDate = QDateTime::currentDateTime();
         m_progress = 100;
@@ -212,7 +214,6 @@ void ConversionJob::taskFinished(const ToolExit& exit) {
     std::exchange(m_progressFile, nullptr)->remove();
     m_output.finish();
     m_task.release()->deleteLater();  // It is still telling.
-    releaseSleepAssertion();
 
     auto reason = failure::whyNotFinished(m_output.text(), convertedSeconds, m_fileInfo.runtimeSeconds);
     if (files::fileSize(m_fileInfo.destinationURL) == 0) reason = failure::kOutputIncomplete;

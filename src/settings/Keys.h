@@ -51,6 +51,10 @@ RAVELIN_KEY(DontConvertAACMain);
 RAVELIN_KEY(ProduceStreamableFiles);
 RAVELIN_KEY(ConcurrentJobs);
 RAVELIN_KEY(ConcurrentJobCount);
+RAVELIN_KEY(AbsentDestinations);
+RAVELIN_KEY(AbsentDefaultDestination);
+RAVELIN_KEY(AbsentWatchfolderBookmark);
+RAVELIN_KEY(AbsentWatchfolderActive);
 
 #undef RAVELIN_KEY
 

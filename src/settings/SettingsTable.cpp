@@ -73,6 +73,11 @@ constexpr Setting kTable[] = {
     {"InsertJobsAtBottom", Boolean, false, 0, "Put new jobs at the end of the queue instead of its top"},
     {"WatchfolderActive", Boolean, false, 0, "The watch folder is on"},
     {"WatchfolderBookmark", Data, false, 0, "The watch folder"},
+    {"AbsentDestinations", DataArray, false, 0,
+     "Destination folders that are not there now, at their places in the list"},
+    {"AbsentDefaultDestination", Data, false, 0, "The one of them that was preselected"},
+    {"AbsentWatchfolderBookmark", Data, false, 0, "The watch folder while it is not there"},
+    {"AbsentWatchfolderActive", Boolean, false, 0, "It is watched again as soon as it is there"},
     {"convertedFileCount", Integer, false, 0, "Number of converted files"},
 };
 

@@ -96,7 +96,6 @@ private Q_SLOTS:
     void nothingStartsBeforeTheLastFileWasHandled() {
         Launched app;
         app.delegate.applicationWillFinishLaunching();
-        app.delegate.destinations().addOpenedFolder(app.path());
         setDefaultInt(kDefaultDestinationKey, kNextToSource);
         app.delegate.openFiles({app.write("a.mkv"), app.write("b.mkv"), app.write("c.mkv")});
         for (const int waiting : {2, 1}) {
@@ -112,8 +111,9 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 2, 30000);
     }
 
-    void nextToTheSourceNeedsAnOpenedFolder() {
+    void nextToTheSourceNeedsAnOpenedFolderInASandbox() {
         Launched app;
+        app.desktop.sandboxed = true;
         app.delegate.applicationWillFinishLaunching();
         setDefaultInt(kDefaultDestinationKey, kNextToSource);
         app.open("a.mkv");
@@ -197,23 +197,42 @@ private Q_SLOTS:
         QCOMPARE(app.destinationOfJob(0), app.path("out-1.mp4"));
     }
 
-    void unwriteableDestinationDropsTheJobAndGoesOn() {
+    void aRefusedMovieStaysOnTheSheet_data() {
+        QTest::addColumn<bool>("autoAdd");
+        QTest::newRow("confirmed") << false;
+        QTest::newRow("without asking") << true;
+    }
+    void aRefusedMovieStaysOnTheSheet() {
+        QFETCH(const bool, autoAdd);
         Launched app;
+        app.presenter.waits = true;
         app.delegate.applicationWillFinishLaunching();
-        app.panels.savedAs = "/proc/a.mp4";
-        app.delegate.openFiles({app.write("a.mkv"), app.write("b.mkv")});
-        QTRY_VERIFY(app.isReady());
-        app.sheet().addToQueue();
-        QVERIFY(app.presenter.messages().last().startsWith("You don't seem to have write access"));
-        QTRY_VERIFY(app.isReady());
-        QCOMPARE(app.queue().count(), 0);
-        QCOMPARE(app.sheet().path(), app.path("a.mkv"));
+        setDefaultInt(kAutoAddKey, autoAdd ? 1 : 0);
+        app.delegate.openFiles({app.write("a.mkv"), app.write("b.mkv"), app.write("c.mkv")});
+        qsizetype told = 0;
+        for (const char* name : {"c", "b", "a"}) {
+            app.panels.savedAs = "/proc/x.mp4";
+            QTRY_VERIFY(app.isReady());
+            if (!autoAdd) app.sheet().addToQueue();
+            ++told;
+            QTRY_COMPARE(app.presenter.shown.size(), told);
+            QCOMPARE(app.presenter.messages().last(),
+                     QString("You don't seem to have write access to the selected destinatation or it is a "
+                             "read-only filesystem. Please choose another destination.\n\nThe movie "
+                             "“%1.mkv” stays on the sheet.")
+                         .arg(name));
+            QVERIFY(app.isReady());
+            QCOMPARE(app.sheet().path(), app.path(name + QString(".mkv")));
+            app.panels.savedAs = app.path(name + QString(".mp4"));
+            app.sheet().addToQueue();
+        }
+        QCOMPARE(app.queue().count(), 3);
+        QCOMPARE(app.presenter.shown.size(), 3);
     }
 
     void autoAddAsksNothing() {
         Launched app;
         app.delegate.applicationWillFinishLaunching();
-        app.delegate.destinations().addOpenedFolder(app.path());
         setDefaultInt(kDefaultDestinationKey, kNextToSource);
         setDefaultInt(kAutoAddKey, 1);
         QDir(app.path()).mkpath("in/deep");
@@ -223,6 +242,29 @@ private Q_SLOTS:
         app.delegate.openFiles({app.path("in")});
         QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 2, 30000);
         QVERIFY(QFile::exists(app.path("in/deep/a.mp4")));
+    }
+
+    void whatIsMissingAtLaunchIsTold() {
+        Launched app;
+        const auto store = [&](const char* bookmarks, const char* names, const char* watched) {
+            setDefaultArray(kDestinationBookmarksKey, QVariantList{app.path(bookmarks).toUtf8()});
+            setDefaultArray(kDestinationNamesKey, QVariantList{names});
+            setDefaultObject("WatchfolderBookmark", app.path(watched).toUtf8());
+            setDefaultInt("WatchfolderActive", 1);
+        };
+        store("disk/out", "out", "disk/in");
+        app.delegate.applicationWillFinishLaunching();
+        QCOMPARE(
+            app.status,
+            QString("The destination folder “%1” is not there. It comes back to the list when it is. The "
+                    "watch folder “%2” is not there. It is watched again when it is.")
+                .arg(app.path("disk/out"), app.path("disk/in")));
+        const QString status = app.status;
+        app.open("a.mkv");
+        QCOMPARE(app.status, status);  // Movies that come at once do not hide it.
+        QDir(app.path()).mkpath("disk/out");
+        QTRY_COMPARE(app.status,
+                     QString("The destination folder “%1” is there again.").arg(app.path("disk/out")));
     }
 
     void dropsAreJudged_data() {
@@ -301,7 +343,6 @@ private Q_SLOTS:
         app.presenter.waits = true;
         app.delegate.applicationWillFinishLaunching();
         app.tool.setConversion(conversion);
-        app.delegate.destinations().addOpenedFolder(app.path());
         setDefaultInt(kDefaultDestinationKey, kNextToSource);
         const QString movie = app.open("a.mkv");
         QTRY_VERIFY(app.isReady());
@@ -359,7 +400,6 @@ private Q_SLOTS:
         Launched app;
         app.delegate.applicationWillFinishLaunching();
         app.tool.setConversion(FakeTool::waitFor(app.path("never")));
-        app.delegate.destinations().addOpenedFolder(app.path());
         setDefaultInt(kDefaultDestinationKey, kNextToSource);
         app.open("a.mkv");
         QTRY_VERIFY(app.isReady());
@@ -380,10 +420,8 @@ private Q_SLOTS:
         QFETCH(const QString, queue);
         Launched app;
         AppDelegate next(app.panels);
-        for (AppDelegate* delegate : {&app.delegate, &next}) {
+        for (AppDelegate* delegate : {&app.delegate, &next})
             delegate->applicationWillFinishLaunching();
-            delegate->destinations().addOpenedFolder(app.path());
-        }
         setDefaultInt(kDefaultDestinationKey, kNextToSource);
         setDefaultInt("InsertJobsAtBottom", queue.startsWith(u'a') ? 1 : 0);
         app.tool.setConversion(
@@ -448,7 +486,6 @@ private Q_SLOTS:
         Launched app;
         app.delegate.applicationWillFinishLaunching();
         app.tool.setConversion(FakeTool::waitFor(app.path("never")));
-        app.delegate.destinations().addOpenedFolder(app.path());
         setDefaultInt(kDefaultDestinationKey, kNextToSource);
         QVERIFY(app.delegate.applicationShouldTerminate());
         app.open("a.mkv");

@@ -32,6 +32,7 @@ public:
         return hasClipboard;
     }
     bool isOptionKeyHeld() const override { return optionKeyIsHeld; }
+    bool isSandboxed() const override { return sandboxed; }
     void setLauncherProgress(std::optional<double> fraction) override { launcherProgress = fraction; }
 
     QStringList reasons;
@@ -44,6 +45,7 @@ public:
     bool hasClipboard = true;
     QString clipboard;
     bool optionKeyIsHeld = false;
+    bool sandboxed = false;
     std::optional<double> launcherProgress;
 
 private:

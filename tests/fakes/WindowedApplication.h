@@ -53,7 +53,7 @@ public:
         info.destinationURL = QUrl::fromLocalFile(path("out/" + name + ".mp4"));
         auto job = std::make_unique<ConversionJob>(queue(), std::move(info), 0);
         ConversionJob* added = job.get();
-        queue().addJob(std::move(job));
+        if (!queue().addJob(std::move(job))) qFatal("%s cannot be queued", qPrintable(name));
         return added;
     }
 

@@ -2,7 +2,9 @@
 
 #include "settings/Keys.h"
 #include "support/alerts/Alert.h"
+#include "support/base/Format.h"
 #include "support/base/Log.h"
+#include "support/desktop/Desktop.h"
 #include "support/store/Defaults.h"
 #include "support/store/FolderAccess.h"
 
@@ -37,15 +39,104 @@ QString nameOfFolder(const QString& folder) {
     return name.isEmpty() ? folder : name;
 }
 
+/// Those that are not there, at their places in the whole list; the empty ones stand for those that are.
+QVariantList absentBookmarks() {
+    return defaultArray(kAbsentDestinationsKey).value_or(QVariantList());
+}
+
+/// `absent` as absentBookmarks() returns it.
+void rememberAbsent(QVariantList absent, const QByteArray& absentDefault) {
+    while (!absent.isEmpty() && absent.last().toByteArray().isEmpty())
+        absent.removeLast();
+    setDefaultObject(kAbsentDestinationsKey, absent.isEmpty() ? QVariant() : QVariant(absent));
+    setDefaultObject(kAbsentDefaultDestinationKey,
+                     absentDefault.isEmpty() ? QVariant() : QVariant(absentDefault));
+}
+
+struct KnownFolder {
+    QByteArray bookmark;
+    QString name;
+    bool isDefault = false;
+    bool wasAbsent = false;
+};
+
+/// The stored folders with the absent ones at their places among them.
+QList<KnownFolder> knownFolders() {
+    QList<KnownFolder> folders;
+    const QVariantList stored = bookmarks();
+    const QVariantList storedNames = names();
+    const qsizetype preselected = defaultDestination() - DestinationPopUp::kFirstFolder;
+    for (qsizetype i = 0; i < stored.size(); ++i) {
+        const QByteArray bookmark = stored[i].toByteArray();
+        const QString name = i < storedNames.size() ? storedNames[i].toString()
+                                                    : nameOfFolder(folderaccess::placeOf(bookmark));
+        folders.append({bookmark, name, i == preselected, false});
+    }
+    // Another default destination that was chosen meanwhile stays.
+    const QByteArray absentDefault =
+        defaultDestination() == 0 ? defaultObject(kAbsentDefaultDestinationKey).toByteArray() : QByteArray();
+    const QVariantList absent = absentBookmarks();
+    for (qsizetype i = 0; i < absent.size(); ++i) {
+        const QByteArray bookmark = absent[i].toByteArray();
+        if (bookmark.isEmpty()) continue;
+        const auto known = std::ranges::find(folders, bookmark, &KnownFolder::bookmark);
+        const bool isDefault = bookmark == absentDefault;
+        if (known != folders.end()) {
+            known->isDefault |= isDefault;  // Added anew meanwhile.
+        } else {
+            folders.insert(qMin(i, folders.size()),
+                           {bookmark, nameOfFolder(folderaccess::placeOf(bookmark)), isDefault, true});
+        }
+    }
+    return folders;
+}
+
+bool isUsable(const QByteArray& bookmark) {
+    QString error;
+    const auto folder = folderaccess::resolveBookmark(bookmark, error);
+    if (!folder || !folderaccess::startAccessing(*folder)) return false;
+    folderaccess::stopAccessing(*folder);
+    return true;
+}
+
+QString inQuotes(const QStringList& paths) {
+    return u'“' + paths.join(QStringLiteral("”, “")) + u'”';
+}
+
+QString goneText(const QStringList& paths) {
+    if (paths.isEmpty()) return {};
+    if (paths.size() == 1)
+        return makeString("The destination folder %@ is not there. It comes back to the list when it is.",
+                          inQuotes(paths));
+    return makeString(
+        "These destination folders are not there: %@. They come back to the list when they are.",
+        inQuotes(paths));
+}
+
+QString returnedText(const QStringList& paths) {
+    if (paths.size() == 1) return makeString("The destination folder %@ is there again.", inQuotes(paths));
+    return makeString("These destination folders are there again: %@.", inQuotes(paths));
+}
+
 }  // namespace
 
-Destinations::Destinations(FilePanels& panels, QObject* parent) : QObject(parent), m_panels(panels) {}
+Destinations::Destinations(FilePanels& panels, QObject* parent) : QObject(parent), m_panels(panels) {
+    connect(&m_returnWatch, &ReturnWatch::stirred, this, &Destinations::takeReturned);
+}
 
-void Destinations::restoreAtLaunch() {
+QString Destinations::restoreAtLaunch() {
+    // Outside a sandbox nobody has to open a folder first.
+    if (!sharedDesktop().isSandboxed()) m_openedFolders.append({"/", false});
     renumberFromOldVersions();
-    dropInvalidBookmarks();
+    QStringList gone = sortOut(Occasion::Launch).gone;
     clampDefaultDestination();
     rebuildPreferencesDestinationPopUp();
+    watchForReturn();
+    // Without it, movies go elsewhere: worth telling at every launch.
+    const QByteArray absentDefault = defaultObject(kAbsentDefaultDestinationKey).toByteArray();
+    const QString place = folderaccess::placeOf(absentDefault);
+    if (!absentDefault.isEmpty() && !gone.contains(place)) gone.append(place);
+    return goneText(gone);
 }
 
 void Destinations::renumberFromOldVersions() {
@@ -56,28 +147,71 @@ void Destinations::renumberFromOldVersions() {
     setDefaultInt(kHasUpgradedFromPre13Key, 1);
 }
 
-void Destinations::dropInvalidBookmarks() {
+Destinations::Changes Destinations::sortOut(Occasion occasion) {
+    Changes changes;
     QVariantList keptBookmarks;
     QVariantList keptNames;
-    const QVariantList storedBookmarks = bookmarks();
-    const QVariantList storedNames = names();
-    unsigned long invalid = 0;
-    for (qsizetype i = 0; i < storedBookmarks.size(); ++i) {
-        QString error;
-        const auto folder = folderaccess::resolveBookmark(storedBookmarks[i].toByteArray(), error);
-        if (!folder || !folderaccess::startAccessing(*folder)) {
-            ++invalid;
+    QVariantList absent;
+    QByteArray absentDefault;
+    std::optional<qsizetype> newDefault;
+    const QList<KnownFolder> folders = knownFolders();
+    for (const KnownFolder& folder : folders) {
+        const QString place = folderaccess::placeOf(folder.bookmark);
+        // While the application runs, a folder that goes stays on the list.
+        const bool isChecked = folder.wasAbsent || occasion == Occasion::Launch;
+        if (isChecked && !isUsable(folder.bookmark)) {
+            absent.append(folder.bookmark);
+            if (!folder.wasAbsent) changes.gone.append(place);
+            if (!folder.isDefault) continue;
+            absentDefault = folder.bookmark;
+            newDefault = 0;
             continue;
         }
-        m_openedFolders.append({*folder, true});
-        folderaccess::stopAccessing(*folder);
-        keptBookmarks.append(storedBookmarks[i]);
-        keptNames.append(i < storedNames.size() ? storedNames[i] : nameOfFolder(*folder));
+        absent.append(QByteArray());
+        if (folder.isDefault) newDefault = DestinationPopUp::kFirstFolder + keptBookmarks.size();
+        keptBookmarks.append(folder.bookmark);
+        keptNames.append(folder.name);
+        if (folder.wasAbsent) changes.returned.append(place);
+        if (isChecked) m_openedFolders.append({place, true});
     }
-    if (invalid > 0) logError("Info: going to delete %lu invalid bookmarks", invalid);
-    if (invalid == 0 && storedNames.size() == storedBookmarks.size()) return;
-    setDefaultArray(kDestinationBookmarksKey, keptBookmarks);
-    setDefaultArray(kDestinationNamesKey, keptNames);
+    if (!changes.gone.isEmpty())
+        logError("Info: going to delete %lu invalid bookmarks",
+                 static_cast<unsigned long>(changes.gone.size()));
+    if (keptBookmarks != bookmarks() || names().size() != keptNames.size()) {
+        setDefaultArray(kDestinationBookmarksKey, keptBookmarks);
+        setDefaultArray(kDestinationNamesKey, keptNames);
+    }
+    if (newDefault) setDefaultInt(kDefaultDestinationKey, *newDefault);
+    rememberAbsent(absent, absentDefault);
+    return changes;
+}
+
+void Destinations::takeReturned() {
+    const qsizetype selected = m_addSheet.selected();
+    const bool isFolder = selected >= DestinationPopUp::kFirstFolder &&
+                          selected < m_addSheet.items().size() &&
+                          m_addSheet.items()[selected].kind == DestinationItem::Kind::Folder;
+    const QVariant chosen =
+        isFolder ? bookmarks().value(selected - DestinationPopUp::kFirstFolder) : QVariant();
+    const QStringList returned = sortOut(Occasion::Return).returned;
+    if (returned.isEmpty()) return;
+    watchForReturn();
+    rebuildPreferencesDestinationPopUp();
+    // The user may be choosing for a movie: the folder stays, whatever its number is now.
+    constexpr qsizetype kNone = -1;
+    m_addSheet.rebuild(titles(), isFolder ? DestinationPopUp::kFirstFolder + bookmarks().indexOf(chosen)
+                                 : selected < DestinationPopUp::kFirstFolder ? selected
+                                                                             : kNone);
+    Q_EMIT message(returnedText(returned));
+}
+
+void Destinations::watchForReturn() {
+    QStringList places;
+    const QVariantList absent = absentBookmarks();
+    for (const QVariant& bookmark : absent) {
+        if (!bookmark.toByteArray().isEmpty()) places.append(folderaccess::placeOf(bookmark.toByteArray()));
+    }
+    m_returnWatch.setFolders(places);
 }
 
 void Destinations::clampDefaultDestination() {
@@ -141,12 +275,15 @@ void Destinations::clearDestinations() {
     setDefaultArray(kDestinationBookmarksKey, QVariantList());
     setDefaultArray(kDestinationNamesKey, QVariantList());
     setDefaultInt(kDefaultDestinationKey, 0);
+    rememberAbsent({}, {});
+    watchForReturn();
     rebuildDestinationPopUp();
     rebuildPreferencesDestinationPopUp();
 }
 
 void Destinations::setDefaultDestination(qsizetype index) {
     setDefaultInt(kDefaultDestinationKey, index);
+    setDefaultObject(kAbsentDefaultDestinationKey, {});  // The user has chosen.
     m_preferences.select(index);
 }
 

@@ -2,8 +2,10 @@
 
 #include "app/destinations/DestinationPopUp.h"
 #include "support/desktop/FilePanels.h"
+#include "watch/events/ReturnWatch.h"
 
 #include <QObject>
+#include <QStringList>
 
 #include <optional>
 #include <stdexcept>
@@ -26,9 +28,11 @@ public:
     DestinationPopUp& destinationPopUp() { return m_addSheet; }
     DestinationPopUp& preferencesDestinationPopUp() { return m_preferences; }
 
-    /// Takes over the stored folders at launch: forgets those that are gone, and puts a default destination
-    /// right that names none.
-    void restoreAtLaunch();
+    /// Takes over the stored folders at launch: takes those that are not there off the list, and puts a
+    /// default destination right that names none. Returns what the user is to be told of it; empty: nothing.
+    /// A folder that is not there is remembered and comes back to its place when it is there again, also as
+    /// the default destination, unless the user chose another one meanwhile.
+    QString restoreAtLaunch();
 
     void rebuildDestinationPopUp();
     void rebuildPreferencesDestinationPopUp();
@@ -53,9 +57,23 @@ public:
     /// Opens a stored folder for a job, which closes it at its end. Throws BookmarkProblem.
     QString openFolder(qsizetype number) const;
 
+Q_SIGNALS:
+    /// Something to tell the user in passing.
+    void message(const QString& text);
+
 private:
+    enum class Occasion { Launch, Return };
+
+    /// What changed in the list, as paths.
+    struct Changes {
+        QStringList gone;
+        QStringList returned;
+    };
+
     void renumberFromOldVersions();
-    void dropInvalidBookmarks();
+    Changes sortOut(Occasion occasion);
+    void takeReturned();
+    void watchForReturn();
     void clampDefaultDestination();
     void store(const QString& folder, DestinationPopUp::Place sender);
 
@@ -63,4 +81,5 @@ private:
     DestinationPopUp m_addSheet{DestinationPopUp::Place::AddSheet};
     DestinationPopUp m_preferences{DestinationPopUp::Place::Preferences};
     QList<OpenedFolder> m_openedFolders;
+    ReturnWatch m_returnWatch;
 };

@@ -48,7 +48,6 @@ public:
     bool isScanning() const { return !m_scannedFile.isEmpty(); }
     /// The movie that was probed and is not yet confirmed or cancelled.
     const std::optional<MKVFileInfo>& fileInfo() const { return m_fileInfo; }
-    void clearFileInfo() { m_fileInfo.reset(); }
     /// All that was taken in and neither confirmed nor left out: the subtitle files, then the movies, the one
     /// to be confirmed next at the end.
     QStringList unconfirmedFiles() const;

@@ -76,13 +76,19 @@ bool isPictureSubtitle(const QString& path) {
 
 Sorted sorted(const QStringList& paths) {
     Sorted result;
+    QStringList subs;
     for (const QString& path : paths) {
         if (isMovie(path)) {
             result.movies.append(path);
         } else if (isSubtitle(path)) {
-            result.subtitles.insert(files::withoutExtension(path), path);
+            if (extensionOf(path) == kSubType)
+                subs.append(path);
+            else
+                result.subtitles.insert(files::withoutExtension(path), path);
         }
     }
+    for (const QString& path : std::as_const(subs))
+        result.subtitles.insert(files::withoutExtension(path), path);
     return result;
 }
 

@@ -28,7 +28,8 @@ struct Sorted {
     SubtitleFiles subtitles;
 };
 
-/// Other files are passed over. Of two subtitle files with one stem the later one counts.
+/// Other files are passed over. Of two subtitle files with one stem the later one counts, but a ".sub" file
+/// counts before all others.
 Sorted sorted(const QStringList& paths);
 
 /// The subtitle for a movie: the first, by name, whose stem begins with the movie's path without extension,

@@ -14,16 +14,9 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <limits>
 
 namespace {
-
-/// How many jobs may convert at a time.
-qint64 conversionLimit() {
-    constexpr qint64 kMost = 64;
-    if (defaultInt(kConcurrentJobsKey) == 0) return 1;
-    const qint64 count = defaultInt(kConcurrentJobCountKey);
-    return (count < 0 ? 0 : qMin(count, kMost)) + 2;
-}
 
 bool insertsAtBottom() {
     return defaultInt("InsertJobsAtBottom") != 0;
@@ -31,9 +24,22 @@ bool insertsAtBottom() {
 
 }  // namespace
 
+const char* const JobQueue::kNotWriteable =
+    "You don't seem to have write access to the selected destinatation or it is a read-only filesystem. "
+    "Please choose another destination.";
+
 JobQueue::JobQueue(WaitingFiles& waiting, QObject* parent) : QObject(parent), m_waiting(waiting) {}
 
 JobQueue::~JobQueue() = default;
+
+qint64 JobQueue::conversionLimit() {
+    // The setting is the position in a list that begins with two.
+    constexpr qint64 kOffset = 2;
+    if (defaultInt(kConcurrentJobsKey) == 0) return 1;
+    return std::clamp<qint64>(defaultInt(kConcurrentJobCountKey), 0,
+                              std::numeric_limits<qint64>::max() - kOffset) +
+           kOffset;
+}
 
 QString JobQueue::uniqueDestination(const QString& path) const {
     return files::uniqueFile(path, [this](const QString& candidate) {
@@ -44,15 +50,8 @@ QString JobQueue::uniqueDestination(const QString& path) const {
 
 bool JobQueue::addJob(std::unique_ptr<ConversionJob> job) {
     if (!job->destinationIsWriteable()) {
-        showInTurn(
-            [] {
-                alert_apptitled(
-                    "You don't seem to have write access to the selected destinatation or it is a read-only "
-                    "filesystem. Please choose another destination.",
-                    "OK");
-            },
-            "not writeable");
-        m_waiting.cancelAdd();
+        // Those that were added before do not wait for the user.
+        if (!m_waiting.areWaiting()) startPostponed();
         return false;
     }
     ConversionJob* added = job.get();

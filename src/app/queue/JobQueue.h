@@ -23,14 +23,20 @@ public:
     explicit JobQueue(WaitingFiles& waiting, QObject* parent = nullptr);
     ~JobQueue() override;
 
+    /// What the user is told of a job that addJob() refused.
+    static const char* const kNotWriteable;
+
     /// Queues a job whose destination is set, at the top or, by the setting, at the bottom, and goes on to
-    /// the next waiting file. A destination that cannot be written refuses the job with an alert; false then.
-    /// Adding costs the same however long the queue is.
-    bool addJob(std::unique_ptr<ConversionJob> job);
+    /// the next waiting file. False: the destination cannot be written; the job is dropped, the file is still
+    /// at hand, and the user is to be told. Adding costs the same however long the queue is.
+    [[nodiscard]] bool addJob(std::unique_ptr<ConversionJob> job);
 
     qsizetype count() const { return static_cast<qsizetype>(m_taskArray.size()); }
     ConversionJob* job(qsizetype index) const { return m_taskArray[static_cast<size_t>(index)].get(); }
     bool isPaused() const { return m_paused; }
+
+    /// How many jobs may convert at a time, by the settings.
+    static qint64 conversionLimit();
 
     /// A free name for an output: nothing exists there and no other job of the queue is going to write it.
     QString uniqueDestination(const QString& path) const;

@@ -1,24 +1,49 @@
 #include "app/watching/WatchFolder.h"
 
 #include "app/watching/FolderWatch.h"
+#include "settings/Keys.h"
+#include "support/base/Format.h"
 #include "support/base/Log.h"
+#include "support/base/Text.h"
 #include "support/base/Texts.h"
 #include "support/desktop/Desktop.h"
 #include "support/store/Defaults.h"
 #include "support/store/FolderAccess.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+
+#include <sys/stat.h>
 
 namespace {
 
 constexpr QLatin1StringView kBookmark("WatchfolderBookmark");
 constexpr QLatin1StringView kActive("WatchfolderActive");
 
+/// Device and inode of what is there.
+std::optional<std::pair<quint64, quint64>> identityOf(const QString& path) {
+    struct stat information = {};
+    if (::stat(QFile::encodeName(path).constData(), &information) != 0) return std::nullopt;
+    return std::pair<quint64, quint64>(information.st_dev, information.st_ino);
+}
+
+bool isAwaited() {
+    return defaultInt(kAbsentWatchfolderActiveKey) != 0;
+}
+
+QString goneText(const QString& folder) {
+    return isAwaited()
+               ? makeString("The watch folder “%@” is not there. It is watched again when it is.", folder)
+               : makeString("The watch folder “%@” is not there.", folder);
+}
+
 }  // namespace
 
 WatchFolder::WatchFolder(FilePanels& panels, QObject* parent)
-    : QObject(parent), m_panels(panels), m_processedNames(std::make_shared<QSet<QString>>()) {}
+    : QObject(parent), m_panels(panels), m_processedNames(std::make_shared<QSet<QString>>()) {
+    connect(&m_returnWatch, &ReturnWatch::stirred, this, &WatchFolder::takeReturned);
+}
 
 WatchFolder::~WatchFolder() {
     stopAccess();
@@ -40,20 +65,48 @@ void WatchFolder::watchfolderSetClicked() {
     });
 }
 
+QString WatchFolder::resumeAtLaunch() {
+    const QByteArray absent = defaultObject(kAbsentWatchfolderBookmarkKey).toByteArray();
+    if (absent.isEmpty()) return apply();
+    if (takeReturned()) return {};
+    const QByteArray stored = defaultObject(kBookmark).toByteArray();
+    if (!stored.isEmpty() && stored != absent) {
+        forgetAbsent();
+        return apply();
+    }
+    if (!stored.isEmpty()) return apply();
+    m_returnWatch.setFolders({folderaccess::placeOf(absent)});
+    m_problem = goneText(folderaccess::placeOf(absent));
+    Q_EMIT changed();
+    return isAwaited() ? m_problem : QString();
+}
+
 void WatchFolder::watchfolderActiveClicked() {
+    const bool isChosen = !defaultObject(kBookmark).toByteArray().isEmpty();
+    // Turned on or off while it is not there: that is what it will be.
+    if (!isChosen && !defaultObject(kAbsentWatchfolderBookmarkKey).toByteArray().isEmpty())
+        setDefaultInt(kAbsentWatchfolderActiveKey, defaultInt(kActive));
+    if (const QString told = apply(); !told.isEmpty()) Q_EMIT message(told);
+}
+
+QString WatchFolder::apply() {
     stopAccess();
     const QByteArray bookmark = defaultObject(kBookmark).toByteArray();
-    if (bookmark.isEmpty()) return;
+    if (bookmark.isEmpty()) return {};
     QString error;
     const auto resolved = folderaccess::resolveBookmark(bookmark, error);
     if (!resolved || !folderaccess::startAccessing(*resolved)) {
+        const bool wasAwaited =
+            isAwaited() && defaultObject(kAbsentWatchfolderBookmarkKey).toByteArray() == bookmark;
+        remember(bookmark, defaultInt(kActive) != 0 || wasAwaited);
         setDefaultObject(kBookmark, {});
         setDefaultInt(kActive, 0);
         m_current = nullptr;  // What it watches is watched to the end of this run.
-        m_problem = error;
+        m_problem = goneText(folderaccess::placeOf(bookmark));
         Q_EMIT changed();
-        return;
+        return m_problem;
     }
+    forgetAbsent();
     m_label = QDir(*resolved).dirName();
     m_folder = *resolved;
     m_hasAccess = true;
@@ -67,6 +120,39 @@ void WatchFolder::watchfolderActiveClicked() {
         m_folder = *resolved;
     }
     Q_EMIT changed();
+    return {};
+}
+
+void WatchFolder::remember(const QByteArray& bookmark, bool isActive) {
+    setDefaultObject(kAbsentWatchfolderBookmarkKey, bookmark);
+    setDefaultInt(kAbsentWatchfolderActiveKey, isActive ? 1 : 0);
+    const QString place = folderaccess::placeOf(bookmark);
+    m_leftBehind = identityOf(place);
+    m_returnWatch.setFolders({place});
+}
+
+void WatchFolder::forgetAbsent() {
+    setDefaultObject(kAbsentWatchfolderBookmarkKey, {});
+    setDefaultObject(kAbsentWatchfolderActiveKey, {});
+    m_leftBehind.reset();
+    m_returnWatch.setFolders({});
+}
+
+bool WatchFolder::takeReturned() {
+    const QByteArray absent = defaultObject(kAbsentWatchfolderBookmarkKey).toByteArray();
+    const QByteArray stored = defaultObject(kBookmark).toByteArray();
+    const bool isOther = !stored.isEmpty() && stored != absent;
+    QString error;
+    const auto folder = folderaccess::resolveBookmark(absent, error);
+    if (absent.isEmpty() || isOther || !folder || identityOf(*folder) == m_leftBehind) return false;
+    const bool isActive = isAwaited();
+    forgetAbsent();
+    setDefaultObject(kBookmark, absent);
+    setDefaultInt(kActive, isActive ? 1 : 0);
+    m_problem.clear();
+    apply();
+    Q_EMIT message(makeString("The watch folder “%@” is there again.", *folder));
+    return true;
 }
 
 void WatchFolder::forget() {
@@ -74,6 +160,8 @@ void WatchFolder::forget() {
     watchfolderActiveClicked();
     setDefaultObject(kActive, {});
     setDefaultObject(kBookmark, {});
+    forgetAbsent();
+    m_problem.clear();
     m_folder.reset();
     m_label.clear();
     Q_EMIT changed();
@@ -101,6 +189,7 @@ void WatchFolder::onEnded(const FolderWatch* watch, const QString& reason) {
     if (watch != m_current) return;
     m_current = nullptr;
     setDefaultInt(kActive, 0);
+    remember(defaultObject(kBookmark).toByteArray(), true);
     say(reason);
     sharedDesktop().notify({Texts::tr("The watch folder is off"), reason, {}, {}});
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/desktop/FilePanels.h"
+#include "watch/events/ReturnWatch.h"
 
 #include <QObject>
 #include <QSet>
@@ -8,6 +9,7 @@
 
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 class FolderWatch;
@@ -24,7 +26,11 @@ public:
 
     /// Has the user choose the folder.
     void watchfolderSetClicked();
-    /// Does what the settings say: turns the watch on or off. At launch, and whenever they changed.
+    /// Does what the settings say at launch: turns the watch on or off. Returns what the user is to be told
+    /// of it; empty: nothing. A watch folder that is not there is remembered; it is the watch folder again,
+    /// and watched if it was, when it is there again and the user has chosen no other.
+    QString resumeAtLaunch();
+    /// The same whenever they changed.
     void watchfolderActiveClicked();
     /// Turns the watch off and forgets the folder.
     void forget();
@@ -48,6 +54,10 @@ Q_SIGNALS:
     void message(const QString& text);
 
 private:
+    QString apply();
+    void remember(const QByteArray& bookmark, bool isActive);
+    void forgetAbsent();
+    bool takeReturned();
     void startObserving(const QString& folder);
     void onEnded(const FolderWatch* watch, const QString& reason);
     void say(const QString& text);
@@ -58,6 +68,9 @@ private:
     QString m_label;
     QString m_problem;                                ///< Why it is off, or what is not watched.
     std::shared_ptr<QSet<QString>> m_processedNames;  ///< Of this run; never emptied.
+    ReturnWatch m_returnWatch;
+    /// What was left in the folder's place when the watch ended, such as the mount point of its volume.
+    std::optional<std::pair<quint64, quint64>> m_leftBehind;
     FolderWatch* m_current = nullptr;
     /// With those that run on for the rest of this run: another folder was chosen meanwhile.
     std::vector<std::unique_ptr<FolderWatch>> m_watches;

@@ -35,6 +35,7 @@ public:
     /// mail it is waited for, two seconds at the most, whether a program takes it; where the portal has taken
     /// it, the portal tells the user when there is none.
     bool openUrl(const QUrl& url) override;
+    bool isSandboxed() const override { return m_insideFlatpak; }
     void setLauncherProgress(std::optional<double> fraction) override;
     bool prefersDark() const override { return m_appearance.prefersDark(); }
     bool prefersReducedMotion() const override { return m_appearance.prefersReducedMotion(); }

@@ -48,6 +48,9 @@ public:
     /// Whether the Option key (Alt) is held down now.
     virtual bool isOptionKeyHeld() const { return false; }
 
+    /// Whether a sandbox lets us reach only the folders that the user opened.
+    virtual bool isSandboxed() const { return false; }
+
     /// Shows at the application's place in the launcher how far the work is, 0 to 1; nothing: none.
     virtual void setLauncherProgress(std::optional<double> /*fraction*/) {}
 

@@ -36,9 +36,13 @@ std::optional<QByteArray> createBookmark(const QString& folder, QString& error) 
 }
 
 std::optional<QString> resolveBookmark(const QByteArray& bookmark, QString& error) {
-    const QString folder = QString::fromUtf8(bookmark);
+    const QString folder = placeOf(bookmark);
     error = whyNotUsable(folder);
     return error.isEmpty() ? std::optional(folder) : std::nullopt;
+}
+
+QString placeOf(const QByteArray& bookmark) {
+    return QString::fromUtf8(bookmark);
 }
 
 bool startAccessing(const QString& folder) {

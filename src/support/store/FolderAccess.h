@@ -16,6 +16,9 @@ std::optional<QByteArray> createBookmark(const QString& folder, QString& error);
 /// The folder of a bookmark, which is there and may be entered. Nothing: `error` says why.
 std::optional<QString> resolveBookmark(const QByteArray& bookmark, QString& error);
 
+/// Where the folder of a bookmark is or was, also while it is not there.
+QString placeOf(const QByteArray& bookmark);
+
 /// False when the folder may not be entered. Each success is to be balanced by a stopAccessing().
 bool startAccessing(const QString& folder);
 void stopAccessing(const QString& folder);

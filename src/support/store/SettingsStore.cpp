@@ -61,11 +61,6 @@ QVariant SettingsStore::storedObject(const QString& key) const {
     return m_stored.value(key);
 }
 
-QVariant SettingsStore::registeredDefault(const QString& key) const {
-    const QMutexLocker lock(&m_mutex);
-    return m_defaults.value(key);
-}
-
 void SettingsStore::setObject(const QString& key, const QVariant& value) {
     std::function<void(Urgency)> tell;
     {

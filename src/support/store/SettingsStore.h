@@ -28,7 +28,6 @@ public:
     void setObject(const QString& key, const QVariant& value);
     /// The stored value alone, without overrides and defaults.
     QVariant storedObject(const QString& key) const;
-    QVariant registeredDefault(const QString& key) const;
 
     /// Registered defaults answer reads of keys that were never set; they are not written to the file.
     void registerDefaults(const QVariantMap& defaults);

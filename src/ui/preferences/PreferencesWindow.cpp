@@ -213,6 +213,7 @@ void PreferencesWindow::refresh() {
 
 void PreferencesWindow::restoreDefaults(const QWidget* page) {
     if (page->findChild<QWidget*>(QStringLiteral("watchfolderActive"))) m_watchFolder.forget();
+    if (page->findChild<DestinationBox*>()) m_destinations.clearDestinations();
     m_binder.restoreDefaults(page);
     if (page->findChild<DestinationBox*>()) {
         m_destinations.rebuildDestinationPopUp();

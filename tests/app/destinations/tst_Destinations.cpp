@@ -6,6 +6,7 @@
 #include "support/store/FolderAccess.h"
 
 #include <QDir>
+#include <QSignalSpy>
 #include <QTest>
 
 namespace {
@@ -80,7 +81,7 @@ private Q_SLOTS:
         QCOMPARE(layoutOf(destinations.preferencesDestinationPopUp()), "ask|next|-|choose|clear");
         QCOMPARE(destinations.destinationPopUp().selected(), 0);
         QCOMPARE(defaultInt(kDefaultDestinationKey), 0);
-        QCOMPARE(destinations.openedFolders().size(), 2);  // They stay open in this run.
+        QVERIFY(destinations.openedFolderFor(home.path("movies/x"))->securityScoped);  // As long as it runs.
     }
 
     void launchPutsTheDefaultRight_data() {
@@ -117,18 +118,131 @@ private Q_SLOTS:
         QCOMPARE(destinations.preferencesDestinationPopUp().selected(), expected);
     }
 
-    void goneFoldersAreForgotten() {
+    void goneFoldersComeBack_data() {
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<int>("preselected");
+        QTest::addColumn<QString>("gone");
+        QTest::addColumn<QString>("left");
+        QTest::addColumn<int>("preselectedThen");
+        QTest::newRow("one before the default") << "abc" << 5 << "a"
+                                                << "bc" << 4;
+        QTest::newRow("one behind the default") << "abc" << 4 << "c"
+                                                << "ab" << 4;
+        QTest::newRow("the default") << "abc" << 4 << "b"
+                                     << "ac" << 0;
+        QTest::newRow("the default and one before") << "abcd" << 5 << "ac"
+                                                    << "bd" << 0;
+        QTest::newRow("the last, default next to the movie") << "ab" << 1 << "b"
+                                                             << "a" << 1;
+        QTest::newRow("all") << "ab" << 3 << "ab"
+                             << "" << 0;
+    }
+    void goneFoldersComeBack() {
+        QFETCH(const QString, stored);
+        QFETCH(const int, preselected);
+        QFETCH(const QString, gone);
+        QFETCH(const QString, left);
+        QFETCH(const int, preselectedThen);
+        Home home;
+        RecordingPanels panels;
+        const auto letters = [](const QString& text) {
+            QVariantList list;
+            for (const QChar letter : text)
+                list.append(QString(letter));
+            return list;
+        };
+        const auto remove = [&] {
+            for (const QChar letter : gone)
+                QDir(home.path()).rmdir(letter);
+        };
+        QStringList folders;
+        for (const QChar letter : stored)
+            folders.append(home.folder(letter));
+        home.store(folders);
+        setDefaultInt(kDefaultDestinationKey, preselected);
+        remove();
+        {
+            Destinations destinations(panels);
+            const QString told = destinations.restoreAtLaunch();
+            for (const QChar letter : gone)
+                QVERIFY2(told.contains(home.path(letter)), qPrintable(told));
+            QCOMPARE(defaultArray(kDestinationNamesKey).value(), letters(left));
+            QCOMPARE(defaultArray(kDestinationBookmarksKey)->size(), left.size());
+            QCOMPARE(defaultInt(kDefaultDestinationKey), preselectedThen);
+
+            // While it runs, one after the other, beside a movie for which the last folder is chosen.
+            destinations.rebuildDestinationPopUp();
+            const qsizetype last = DestinationPopUp::kFirstFolder + left.size() - 1;
+            if (!left.isEmpty()) destinations.destinationPopUp().select(last);
+            QSignalSpy message(&destinations, &Destinations::message);
+            for (qsizetype i = gone.size(); i-- > 0;) {
+                home.folder(gone[i]);
+                QTRY_COMPARE(message.count(), gone.size() - i);
+            }
+            QCOMPARE(defaultArray(kDestinationNamesKey).value(), letters(stored));
+            QCOMPARE(defaultInt(kDefaultDestinationKey), preselected);
+            const DestinationPopUp& popUp = destinations.destinationPopUp();
+            if (!left.isEmpty()) QCOMPARE(popUp.items()[popUp.selected()].title, left.right(1));
+            QCOMPARE(folderaccess::openAccesses(home.path(stored.first(1))), 0);
+        }
+        // The same at a later launch.
+        remove();
+        Destinations(panels).restoreAtLaunch();
+        QCOMPARE(defaultInt(kDefaultDestinationKey), preselectedThen);
+        Destinations(panels).restoreAtLaunch();
+        QCOMPARE(defaultArray(kDestinationNamesKey).value(), letters(left));
+        for (const QChar letter : gone)
+            home.folder(letter);
+        Destinations later(panels);
+        QCOMPARE(later.restoreAtLaunch(), QString());
+        QCOMPARE(defaultArray(kDestinationNamesKey).value(), letters(stored));
+        QCOMPARE(defaultInt(kDefaultDestinationKey), preselected);
+    }
+
+    void whatTheUserChoseMeanwhileStays_data() {
+        QTest::addColumn<QString>("choice");
+        QTest::addColumn<QVariantList>("names");
+        QTest::addColumn<int>("preselected");
+        QTest::newRow("asks each time") << "ask" << QVariantList{"a", "b"} << 0;
+        QTest::newRow("next to the movie") << "next" << QVariantList{"a", "b"} << 1;
+        QTest::newRow("forgot all") << "clear" << QVariantList{} << 0;
+        QTest::newRow("added it anew") << "add" << QVariantList{"b", "a"} << 4;
+    }
+    void whatTheUserChoseMeanwhileStays() {
+        QFETCH(const QString, choice);
+        QFETCH(const QVariantList, names);
+        QFETCH(const int, preselected);
         const Home home;
         RecordingPanels panels;
-        const QString file = home.write("file");
-        home.store({home.path("gone"), home.folder("b"), file, home.folder("d")});
-        Destinations destinations(panels);
-        destinations.restoreAtLaunch();
-        QCOMPARE(defaultArray(kDestinationNamesKey).value(), QVariantList({"b", "d"}));
-        QCOMPARE(defaultArray(kDestinationBookmarksKey)->size(), 2);
-        QCOMPARE(destinations.openedFolders().size(), 2);
-        QVERIFY(destinations.openedFolders().first().securityScoped);
-        QCOMPARE(folderaccess::openAccesses(home.path("b")), 0);
+        home.store({home.path("a"), home.folder("b")});
+        setDefaultInt(kDefaultDestinationKey, DestinationPopUp::kFirstFolder);
+        {
+            Destinations destinations(panels);
+            destinations.restoreAtLaunch();
+            QCOMPARE(defaultInt(kDefaultDestinationKey), 0);
+            if (choice == u"ask") destinations.setDefaultDestination(0);
+            if (choice == u"next") destinations.setDefaultDestination(1);
+            if (choice == u"clear") destinations.clearDestinations();
+            panels.folder = home.folder("a");
+            if (choice == u"add") destinations.chooseNewDestination(DestinationPopUp::Place::AddSheet);
+        }
+        Destinations(panels).restoreAtLaunch();
+        QCOMPARE(defaultArray(kDestinationNamesKey).value(), names);
+        QCOMPARE(defaultInt(kDefaultDestinationKey), preselected);
+    }
+
+    void everyFolderIsOpenButInASandbox() {
+        for (const bool sandboxed : {false, true}) {
+            Home home;
+            RecordingPanels panels;
+            home.desktop.sandboxed = sandboxed;
+            home.store({home.folder("a"), home.write("file")});
+            Destinations destinations(panels);
+            destinations.restoreAtLaunch();
+            QCOMPARE(destinations.openedFolderFor("/other/b.mp4").has_value(), !sandboxed);
+            QVERIFY(destinations.openedFolderFor(home.path("a/b.mp4"))->securityScoped);
+            QCOMPARE(destinations.openedFolders().size(), sandboxed ? 1 : 2);
+        }
     }
 
     void choosingStoresAndSelects_data() {

@@ -25,6 +25,10 @@ private Q_SLOTS:
         QCOMPARE(sorted.movies, (QStringList{"/a/B.MKV", "/a/c.webm"}));
         QCOMPARE(sorted.subtitles,
                  (moviefiles::SubtitleFiles{{"/a/x", "/a/x.ass"}, {home.path("text"), plain}}));
+        // Whatever the order in which they are given.
+        const QString other = home.path("text.srt");
+        for (const QStringList& paths : {QStringList{plain, other}, QStringList{other, plain}})
+            QCOMPARE(moviefiles::sorted(paths).subtitles.values(), QStringList(plain));
     }
 
     void subtitleMatching_data() {

@@ -94,21 +94,26 @@ private Q_SLOTS:
 
     void limits_data() {
         QTest::addColumn<int>("concurrent");
-        QTest::addColumn<int>("count");
-        QTest::addColumn<int>("running");
-        QTest::newRow("off, whatever the count") << 0 << 5 << 1;
-        QTest::newRow("two at the least") << 1 << 0 << 2;
-        QTest::newRow("three") << 1 << 1 << 3;
-        QTest::newRow("nonsense") << 1 << -7 << 2;
+        QTest::addColumn<qint64>("count");
+        QTest::addColumn<qint64>("limit");
+        constexpr qint64 kMost = std::numeric_limits<qint64>::max();
+        QTest::newRow("off, whatever the count") << 0 << qint64{5} << qint64{1};
+        QTest::newRow("two at the least") << 1 << qint64{0} << qint64{2};
+        QTest::newRow("three") << 1 << qint64{1} << qint64{3};
+        QTest::newRow("many") << 1 << qint64{100} << qint64{102};
+        QTest::newRow("more than can be counted") << 1 << kMost << kMost;
+        QTest::newRow("nonsense") << 1 << qint64{-7} << qint64{2};
     }
     void limits() {
         Stage stage;
         QFETCH(int, concurrent);
-        QFETCH(int, count);
+        QFETCH(qint64, count);
+        QFETCH(qint64, limit);
         setDefaultInt(kConcurrentJobsKey, concurrent);
         setDefaultInt(kConcurrentJobCountKey, count);
+        QCOMPARE(JobQueue::conversionLimit(), limit);
         stage.addAll({"a", "b", "c", "d"});
-        QTEST(stage.queue.jobCountWithState(JobState::Converting), "running");
+        QCOMPARE(stage.queue.jobCountWithState(JobState::Converting), qMin<qint64>(limit, 4));
     }
 
     void nothingStartsWhileFilesWait() {
@@ -168,13 +173,15 @@ private Q_SLOTS:
         Stage stage;
         QVERIFY(!stage.add("a", "/proc"));
         QCOMPARE(stage.queue.count(), 0);
-        QCOMPARE(stage.waiting.cancelled, 1);
-        QCOMPARE(stage.home.presenter.messages(),
-                 QStringList{"You don't seem to have write access to the selected destinatation or it is a "
-                             "read-only filesystem. "
-                             "Please choose another destination."});
+        QCOMPARE(stage.waiting.cancelled, 0);  // Still at hand.
         QCOMPARE(stage.queue.windowTitle(), "Ravelin ");
+        stage.waiting.waiting = true;
         QVERIFY(stage.add("a"));
+        QVERIFY(!stage.add("b", "/proc"));
+        QCOMPARE(stage.list(), "a:0");
+        stage.waiting.waiting = false;
+        QVERIFY(!stage.add("b", "/proc"));
+        QCOMPARE(stage.list(), "a:1");  // Does not wait for the user's choice.
     }
 
     void twoOutputsOfOneNameLoseNone() {

@@ -159,21 +159,79 @@ private Q_SLOTS:
         QCOMPARE(folder.stateText(), "Off.");
     }
 
+    void aFolderThatIsGoneTurnsItOff_data() {
+        QTest::addColumn<bool>("active");
+        QTest::addColumn<bool>("turnedOver");  ///< By the user while it is not there.
+        QTest::addColumn<bool>("atLaunch");    ///< It is there again at a later launch.
+        QTest::newRow("watched") << true << false << false;
+        QTest::newRow("watched, at a launch") << true << false << true;
+        QTest::newRow("turned off meanwhile") << true << true << false;
+        QTest::newRow("not watched") << false << false << true;
+        QTest::newRow("turned on meanwhile") << false << true << true;
+    }
     void aFolderThatIsGoneTurnsItOff() {
-        TestHome home;
+        QFETCH(const bool, active);
+        QFETCH(const bool, turnedOver);
+        QFETCH(const bool, atLaunch);
+        const TestHome home;
+        RecordingPanels panels;
+        const QString gone = home.path("disk/gone");
+        setDefaultObject("WatchfolderBookmark", gone.toUtf8());
+        setDefaultInt("WatchfolderActive", active ? 1 : 0);
+        auto folder = std::make_unique<WatchFolder>(panels);
+        const QString told = folder->resumeAtLaunch();
+        QVERIFY(!folder->isWatching());
+        QVERIFY(!defaultObject("WatchfolderBookmark").isValid());
+        QCOMPARE(defaultInt("WatchfolderActive"), 0);
+        QVERIFY(told.contains(gone));
+        QCOMPARE(folder->stateText(), "Off. " + told);
+        QCOMPARE(told.endsWith("It is watched again when it is."), active);
+        if (turnedOver) {
+            setDefaultInt("WatchfolderActive", 1);
+            folder->watchfolderActiveClicked();
+            setDefaultInt("WatchfolderActive", active ? 0 : 1);
+            folder->watchfolderActiveClicked();
+        }
+        const bool activeThen = active != turnedOver;
+        if (atLaunch) {
+            setDefaultInt("WatchfolderActive", 0);
+            folder = std::make_unique<WatchFolder>(panels);
+            QCOMPARE(folder->resumeAtLaunch().isEmpty(), !activeThen);
+            folder.reset();
+        }
+        QDir(home.path()).mkpath("disk/gone");
+        if (atLaunch) {
+            folder = std::make_unique<WatchFolder>(panels);
+            QCOMPARE(folder->resumeAtLaunch(), QString());
+        }
+        QTRY_COMPARE(folder->folder(), gone);
+        QCOMPARE(folder->isWatching(), activeThen);
+        QCOMPARE(defaultInt("WatchfolderActive"), activeThen ? 1 : 0);
+        QCOMPARE(defaultObject("WatchfolderBookmark").toByteArray(), gone.toUtf8());
+        QVERIFY(!defaultObject("AbsentWatchfolderBookmark").isValid());
+    }
+
+    void anotherFolderChosenMeanwhileStays() {
+        const TestHome home;
         RecordingPanels panels;
         setDefaultObject("WatchfolderBookmark", home.path("gone").toUtf8());
         setDefaultInt("WatchfolderActive", 1);
         WatchFolder folder(panels);
-        folder.watchfolderActiveClicked();
-        QVERIFY(!folder.isWatching());
-        QVERIFY(!defaultObject("WatchfolderBookmark").isValid());
-        QCOMPARE(defaultInt("WatchfolderActive"), 0);
-        QVERIFY(folder.stateText().contains(home.path("gone")));
+        folder.resumeAtLaunch();
+        QDir(home.path()).mkpath("other");
+        panels.folder = home.path("other");
+        folder.watchfolderSetClicked();
+        QDir(home.path()).mkpath("gone");
+        WatchFolder later(panels);
+        later.resumeAtLaunch();
+        QCOMPARE(later.folder(), home.path("other"));
+
+        folder.forget();
+        QVERIFY(!defaultObject("AbsentWatchfolderBookmark").isValid());
     }
 
     void theFolderGoesWhileItIsWatched() {
-        TestHome home;
+        const TestHome home;
         RecordingPanels panels;
         QDir(home.path()).mkpath("in");
         panels.folder = home.path("in");
@@ -184,11 +242,9 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(!folder.isWatching(), kLongEnough);
         QCOMPARE(defaultInt("WatchfolderActive"), 0);
         QCOMPARE(home.desktop.notifications.size(), 1);
-        // Back again, it can be turned on again.
         QDir(home.path()).mkpath("in");
-        setDefaultInt("WatchfolderActive", 1);
-        folder.watchfolderActiveClicked();
-        QVERIFY(folder.isWatching());
+        QTRY_VERIFY_WITH_TIMEOUT(folder.isWatching(), kLongEnough);
+        QCOMPARE(defaultInt("WatchfolderActive"), 1);
     }
 };
 

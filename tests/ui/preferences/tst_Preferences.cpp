@@ -103,8 +103,15 @@ private Q_SLOTS:
     void everySettingHasOneControl() {
         const Fixture fixture;
         QStringList expected;
-        const QStringList own = {"WelcomeShown", "Conversions", "HasUpgradedFromPre13", "Usages",
-                                 "convertedFileCount"};
+        const QStringList own = {"WelcomeShown",
+                                 "Conversions",
+                                 "HasUpgradedFromPre13",
+                                 "Usages",
+                                 "convertedFileCount",
+                                 "AbsentDestinations",
+                                 "AbsentDefaultDestination",
+                                 "AbsentWatchfolderBookmark",
+                                 "AbsentWatchfolderActive"};
         for (const settings::Setting& setting : settings::all()) {
             if (!own.contains(QLatin1StringView(setting.key))) expected.append(setting.key);
         }
