@@ -3,10 +3,14 @@
 #include <QDir>
 #include <QFile>
 
+#include <sys/stat.h>
+
 namespace {
 
-constexpr const char* kScript = R"sh(#!/bin/sh
-folder=$(dirname "$0")
+// Bash, whose "read" waits for a moment without a process of its own: a child that is stopped before it
+// became a program keeps its shell from being stopped and killed.
+constexpr const char* kScript = R"sh(#!/bin/bash
+folder=${0%/*}
 if [ $# -eq 2 ] && [ "$1" = -i ]; then
     cat "$folder/report" >&2
     exit 1
@@ -27,6 +31,7 @@ if [ $trial = yes ]; then
 fi
 printf '%s\n' "$@" > "$folder/arguments"
 echo $$ > "$folder/running.new" && mv "$folder/running.new" "$folder/running"
+wait_until() { until eval "$1"; do read -rt 0.02 -u 9; done 9<>"$folder/nothing"; }
 . "$folder/convert"
 )sh";
 
@@ -36,6 +41,7 @@ FakeTool::FakeTool(const QString& folder) : m_folder(folder + "/resources") {
     QDir().mkpath(m_folder);
     write("ffmpeg", kScript);
     QFile::setPermissions(m_folder + "/ffmpeg", QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    ::mkfifo(QFile::encodeName(m_folder + "/nothing").constData(), 0600);
     setReport(report("    Stream #0:1(eng): Audio: ac3, 48000 Hz, stereo, fltp, 192 kb/s\n"));
     setTrial("");
     setConversion("echo movie > \"$destination\"\n");
@@ -68,7 +74,7 @@ QByteArray FakeTool::report(const QByteArray& moreStreams, const QByteArray& dur
 }
 
 QByteArray FakeTool::waitFor(const QString& goOn) {
-    return "echo movie > \"$destination\"\nwhile [ ! -e '" + goOn.toUtf8() + "' ]; do sleep 0.02; done\n";
+    return "echo movie > \"$destination\"\nwait_until \"[ -e '" + goOn.toUtf8() + "' ]\"\n";
 }
 
 void FakeTool::write(const QString& name, const QByteArray& contents) const {

@@ -1,9 +1,9 @@
 #include "fakes/FakeTool.h"
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "probe/MKVFileInfo.h"
 
 #include <QFile>
-#include <QTest>
 
 #include <thread>
 
@@ -32,15 +32,14 @@ private Q_SLOTS:
     }
 
     void reportsThatAreNone_data() {
-        QTest::addColumn<QByteArray>("report");
-        QTest::newRow("empty") << QByteArray();
-        QTest::newRow("not UTF-8") << FakeTool::report("\xff\xfe");
-        QTest::newRow("no stream") << QByteArray("x.mkv: Invalid data found when processing input\n");
+        addRows<QByteArray>({{"empty", ""},
+                             {"not UTF-8", FakeTool::report("\xff\xfe")},
+                             {"no stream", "x.mkv: Invalid data found when processing input\n"}});
     }
     void reportsThatAreNone() {
+        const auto [report] = row<QByteArray>();
         TestHome home;
         const FakeTool tool(home.path());
-        QFETCH(QByteArray, report);
         tool.setReport(report);
         QVERIFY(!MKVFileInfo::initWithURL(QUrl::fromLocalFile(home.write("x.mkv"))));
         QVERIFY(home.presenter.shown.isEmpty());  // It comes a moment later.
@@ -84,20 +83,15 @@ private Q_SLOTS:
     }
 
     void toolTrouble_data() {
-        QTest::addColumn<QByteArray>("tool");  // null: none
-        QTest::addColumn<bool>("executable");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("missing") << QByteArray() << false << "The conversion tool is missing";
-        QTest::newRow("not executable")
-            << QByteArray("#!/bin/sh\n") << false << "because it is not executable";
-        QTest::newRow("not startable") << QByteArray("#!/no/such/interpreter\n") << true
-                                       << "A basic system capability failed (posix_spawn)";
+        addRows<QByteArray, bool, QString>(  // tool (null: none), executable, message
+            {{"missing", QByteArray(), false, "The conversion tool is missing"},
+             {"not executable", "#!/bin/sh\n", false, "because it is not executable"},
+             {"not startable", "#!/no/such/interpreter\n", true,
+              "A basic system capability failed (posix_spawn)"}});
     }
     void toolTrouble() {
+        const auto [tool, executable, message] = row<QByteArray, bool, QString>();
         const TestHome home;
-        QFETCH(QByteArray, tool);
-        QFETCH(bool, executable);
-        QFETCH(QString, message);
         qputenv("RAVELIN_RESOURCES", home.path("own").toUtf8());
         if (!tool.isNull()) {
             const QString path = home.write("own/ffmpeg", tool);
