@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/FilePanels.h"
+#include "app/FolderWatch.h"
 
 #include <QObject>
 #include <QSet>
@@ -10,8 +11,6 @@
 #include <optional>
 #include <vector>
 
-class FolderWatch;
-
 /// The folder whose new movies are taken in by themselves: which it is, whether it is on, and what it is
 /// doing. Main thread only.
 class WatchFolder : public QObject {
@@ -19,7 +18,7 @@ class WatchFolder : public QObject {
 
 public:
     /// `panels` outlives this.
-    explicit WatchFolder(FilePanels& panels, QObject* parent = nullptr);
+    explicit WatchFolder(FilePanels& panels, QObject* parent = nullptr, const WatchTimes& times = {});
     ~WatchFolder() override;
 
     /// Has the user choose the folder.
@@ -53,6 +52,7 @@ private:
     void say(const QString& text);
 
     FilePanels& m_panels;
+    const WatchTimes m_times;
     std::optional<QString> m_folder;
     bool m_hasAccess = false;  ///< Access to m_folder is open.
     QString m_label;

@@ -1,13 +1,13 @@
 #include "app/FileIntake.h"
 #include "app/JobQueue.h"
 #include "fakes/FakeTool.h"
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
 #include "support/Defaults.h"
 #include "tool/ToolReaper.h"
 
 #include <QSignalSpy>
-#include <QTest>
 
 namespace {
 
@@ -83,32 +83,24 @@ private Q_SLOTS:
         stage.release();
         QTRY_COMPARE(stage.list(), "c:3 b:3 a:3");
         QCOMPARE(started, (QStringList{"c.mkv", "b.mkv"}));
-    }
-
-    void atTheBottom() {
-        Stage stage;
         setDefaultInt("InsertJobsAtBottom", 1);
-        stage.addAll({"a", "b"});
-        QCOMPARE(stage.list(), "a:1 b:0");
+        stage.add("d");
+        QCOMPARE(stage.list(), "c:3 b:3 a:3 d:1");
     }
 
     void limits_data() {
-        QTest::addColumn<int>("concurrent");
-        QTest::addColumn<int>("count");
-        QTest::addColumn<int>("running");
-        QTest::newRow("off, whatever the count") << 0 << 5 << 1;
-        QTest::newRow("two at the least") << 1 << 0 << 2;
-        QTest::newRow("three") << 1 << 1 << 3;
-        QTest::newRow("nonsense") << 1 << -7 << 2;
+        addRows<int, int, int>({{"off, whatever the count", 0, 5, 1},
+                                {"two at the least", 1, 0, 2},
+                                {"three", 1, 1, 3},
+                                {"nonsense", 1, -7, 2}});
     }
     void limits() {
+        const auto [concurrent, count, running] = row<int, int, int>();
         Stage stage;
-        QFETCH(int, concurrent);
-        QFETCH(int, count);
         setDefaultInt(kConcurrentJobsKey, concurrent);
         setDefaultInt(kConcurrentJobCountKey, count);
         stage.addAll({"a", "b", "c", "d"});
-        QTEST(stage.queue.jobCountWithState(JobState::Converting), "running");
+        QCOMPARE(stage.queue.jobCountWithState(JobState::Converting), running);
     }
 
     void nothingStartsWhileFilesWait() {
@@ -177,14 +169,6 @@ private Q_SLOTS:
         QVERIFY(stage.add("a"));
     }
 
-    void twoOutputsOfOneNameLoseNone() {
-        Stage stage;
-        stage.queue.pauseContinueClicked(true);
-        stage.addAll({"a", "a"});
-        QCOMPARE(stage.queue.job(0)->fileInfo().destinationURL.fileName(), "a-0.mp4");
-        QCOMPARE(stage.queue.job(1)->fileInfo().destinationURL.fileName(), "a.mp4");
-    }
-
     void removingTheRunningOneStartsTheNext() {
         Stage stage;
         stage.addAll({"a", "b"});
@@ -198,24 +182,11 @@ private Q_SLOTS:
         Stage stage;
         setDefaultInt(kAutoCleanKey, 1);
         setDefaultInt(kQuitAfterConversionKey, 1);
-        standardUserDefaults().setOverride(kUsagesKey, 100);
         QSignalSpy quit(&stage.queue, &JobQueue::quitRequested);
         stage.release();
         stage.add("a");
         QTRY_COMPARE(quit.count(), 1);
         QCOMPARE(stage.queue.count(), 0);
-        QCOMPARE(standardUserDefaults().storedObject(kUsagesKey).toInt(), 1);  // Not from the override.
-    }
-
-    void usagesAreHandedOn() {
-        Stage stage;
-        int counted = 0;
-        stage.queue.setUsageCounter(
-            [&](bool increase, bool allow) { counted += increase && allow ? 1 : 100; });
-        stage.release();
-        stage.add("a");
-        QTRY_COMPARE(stage.list(), "a:3");
-        QCOMPARE(counted, 1);
     }
 };
 

@@ -12,7 +12,7 @@ namespace {
 constexpr const char* kScript = R"sh(#!/bin/bash
 folder=${0%/*}
 if [ $# -eq 2 ] && [ "$1" = -i ]; then
-    cat "$folder/report" >&2
+    . "$folder/probe"
     exit 1
 fi
 progress=
@@ -43,6 +43,7 @@ FakeTool::FakeTool(const QString& folder) : m_folder(folder + "/resources") {
     QFile::setPermissions(m_folder + "/ffmpeg", QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     ::mkfifo(QFile::encodeName(m_folder + "/nothing").constData(), 0600);
     setReport(report("    Stream #0:1(eng): Audio: ac3, 48000 Hz, stereo, fltp, 192 kb/s\n"));
+    setProbe("cat \"$folder/report\" >&2");
     setTrial("");
     setConversion("echo movie > \"$destination\"\n");
     qputenv("RAVELIN_RESOURCES", m_folder.toUtf8());
@@ -50,6 +51,9 @@ FakeTool::FakeTool(const QString& folder) : m_folder(folder + "/resources") {
 
 void FakeTool::setReport(const QByteArray& report) const {
     write("report", report);
+}
+void FakeTool::setProbe(const QByteArray& script) const {
+    write("probe", script);
 }
 void FakeTool::setTrial(const QByteArray& output) const {
     write("trial", output);

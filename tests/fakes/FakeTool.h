@@ -13,6 +13,8 @@ public:
 
     /// What a probe prints, on standard error as the real one does.
     void setReport(const QByteArray& report) const;
+    /// The shell commands of a probe, instead; $folder is where runningMark() is.
+    void setProbe(const QByteArray& script) const;
     /// What a trial run prints.
     void setTrial(const QByteArray& output) const;
     /// The shell commands of a conversion. $destination and $progress hold the paths; `wait_until
