@@ -14,6 +14,7 @@
 
 namespace {
 
+constexpr int kLongEnough = 30000;
 constexpr int kNextToSource = 1;
 constexpr int kFirstFolder = 3;
 
@@ -43,7 +44,7 @@ public:
         for (const QString& name : names)
             paths.append(write(name));
         delegate.openFiles(paths);
-        return QTest::qWaitFor([this] { return isReady(); });
+        return QTest::qWaitFor([this] { return isReady(); }, kLongEnough);
     }
     bool add(const QString& name) {
         const bool isOpen = open({name});
@@ -124,7 +125,7 @@ private Q_SLOTS:
         QTRY_VERIFY(app.isReady());
         app.sheet().cancelAdd();
         QVERIFY(!app.sheet().isShown());
-        QTRY_COMPARE(app.queue().jobCountWithState(JobState::Finished), 2);
+        QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 2, kLongEnough);
     }
 
     void nextToTheSourceNeedsAnOpenedFolder() {
@@ -216,7 +217,7 @@ private Q_SLOTS:
         app.write("in/deep/a.avi");
         app.write("in/notes.txt");
         app.delegate.openFiles({app.path("in")});
-        QTRY_COMPARE(app.queue().jobCountWithState(JobState::Finished), 2);
+        QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 2, kLongEnough);
         QVERIFY(QFile::exists(app.path("in/deep/a.mp4")));
     }
 
@@ -312,7 +313,7 @@ private Q_SLOTS:
             --open;
         };
         app.delegate.openFiles({app.write("0.mkv"), app.write("1.mkv"), app.write("2.mkv")});
-        QTRY_COMPARE(app.presenter.shown.size(), 3);
+        QTRY_COMPARE_WITH_TIMEOUT(app.presenter.shown.size(), 3, kLongEnough);
     }
 
     void aProbeThatHangsCanBeLeft() {

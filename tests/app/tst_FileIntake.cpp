@@ -48,19 +48,6 @@ private Q_SLOTS:
         QVERIFY(!intake.fileInfo());
     }
 
-    void aSubtitleServesSeveralMovies() {
-        const TestHome home;
-        const FakeTool tool(home.path());
-        FileIntake intake(FileIntake::Messages::Scheduled);
-        QSignalSpy accepted(&intake, &FileIntake::fileAccepted);
-        intake.openFiles({home.write("m.avi"), home.write("m.mkv"), home.write("m.en.srt")});
-        for (int movie = 1; movie <= 2; ++movie) {
-            QTRY_COMPARE(accepted.count(), movie);
-            QVERIFY(intake.fileInfo()->subtitleFileURL);
-            intake.cancelAdd();
-        }
-    }
-
     void aRefusedFileIsSkipped() {
         TestHome home;
         const FakeTool tool(home.path());

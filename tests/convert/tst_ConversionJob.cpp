@@ -57,7 +57,7 @@ struct Stage {
             [&] { return job->state() == JobState::Finished || job->state() == JobState::Failed; }, 20000);
     }
     qint64 waitUntilItRuns() {
-        if (!QTest::qWaitFor([&] { return QFile::exists(tool.runningMark()); }, 10000)) return 0;
+        if (!QTest::qWaitFor([&] { return QFile::exists(tool.runningMark()); }, 20000)) return 0;
         return files::contents(tool.runningMark())->trimmed().toLongLong();
     }
     QStringList progressFiles() const { return QDir(QuillonLib::shared().docDir()).entryList(QDir::Files); }
@@ -111,8 +111,8 @@ private Q_SLOTS:
         const QString problem = "A problem prevented";
         const QString noSpace = "Movie conversion failed because there is not enough free";
         const QString disk = "Movie conversion failed but it seems the reason is that the disk";
-        addRows<QByteArray, QString,
-                QString>(  // script, words of the output, explanation (empty: no failure)
+        // Script, words of the output, explanation (empty: no failure)
+        addRows<QByteArray, QString, QString>(
             {{"exit status", "echo oops; exit 1", "oops", problem},
              {"disk full", "echo 'No space left on device' >&2; exit 228", "No space left on device",
               noSpace},
@@ -201,11 +201,11 @@ private Q_SLOTS:
         QTRY_VERIFY(QFile::exists(stage.output));
         if (paused) {
             stage.job->pause();
-            QTRY_COMPARE(processState(process), u'T');
+            QTRY_COMPARE_WITH_TIMEOUT(processState(process), u'T', 20000);
         }
         stage.job->remove();
         QCOMPARE(stage.controller.calls.last(2), (QStringList{"remove", "next"}));
-        QTRY_VERIFY_WITH_TIMEOUT(ToolReaper::shared().isIdle(), 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(ToolReaper::shared().isIdle(), 20000);
         QVERIFY(!isAlive(process));
         QVERIFY(!QFile::exists(stage.output));
         QVERIFY(stage.progressFiles().isEmpty());
@@ -221,7 +221,7 @@ private Q_SLOTS:
         stage.job->pause();
         QCOMPARE(stage.job->state(), JobState::Paused);
         QVERIFY(stage.home.desktop.held.isEmpty());
-        QTRY_COMPARE(processState(process), u'T');
+        QTRY_COMPARE_WITH_TIMEOUT(processState(process), u'T', 20000);
         stage.job->continueJob();
         QCOMPARE(stage.job->state(), JobState::Converting);
         QCOMPARE(stage.home.desktop.held.size(), 1);
@@ -237,7 +237,7 @@ private Q_SLOTS:
                                  FakeTool::waitFor(stage.home.path("go")));
         QSignalSpy progressed(stage.job.get(), &ConversionJob::progressed);
         stage.job->start();
-        QTRY_COMPARE_WITH_TIMEOUT(stage.job->progress(), 25.0, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(stage.job->progress(), 25.0, 20000);
         QVERIFY(stage.job->stateInfoString().startsWith("Status: Converting   Audio:  eng (ac3)   ETA: "));
         stage.home.write("go");
         QVERIFY(stage.waitForEnd());
