@@ -2,6 +2,7 @@
 #include "app/queue/UnfinishedFiles.h"
 #include "fakes/FakeTool.h"
 #include "fakes/RecordingPanels.h"
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "feedback/PXRatingWindowController.h"
 #include "settings/Keys.h"
@@ -10,31 +11,49 @@
 
 #include <QDir>
 #include <QSignalSpy>
-#include <QTest>
 
 namespace {
 
+constexpr int kLongEnough = 30000;
 constexpr int kNextToSource = 1;
 constexpr int kFirstFolder = 3;
 
 /// The whole application but its windows.
 class Launched : public TestHome {
 public:
-    Launched() : tool(path()), delegate(panels) {
+    enum class Starts { Now, Later };
+    explicit Launched(Starts starts = Starts::Now) : tool(path()), delegate(panels) {
         AppDelegate::initialize();
         QObject::connect(&delegate, &AppDelegate::statusMessage,
                          [this](const QString& message) { status = message; });
+        if (starts == Starts::Now) delegate.applicationWillFinishLaunching();
     }
 
     AddSheet& sheet() { return delegate.addSheet(); }
     JobQueue& queue() { return delegate.queue(); }
     DestinationPopUp& popUp() { return delegate.destinations().destinationPopUp(); }
     bool isReady() { return sheet().isShown() && !sheet().informationString().isEmpty(); }
-    /// Opens one movie and has it on the sheet.
-    QString open(const QString& name) {
-        const QString movie = write(name);
-        delegate.openFiles({movie});
-        return movie;
+    /// Has outputs put next to their movies.
+    void putOutputsNextToSource() {
+        delegate.destinations().addOpenedFolder(path());
+        setDefaultInt(kDefaultDestinationKey, kNextToSource);
+    }
+    /// Opens movies; the last of them is on the sheet then.
+    bool open(const QStringList& names) {
+        QStringList paths;
+        for (const QString& name : names)
+            paths.append(write(name));
+        delegate.openFiles(paths);
+        return QTest::qWaitFor([this] { return isReady(); }, kLongEnough);
+    }
+    bool add(const QString& name) {
+        const bool isOpen = open({name});
+        sheet().addToQueue();
+        return isOpen;
+    }
+    void saveAs(const QString& path) {
+        panels.savedAs = path;
+        sheet().addToQueue();
     }
     QString destinationOfJob(qsizetype index) {
         return queue().job(index)->fileInfo().destinationURL.toLocalFile();
@@ -54,7 +73,6 @@ class AppDelegateTest : public QObject {
 private Q_SLOTS:
     void theRoadOfOneMovie() {
         Launched app;
-        app.delegate.applicationWillFinishLaunching();
         QCOMPARE(app.delegate.build(), "Build: 1");
         QVERIFY(app.delegate.version().startsWith("Version: "));
         app.tool.setReport(
@@ -66,7 +84,7 @@ private Q_SLOTS:
         connect(&app.delegate, &AppDelegate::ratingWindowRequested,
                 [&](const PXRatingWindowController& asked) { question = asked.introText(); });
         QSignalSpy front(&app.delegate, &AppDelegate::mainWindowRequested);
-        app.open("Trip.mkv");
+        app.delegate.openFiles({app.write("Trip.mkv")});
         QCOMPARE(front.count(), 1);
         QVERIFY(app.sheet().isShown() && app.sheet().isScanning());
         QCOMPARE(app.sheet().topConstraint(), 117.0);
@@ -95,8 +113,7 @@ private Q_SLOTS:
 
     void nothingStartsBeforeTheLastFileWasHandled() {
         Launched app;
-        app.delegate.applicationWillFinishLaunching();
-        setDefaultInt(kDefaultDestinationKey, kNextToSource);
+        app.putOutputsNextToSource();
         app.delegate.openFiles({app.write("a.mkv"), app.write("b.mkv"), app.write("c.mkv")});
         for (const int waiting : {2, 1}) {
             QTRY_VERIFY(app.isReady());
@@ -108,16 +125,15 @@ private Q_SLOTS:
         QTRY_VERIFY(app.isReady());
         app.sheet().cancelAdd();
         QVERIFY(!app.sheet().isShown());
-        QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 2, 30000);
+        QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 2, kLongEnough);
     }
 
     void nextToTheSourceNeedsAnOpenedFolderInASandbox() {
-        Launched app;
+        Launched app(Launched::Starts::Later);
         app.desktop.sandboxed = true;
         app.delegate.applicationWillFinishLaunching();
         setDefaultInt(kDefaultDestinationKey, kNextToSource);
-        app.open("a.mkv");
-        QTRY_VERIFY(app.isReady());
+        QVERIFY(app.open({"a.mkv"}));
         app.sheet().addToQueue();  // The panel is cancelled.
         QVERIFY(app.presenter.messages().last().startsWith("You've chosen the 'Next to' default"));
         QCOMPARE(app.panels.requests.last().startingIn, app.path());
@@ -137,7 +153,7 @@ private Q_SLOTS:
     }
 
     void aStoredFolderIsOpenAsLongAsItsJob() {
-        Launched app;
+        Launched app(Launched::Starts::Later);
         QDir(app.path()).mkpath("out");
         setDefaultArray(kDestinationBookmarksKey, QVariantList{app.path("out").toUtf8()});
         setDefaultArray(kDestinationNamesKey, QVariantList{"out"});
@@ -145,55 +161,43 @@ private Q_SLOTS:
         setDefaultInt(kDefaultDestinationKey, kFirstFolder);
         app.delegate.applicationWillFinishLaunching();
         app.queue().pauseContinueClicked(true);
-        app.open("a.mkv");
-        QTRY_VERIFY(app.isReady());
-        app.sheet().addToQueue();
+        QVERIFY(app.add("a.mkv"));
         QCOMPARE(app.destinationOfJob(0), app.path("out/a.mp4"));
         QCOMPARE(folderaccess::openAccesses(app.path("out")), 1);
         app.queue().job(0)->remove();
         QCOMPARE(folderaccess::openAccesses(app.path("out")), 0);
 
         // Unplugged since: told, and the movie stays on the sheet for another choice.
-        app.open("b.mkv");
-        QTRY_VERIFY(app.isReady());
+        QVERIFY(app.open({"b.mkv"}));
         QDir().rmdir(app.path("out"));
         app.sheet().addToQueue();
         QVERIFY(app.presenter.messages().last().contains("Please choose another destination."));
         QVERIFY(app.isReady());
         QCOMPARE(app.queue().count(), 0);
         app.popUp().select(0);
-        app.panels.savedAs = app.path("b.mp4");
-        app.sheet().addToQueue();
+        app.saveAs(app.path("b.mp4"));
         QCOMPARE(app.queue().count(), 1);
     }
 
     void whatTheSavePanelNames() {
         Launched app;
-        app.delegate.applicationWillFinishLaunching();
         app.queue().pauseContinueClicked(true);
-        const QString movie = app.open("a.mp4");
-        QTRY_VERIFY(app.isReady());
-        app.panels.savedAs = movie;
-        app.sheet().addToQueue();
+        QVERIFY(app.open({"a.mp4"}));
+        app.saveAs(app.path("a.mp4"));
         QVERIFY(app.presenter.messages().last().startsWith("You've tried to overwrite the source file"));
         QCOMPARE(app.presenter.shown.last().buttons.front().title, "D'oh");
         QCOMPARE(app.queue().count(), 0);
 
         // A second job for a name that the first is still going to write takes a free one.
-        app.panels.savedAs = app.path("out.mp4");
-        app.sheet().addToQueue();
-        app.open("b.mkv");
-        QTRY_VERIFY(app.isReady());
-        app.sheet().addToQueue();
+        app.saveAs(app.path("out.mp4"));
+        QVERIFY(app.add("b.mkv"));
         QCOMPARE(app.destinationOfJob(1), app.path("out.mp4"));
         QCOMPARE(app.destinationOfJob(0), app.path("out-0.mp4"));
         // So does one that came when the first is being written, whatever the panel asked.
         app.tool.setConversion(FakeTool::waitFor(app.path("never")));
         app.queue().job(1)->start();
         QVERIFY(QFile::exists(app.path("out.mp4")));
-        app.open("c.mkv");
-        QTRY_VERIFY(app.isReady());
-        app.sheet().addToQueue();
+        QVERIFY(app.add("c.mkv"));
         QCOMPARE(app.destinationOfJob(0), app.path("out-1.mp4"));
     }
 
@@ -206,7 +210,6 @@ private Q_SLOTS:
         QFETCH(const bool, autoAdd);
         Launched app;
         app.presenter.waits = true;
-        app.delegate.applicationWillFinishLaunching();
         setDefaultInt(kAutoAddKey, autoAdd ? 1 : 0);
         app.delegate.openFiles({app.write("a.mkv"), app.write("b.mkv"), app.write("c.mkv")});
         qsizetype told = 0;
@@ -232,15 +235,13 @@ private Q_SLOTS:
 
     void autoAddAsksNothing() {
         Launched app;
-        app.delegate.applicationWillFinishLaunching();
-        setDefaultInt(kDefaultDestinationKey, kNextToSource);
+        app.putOutputsNextToSource();
         setDefaultInt(kAutoAddKey, 1);
-        QDir(app.path()).mkpath("in/deep");
         app.write("in/b.mkv");
         app.write("in/deep/a.avi");
         app.write("in/notes.txt");
         app.delegate.openFiles({app.path("in")});
-        QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 2, 30000);
+        QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 2, kLongEnough);
         QVERIFY(QFile::exists(app.path("in/deep/a.mp4")));
     }
 
@@ -268,48 +269,39 @@ private Q_SLOTS:
     }
 
     void dropsAreJudged_data() {
-        QTest::addColumn<QStringList>("names");
-        QTest::addColumn<bool>("accepted");
-        QTest::addColumn<QString>("reason");
-        QTest::newRow("movie") << QStringList{"a.MKV"} << true << "";
-        QTest::newRow("movie and more") << QStringList{"x.pdf", "a.webm", "a.srt"} << true << "";
-        QTest::newRow("subtitles") << QStringList{"a.srt"} << false << "A subtitle file needs its movie";
-        QTest::newRow("document") << QStringList{"x.pdf"} << false << "“x.pdf” is not a movie.";
-        QTest::newRow("documents") << QStringList{"x.pdf", "y"} << false << "None of these files";
-        QTest::newRow("folder with a movie") << QStringList{"with"} << true << "";
-        QTest::newRow("folder without")
-            << QStringList{"without"} << false << "no movie in the folder “without”";
-        QTest::newRow("web page") << QStringList{} << false << "Only files of this computer";
+        addRows<QStringList, QString>(  // names, the reason against them (empty: none)
+            {{"movie", {"a.MKV"}, ""},
+             {"movie and more", {"x.pdf", "a.webm", "a.srt"}, ""},
+             {"subtitles", {"a.srt"}, "A subtitle file needs its movie"},
+             {"document", {"x.pdf"}, "“x.pdf” is not a movie."},
+             {"documents", {"x.pdf", "y"}, "None of these files"},
+             {"folder with a movie", {"with"}, ""},
+             {"folder without", {"without"}, "no movie in the folder “without”"},
+             {"web page", {}, "Only files of this computer"}});
     }
     void dropsAreJudged() {
-        QFETCH(const QStringList, names);
-        QFETCH(const bool, accepted);
-        QFETCH(const QString, reason);
+        const auto [names, reason] = row<QStringList, QString>();
         Launched app;
         app.write("with/deep/er/a.ts");
         app.write("without/a.txt");
         QList<QUrl> urls{QUrl("https://films.example/a.mkv")};
         for (const QString& name : names)
             urls.append(QUrl::fromLocalFile(app.path(name)));
-        QCOMPARE(app.delegate.draggingEntered(urls), accepted);
-        QVERIFY2(app.status.contains(reason) && app.status.isEmpty() == accepted, qPrintable(app.status));
+        QCOMPARE(app.delegate.draggingEntered(urls), reason.isEmpty());
+        QVERIFY2(app.status.contains(reason) && app.status.isEmpty() == reason.isEmpty(),
+                 qPrintable(app.status));
     }
 
     void speedNotice_data() {
-        QTest::addColumn<int>("usages");
-        QTest::addColumn<int>("style");
-        QTest::addColumn<bool>("shown");
-        QTest::newRow("fresh") << 0 << 0 << false;
-        QTest::newRow("three") << 3 << 0 << false;
-        QTest::newRow("four") << 4 << 0 << true;
-        QTest::newRow("four, fast") << 4 << 1 << false;
+        addRows<int, int, bool>({{"fresh", 0, 0, false},
+                                 {"three", 3, 0, false},
+                                 {"four", 4, 0, true},
+                                 {"four, fast", 4, 1, false}});
     }
     void speedNotice() {
-        QFETCH(const int, usages);
-        QFETCH(const int, style);
-        QFETCH(const bool, shown);
+        const auto [usages, style, shown] = row<int, int, bool>();
         for (const bool wasDismissed : {false, true}) {
-            Launched app;
+            Launched app(Launched::Starts::Later);
             setDefaultInt("quillonlib_1.0.0_usages", usages);
             setDefaultInt(kConversionPresetKey, style);
             setDefaultInt(kWelcomeShownKey, wasDismissed ? 1 : 0);
@@ -322,7 +314,7 @@ private Q_SLOTS:
     }
 
     void retiredEncodingAndNotifications() {
-        Launched app;
+        Launched app(Launched::Starts::Later);
         setDefaultInt(kExternalSubtitleEncodingKey, 1);
         app.delegate.applicationWillFinishLaunching();
         QCOMPARE(defaultInt(kExternalSubtitleEncodingKey), 0);
@@ -331,21 +323,16 @@ private Q_SLOTS:
     }
 
     void theEndComesWhileAnAlertIsOpen_data() {
-        QTest::addColumn<QByteArray>("conversion");
-        QTest::addColumn<bool>("sourceIsGone");
-        QTest::newRow("full disk") << QByteArray("echo No space left on device >&2; exit 1\n") << false;
-        QTest::newRow("source removed") << QByteArray("exit 1\n") << true;
+        addRows<QByteArray, bool>({{"full disk", "echo No space left on device >&2; exit 1\n", false},
+                                   {"source removed", "exit 1\n", true}});
     }
     void theEndComesWhileAnAlertIsOpen() {
-        QFETCH(const QByteArray, conversion);
-        QFETCH(const bool, sourceIsGone);
+        const auto [conversion, sourceIsGone] = row<QByteArray, bool>();
         Launched app;
         app.presenter.waits = true;
-        app.delegate.applicationWillFinishLaunching();
         app.tool.setConversion(conversion);
-        setDefaultInt(kDefaultDestinationKey, kNextToSource);
-        const QString movie = app.open("a.mkv");
-        QTRY_VERIFY(app.isReady());
+        app.putOutputsNextToSource();
+        QVERIFY(app.open({"a.mkv"}));
         bool wasOpen = false;
         app.presenter.whileShown = [&] {
             if (std::exchange(wasOpen, true)) return;
@@ -355,7 +342,7 @@ private Q_SLOTS:
             app.delegate.terminate(false);
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         };
-        if (sourceIsGone) QFile::remove(movie);
+        if (sourceIsGone) QFile::remove(app.path("a.mkv"));
         app.sheet().addToQueue();
         QTRY_VERIFY(wasOpen);
         QCOMPARE(app.queue().count(), 0);
@@ -364,29 +351,21 @@ private Q_SLOTS:
     void oneAlertAtATime() {
         Launched app;
         app.presenter.waits = true;
-        app.delegate.applicationWillFinishLaunching();
         app.tool.setReport("nothing of use");
         int open = 0;
-        int most = 0;
         app.presenter.whileShown = [&] {
-            most = qMax(most, ++open);
-            QTest::qWait(1);  // The others come meanwhile.
+            QCOMPARE(++open, 1);
+            QTRY_VERIFY(!app.sheet().isShown());  // The others come meanwhile.
+            QCoreApplication::processEvents();
             --open;
         };
-        QStringList movies;
-        for (int i = 0; i < 5; ++i)
-            movies.append(app.write(QStringLiteral("%1.mkv").arg(i)));
-        app.delegate.openFiles(movies);
-        QTRY_COMPARE_WITH_TIMEOUT(app.presenter.shown.size(), 5, 30000);
-        QCOMPARE(most, 1);
+        app.delegate.openFiles({app.write("0.mkv"), app.write("1.mkv"), app.write("2.mkv")});
+        QTRY_COMPARE_WITH_TIMEOUT(app.presenter.shown.size(), 3, kLongEnough);
     }
 
     void aProbeThatHangsCanBeLeft() {
         Launched app;
-        app.delegate.applicationWillFinishLaunching();
-        QFile::remove(app.path("resources/ffmpeg"));
-        app.write("resources/ffmpeg", "#!/bin/sh\nexec sleep 1000\n");
-        QFile::setPermissions(app.path("resources/ffmpeg"), QFile::ReadOwner | QFile::ExeOwner);
+        app.tool.setProbe("exec sleep 1000");
         app.delegate.openFiles({app.write("a.mkv"), app.write("b.mkv")});
         QVERIFY(app.sheet().isScanning());
         app.sheet().cancelAdd();
@@ -398,27 +377,21 @@ private Q_SLOTS:
 
     void leavingAMovieOutResumesNothing() {
         Launched app;
-        app.delegate.applicationWillFinishLaunching();
         app.tool.setConversion(FakeTool::waitFor(app.path("never")));
-        setDefaultInt(kDefaultDestinationKey, kNextToSource);
-        app.open("a.mkv");
-        QTRY_VERIFY(app.isReady());
-        app.sheet().addToQueue();
+        app.putOutputsNextToSource();
+        QVERIFY(app.add("a.mkv"));
         app.queue().job(0)->pause();
-        app.open("b.mkv");
-        QTRY_VERIFY(app.isReady());
+        QVERIFY(app.open({"b.mkv"}));
         app.sheet().cancelAdd();
         QCOMPARE(app.queue().job(0)->state(), JobState::Paused);
     }
 
     void whatIsUnfinishedMakesTheSameQueueAgain_data() {
-        QTest::addColumn<QString>("queue");
-        QTest::newRow("jobs on top") << "dcba";
-        QTest::newRow("jobs at the bottom") << "abcd";
+        addRows<QString>({{"jobs on top", "dcba"}, {"jobs at the bottom", "abcd"}});
     }
     void whatIsUnfinishedMakesTheSameQueueAgain() {
-        QFETCH(const QString, queue);
-        Launched app;
+        const auto [queue] = row<QString>();
+        Launched app(Launched::Starts::Later);
         AppDelegate next(app.panels);
         for (AppDelegate* delegate : {&app.delegate, &next})
             delegate->applicationWillFinishLaunching();
@@ -427,13 +400,11 @@ private Q_SLOTS:
         app.tool.setConversion(
             "case $destination in *finished.mp4) echo movie > $destination;; *) exit 1; esac\n");
         for (const char* name : {"finished.mkv", "a.mkv", "b.mkv"}) {
-            app.delegate.openFiles({app.write("a.srt"), app.write(name)});
-            QTRY_VERIFY(app.isReady());
-            app.sheet().addToQueue();
+            app.delegate.openFiles({app.write("a.srt")});
+            QVERIFY(app.add(name));
         }
         QTRY_COMPARE(app.queue().jobCountWithState(JobState::Finished), 1);
-        app.delegate.openFiles({app.write("d.mkv"), app.write("c.mkv")});
-        QTRY_VERIFY(app.isReady());  // One is at hand, one waits. A folder is being searched.
+        QVERIFY(app.open({"d.mkv", "c.mkv"}));  // One is at hand, one waits. A folder is being searched.
         QDir(app.path()).mkpath("folder");
         app.delegate.openFiles({app.path("folder")});
         const QStringList left = app.delegate.unfinishedFiles();
@@ -455,26 +426,14 @@ private Q_SLOTS:
     }
 
     void moviesMoveAlongWithTheApplication_data() {
-        QTest::addColumn<QString>("now");
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("with the volume") << "two/x/app"
-                                         << "one/m/a.mkv"
-                                         << "two/m/a.mkv";
-        QTest::newRow("in the folder") << "two"
-                                       << "one/x/app/a.mkv"
-                                       << "two/a.mkv";
-        QTest::newRow("stays where it is") << "two/x/app"
-                                           << "one/b.mkv"
-                                           << "one/b.mkv";
-        QTest::newRow("is nowhere") << "two/x/app"
-                                    << "one/c.mkv"
-                                    << "one/c.mkv";
+        addRows<QString, QString, QString>(  // the application's folder now, a movie before and after
+            {{"with the volume", "two/x/app", "one/m/a.mkv", "two/m/a.mkv"},
+             {"in the folder", "two", "one/x/app/a.mkv", "two/a.mkv"},
+             {"stays where it is", "two/x/app", "one/b.mkv", "one/b.mkv"},
+             {"is nowhere", "two/x/app", "one/c.mkv", "one/c.mkv"}});
     }
     void moviesMoveAlongWithTheApplication() {
-        QFETCH(const QString, now);
-        QFETCH(const QString, file);
-        QFETCH(const QString, expected);
+        const auto [now, file, expected] = row<QString, QString, QString>();
         const TestHome home;
         for (const char* there : {"two/a.mkv", "two/m/a.mkv", "one/b.mkv", "two/b.mkv"})
             home.write(there);
@@ -484,13 +443,10 @@ private Q_SLOTS:
 
     void quittingAsksOnlyWhileAJobConverts() {
         Launched app;
-        app.delegate.applicationWillFinishLaunching();
         app.tool.setConversion(FakeTool::waitFor(app.path("never")));
-        setDefaultInt(kDefaultDestinationKey, kNextToSource);
+        app.putOutputsNextToSource();
         QVERIFY(app.delegate.applicationShouldTerminate());
-        app.open("a.mkv");
-        QTRY_VERIFY(app.isReady());
-        app.sheet().addToQueue();
+        QVERIFY(app.add("a.mkv"));
         QTRY_VERIFY(QFile::exists(app.tool.runningMark()));
         QSignalSpy terminated(&app.delegate, &AppDelegate::terminated);
         app.presenter.answer.response = kAlertSecondButton;

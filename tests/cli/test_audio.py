@@ -2,19 +2,13 @@
 import json
 import unittest
 
-from support import CliTest, codecs, languages, look, movie, packets, streams
+from support import CliTest, languages, look, movie, packets, streams
 
 # What the styles make of a track: 0 AAC stereo, 1 AAC 5.1, 2 AC3 stereo, 3 AC3 5.1, 4 a copy.
 STYLES = ("compatible", "fast", "custom")
 METHODS = {
-    "aac 2": (4, 4, 4), "aac 5.1": (4, 4, 4),
-    "ac3 2": (0, 4, 4), "ac3 5.1": (0, 4, 4),
-    "eac3 2": (0, 4, 4), "eac3 5.1": (0, 4, 4),  # taken for AC3 unless EAC3Convert is set
-    "dts 2": (0, 2, 2), "dts 5.1": (0, 3, 3),
-    "flac 2": (0, 2, 2), "flac 5.1": (0, 2, 3),
-    "vorbis 2": (0, 2, 2), "vorbis 5.1": (0, 2, 3),
-    "opus 2": (0, 2, 2), "opus 5.1": (0, 2, 3),
-    "mp3 2": (0, 2, 2),
+    "aac 5.1": (4, 4, 4), "ac3 5.1": (0, 4, 4), "eac3 2": (0, 4, 4),  # taken for AC3 unless EAC3Convert is set
+    "dts 2": (0, 2, 2), "dts 5.1": (0, 3, 3), "flac 5.1": (0, 2, 3), "vorbis 2": (0, 2, 2), "opus 2": (0, 2, 2),
 }
 OUTCOMES = {0: ("aac", 2), 1: ("aac", 6), 2: ("ac3", 2), 3: ("ac3", 6)}
 
@@ -65,9 +59,8 @@ class Audio(CliTest):
 
     def test_rate_and_volume(self):
         for track, volume, rate, graph in (
-            ("flac 2 96000", 100, "48000", None), ("flac 2 96000", 150, "48000", "[0:1]volume=1.50[out]"),
-            ("flac 2 44100", 50, "44100", "[0:1]volume=0.50[out]"), ("flac 2 44100", 101, "44100", None),
-            ("flac 2 44100", 99, "44100", None), ("aac 2 96000", 200, "96000", None),
+            ("flac 2 96000", 150, "48000", "[0:1]volume=1.50[out]"), ("flac 2 44100", 99, "44100", None),
+            ("aac 2 96000", 200, "96000", None),
         ):
             with self.subTest(track=track, volume=volume):
                 started, seen = self.converted(movie(track), "--set", f"AudioVolume={volume}")
@@ -79,14 +72,9 @@ class Audio(CliTest):
         both = ("--set", "IncludeSurroundTrack=1")
         copied = (*both, "--set", "IncludeSurroundTrackTranscoded=0")
         for tracks, arguments, expected in (
-            (("ac3 5.1",), both, [("aac", 2), ("ac3", 6)]),
             (("dts 5.1",), both, [("aac", 2), ("ac3", 6)]),
             (("dts 5.1",), copied, [("aac", 2), ("dts", 6)]),
             (("aac 2", "dts 5.1 48000 ger", "ac3 5.1"), both, [("aac", 2), ("ac3", 6)]),
-            (("aac 2", "dts 5.1", "ac3 5.1"), copied, [("aac", 2), ("ac3", 6)]),  # AC3 goes before DTS
-            (("aac 2", "ac3 5.1 48000 ger"), both, [("aac", 2)]),  # not of the language of the main track
-            (("aac 2", "ac3 2"), both, [("aac", 2)]),
-            (("ac3 5.1",), (*both, "--style", "fast"), [("ac3", 6)]),
         ):
             with self.subTest(tracks=tracks, arguments=arguments):
                 _, seen = self.converted(movie(*tracks), *arguments)
@@ -98,10 +86,8 @@ class Audio(CliTest):
         tracks = (f"{codec} 2 48000 {language}" for codec, language in zip(("ac3", "dts", "aac", "aac", "mp3"), spoken))
         source = self.place(movie(*tracks), "Movie.mkv")
         for preferred, arguments, taken in (
-            ("en", (), 0), ("de:en", (), 2), ("ja:fr", (), 4), ("de_AT", (), 2), ("ja", (), 2),  # none: the first AAC of all
-            ("en", ("--set", "DefaultAudio=3"), 2), ("en", ("--set", "DefaultAudio=8"), 3),
-            ("en", ("--set", "DefaultAudio=7"), 2), ("de", ("--audio", "1"), 1),
-            ("de", ("--audio", "0", "--set", "DefaultAudio=8"), 0), ("de", ("--audio", "4"), 4),
+            ("de_AT:en", (), 2), ("ja:fr", (), 4), ("ja", (), 2),  # none: the first AAC of all
+            ("en", ("--set", "DefaultAudio=8"), 3), ("de", ("--audio", "0", "--set", "DefaultAudio=8"), 0),
         ):
             with self.subTest(preferred=preferred, arguments=arguments):
                 self.env["LANGUAGE"] = preferred
@@ -122,11 +108,6 @@ class Audio(CliTest):
                 result = self.run_cli("probe", "--json", source)
                 self.assertIn(": ger (", json.loads(result.out)["bestLanguage"])
                 self.assertEqual("", result.err)
-
-    def test_movie_without_sound(self):
-        started, seen = self.converted(movie(), "--set", "IncludeSurroundTrack=1", "--set", "AudioVolume=150")
-        self.assertIsNone(started["method"])
-        self.assertEqual(["h264"], codecs(seen))
 
 
 if __name__ == "__main__":

@@ -78,12 +78,6 @@ class Names(CliTest):
                 self.assertEqual(str(self.folder / "out" / f"{stem}.mp4"), result.only("finished", path)["destination"])
         self.assertEqual(sorted([f"in/{s}.mkv" for s in stems] + [f"out/{s}.mp4" for s in stems]), self.outputs())
 
-    def test_extensions(self):
-        self.place(movie("ac3"), "-y.MKV")
-        self.convert("--set", "DefaultExtension=1", "--quiet", "--", "-y.MKV")
-        self.assertEqual(["-y.MKV", "-y.m4v"], self.outputs())
-        self.assertEqual(["h264", "aac"], codecs(look(self.folder / "-y.m4v")))
-
     def test_existing_files_stay_unless_named(self):
         for stem in ("Movie", "x" * LONGEST):
             with self.subTest(stem=stem):
@@ -108,13 +102,6 @@ class Names(CliTest):
             self.assertEqual({"Movie.mp4", "Movie-0.mp4", "Movie-1.mp4"}, {p.name for p in out.iterdir()})
             for source, seconds in sources.items():
                 self.assertEqual(25 * seconds, len(packets(look(result.only("finished", source)["destination"]), "video")))
-
-    def test_sources_next_to_each_other_survive(self):
-        before = {self.place(movie("ac3", suffix=suffix), f"Movie{suffix}"): movie("ac3", suffix=suffix).read_bytes()
-                  for suffix in (".mkv", ".mp4", ".mov")}
-        self.convert(*before)
-        self.assertEqual(["Movie-0.mp4", "Movie-1.mp4", "Movie-2.mp4", "Movie.mkv", "Movie.mov", "Movie.mp4"], self.outputs())
-        self.assertTrue(all(path.read_bytes() == content for path, content in before.items()))
 
 
 class Run(CliTest):

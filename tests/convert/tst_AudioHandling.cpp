@@ -1,86 +1,61 @@
 #include "convert/AudioHandling.h"
-
-#include <QTest>
+#include "fakes/Table.h"
 
 class AudioHandlingTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
     void methods_data() {
-        QTest::addColumn<QString>("codec");
-        QTest::addColumn<bool>("surround");
-        QTest::addColumn<QList<int>>("methods");  // compatible, fast, custom
-        const auto row = [](const char* codec, bool surround, QList<int> methods) {
-            QTest::addRow("%s %s", codec, surround ? "5.1" : "stereo")
-                << QString(codec) << surround << methods;
-        };
-        row("aac", false, {4, 4, 4});
-        row("aac", true, {4, 4, 4});
-        row("ac3", false, {0, 4, 11});
-        row("ac3", true, {0, 4, 12});
-        row("dts", false, {0, 2, 13});
-        row("dts", true, {0, 3, 14});
-        row("flac", false, {0, 2, 15});
-        row("flac", true, {0, 2, 16});
-        row("vorbis", false, {0, 2, 17});
-        row("vorbis", true, {0, 2, 20});
-        row("mp3", false, {0, 2, 18});
-        row("mp3", true, {0, 2, 20});
-        row("eac3", false, {0, 2, 19});
-        row("aac-main", true, {0, 2, 20});
-        row("AC3", false, {0, 2, 19});
+        addRows<QString, bool, QList<int>>({// codec, surround, methods of compatible, fast and custom
+                                            {"AAC", "aac", false, {4, 4, 4}},
+                                            {"AAC 5.1", "aac", true, {4, 4, 4}},
+                                            {"AC3", "ac3", false, {0, 4, 11}},
+                                            {"AC3 5.1", "ac3", true, {0, 4, 12}},
+                                            {"DTS", "dts", false, {0, 2, 13}},
+                                            {"DTS 5.1", "dts", true, {0, 3, 14}},
+                                            {"FLAC", "flac", false, {0, 2, 15}},
+                                            {"FLAC 5.1", "flac", true, {0, 2, 16}},
+                                            {"Vorbis", "vorbis", false, {0, 2, 17}},
+                                            {"Vorbis 5.1", "vorbis", true, {0, 2, 20}},
+                                            {"MP3", "mp3", false, {0, 2, 18}},
+                                            {"MP3 5.1", "mp3", true, {0, 2, 20}},
+                                            {"E-AC3", "eac3", false, {0, 2, 19}},
+                                            {"AAC Main 5.1", "aac-main", true, {0, 2, 20}},
+                                            {"in capitals", "AC3", false, {0, 2, 19}}});
     }
-    /// Each custom setting has a number of its own modulo five, so that a mix-up shows.
+    /// A custom method of 11 and more stands for the setting of that place.
     void methods() {
-        QFETCH(QString, codec);
-        QFETCH(bool, surround);
-        QFETCH(QList<int>, methods);
+        const auto [codec, surround, methods] = row<QString, bool, QList<int>>();
         ConversionSettings settings;
-        for (int preset = 0; preset < 2; ++preset) {
-            settings.preset = preset;
-            QCOMPARE(static_cast<int>(calculateConversionMethod(codec, surround, settings)), methods[preset]);
-        }
-        settings.preset = 2;
+        for (settings.preset = 0; settings.preset < 2; ++settings.preset)
+            QCOMPARE(static_cast<int>(calculateConversionMethod(codec, surround, settings)),
+                     methods[settings.preset]);
         if (methods[2] == 4) {
             QCOMPARE(calculateConversionMethod(codec, surround, settings), ConversionMethod::Copy);
             return;
         }
-        int* const handling[] = {&settings.customHandling.ac3,     &settings.customHandling.ac3Surround,
-                                 &settings.customHandling.dts,     &settings.customHandling.dtsSurround,
-                                 &settings.customHandling.flac,    &settings.customHandling.flacSurround,
-                                 &settings.customHandling.vorbis,  &settings.customHandling.mp3,
-                                 &settings.customHandling.unknown, &settings.customHandling.unknownSurround};
-        for (int chosen = 0; chosen < 4; ++chosen) {
-            for (int* slot : handling)
-                *slot = (chosen + 1) % 4;
+        auto& custom = settings.customHandling;
+        int* const handling[] = {&custom.ac3,     &custom.ac3Surround,    &custom.dts,    &custom.dtsSurround,
+                                 &custom.flac,    &custom.flacSurround,   &custom.vorbis, &custom.mp3,
+                                 &custom.unknown, &custom.unknownSurround};
+        for (int* slot : handling)
+            *slot = 0;
+        // Numbers outside of what there is fall back to copying.
+        for (const auto& [chosen, method] : {std::pair(1, 1), {3, 3}, {-1, 4}, {5, 4}, {1000, 4}}) {
             *handling[methods[2] - 11] = chosen;
-            QCOMPARE(static_cast<int>(calculateConversionMethod(codec, surround, settings)), chosen);
+            QCOMPARE(static_cast<int>(calculateConversionMethod(codec, surround, settings)), method);
         }
     }
 
     void downmix() {
         ConversionSettings settings;
+        settings.preset = 7;  // An unknown style is like fast.
+        QCOMPARE(calculateConversionMethod("dts", true, settings), ConversionMethod::Ac3Surround);
         settings.preset = 1;
-        settings.ac3Downmix = true;
-        settings.dtsDownmix = true;
+        settings.ac3Downmix = settings.dtsDownmix = true;
         QCOMPARE(calculateConversionMethod("ac3", true, settings), ConversionMethod::Ac3Stereo);
         QCOMPARE(calculateConversionMethod("ac3", false, settings), ConversionMethod::Copy);
         QCOMPARE(calculateConversionMethod("dts", true, settings), ConversionMethod::Ac3Stereo);
-    }
-
-    void numbersOutsideFallBackToCopying() {
-        ConversionSettings settings;
-        settings.preset = 2;
-        for (const int number : {-1, 5, 1000}) {
-            settings.customHandling.ac3 = number;
-            QCOMPARE(calculateConversionMethod("ac3", false, settings), ConversionMethod::Copy);
-        }
-    }
-
-    void unknownStyleIsLikeFast() {
-        ConversionSettings settings;
-        settings.preset = 7;
-        QCOMPARE(calculateConversionMethod("dts", true, settings), ConversionMethod::Ac3Surround);
     }
 
     void trialRun() {

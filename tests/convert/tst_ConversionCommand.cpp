@@ -1,6 +1,5 @@
 #include "convert/ConversionCommand.h"
-
-#include <QTest>
+#include "fakes/Table.h"
 
 namespace {
 
@@ -26,60 +25,58 @@ QString command(const MKVFileInfo& info, const ConversionSettings& settings, boo
     return conversionArguments({info, track, fixup, "/p.log"}, settings).join(u' ');
 }
 
+const QString kEnd = "-progress /p.log -loglevel warning -y -strict experimental /out.mp4";
+
 }  // namespace
 
 class ConversionCommandTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void copied() {
+    void wholeCommands() {
         QCOMPARE(command(movie({"#1: eng (ac3) [5.1]"}), plain(1)),
-                 "-i /in.mkv -stats -map 0:0 -map 0:1 -max_muxing_queue_size 2048 -scodec mov_text -vcodec "
-                 "copy -acodec copy "
-                 "-progress /p.log -loglevel warning -y -strict experimental /out.mp4");
-    }
+                 "-i /in.mkv -stats -map 0:0 -map 0:1 -max_muxing_queue_size 2048 -scodec mov_text "
+                 "-vcodec copy -acodec copy " +
+                     kEnd);
+        // The group of a transcoding method keeps its fixed position; with copying there is none.
+        QCOMPARE(command(movie({"#1: eng (aac)"}), plain(0), true),
+                 "-i /in.mkv -stats -map 0:0 -map 0:1 -max_muxing_queue_size 2048 -absf aac_adtstoasc "
+                 "-scodec mov_text -vcodec copy -acodec copy " +
+                     kEnd);
 
-    void withoutAudio() {
         ConversionSettings settings = plain(0);
         settings.audioVolume = 50;
         settings.disableBuiltinSubtitles = false;
-        MKVFileInfo info = movie({}, "hevc");
-        info.subtitleTrackIDs = {2};
-        info.subtitleFileURL = QUrl::fromLocalFile("/s.srt");
-        QCOMPARE(command(info, settings),
-                 "-tag:v hvc1 -i /in.mkv -stats -map 0:0 -scodec mov_text -vcodec copy -progress /p.log "
-                 "-loglevel warning -y "
-                 "-strict experimental /out.mp4");
-    }
+        MKVFileInfo silent = movie({}, "hevc");
+        silent.subtitleTrackIDs = {2};
+        silent.subtitleFileURL = QUrl::fromLocalFile("/s.srt");
+        QCOMPARE(command(silent, settings),
+                 "-tag:v hvc1 -i /in.mkv -stats -map 0:0 -scodec mov_text -vcodec copy " + kEnd);
+        QVERIFY(!command(movie({"#1: eng (aac)"}), settings, false, 5).contains("-acodec"));
 
-    void fixup() {
-        const QStringList arguments =
-            conversionArguments({movie({"#1: eng (aac)"}), 0, true, "/p.log"}, plain(0));
-        QCOMPARE(arguments.mid(7, 4).join(u' '), "-max_muxing_queue_size 2048 -absf aac_adtstoasc");
-        // The group of a transcoding method keeps its fixed position; with copying there is none.
-        QCOMPARE(arguments.mid(11, 6).join(u' '), "-scodec mov_text -vcodec copy -acodec copy");
+        settings.fixSubtitleDuration = true;
+        settings.produceStreamableFiles = true;
+        const QString text = command(movie({"#1: eng (aac)"}, "hevc"), settings);
+        QVERIFY(text.startsWith("-fix_sub_duration -tag:v hvc1 -i /in.mkv "));
+        QVERIFY(text.endsWith(" -y -movflags faststart -strict experimental /out.mp4"));
     }
 
     void methodGroups_data() {
-        QTest::addColumn<int>("method");
-        QTest::addColumn<int>("rate");
-        QTest::addColumn<QString>("group");
-        QTest::newRow("AAC") << 0 << 1 << "-ac 2 -b:a 128k -acodec aac";
-        QTest::newRow("AAC highest rate") << 0 << 3 << "-ac 2 -b:a 192k -acodec aac";
-        QTest::newRow("AAC quality") << 0 << 4 << "-ac 2 -q:a 9 -acodec aac";
-        QTest::newRow("AAC past the end") << 0 << 8 << "-ac 2 -b:a 128k -acodec aac";
-        QTest::newRow("AAC below") << 0 << -1 << "-ac 2 -b:a 128k -acodec aac";
-        QTest::newRow("AAC 5.1") << 1 << 0 << "-ac 6 -b:a 224k -channel_layout 5.1(side) -acodec aac";
-        QTest::newRow("AAC 5.1 quality") << 1 << 7 << "-ac 6 -q:a 4 -channel_layout 5.1(side) -acodec aac";
-        QTest::newRow("AC3") << 2 << 2 << "-ac 2 -b:a 224k -acodec ac3";
-        QTest::newRow("AC3 past the end") << 2 << 4 << "-ac 2 -b:a 192k -acodec ac3";
-        QTest::newRow("AC3 5.1") << 3 << 3 << "-ac 6 -b:a 576k -acodec ac3";
-        QTest::newRow("copy") << 4 << 0 << "-acodec copy";
+        addRows<int, int, QString>(
+            {{"AAC", 0, 1, "-ac 2 -b:a 128k -acodec aac"},
+             {"AAC highest rate", 0, 3, "-ac 2 -b:a 192k -acodec aac"},
+             {"AAC quality", 0, 4, "-ac 2 -q:a 9 -acodec aac"},
+             {"AAC past the end", 0, 8, "-ac 2 -b:a 128k -acodec aac"},
+             {"AAC below", 0, -1, "-ac 2 -b:a 128k -acodec aac"},
+             {"AAC 5.1", 1, 0, "-ac 6 -b:a 224k -channel_layout 5.1(side) -acodec aac"},
+             {"AAC 5.1 quality", 1, 7, "-ac 6 -q:a 4 -channel_layout 5.1(side) -acodec aac"},
+             {"AC3", 2, 2, "-ac 2 -b:a 224k -acodec ac3"},
+             {"AC3 past the end", 2, 4, "-ac 2 -b:a 192k -acodec ac3"},
+             {"AC3 5.1", 3, 3, "-ac 6 -b:a 576k -acodec ac3"},
+             {"copy", 4, 0, "-acodec copy"}});
     }
     void methodGroups() {
-        QFETCH(int, method);
-        QFETCH(int, rate);
-        QFETCH(QString, group);
+        const auto [method, rate, group] = row<int, int, QString>();
         ConversionSettings settings = plain(2);
         settings.customHandling.mp3 = method;
         settings.aacBitrate = settings.aacSurroundBitrate = settings.ac3StereoBitrate =
@@ -89,83 +86,53 @@ private Q_SLOTS:
     }
 
     void volumeAndSampleRate_data() {
-        QTest::addColumn<int>("hertz");
-        QTest::addColumn<float>("volume");
-        QTest::addColumn<QString>("inserted");
-        QTest::newRow("both") << 96000 << 150.0F << "-filter_complex [0:1]volume=1.50[out] -ar 48000 ";
-        QTest::newRow("rate") << 48001 << 100.0F << "-ar 48000 ";
-        QTest::newRow("neither") << 48000 << 101.0F << "";
-        QTest::newRow("lower bound") << 48000 << 99.0F << "";
-        QTest::newRow("quieter") << 48000 << 98.0F << "-filter_complex [0:1]volume=0.98[out] ";
-        QTest::newRow("silent") << 0 << 0.0F << "-filter_complex [0:1]volume=0.00[out] ";
+        addRows<int, int, float, QString>(
+            {{"both", 0, 96000, 150, "-filter_complex [0:1]volume=1.50[out] -ar 48000 "},
+             {"rate", 0, 48001, 100, "-ar 48000 "},
+             {"neither", 0, 48000, 101, ""},
+             {"lower bound", 0, 48000, 99, ""},
+             {"quieter", 0, 48000, 98, "-filter_complex [0:1]volume=0.98[out] "},
+             {"silent", 0, 0, 0, "-filter_complex [0:1]volume=0.00[out] "},
+             {"a copy is left alone", 1, 96000, 200, ""}});
     }
     void volumeAndSampleRate() {
-        QFETCH(int, hertz);
-        QFETCH(float, volume);
-        QFETCH(QString, inserted);
-        ConversionSettings settings = plain(0);
+        const auto [preset, hertz, volume, inserted] = row<int, int, float, QString>();
+        ConversionSettings settings = plain(preset);
         settings.audioVolume = volume;
-        MKVFileInfo info = movie({"#1: eng (flac)"});
+        MKVFileInfo info = movie({preset == 0 ? "#1: eng (flac)" : "#1: eng (ac3)"});
         info.audioTrackInformation[0].sampleRate = hertz;
-        const QString target = inserted.contains("[out]") ? "[out]" : "0:1";
-        QCOMPARE(command(info, settings), "-i /in.mkv -stats -map 0:0 -map " + target +
+        const QString method = preset == 0 ? "-ac 2 -b:a 128k -acodec aac " : "-acodec copy ";
+        QCOMPARE(command(info, settings), "-i /in.mkv -stats -map 0:0 -map " +
+                                              QString(inserted.contains("[out]") ? "[out]" : "0:1") +
                                               " -max_muxing_queue_size 2048 -scodec mov_text -vcodec copy " +
-                                              inserted +
-                                              "-ac 2 -b:a 128k -acodec aac -progress /p.log -loglevel "
-                                              "warning -y -strict experimental /out.mp4");
-    }
-
-    void volumeLeavesACopyAlone() {
-        ConversionSettings settings = plain(1);
-        settings.audioVolume = 200;
-        MKVFileInfo info = movie({"#1: eng (ac3)"});
-        info.audioTrackInformation[0].sampleRate = 96000;
-        QVERIFY(!command(info, settings).contains("volume"));
-        QVERIFY(!command(info, settings).contains("-ar"));
-    }
-
-    void frontAndEnd() {
-        ConversionSettings settings = plain(0);
-        settings.fixSubtitleDuration = true;
-        settings.produceStreamableFiles = true;
-        const QString text = command(movie({"#1: eng (aac)"}, "hevc"), settings);
-        QVERIFY(text.startsWith("-fix_sub_duration -tag:v hvc1 -i /in.mkv "));
-        QVERIFY(text.endsWith(" -y -movflags faststart -strict experimental /out.mp4"));
+                                              inserted + method + kEnd);
     }
 
     void secondSurroundTrack_data() {
-        QTest::addColumn<QStringList>("tracks");
-        QTest::addColumn<QString>("map");  // empty: no second track
-        QTest::addColumn<bool>("transcoded");
         const QString main = "#1: eng (aac)";
-        QTest::newRow("the main track itself") << QStringList{"#1: eng (ac3) [5.1]"} << "0:1" << false;
-        QTest::newRow("the main track in DTS")
-            << QStringList{"#1: eng (dts) [5.1]", "#2: eng (ac3) [5.1]"} << "0:1" << true;
-        QTest::newRow("same language")
-            << QStringList{main, "#2: ger (dts) [5.1]", "#3: eng (dts) [5.1]"} << "0:3" << true;
-        QTest::newRow("AC3 wins") << QStringList{main, "#2: eng (dts) [5.1]", "#3: eng (ac3) [5.1]",
-                                                 "#4: eng (ac3) [5.1]"}
-                                  << "0:3" << false;
-        QTest::newRow("stereo does not count") << QStringList{main, "#2: eng (ac3)"} << "" << false;
-        QTest::newRow("other codecs do not count")
-            << QStringList{main, "#2: eng (flac) [5.1]"} << "" << false;
+        addRows<QStringList, QString, bool>(  // tracks, map (empty: no second track), transcoded
+            {{"the main track itself", {"#1: eng (ac3) [5.1]"}, "0:1", false},
+             {"the main track in DTS", {"#1: eng (dts) [5.1]", "#2: eng (ac3) [5.1]"}, "0:1", true},
+             {"same language", {main, "#2: ger (dts) [5.1]", "#3: eng (dts) [5.1]"}, "0:3", true},
+             {"AC3 wins",
+              {main, "#2: eng (dts) [5.1]", "#3: eng (ac3) [5.1]", "#4: eng (ac3) [5.1]"},
+              "0:3",
+              false},
+             {"stereo does not count", {main, "#2: eng (ac3)"}, "", false},
+             {"other codecs do not count", {main, "#2: eng (flac) [5.1]"}, "", false}});
     }
     void secondSurroundTrack() {
-        QFETCH(QStringList, tracks);
-        QFETCH(QString, map);
-        QFETCH(bool, transcoded);
+        const auto [tracks, map, transcoded] = row<QStringList, QString, bool>();
         ConversionSettings settings = plain(0);
         settings.includeSurroundTrack = true;
         const QString text = command(movie(tracks), settings);
-        if (map.isEmpty()) {
-            QVERIFY(!text.contains("-c:a:1"));
-            return;
-        }
+        QCOMPARE(text.contains("-c:a:1"), !map.isEmpty());
+        if (map.isEmpty()) return;
         QVERIFY2(text.contains("-map 0:0 -map 0:1 -map " + map + " -max_muxing_queue_size 2048"),
                  qPrintable(text));
-        const QString options =
-            transcoded ? "-c:a:1 ac3 -ac:2 6 -b:a:1 448k -progress" : "-c:a:1 copy -progress";
-        QVERIFY2(text.contains(options), qPrintable(text));
+        QVERIFY2(
+            text.contains(transcoded ? "-c:a:1 ac3 -ac:2 6 -b:a:1 448k -progress" : "-c:a:1 copy -progress"),
+            qPrintable(text));
         settings.includeSurroundTrackTranscoded = false;
         QVERIFY(command(movie(tracks), settings).contains("-c:a:1 copy -progress"));
         for (const int preset : {1, 2}) {
@@ -181,10 +148,6 @@ private Q_SLOTS:
         info.subtitleTrackIDs = {2, 3};
         QVERIFY(command(info, settings).contains("-map 0:1 -map 0:3 -map 0:2 -max_muxing_queue_size"));
         info.subtitleFileURL = QUrl::fromLocalFile("/s.srt");
-        settings.externalSubtitleEncoding = 7;
-        QVERIFY(command(info, settings)
-                    .startsWith("-i /in.mkv -sub_charenc CP1251 -i /s.srt -stats -map 0:0 -map 0:1 -map 1:0 "
-                                "-map 0:3 -map 0:2 "));
         settings.includeSurroundTrack = true;
         info.audioTrackInformation = {{"#1: eng (ac3) [5.1]", 48000}};
         QVERIFY(
@@ -192,30 +155,24 @@ private Q_SLOTS:
     }
 
     void subtitleEncodings_data() {
-        QTest::addColumn<int>("setting");
-        QTest::addColumn<QString>("encoding");
-        QTest::newRow("none") << 0 << "";
-        QTest::newRow("retired") << 1 << "";
-        QTest::newRow("UTF-8") << 2 << "UTF-8";
-        QTest::newRow("UTF-16 is handed on as UTF-8") << 3 << "UTF-8";
-        QTest::newRow("last") << 38 << "ISO-8859-16";
-        QTest::newRow("past the end") << 39 << "";
-        QTest::newRow("negative") << -1 << "";
+        addRows<int, QString>({{"none", 0, ""},
+                               {"retired", 1, ""},
+                               {"UTF-8", 2, "-sub_charenc UTF-8 "},
+                               {"UTF-16 is handed on as UTF-8", 3, "-sub_charenc UTF-8 "},
+                               {"Russian", 7, "-sub_charenc CP1251 "},
+                               {"last", 38, "-sub_charenc ISO-8859-16 "},
+                               {"past the end", 39, ""},
+                               {"negative", -1, ""}});
     }
     void subtitleEncodings() {
-        QFETCH(int, setting);
-        QFETCH(QString, encoding);
+        const auto [setting, option] = row<int, QString>();
         QCOMPARE(::subtitleEncodings().size(), 39);
         ConversionSettings settings = plain(0);
         settings.externalSubtitleEncoding = setting;
         MKVFileInfo info = movie({"#1: eng (aac)"});
         info.subtitleFileURL = QUrl::fromLocalFile("/s.srt");
-        const QString option = encoding.isEmpty() ? "" : "-sub_charenc " + encoding + ' ';
-        QVERIFY(command(info, settings).startsWith("-i /in.mkv " + option + "-i /s.srt -stats "));
-    }
-
-    void trackPastTheEndIsNoAudio() {
-        QVERIFY(!command(movie({"#1: eng (aac)"}), plain(0), false, 5).contains("-acodec"));
+        QVERIFY(command(info, settings)
+                    .startsWith("-i /in.mkv " + option + "-i /s.srt -stats -map 0:0 -map 0:1 -map 1:0 "));
     }
 };
 

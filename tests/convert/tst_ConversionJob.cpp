@@ -3,6 +3,7 @@
 #include "fakes/FakeController.h"
 #include "fakes/FakeTool.h"
 #include "fakes/OpenedMail.h"
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
 #include "support/base/Files.h"
@@ -13,7 +14,6 @@
 #include <QDir>
 #include <QFile>
 #include <QSignalSpy>
-#include <QTest>
 
 #include <csignal>
 #include <sys/wait.h>
@@ -48,12 +48,16 @@ struct Stage {
         job = std::make_unique<ConversionJob>(controller, info, 0);
     }
 
+    bool run() {
+        job->start();
+        return waitForEnd();
+    }
     bool waitForEnd() {
         return QTest::qWaitFor(
-            [&] { return job->state() == JobState::Finished || job->state() == JobState::Failed; }, 10000);
+            [&] { return job->state() == JobState::Finished || job->state() == JobState::Failed; }, 20000);
     }
     qint64 waitUntilItRuns() {
-        if (!QTest::qWaitFor([&] { return QFile::exists(tool.runningMark()); }, 10000)) return 0;
+        if (!QTest::qWaitFor([&] { return QFile::exists(tool.runningMark()); }, 20000)) return 0;
         return files::contents(tool.runningMark())->trimmed().toLongLong();
     }
     QStringList progressFiles() const { return QDir(QuillonLib::shared().docDir()).entryList(QDir::Files); }
@@ -96,48 +100,39 @@ private Q_SLOTS:
         QCOMPARE(told.path, stage.output);
         QCOMPARE(told.action, "Show");
         QCOMPARE(stage.tool.lastArguments(), stage.job->arguments());
+        stage.job->reveal(false);
+        stage.job->reveal(true);
+        QCOMPARE(stage.home.desktop.revealed, (QStringList{stage.output, stage.home.path("movie.mkv")}));
         stage.job.reset();
         QVERIFY(QFile::exists(stage.output));
     }
 
     void endings_data() {
-        QTest::addColumn<QByteArray>("script");
-        QTest::addColumn<bool>("fails");
-        QTest::addColumn<QString>("said");
-        QTest::addColumn<QString>("explanation");
-        QTest::newRow("exit status") << QByteArray("echo oops; exit 1") << true << "oops"
-                                     << "A problem prevented";
-        QTest::newRow("disk full") << QByteArray("echo 'No space left on device' >&2; exit 228") << true
-                                   << "No space left on device"
-                                   << "Movie conversion failed because there is not enough free";
-        QTest::newRow("signal") << QByteArray("kill -KILL $$") << true << "status: 9 reason: 2"
-                                << "A problem prevented";
-        QTest::newRow("says it is truncated")
-            << QByteArray("echo out_time_ms=4000000 > \"$progress\"; echo 'File ended prematurely'") << true
-            << "File ended prematurely"
-            << "Movie conversion failed because the movie is incomplete";
-        QTest::newRow("writes nothing") << QByteArray("rm \"$destination\"") << true << "OUTPUT_INCOMPLETE"
-                                        << "Movie conversion failed but it seems the reason is that the disk";
-        QTest::newRow("says the disk is full")
-            << QByteArray("echo 'Error closing file: No space left on device'") << true
-            << "No space left on device"
-            << "Movie conversion failed because there is not enough free";
-        QTest::newRow("last words without a line break")
-            << QByteArray("printf 'Operation timed out'; exit 1") << true << "Operation timed out"
-            << "Movie conversion failed but";
-        QTest::newRow("noisy success")
-            << QByteArray("head -c 3000000 /dev/zero | tr '\\0' '\\n'; echo done") << false << "done"
-            << "";
+        const QString problem = "A problem prevented";
+        const QString noSpace = "Movie conversion failed because there is not enough free";
+        const QString disk = "Movie conversion failed but it seems the reason is that the disk";
+        // Script, words of the output, explanation (empty: no failure)
+        addRows<QByteArray, QString, QString>(
+            {{"exit status", "echo oops; exit 1", "oops", problem},
+             {"disk full", "echo 'No space left on device' >&2; exit 228", "No space left on device",
+              noSpace},
+             {"signal", "kill -KILL $$", "status: 9 reason: 2", problem},
+             {"says it is truncated",
+              "echo out_time_ms=4000000 > \"$progress\"; echo 'File ended prematurely'",
+              "File ended prematurely", "Movie conversion failed because the movie is incomplete"},
+             {"writes nothing", "rm \"$destination\"", "OUTPUT_INCOMPLETE", disk},
+             {"says the disk is full", "echo 'Error closing file: No space left on device'",
+              "No space left on device", noSpace},
+             {"last words without a line break", "printf 'Operation timed out'; exit 1",
+              "Operation timed out", disk},
+             {"noisy success", "head -c 3000000 /dev/zero | tr '\\0' '\\n'; echo done", "done", ""}});
     }
     void endings() {
+        const auto [script, said, explanation] = row<QByteArray, QString, QString>();
+        const bool fails = !explanation.isEmpty();
         Stage stage;
-        QFETCH(QByteArray, script);
-        QFETCH(bool, fails);
-        QFETCH(QString, said);
-        QFETCH(QString, explanation);
         stage.tool.setConversion("echo movie > \"$destination\"\n" + script + "\n");
-        stage.job->start();
-        QVERIFY(stage.waitForEnd());
+        QVERIFY(stage.run());
         QCOMPARE(stage.job->state(), fails ? JobState::Failed : JobState::Finished);
         QCOMPARE(stage.job->finishedError(), fails);
         QVERIFY2(stage.job->jobOutput().contains(said), qPrintable(stage.job->jobOutput()));
@@ -156,8 +151,7 @@ private Q_SLOTS:
     void toolIsMissing() {
         Stage stage;
         qputenv("RAVELIN_RESOURCES", stage.home.path("nowhere").toUtf8());
-        stage.job->start();
-        QVERIFY(stage.waitForEnd());
+        QVERIFY(stage.run());
         QCOMPARE(stage.job->state(), JobState::Failed);
         QVERIFY(stage.job->explanation().message.contains("the conversion tool could not be started"));
         QVERIFY(stage.controller.calls.contains("next"));
@@ -190,19 +184,16 @@ private Q_SLOTS:
     }
 
     void removedWhileItRuns_data() {
-        QTest::addColumn<QByteArray>("script");
-        QTest::addColumn<bool>("paused");
-        const QByteArray busy = "echo movie > \"$destination\"; while :; do sleep 0.05; done";
-        QTest::newRow("running") << busy << false;
-        QTest::newRow("paused") << busy << true;
-        QTest::newRow("writes once more when told to end")
-            << QByteArray("trap 'echo more > \"$destination\"; exit 255' TERM; " + busy) << false;
-        QTest::newRow("ignores being told to end") << QByteArray("trap '' TERM; " + busy) << false;
+        const QByteArray busy = FakeTool::waitFor("/never");
+        addRows<QByteArray, bool>({{"running", busy, false},
+                                   {"paused", busy, true},
+                                   {"writes once more when told to end",
+                                    "trap 'echo more > \"$destination\"; exit 255' TERM; " + busy, false},
+                                   {"ignores being told to end", "trap '' TERM; " + busy, false}});
     }
     void removedWhileItRuns() {
+        const auto [script, paused] = row<QByteArray, bool>();
         Stage stage;
-        QFETCH(QByteArray, script);
-        QFETCH(bool, paused);
         stage.tool.setConversion(script + "\n");
         stage.job->start();
         const qint64 process = stage.waitUntilItRuns();
@@ -210,12 +201,11 @@ private Q_SLOTS:
         QTRY_VERIFY(QFile::exists(stage.output));
         if (paused) {
             stage.job->pause();
-            // A busy disk holds a process up before it can be stopped.
-            QTRY_COMPARE_WITH_TIMEOUT(processState(process), u'T', 30000);
+            QTRY_COMPARE_WITH_TIMEOUT(processState(process), u'T', 20000);
         }
         stage.job->remove();
         QCOMPARE(stage.controller.calls.last(2), (QStringList{"remove", "next"}));
-        QTRY_VERIFY_WITH_TIMEOUT(ToolReaper::shared().isIdle(), 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(ToolReaper::shared().isIdle(), 20000);
         QVERIFY(!isAlive(process));
         QVERIFY(!QFile::exists(stage.output));
         QVERIFY(stage.progressFiles().isEmpty());
@@ -231,7 +221,7 @@ private Q_SLOTS:
         stage.job->pause();
         QCOMPARE(stage.job->state(), JobState::Paused);
         QVERIFY(stage.home.desktop.held.isEmpty());
-        QTRY_COMPARE_WITH_TIMEOUT(processState(process), u'T', 30000);
+        QTRY_COMPARE_WITH_TIMEOUT(processState(process), u'T', 20000);
         stage.job->continueJob();
         QCOMPARE(stage.job->state(), JobState::Converting);
         QCOMPARE(stage.home.desktop.held.size(), 1);
@@ -247,76 +237,63 @@ private Q_SLOTS:
                                  FakeTool::waitFor(stage.home.path("go")));
         QSignalSpy progressed(stage.job.get(), &ConversionJob::progressed);
         stage.job->start();
-        QTRY_COMPARE_WITH_TIMEOUT(stage.job->progress(), 25.0, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(stage.job->progress(), 25.0, 20000);
         QVERIFY(stage.job->stateInfoString().startsWith("Status: Converting   Audio:  eng (ac3)   ETA: "));
         stage.home.write("go");
         QVERIFY(stage.waitForEnd());
     }
 
-    void trialRunDecidesOnTheFilter_data() {
-        QTest::addColumn<QByteArray>("said");
-        QTest::addColumn<bool>("filter");
-        QTest::newRow("needed") << QByteArray("use 'aac_adtstoasc' to fix it") << true;
-        QTest::newRow("not needed") << QByteArray("fine") << false;
-    }
     void trialRunDecidesOnTheFilter() {
-        Stage stage;
-        QFETCH(QByteArray, said);
-        stage.remake({"#1: eng (aac)"});
-        stage.tool.setTrial(said);
-        stage.job->start();
-        QTEST(stage.job->arguments().contains("-absf"), "filter");
-        QVERIFY(stage.job->fastmode());
-        QVERIFY(stage.waitForEnd());
-    }
-
-    void aTrialDoesNotPassForTheMovie() {
-        Stage stage;
-        stage.remake({"#1: eng (aac)"});
-        stage.tool.setConversion("exit 0\n");
-        stage.job->start();
-        QVERIFY(stage.waitForEnd());
-        QCOMPARE(stage.job->state(), JobState::Failed);
+        for (const auto& [said, filter] :
+             {std::pair("use 'aac_adtstoasc' to fix it", true), {"fine", false}}) {
+            Stage stage;
+            stage.remake({"#1: eng (aac)"});
+            stage.tool.setTrial(said);
+            stage.tool.setConversion("exit 0\n");  // The trial's output does not pass for the movie.
+            stage.job->start();
+            QCOMPARE(stage.job->arguments().contains("-absf"), filter);
+            QVERIFY(stage.job->fastmode());
+            QVERIFY(stage.waitForEnd());
+            QCOMPARE(stage.job->state(), JobState::Failed);
+        }
     }
 
     void nobodysFileIsLost_data() {
-        QTest::addColumn<bool>("mayReplace");
-        QTest::addColumn<bool>("fails");
-        QTest::addColumn<QStringList>("files");
-        QTest::newRow("a file that came meanwhile")
-            << false << false << QStringList{"movie-0.mp4", "movie.mp4"};
-        QTest::newRow("a failure beside it") << false << true << QStringList{"movie.mp4"};
-        QTest::newRow("a file that the user named") << true << false << QStringList{"movie.mp4"};
-        QTest::newRow("a failure to replace it") << true << true << QStringList{"movie.mp4"};
+        addRows<bool, bool, QStringList>(  // may replace, fails, files in the end
+            {{"a file that came meanwhile", false, false, {"movie-0.mp4", "movie.mp4"}},
+             {"a failure beside it", false, true, {"movie.mp4"}},
+             {"a file that the user named", true, false, {"movie.mp4"}},
+             {"a failure to replace it", true, true, {"movie.mp4"}}});
     }
     void nobodysFileIsLost() {
+        const auto [mayReplace, fails, left] = row<bool, bool, QStringList>();
         Stage stage;
-        QFETCH(bool, mayReplace);
-        QFETCH(bool, fails);
         if (fails) stage.tool.setConversion("echo half > \"$destination\"; exit 1\n");
         stage.job->setMayReplaceDestination(mayReplace);
         stage.home.write("movie.mp4", "somebody's");
         QVERIFY(stage.job->destinationIsWriteable() == mayReplace);
-        stage.job->start();
-        QVERIFY(stage.waitForEnd());
+        if (fails) {
+            stage.job->remove();  // A job that never ran deletes nothing.
+            QVERIFY(QFile::exists(stage.output));
+            stage.remake();
+            stage.job->setMayReplaceDestination(mayReplace);
+        }
+        QVERIFY(stage.run());
         QCOMPARE(files::contents(stage.output).value(),
                  mayReplace && !fails ? QByteArray("movie\n") : QByteArray("somebody's"));
-        QTEST(QDir(stage.home.path()).entryList({"*movie*mp4*"}, QDir::Files | QDir::Hidden), "files");
+        QCOMPARE(QDir(stage.home.path()).entryList({"*movie*mp4*"}, QDir::Files | QDir::Hidden), left);
     }
 
     void aCrashIsCleanedUpAfter_data() {
-        QTest::addColumn<bool>("stillRuns");
-        QTest::addColumn<int>("changedLater");  // seconds after the crash
-        QTest::addColumn<bool>("deleted");
-        QTest::newRow("half-written output") << false << 0 << true;
-        QTest::newRow("a run of another instance") << true << 0 << false;
-        QTest::newRow("a file that somebody wrote since") << false << 60 << false;
-        QTest::newRow("a file that somebody moved there") << false << -60 << false;
+        addRows<bool, int, bool>(  // still runs, changed so many seconds after the crash, deleted
+            {{"half-written output", false, 0, true},
+             {"a run of another instance", true, 0, false},
+             {"a file that somebody wrote since", false, 60, false},
+             {"a file that somebody moved there", false, -60, false}});
     }
     void aCrashIsCleanedUpAfter() {
+        const auto [stillRuns, changedLater, deleted] = row<bool, int, bool>();
         Stage stage;
-        QFETCH(bool, stillRuns);
-        QFETCH(int, changedLater);
         const QString progress = QuillonLib::shared().docDir() + "/movie.mkv.log";
         int pipe[2];
         QCOMPARE(::pipe(pipe), 0);
@@ -344,7 +321,6 @@ private Q_SLOTS:
         output.setFileTime(QDateTime::currentDateTime().addSecs(changedLater),
                            QFileDevice::FileModificationTime);
         RunJournal::cleanUpAfterCrashes();
-        QFETCH(bool, deleted);
         QCOMPARE(files::contents(stage.output).value(), QByteArray(deleted ? "old" : "half a mov"));
         QCOMPARE(QFile::exists(progress), stillRuns);
         RunJournal::cleanUpAfterCrashes();  // Once is enough.
@@ -353,29 +329,17 @@ private Q_SLOTS:
         ::waitpid(instance, nullptr, 0);
     }
 
-    void removingAJobThatNeverRanDeletesNothing() {
-        Stage stage;
-        stage.home.write("movie.mp4", "somebody's");
-        stage.job->remove();
-        QVERIFY(QFile::exists(stage.output));
-    }
-
     void disposesOfTheSource_data() {
-        QTest::addColumn<bool>("fails");
-        QTest::addColumn<int>("type");
-        QTest::newRow("to the trash") << false << 0;
-        QTest::newRow("for good") << false << 1;
-        QTest::newRow("never after a failure") << true << 1;
+        addRows<bool, int>(
+            {{"to the trash", false, 0}, {"for good", false, 1}, {"never after a failure", true, 1}});
     }
     void disposesOfTheSource() {
+        const auto [fails, type] = row<bool, int>();
         Stage stage;
-        QFETCH(bool, fails);
-        QFETCH(int, type);
         setDefaultInt(kAutoRemoveKey, 1);
         setDefaultInt(kAutoRemoveTypeKey, type);
         if (fails) stage.tool.setConversion("exit 1\n");
-        stage.job->start();
-        QVERIFY(stage.waitForEnd());
+        QVERIFY(stage.run());
         QCOMPARE(QFile::exists(stage.home.path("movie.mkv")), fails || type == 0);
         QCOMPARE(stage.home.desktop.trashed.size(), !fails && type == 0 ? 1 : 0);
     }
@@ -385,8 +349,7 @@ private Q_SLOTS:
         setDefaultInt(kAutoCleanKey, 1);
         setDefaultInt(kQuitAfterConversionKey, 1);
         QSignalSpy quit(stage.job.get(), &ConversionJob::quitRequested);
-        stage.job->start();
-        QVERIFY(stage.waitForEnd());
+        QVERIFY(stage.run());
         QCOMPARE(stage.controller.calls, (QStringList{"unpause", "remove", "next", "next", "count"}));
         QVERIFY(QFile::exists(stage.output));
         QCOMPARE(quit.count(), 1);
@@ -394,25 +357,14 @@ private Q_SLOTS:
         stage.remake();
         QFile::remove(stage.output);
         QSignalSpy notNow(stage.job.get(), &ConversionJob::quitRequested);
-        stage.job->start();
-        QVERIFY(stage.waitForEnd());
+        QVERIFY(stage.run());
         QCOMPARE(notNow.count(), 0);
-    }
-
-    void reveals() {
-        Stage stage;
-        stage.job->start();
-        QVERIFY(stage.waitForEnd());
-        stage.job->reveal(false);
-        stage.job->reveal(true);
-        QCOMPARE(stage.home.desktop.revealed, (QStringList{stage.output, stage.home.path("movie.mkv")}));
     }
 
     void sendsToSupport() {
         Stage stage;
         stage.tool.setConversion("echo 'strange words: A & B #1.mp4'; exit 1\n");
-        stage.job->start();
-        QVERIFY(stage.waitForEnd());
+        QVERIFY(stage.run());
         stage.home.presenter.answer.response = 1001;
         stage.job->reveal(false);
         QVERIFY(stage.home.desktop.opened.isEmpty());
@@ -425,19 +377,6 @@ private Q_SLOTS:
         QVERIFY(mail.body.contains("\nfileName: movie.mkv\n"));
         QVERIFY(QByteArray::fromBase64(mail.body.section("Preferences: ", 1).toLatin1()).startsWith('{'));
         QVERIFY(stage.home.presenter.shown.last().value.toString().contains("Preferences: {"));
-    }
-
-    void longNamesGetAProgressFile() {
-        Stage stage;
-        MKVFileInfo info = stage.job->fileInfo();
-        info.fileName = QString(251, 'n') + ".mkv";
-        info.fileURL = QUrl::fromLocalFile(stage.home.write(info.fileName));
-        stage.job = std::make_unique<ConversionJob>(stage.controller, info, 0);
-        stage.tool.setConversion(
-            "echo movie > \"$destination\"; echo out_time_ms=1 > \"$progress\" || exit 1\n");
-        stage.job->start();
-        QVERIFY(stage.waitForEnd());
-        QCOMPARE(stage.job->state(), JobState::Finished);
     }
 };
 

@@ -3,12 +3,16 @@
 #include <QDir>
 #include <QFile>
 
+#include <sys/stat.h>
+
 namespace {
 
-constexpr const char* kScript = R"sh(#!/bin/sh
-folder=$(dirname "$0")
+// Bash, whose "read" waits for a moment without a process of its own: a child that is stopped before it
+// became a program keeps its shell from being stopped and killed.
+constexpr const char* kScript = R"sh(#!/bin/bash
+folder=${0%/*}
 if [ $# -eq 2 ] && [ "$1" = -i ]; then
-    cat "$folder/report" >&2
+    . "$folder/probe"
     exit 1
 fi
 progress=
@@ -27,6 +31,7 @@ if [ $trial = yes ]; then
 fi
 printf '%s\n' "$@" > "$folder/arguments"
 echo $$ > "$folder/running.new" && mv "$folder/running.new" "$folder/running"
+wait_until() { until eval "$1"; do read -rt 0.02 -u 9; done 9<>"$folder/nothing"; }
 . "$folder/convert"
 )sh";
 
@@ -36,7 +41,9 @@ FakeTool::FakeTool(const QString& folder) : m_folder(folder + "/resources") {
     QDir().mkpath(m_folder);
     write("ffmpeg", kScript);
     QFile::setPermissions(m_folder + "/ffmpeg", QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    ::mkfifo(QFile::encodeName(m_folder + "/nothing").constData(), 0600);
     setReport(report("    Stream #0:1(eng): Audio: ac3, 48000 Hz, stereo, fltp, 192 kb/s\n"));
+    setProbe("cat \"$folder/report\" >&2");
     setTrial("");
     setConversion("echo movie > \"$destination\"\n");
     qputenv("RAVELIN_RESOURCES", m_folder.toUtf8());
@@ -44,6 +51,9 @@ FakeTool::FakeTool(const QString& folder) : m_folder(folder + "/resources") {
 
 void FakeTool::setReport(const QByteArray& report) const {
     write("report", report);
+}
+void FakeTool::setProbe(const QByteArray& script) const {
+    write("probe", script);
 }
 void FakeTool::setTrial(const QByteArray& output) const {
     write("trial", output);
@@ -68,7 +78,7 @@ QByteArray FakeTool::report(const QByteArray& moreStreams, const QByteArray& dur
 }
 
 QByteArray FakeTool::waitFor(const QString& goOn) {
-    return "echo movie > \"$destination\"\nwhile [ ! -e '" + goOn.toUtf8() + "' ]; do sleep 0.02; done\n";
+    return "echo movie > \"$destination\"\nwait_until \"[ -e '" + goOn.toUtf8() + "' ]\"\n";
 }
 
 void FakeTool::write(const QString& name, const QByteArray& contents) const {

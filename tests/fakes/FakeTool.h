@@ -13,10 +13,12 @@ public:
 
     /// What a probe prints, on standard error as the real one does.
     void setReport(const QByteArray& report) const;
+    /// The shell commands of a probe, instead; $folder is where runningMark() is.
+    void setProbe(const QByteArray& script) const;
     /// What a trial run prints.
     void setTrial(const QByteArray& output) const;
-    /// The shell commands of a conversion. $destination and $progress hold the paths; the default writes an
-    /// output.
+    /// The shell commands of a conversion. $destination and $progress hold the paths; `wait_until
+    /// "condition"` waits without a child process. The default writes an output.
     void setConversion(const QByteArray& script) const;
     /// A file that exists once a conversion runs, with the shell's process identifier in it.
     QString runningMark() const { return m_folder + "/running"; }

@@ -1,7 +1,7 @@
+#include "fakes/Table.h"
 #include "media/MatroskaSize.h"
 
 #include <QTemporaryFile>
-#include <QTest>
 
 namespace {
 
@@ -15,27 +15,25 @@ class MatroskaSizeTest : public QObject {
 
 private Q_SLOTS:
     void declaredSize_data() {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<quint64>("declared");  // 0: none. Of what breaks off: one more than is there.
         const auto hex = [](const char* text) { return QByteArray::fromHex(text); };
-        QTest::newRow("size of 8 bytes") << kHeader + kSegmentOf100 << quint64{9 + 12 + 100};
-        QTest::newRow("size of 1 byte") << kHeader + hex("18538067 85") << quint64{9 + 5 + 5};
-        QTest::newRow("padding before") << kHeader + hex("ec 820000 18538067 85") << quint64{9 + 4 + 5 + 5};
-        QTest::newRow("huge") << kHeader + hex("18538067 01fffffffffffffe") << (1ULL << 56U) - 2 + 9 + 12;
-        QTest::newRow("unknown, 8 bytes") << kHeader + hex("18538067 01ffffffffffffff") << quint64{0};
-        QTest::newRow("unknown, 1 byte") << kHeader + hex("18538067 ff 00000000") << quint64{0};
-        QTest::newRow("breaks off in the header") << kHeader.first(6) << quint64{7};
-        QTest::newRow("breaks off behind the header") << kHeader << quint64{10};
-        QTest::newRow("breaks off in the size") << kHeader + kSegmentOf100.first(6) << quint64{16};
-        QTest::newRow("no size") << kHeader + hex("18538067 00 00000000") << quint64{0};
-        QTest::newRow("something else follows") << kHeader + hex("1f43b675 85 00000000") << quint64{0};
-        QTest::newRow("another format") << QByteArray("RIFF....AVI LIST") << quint64{0};
-        QTest::newRow("zeros") << QByteArray(100, 0) << quint64{0};
-        QTest::newRow("empty") << QByteArray() << quint64{0};
+        addRows<QByteArray, quint64>(  // 0: none. Of what breaks off: one more than is there.
+            {{"size of 8 bytes", kHeader + kSegmentOf100, 9 + 12 + 100},
+             {"size of 1 byte", kHeader + hex("18538067 85"), 9 + 5 + 5},
+             {"padding before", kHeader + hex("ec 820000 18538067 85"), 9 + 4 + 5 + 5},
+             {"huge", kHeader + hex("18538067 01fffffffffffffe"), (1ULL << 56U) - 2 + 9 + 12},
+             {"unknown, 8 bytes", kHeader + hex("18538067 01ffffffffffffff"), 0},
+             {"unknown, 1 byte", kHeader + hex("18538067 ff 00000000"), 0},
+             {"breaks off in the header", kHeader.first(6), 7},
+             {"breaks off behind the header", kHeader, 10},
+             {"breaks off in the size", kHeader + kSegmentOf100.first(6), 16},
+             {"no size", kHeader + hex("18538067 00 00000000"), 0},
+             {"something else follows", kHeader + hex("1f43b675 85 00000000"), 0},
+             {"another format", "RIFF....AVI LIST", 0},
+             {"zeros", QByteArray(100, 0), 0},
+             {"empty", "", 0}});
     }
     void declaredSize() {
-        QFETCH(QByteArray, bytes);
-        QFETCH(quint64, declared);
+        const auto [bytes, declared] = row<QByteArray, quint64>();
         QTemporaryFile file;
         QVERIFY(file.open() && file.write(bytes) == bytes.size() && file.flush());
         QCOMPARE(matroska::declaredSize(file.fileName()).value_or(0), declared);

@@ -1,9 +1,9 @@
 #include "fakes/FakeTool.h"
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "probe/MKVFileInfo.h"
 
 #include <QFile>
-#include <QTest>
 
 #include <thread>
 
@@ -15,7 +15,8 @@ private Q_SLOTS:
         const TestHome home;
         const FakeTool tool(home.path());
         tool.setReport(FakeTool::report(
-            "    Stream #0:1(eng): Audio: ac3, 48000 Hz, 5.1(side)\n    Stream #0:2: Subtitle: subrip\n"));
+            "    Stream #0:1(eng): Audio: ac3, 48000 Hz, 5.1(side)\n    Stream #0:2: Subtitle: subrip\n" +
+            QByteArray("      title           : larger than a pipe\n").repeated(12000)));
         const QUrl url = QUrl::fromLocalFile(home.write("A %movie?.mkv", "12345"));
         const auto record = MKVFileInfo::initWithURL(url).value();
         QCOMPARE(record.fileName, "A %movie?.mkv");
@@ -32,15 +33,14 @@ private Q_SLOTS:
     }
 
     void reportsThatAreNone_data() {
-        QTest::addColumn<QByteArray>("report");
-        QTest::newRow("empty") << QByteArray();
-        QTest::newRow("not UTF-8") << FakeTool::report("\xff\xfe");
-        QTest::newRow("no stream") << QByteArray("x.mkv: Invalid data found when processing input\n");
+        addRows<QByteArray>({{"empty", ""},
+                             {"not UTF-8", FakeTool::report("\xff\xfe")},
+                             {"no stream", "x.mkv: Invalid data found when processing input\n"}});
     }
     void reportsThatAreNone() {
+        const auto [report] = row<QByteArray>();
         TestHome home;
         const FakeTool tool(home.path());
-        QFETCH(QByteArray, report);
         tool.setReport(report);
         QVERIFY(!MKVFileInfo::initWithURL(QUrl::fromLocalFile(home.write("x.mkv"))));
         QVERIFY(home.presenter.shown.isEmpty());  // It comes a moment later.
@@ -49,13 +49,6 @@ private Q_SLOTS:
             QStringList{
                 "Warning: the file 'x.mkv' doesn't seem to be a valid MKV and can't be converted by Ravelin. "
                 "If you are sure the file is valid please contact us regarding this issue."});
-    }
-
-    void aReportLargerThanAPipe() {
-        const TestHome home;
-        const FakeTool tool(home.path());
-        tool.setReport(FakeTool::report(QByteArray("      title           : x\n").repeated(12000)));
-        QVERIFY(MKVFileInfo::initWithURL(QUrl::fromLocalFile(home.write("x.mkv"))));
     }
 
     void messagesReachTheMainThreadInOrder() {
@@ -84,20 +77,15 @@ private Q_SLOTS:
     }
 
     void toolTrouble_data() {
-        QTest::addColumn<QByteArray>("tool");  // null: none
-        QTest::addColumn<bool>("executable");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("missing") << QByteArray() << false << "The conversion tool is missing";
-        QTest::newRow("not executable")
-            << QByteArray("#!/bin/sh\n") << false << "because it is not executable";
-        QTest::newRow("not startable") << QByteArray("#!/no/such/interpreter\n") << true
-                                       << "A basic system capability failed (posix_spawn)";
+        addRows<QByteArray, bool, QString>(  // tool (null: none), executable, message
+            {{"missing", QByteArray(), false, "The conversion tool is missing"},
+             {"not executable", "#!/bin/sh\n", false, "because it is not executable"},
+             {"not startable", "#!/no/such/interpreter\n", true,
+              "A basic system capability failed (posix_spawn)"}});
     }
     void toolTrouble() {
+        const auto [tool, executable, message] = row<QByteArray, bool, QString>();
         const TestHome home;
-        QFETCH(QByteArray, tool);
-        QFETCH(bool, executable);
-        QFETCH(QString, message);
         qputenv("RAVELIN_RESOURCES", home.path("own").toUtf8());
         if (!tool.isNull()) {
             const QString path = home.write("own/ffmpeg", tool);

@@ -49,38 +49,26 @@ QString faultIn(const QByteArray& bytes) {
     return xml.errorString();
 }
 
+/// A few pieces put in, repeated, taken out, or a bit turned.
 QByteArray mutated(QByteArray bytes, QRandomGenerator& random) {
     static const QByteArrayList kPieces =
         QByteArray(
-            "{|}|{\\*\\x "
-            "|\\'|\\'e4|\\'81|\\u-10179?|\\u-8704|\\u0|\\u-2|\\u127|\\u64976|\\uc99999999999|\\uc0|"
-            "\\bin99|\\bin-1|\\bin4 "
-            "\\}{\\|\\fs999999999999|\\f3|\\f4|\\b|\\b0|\\cf1|\\cf-1|\\li9999999|\\li360|"
-            "\\fi-9999999|\\par|\\line |\\plain|\\pard|\\bullet\\tab "
-            "|{\\listtext|{\\fonttbl|{\\colortbl|\\red|"
-            ";|\\*|\\|\xff|\xed\xa0\x80|<&\">|\\ansicpg65001|\\ansicpg932|" +
+            R"({|}|{\*\x |\'|\'e4|\'81|\u-10179?|\u-8704|\u0|\u-2|\u127|\u64976|\uc99999999999|\uc0|\bin99|\bin-1)"
+            R"(|\bin4 \}{\|\fs999999999999|\f3|\f4|\b|\b0|\cf1|\cf-1|\li9999999|\li360|\fi-9999999|\par|\line |\plain)"
+            R"(|\pard|\bullet\tab |{\listtext|{\fonttbl|{\colortbl|\red|;|\*|\|<&">|\ansicpg65001|\ansicpg932|)"
+            "\xff|\xed\xa0\x80|" +
             link("http://e.example/?a&b") + "|" + link("javascript:x") + "|" + QByteArray(1, '\0'))
             .split('|');
     const auto any = [&random](qsizetype limit) { return limit > 0 ? random.bounded(limit) : 0; };
     for (auto changes = 1 + any(8); changes > 0; --changes) {
         const qsizetype at = 6 + any(bytes.size() - 6);  // It stays rich text.
-        switch (any(9)) {
-            case 0:
-                bytes.truncate(at);
-                break;
-            case 1:
-                bytes.insert(at, bytes.mid(any(bytes.size()), any(200)));
-                break;
-            case 2:
-                bytes.remove(at, any(20));
-                break;
-            case 3:
-                if (at < bytes.size()) bytes[at] = static_cast<char>(bytes.at(at) ^ (1 << any(8)));
-                break;
-            default:
-                bytes.insert(at, kPieces.at(any(kPieces.size())));
-                break;
-        }
+        const QByteArray inserts[] = {bytes.mid(any(bytes.size()), any(200)), kPieces.at(any(kPieces.size())),
+                                      kPieces.at(any(kPieces.size()))};
+        const auto change = any(6);
+        if (change < 3) bytes.insert(at, inserts[change]);
+        if (change == 3) bytes.truncate(at);
+        if (change == 4) bytes.remove(at, any(20));
+        if (change == 5 && at < bytes.size()) bytes[at] = static_cast<char>(bytes.at(at) ^ (1 << any(8)));
     }
     return bytes;
 }

@@ -29,8 +29,11 @@ CompletionWaiter::Known whatIsKnown(const EventRecord& record) {
 
 }  // namespace
 
-FolderWatch::FolderWatch(std::shared_ptr<Names> processedNames, QObject* parent)
-    : QObject(parent), m_processedNames(std::move(processedNames)) {
+FolderWatch::FolderWatch(std::shared_ptr<Names> processedNames, QObject* parent, const WatchTimes& times)
+    : QObject(parent),
+      m_latency(times.latency),
+      m_waiter(times.completion, {}),
+      m_processedNames(std::move(processedNames)) {
     connect(&m_waiter, &CompletionWaiter::droppedOut, this, &FolderWatch::noteGone);
     connect(&m_waiter, &CompletionWaiter::complete, this, &FolderWatch::tell);
     connect(&m_waiter, &CompletionWaiter::waitingChanged, this, &FolderWatch::waitingChanged);
@@ -42,7 +45,7 @@ QString FolderWatch::start(const QString& folder) {
     stop();
     QString error;
     m_observer = DirectoryObserver::startObserving(
-        folder, true, [this](const QList<EventRecord>& records) { take(records); }, &error);
+        folder, true, [this](const QList<EventRecord>& records) { take(records); }, &error, m_latency);
     if (!m_observer) return error;
     connect(m_observer.get(), &DirectoryObserver::problem, this, &FolderWatch::problem);
     connect(m_observer.get(), &DirectoryObserver::ended, this, [this](const QString& reason) {
@@ -85,9 +88,9 @@ void FolderWatch::followMove(const EventRecord& record) {
 }
 
 void FolderWatch::noteGone(const QString& path) {
-    constexpr int kTwoBatchesAndMore = 6000;  // milliseconds
+    const auto twoBatchesAndMore = 3 * m_latency;
     m_gone.removeIf([](const auto& entry) { return entry.value().hasExpired(); });
-    m_gone.insert(path, QDeadlineTimer(kTwoBatchesAndMore));
+    m_gone.insert(path, QDeadlineTimer(twoBatchesAndMore));
 }
 
 void FolderWatch::tell(const QString& path) {

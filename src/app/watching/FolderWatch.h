@@ -8,10 +8,17 @@
 #include <QSet>
 #include <QString>
 
+#include <chrono>
 #include <memory>
 
 class DirectoryObserver;
 struct EventRecord;
+
+/// How long the watch takes over what it does; other than these in tests.
+struct WatchTimes {
+    std::chrono::milliseconds latency{2000};  ///< From what happens in the folder to its record.
+    completion::Times completion;
+};
 
 /// Movies that arrive in a folder or below it: each is told once by name, when it is complete. Main thread
 /// only.
@@ -25,7 +32,7 @@ public:
 
     /// `processedNames` may be shared by several watches: a name is told by one of them.
     explicit FolderWatch(std::shared_ptr<Names> processedNames = std::make_shared<Names>(),
-                         QObject* parent = nullptr);
+                         QObject* parent = nullptr, const WatchTimes& times = {});
     ~FolderWatch() override;
 
     /// Watches `folder` from now on. What is in it already is not told. Nothing is watched, and the reason
@@ -51,6 +58,7 @@ private:
     void noteGone(const QString& path);
     void tell(const QString& path);
 
+    const std::chrono::milliseconds m_latency;
     std::unique_ptr<DirectoryObserver> m_observer;
     CompletionWaiter m_waiter;
     std::shared_ptr<Names> m_processedNames;

@@ -40,8 +40,8 @@ QString goneText(const QString& folder) {
 
 }  // namespace
 
-WatchFolder::WatchFolder(FilePanels& panels, QObject* parent)
-    : QObject(parent), m_panels(panels), m_processedNames(std::make_shared<QSet<QString>>()) {
+WatchFolder::WatchFolder(FilePanels& panels, QObject* parent, const WatchTimes& times)
+    : QObject(parent), m_panels(panels), m_times(times), m_processedNames(std::make_shared<QSet<QString>>()) {
     connect(&m_returnWatch, &ReturnWatch::stirred, this, &WatchFolder::takeReturned);
 }
 
@@ -168,7 +168,7 @@ void WatchFolder::forget() {
 }
 
 void WatchFolder::startObserving(const QString& folder) {
-    auto watch = std::make_unique<FolderWatch>(m_processedNames);
+    auto watch = std::make_unique<FolderWatch>(m_processedNames, nullptr, m_times);
     m_problem = watch->start(folder);
     if (!watch->isRunning()) {
         setDefaultInt(kActive, 0);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/watching/FolderWatch.h"
 #include "support/desktop/FilePanels.h"
 #include "watch/events/ReturnWatch.h"
 
@@ -12,8 +13,6 @@
 #include <utility>
 #include <vector>
 
-class FolderWatch;
-
 /// The folder whose new movies are taken in by themselves: which it is, whether it is on, and what it is
 /// doing. Main thread only.
 class WatchFolder : public QObject {
@@ -21,7 +20,7 @@ class WatchFolder : public QObject {
 
 public:
     /// `panels` outlives this.
-    explicit WatchFolder(FilePanels& panels, QObject* parent = nullptr);
+    explicit WatchFolder(FilePanels& panels, QObject* parent = nullptr, const WatchTimes& times = {});
     ~WatchFolder() override;
 
     /// Has the user choose the folder.
@@ -63,6 +62,7 @@ private:
     void say(const QString& text);
 
     FilePanels& m_panels;
+    const WatchTimes m_times;
     std::optional<QString> m_folder;
     bool m_hasAccess = false;  ///< Access to m_folder is open.
     QString m_label;

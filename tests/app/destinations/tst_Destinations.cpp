@@ -1,11 +1,13 @@
 #include "app/destinations/Destinations.h"
 #include "fakes/RecordingPanels.h"
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
 #include "support/store/Defaults.h"
 #include "support/store/FolderAccess.h"
 
 #include <QDir>
+#include <QMap>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -13,29 +15,14 @@ namespace {
 
 /// "ask|next|-|movies|-|choose" and the like.
 QString layoutOf(const DestinationPopUp& popUp) {
+    static const QMap<DestinationItem::Kind, QString> names = {{DestinationItem::Kind::Ask, "ask"},
+                                                               {DestinationItem::Kind::NextToSource, "next"},
+                                                               {DestinationItem::Kind::Separator, "-"},
+                                                               {DestinationItem::Kind::Choose, "choose"},
+                                                               {DestinationItem::Kind::Clear, "clear"}};
     QStringList parts;
-    for (const DestinationItem& item : popUp.items()) {
-        switch (item.kind) {
-            case DestinationItem::Kind::Ask:
-                parts.append("ask");
-                break;
-            case DestinationItem::Kind::NextToSource:
-                parts.append("next");
-                break;
-            case DestinationItem::Kind::Folder:
-                parts.append(item.title);
-                break;
-            case DestinationItem::Kind::Separator:
-                parts.append("-");
-                break;
-            case DestinationItem::Kind::Choose:
-                parts.append("choose");
-                break;
-            case DestinationItem::Kind::Clear:
-                parts.append("clear");
-                break;
-        }
-    }
+    for (const DestinationItem& item : popUp.items())
+        parts.append(names.value(item.kind, item.title));
     return parts.join('|');
 }
 
@@ -56,6 +43,13 @@ public:
         setDefaultArray(kDestinationNamesKey, names);
         setDefaultInt(kHasUpgradedFromPre13Key, 1);
     }
+    Destinations& launch() {
+        destinations.restoreAtLaunch();
+        return destinations;
+    }
+
+    RecordingPanels panels;
+    Destinations destinations{panels};
 };
 
 }  // namespace
@@ -65,11 +59,9 @@ class DestinationsTest : public QObject {
 
 private Q_SLOTS:
     void storedFoldersStandBetweenTheFixedItems() {
-        const Home home;
-        RecordingPanels panels;
+        Home home;
         home.store({home.folder("movies"), home.folder("series")});
-        Destinations destinations(panels);
-        destinations.restoreAtLaunch();
+        Destinations& destinations = home.launch();
         destinations.rebuildDestinationPopUp();
         QCOMPARE(layoutOf(destinations.destinationPopUp()), "ask|next|-|movies|series|-|choose");
         QCOMPARE(layoutOf(destinations.preferencesDestinationPopUp()),
@@ -85,34 +77,26 @@ private Q_SLOTS:
     }
 
     void launchPutsTheDefaultRight_data() {
-        QTest::addColumn<int>("stored");
-        QTest::addColumn<bool>("fromOldVersion");
-        QTest::addColumn<int>("folders");
-        QTest::addColumn<int>("expected");
-        QTest::newRow("beyond the folders") << 9 << false << 2 << 3;
-        QTest::newRow("last folder") << 4 << false << 2 << 4;
-        QTest::newRow("separator") << 2 << false << 2 << 0;
-        QTest::newRow("none stored, a folder") << 3 << false << 0 << 1;
-        QTest::newRow("old version, next to") << 1 << true << 0 << 0;
-        QTest::newRow("old version, first folder") << 2 << true << 1 << 3;
-        QTest::newRow("old version, ask") << 0 << true << 1 << 0;
-        QTest::newRow("negative") << -1 << false << 1 << 0;
+        addRows<int, bool, int, int>(  // stored, by an old version, folders, expected
+            {{"beyond the folders", 9, false, 2, 3},
+             {"last folder", 4, false, 2, 4},
+             {"separator", 2, false, 2, 0},
+             {"none stored, a folder", 3, false, 0, 1},
+             {"old version, next to", 1, true, 0, 0},
+             {"old version, first folder", 2, true, 1, 3},
+             {"old version, ask", 0, true, 1, 0},
+             {"negative", -1, false, 1, 0}});
     }
     void launchPutsTheDefaultRight() {
-        QFETCH(const int, stored);
-        QFETCH(const bool, fromOldVersion);
-        QFETCH(const int, folders);
-        QFETCH(const int, expected);
-        const Home home;
-        RecordingPanels panels;
+        const auto [stored, fromOldVersion, folders, expected] = row<int, bool, int, int>();
+        Home home;
         QStringList paths;
         for (int i = 0; i < folders; ++i)
             paths.append(home.folder(QString::number(i)));
         home.store(paths);
         setDefaultInt(kHasUpgradedFromPre13Key, fromOldVersion ? 0 : 1);
         setDefaultInt(kDefaultDestinationKey, stored);
-        Destinations destinations(panels);
-        destinations.restoreAtLaunch();
+        Destinations& destinations = home.launch();
         QCOMPARE(defaultInt(kDefaultDestinationKey), expected);
         QCOMPARE(defaultInt(kHasUpgradedFromPre13Key), 1);
         QCOMPARE(destinations.preferencesDestinationPopUp().selected(), expected);
@@ -246,28 +230,22 @@ private Q_SLOTS:
     }
 
     void choosingStoresAndSelects_data() {
-        QTest::addColumn<bool>("onTheSheet");
-        QTest::addColumn<int>("defaultAfter");
-        QTest::newRow("preferences") << false << 4;
-        QTest::newRow("add sheet") << true << 0;
+        addRows<bool, int>({{"preferences", false, 4}, {"add sheet", true, 0}});
     }
     void choosingStoresAndSelects() {
-        QFETCH(const bool, onTheSheet);
-        QFETCH(const int, defaultAfter);
+        const auto [onTheSheet, defaultAfter] = row<bool, int>();
         Home home;
-        RecordingPanels panels;
         home.store({home.folder("a")});
-        Destinations destinations(panels);
-        destinations.restoreAtLaunch();
+        Destinations& destinations = home.launch();
         destinations.rebuildDestinationPopUp();
         const auto place =
             onTheSheet ? DestinationPopUp::Place::AddSheet : DestinationPopUp::Place::Preferences;
         destinations.chooseNewDestination(place);  // Cancelled.
         QCOMPARE(defaultArray(kDestinationNamesKey)->size(), 1);
 
-        panels.folder = home.folder("b");
+        home.panels.folder = home.folder("b");
         destinations.chooseNewDestination(place);
-        QCOMPARE(panels.requests.last().over == FilePanels::Over::MainWindow, onTheSheet);
+        QCOMPARE(home.panels.requests.last().over == FilePanels::Over::MainWindow, onTheSheet);
         DestinationPopUp& asked =
             onTheSheet ? destinations.destinationPopUp() : destinations.preferencesDestinationPopUp();
         QCOMPARE(asked.selected(), 4);
@@ -278,7 +256,7 @@ private Q_SLOTS:
 
         // The same folder by another way is the same.
         QVERIFY(QFile::link(home.path("b"), home.path("link")));
-        panels.folder = home.path("link");
+        home.panels.folder = home.path("link");
         destinations.chooseNewDestination(place);
         QVERIFY(home.presenter.messages().last().startsWith("This destination is already bookmarked."));
         QCOMPARE(home.presenter.shown.last().buttons.front().title, "D'oh");
@@ -290,11 +268,9 @@ private Q_SLOTS:
     }
 
     void aFolderThatVanishedIsAProblem() {
-        const Home home;
-        RecordingPanels panels;
+        Home home;
         home.store({home.folder("a")});
-        Destinations destinations(panels);
-        destinations.restoreAtLaunch();
+        Destinations& destinations = home.launch();
         QVERIFY(destinations.problemOfFolder(0).isEmpty());
         QDir().rmdir(home.path("a"));
         QVERIFY(destinations.problemOfFolder(0).contains(home.path("a")));
@@ -303,9 +279,8 @@ private Q_SLOTS:
     }
 
     void theLastOpenedFolderThatBeginsThePathWins() {
-        const Home home;
-        RecordingPanels panels;
-        Destinations destinations(panels);
+        Home home;
+        Destinations& destinations = home.destinations;
         destinations.addOpenedFolder("/m");
         destinations.addOpenedFolder("/m/a");
         destinations.addOpenedFolder("/x");

@@ -1,9 +1,12 @@
 #include "app/intake/FileIntake.h"
 #include "fakes/FakeTool.h"
 #include "fakes/TestHome.h"
+#include "support/base/Files.h"
 
 #include <QSignalSpy>
 #include <QTest>
+
+#include <csignal>
 
 class FileIntakeTest : public QObject {
     Q_OBJECT
@@ -28,7 +31,7 @@ private Q_SLOTS:
         // The movie at hand is not confirmed: nothing further is probed, also for new files.
         const QString c = home.write("c.mkv");
         intake.openFiles({c});
-        QTest::qWait(0);
+        QCoreApplication::processEvents();
         QCOMPARE(started.count(), 1);
         intake.cancelAdd();
         QTRY_COMPARE(accepted.count(), 2);
@@ -45,20 +48,7 @@ private Q_SLOTS:
         QVERIFY(!intake.fileInfo());
     }
 
-    void aSubtitleServesSeveralMovies() {
-        const TestHome home;
-        const FakeTool tool(home.path());
-        FileIntake intake(FileIntake::Messages::Scheduled);
-        QSignalSpy accepted(&intake, &FileIntake::fileAccepted);
-        intake.openFiles({home.write("m.avi"), home.write("m.mkv"), home.write("m.en.srt")});
-        for (int movie = 1; movie <= 2; ++movie) {
-            QTRY_COMPARE(accepted.count(), movie);
-            QVERIFY(intake.fileInfo()->subtitleFileURL);
-            intake.cancelAdd();
-        }
-    }
-
-    void arefusedFileIsSkipped() {
+    void aRefusedFileIsSkipped() {
         TestHome home;
         const FakeTool tool(home.path());
         tool.setReport("nothing of use");
@@ -75,13 +65,18 @@ private Q_SLOTS:
         QCOMPARE(messagesBefore, 2);  // Each was told before it was announced.
     }
 
-    void endsWithAProbeUnderWay() {
+    void endsTheProbeUnderWay() {
         const TestHome home;
         const FakeTool tool(home.path());
+        tool.setProbe(
+            "echo $$ > \"$folder/running.new\"; mv \"$folder/running.new\" \"$folder/running\"; exec sleep "
+            "1000");
         auto intake = std::make_unique<FileIntake>(FileIntake::Messages::Scheduled);
         intake->openFiles({home.write("a.mkv")});
+        QTRY_VERIFY(QFile::exists(tool.runningMark()));
+        const pid_t process = files::contents(tool.runningMark())->trimmed().toInt();
         intake.reset();
-        QTest::qWait(0);
+        QVERIFY(process > 0 && ::kill(process, 0) != 0);
     }
 };
 

@@ -2,12 +2,12 @@
 #include "app/intake/AudioPreselection.h"
 #include "app/intake/Languages.h"
 #include "app/intake/MovieFiles.h"
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
 #include "support/store/Defaults.h"
 
 #include <QFile>
-#include <QTest>
 
 class MovieFilesTest : public QObject {
     Q_OBJECT
@@ -32,31 +32,22 @@ private Q_SLOTS:
     }
 
     void subtitleMatching_data() {
-        QTest::addColumn<QStringList>("subtitles");
-        QTest::addColumn<QString>("movie");
-        QTest::addColumn<QString>("found");
-        const QStringList both = {"/m/Movie.srt", "/m/Movie 2.srt"};
-        QTest::newRow("own name first") << both << "/m/Movie.mkv"
-                                        << "/m/Movie.srt";
-        QTest::newRow("the longer name") << both << "/m/Movie 2.mkv"
-                                         << "/m/Movie 2.srt";
-        QTest::newRow("a longer stem serves") << QStringList{"/m/Movie 2.srt"} << "/m/Movie.mkv"
-                                              << "/m/Movie 2.srt";
-        QTest::newRow("with a language") << QStringList{"/m/Movie.en.srt"} << "/m/Movie.mkv"
-                                         << "/m/Movie.en.srt";
-        QTest::newRow("a shorter stem does not") << QStringList{"/m/Movie.srt"} << "/m/Movie 2.mkv"
-                                                 << "";
-        QTest::newRow("another folder") << QStringList{"/n/Movie.srt"} << "/m/Movie.mkv"
-                                        << "";
-        QTest::newRow("another case") << QStringList{"/m/movie.srt"} << "/m/Movie.mkv"
-                                      << "";
-        QTest::newRow("later in the order") << QStringList{"/m/Z.srt"} << "/m/A.mkv"
-                                            << "";
+        const QStringList both = {"Movie.srt", "Movie 2.srt"};
+        addRows<QStringList, QString, QString>(
+            {{"own name first", both, "Movie.mkv", "Movie.srt"},
+             {"the longer name", both, "Movie 2.mkv", "Movie 2.srt"},
+             {"a longer stem serves", {"Movie 2.srt"}, "Movie.mkv", "Movie 2.srt"},
+             {"with a language", {"Movie.en.srt"}, "Movie.mkv", "Movie.en.srt"},
+             {"a shorter stem does not", {"Movie.srt"}, "Movie 2.mkv", ""},
+             {"another folder", {"n/Movie.srt"}, "Movie.mkv", ""},
+             {"another case", {"movie.srt"}, "Movie.mkv", ""},
+             {"later in the order", {"Z.srt"}, "A.mkv", ""}});
     }
     void subtitleMatching() {
-        QFETCH(QStringList, subtitles);
-        QFETCH(QString, movie);
-        QTEST(moviefiles::subtitleFor(movie, moviefiles::sorted(subtitles).subtitles), "found");
+        auto [subtitles, movie, found] = row<QStringList, QString, QString>();
+        subtitles.replaceInStrings(QRegularExpression("^"), "/m/");
+        QCOMPARE(moviefiles::subtitleFor("/m/" + movie, moviefiles::sorted(subtitles).subtitles),
+                 found.isEmpty() ? found : "/m/" + found);
     }
 
     void foldersAreSearchedInNameOrder() {
@@ -86,30 +77,21 @@ private Q_SLOTS:
     }
 
     void preselection_data() {
-        QTest::addColumn<QStringList>("tracks");
-        QTest::addColumn<QStringList>("languages");
-        QTest::addColumn<int>("best");  // -1: none
-        QTest::newRow("language before codec")
-            << QStringList{"#1: eng (ac3)", "#2: ger (dts)"} << QStringList{"ger", "eng"} << 1;
-        QTest::newRow("AAC of one language")
-            << QStringList{"#1: ger (dts)", "#2: ger (aac)"} << QStringList{"ger"} << 1;
-        QTest::newRow("AC3 where no AAC is")
-            << QStringList{"#1: ger (dts)", "#2: ger (ac3) [5.1]"} << QStringList{"ger"} << 1;
-        QTest::newRow("first where neither is")
-            << QStringList{"#1: ger (dts)", "#2: ger (flac)"} << QStringList{"ger"} << 0;
-        QTest::newRow("second language")
-            << QStringList{"#1: fre (aac)", "#2: eng (dts)"} << QStringList{"ger", "eng"} << 1;
-        QTest::newRow("no listed language")
-            << QStringList{"#1: fre (dts)", "#2: spa (ac3)", "#3: ita (aac)"} << QStringList{"ger"} << 2;
-        QTest::newRow("no audio") << QStringList{} << QStringList{"ger"} << -1;
+        addRows<QStringList, QStringList, int>(  // tracks, languages, the best track (-1: none)
+            {{"language before codec", {"#1: eng (ac3)", "#2: ger (dts)"}, {"ger", "eng"}, 1},
+             {"AAC of one language", {"#1: ger (dts)", "#2: ger (aac)"}, {"ger"}, 1},
+             {"AC3 where no AAC is", {"#1: ger (dts)", "#2: ger (ac3) [5.1]"}, {"ger"}, 1},
+             {"first where neither is", {"#1: ger (dts)", "#2: ger (flac)"}, {"ger"}, 0},
+             {"second language", {"#1: fre (aac)", "#2: eng (dts)"}, {"ger", "eng"}, 1},
+             {"no listed language", {"#1: fre (dts)", "#2: spa (ac3)", "#3: ita (aac)"}, {"ger"}, 2},
+             {"no audio", {}, {"ger"}, -1}});
     }
     void preselection() {
-        QFETCH(QStringList, tracks);
-        QFETCH(QStringList, languages);
+        const auto [tracks, languages, best] = row<QStringList, QStringList, int>();
         MKVFileInfo info;
         for (const QString& track : tracks)
             info.audioTrackInformation.append({track, 48000});
-        QTEST(static_cast<int>(audiopreselection::bestTrack(info, languages).value_or(-1)), "best");
+        QCOMPARE(audiopreselection::bestTrack(info, languages).value_or(-1), best);
     }
 
     void unusualAudioIsTold() {

@@ -1,13 +1,13 @@
 #include "app/intake/FileIntake.h"
 #include "app/queue/JobQueue.h"
 #include "fakes/FakeTool.h"
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
 #include "support/store/Defaults.h"
 #include "tool/ToolReaper.h"
 
 #include <QSignalSpy>
-#include <QTest>
 
 namespace {
 
@@ -83,32 +83,23 @@ private Q_SLOTS:
         stage.release();
         QTRY_COMPARE(stage.list(), "c:3 b:3 a:3");
         QCOMPARE(started, (QStringList{"c.mkv", "b.mkv"}));
-    }
-
-    void atTheBottom() {
-        Stage stage;
         setDefaultInt("InsertJobsAtBottom", 1);
-        stage.addAll({"a", "b"});
-        QCOMPARE(stage.list(), "a:1 b:0");
+        stage.add("d");
+        QCOMPARE(stage.list(), "c:3 b:3 a:3 d:1");
     }
 
     void limits_data() {
-        QTest::addColumn<int>("concurrent");
-        QTest::addColumn<qint64>("count");
-        QTest::addColumn<qint64>("limit");
         constexpr qint64 kMost = std::numeric_limits<qint64>::max();
-        QTest::newRow("off, whatever the count") << 0 << qint64{5} << qint64{1};
-        QTest::newRow("two at the least") << 1 << qint64{0} << qint64{2};
-        QTest::newRow("three") << 1 << qint64{1} << qint64{3};
-        QTest::newRow("many") << 1 << qint64{100} << qint64{102};
-        QTest::newRow("more than can be counted") << 1 << kMost << kMost;
-        QTest::newRow("nonsense") << 1 << qint64{-7} << qint64{2};
+        addRows<int, qint64, qint64>({{"off, whatever the count", 0, 5, 1},
+                                      {"two at the least", 1, 0, 2},
+                                      {"three", 1, 1, 3},
+                                      {"many", 1, 100, 102},
+                                      {"more than can be counted", 1, kMost, kMost},
+                                      {"nonsense", 1, -7, 2}});
     }
     void limits() {
+        const auto [concurrent, count, limit] = row<int, qint64, qint64>();
         Stage stage;
-        QFETCH(int, concurrent);
-        QFETCH(qint64, count);
-        QFETCH(qint64, limit);
         setDefaultInt(kConcurrentJobsKey, concurrent);
         setDefaultInt(kConcurrentJobCountKey, count);
         QCOMPARE(JobQueue::conversionLimit(), limit);
@@ -184,14 +175,6 @@ private Q_SLOTS:
         QCOMPARE(stage.list(), "a:1");  // Does not wait for the user's choice.
     }
 
-    void twoOutputsOfOneNameLoseNone() {
-        Stage stage;
-        stage.queue.pauseContinueClicked(true);
-        stage.addAll({"a", "a"});
-        QCOMPARE(stage.queue.job(0)->fileInfo().destinationURL.fileName(), "a-0.mp4");
-        QCOMPARE(stage.queue.job(1)->fileInfo().destinationURL.fileName(), "a.mp4");
-    }
-
     void removingTheRunningOneStartsTheNext() {
         Stage stage;
         stage.addAll({"a", "b"});
@@ -205,24 +188,11 @@ private Q_SLOTS:
         Stage stage;
         setDefaultInt(kAutoCleanKey, 1);
         setDefaultInt(kQuitAfterConversionKey, 1);
-        standardUserDefaults().setOverride(kUsagesKey, 100);
         QSignalSpy quit(&stage.queue, &JobQueue::quitRequested);
         stage.release();
         stage.add("a");
         QTRY_COMPARE(quit.count(), 1);
         QCOMPARE(stage.queue.count(), 0);
-        QCOMPARE(standardUserDefaults().storedObject(kUsagesKey).toInt(), 1);  // Not from the override.
-    }
-
-    void usagesAreHandedOn() {
-        Stage stage;
-        int counted = 0;
-        stage.queue.setUsageCounter(
-            [&](bool increase, bool allow) { counted += increase && allow ? 1 : 100; });
-        stage.release();
-        stage.add("a");
-        QTRY_COMPARE(stage.list(), "a:3");
-        QCOMPARE(counted, 1);
     }
 };
 

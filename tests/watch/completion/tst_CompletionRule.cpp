@@ -1,7 +1,7 @@
+#include "fakes/Table.h"
 #include "watch/completion/CompletionRule.h"
 
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <atomic>
 #include <fcntl.h>
@@ -25,9 +25,6 @@ class CompletionRuleTest : public QObject {
 
 private Q_SLOTS:
     void rule_data() {
-        QTest::addColumn<FileLook>("look");
-        QTest::addColumn<Known>("known");
-        QTest::addColumn<Rule>("rule");
         const Rule still = {WaitsFor::Stillness, kTimes.still, false};
         const Rule longStill = {WaitsFor::Stillness, kTimes.longStill, true};
         const Rule event = {WaitsFor::Event};
@@ -43,20 +40,18 @@ private Q_SLOTS:
         link.isSymbolicLink = true;
         FileLook hardLink = file(Writers::NotKnown);
         hardLink.hasOtherNames = true;
-        QTest::newRow("free, no event") << file(Writers::None) << Known::Unknown << still;
-        QTest::newRow("free, close lost") << file(Writers::None) << Known::Modified << still;
-        QTest::newRow("local writer behind FUSE")
-            << file(Writers::Some, Sight::Local) << Known::SeenWhole << closing;
-        QTest::newRow("FUSE") << file(Writers::None, Sight::Local) << Known::SeenWhole << longStill;
-        QTest::newRow("empty, network") << file(Writers::None, Sight::None, 0) << Known::Created << closing;
-        QTest::newRow("another's hard link") << hardLink << Known::Created << longStill;
-        QTest::newRow("another's hard link, written") << hardLink << Known::Modified << event;
-        QTest::newRow("link to another's") << link << Known::SeenWhole << longStill;
+        addRows<FileLook, Known, Rule>(
+            {{"free, no event", file(Writers::None), Known::Unknown, still},
+             {"free, close lost", file(Writers::None), Known::Modified, still},
+             {"local writer behind FUSE", file(Writers::Some, Sight::Local), Known::SeenWhole, closing},
+             {"FUSE", file(Writers::None, Sight::Local), Known::SeenWhole, longStill},
+             {"empty, network", file(Writers::None, Sight::None, 0), Known::Created, closing},
+             {"another's hard link", hardLink, Known::Created, longStill},
+             {"another's hard link, written", hardLink, Known::Modified, event},
+             {"link to another's", link, Known::SeenWhole, longStill}});
     }
     void rule() {
-        QFETCH(FileLook, look);
-        QFETCH(Known, known);
-        QFETCH(Rule, rule);
+        const auto [look, known, rule] = row<FileLook, Known, Rule>();
         const Rule actual = completion::ruleFor(look, known, kTimes);
         QCOMPARE(actual.waitsFor, rule.waitsFor);
         QCOMPARE(actual.still.count(), rule.still.count());

@@ -1,9 +1,9 @@
+#include "fakes/Table.h"
 #include "watch/completion/CompletionWaiter.h"
 
 #include <QDir>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <cstdio>
 #include <fcntl.h>
@@ -20,6 +20,8 @@ using writercheck::Sight;
 using writercheck::Writers;
 
 namespace {
+
+using Make = std::function<void(const QString&)>;
 
 constexpr completion::Times kQuick = {20ms, 60ms, 5ms, 20ms};
 
@@ -59,13 +61,12 @@ class CompletionWaiterTest : public QObject {
 
 private Q_SLOTS:
     void aWriterThatPausesIsWaitedFor_data() {
-        QTest::addColumn<Known>("known");
-        QTest::newRow("there before") << Known::Unknown;
-        QTest::newRow("created") << Known::Created;
-        QTest::newRow("closed by one of two writers") << Known::SeenWhole;
+        addRows<Known>({{"there before", Known::Unknown},
+                        {"created", Known::Created},
+                        {"closed by one of two writers", Known::SeenWhole}});
     }
     void aWriterThatPausesIsWaitedFor() {
-        QFETCH(Known, known);
+        const auto [known] = row<Known>();
         Scene scene;
         QFile writer(scene.write("a.mkv"));
         QVERIFY(writer.open(QIODevice::Append | QIODevice::Unbuffered));
@@ -86,18 +87,13 @@ private Q_SLOTS:
 
     // With an hour to stand still, only the file's own times can tell that it did.
     void whatStoodStillLongAgoIsTakenAtOnce_data() {
-        QTest::addColumn<Known>("known");
-        QTest::addColumn<qint64>("age");
-        QTest::addColumn<bool>("atOnce");
-        QTest::newRow("moved in") << Known::SeenWhole << qint64{7200} << true;
-        QTest::newRow("written just now") << Known::SeenWhole << qint64{0} << false;
-        QTest::newRow("from the future") << Known::SeenWhole << qint64{-7200} << false;
-        QTest::newRow("only dated back") << Known::Unknown << qint64{7200} << false;
+        addRows<Known, int, bool>({{"moved in", Known::SeenWhole, 7200, true},
+                                   {"written just now", Known::SeenWhole, 0, false},
+                                   {"from the future", Known::SeenWhole, -7200, false},
+                                   {"only dated back", Known::Unknown, 7200, false}});
     }
     void whatStoodStillLongAgoIsTakenAtOnce() {
-        QFETCH(Known, known);
-        QFETCH(qint64, age);
-        QFETCH(bool, atOnce);
+        const auto [known, age, atOnce] = row<Known, int, bool>();
         Scene scene({1h, 2h});
         QFile file(scene.write("a.mkv"));
         QVERIFY(file.open(QIODevice::ReadOnly));
@@ -110,27 +106,26 @@ private Q_SLOTS:
     }
 
     void dropsOut_data() {
-        using Make = std::function<void(const QString&)>;
-        QTest::addColumn<Make>("make");
         const auto link = [](const QString& target) {
             return [=](const QString& p) { QFile::link(target, p); };
         };
-        QTest::newRow("missing") << Make([](const QString&) {});
-        QTest::newRow("folder") << Make([](const QString& p) { QDir().mkdir(p); });
-        QTest::newRow("FIFO") << Make([](const QString& p) { ::mkfifo(qPrintable(p), 0600); });
-        QTest::newRow("device") << Make(link("/dev/zero"));
-        QTest::newRow("dangling link") << Make(link("/nowhere"));
-        QTest::newRow("loop of links") << Make(link("a.mkv"));
-        QTest::newRow("socket") << Make([](const QString& p) {
+        const auto makeSocket = [](const QString& p) {
             sockaddr_un address = {AF_UNIX, {}};
             qstrncpy(address.sun_path, qPrintable(p), sizeof address.sun_path);
             const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
             QCOMPARE(::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
             ::close(socket);
-        });
+        };
+        addRows<Make>({{"missing", [](const QString&) {}},
+                       {"folder", [](const QString& p) { QDir().mkdir(p); }},
+                       {"FIFO", [](const QString& p) { ::mkfifo(qPrintable(p), 0600); }},
+                       {"device", link("/dev/zero")},
+                       {"dangling link", link("/nowhere")},
+                       {"loop of links", link("a.mkv")},
+                       {"socket", makeSocket}});
     }
     void dropsOut() {
-        QFETCH(std::function<void(const QString&)>, make);
+        const auto [make] = row<Make>();
         Scene scene;
         const QString path = scene.path("a.mkv");
         // At once, and in the place of an empty file that was waited for.
@@ -205,14 +200,11 @@ private Q_SLOTS:
     }
 
     void whereNothingIsKnownTheDeclaredSizeIsReached_data() {
-        QTest::addColumn<Writers>("writers");
-        QTest::addColumn<Sight>("sight");
-        QTest::newRow("network") << Writers::Some << Sight::None;
-        QTest::newRow("another user's, there before") << Writers::NotKnown << Sight::All;
+        addRows<Writers, Sight>({{"network", Writers::Some, Sight::None},
+                                 {"another user's, there before", Writers::NotKnown, Sight::All}});
     }
     void whereNothingIsKnownTheDeclaredSizeIsReached() {
-        QFETCH(Writers, writers);
-        QFETCH(Sight, sight);
+        const auto [writers, sight] = row<Writers, Sight>();
         Scene scene(kQuick, answering(writers, sight));
         const QString path = scene.write("a.mkv", QByteArray::fromHex("1a45dfa3 80 18538067 e4"));
         scene.waiter.wait(path, Known::Unknown);
