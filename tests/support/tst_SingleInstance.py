@@ -164,7 +164,8 @@ class SocketTest(Meetings, StartsTest):
                 client = self.client()
                 client.sendall(MAGIC + struct.pack(">I", len(payload)) + payload)
                 self.assertEqual(client.recv(1), b"")
-        for bytes_ in (b"GET / HTTP/1.0\r\n\r\n", MAGIC + b"\xff" * 4, MAGIC + struct.pack(">I", (16 << 20) + 1)):
+        for bytes_ in (b"GET / HTTP/1.0\r\n\r\n", struct.pack(">II", 1, len(text)) + text, MAGIC + b"\xff" * 4,
+                       MAGIC + struct.pack(">I", (16 << 20) + 1)):
             with self.subTest(bytes=bytes_):
                 client = self.client()
                 client.sendall(bytes_)
