@@ -37,28 +37,23 @@ PXRatingWindowController::PageLookup pages(const QStringList& keys) {
 
 }  // namespace
 
-Q_DECLARE_METATYPE(rating::History)
-
 class RatingTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void due_data() {
-        QTest::addColumn<rating::History>("history");
-        QTest::addColumn<bool>("expected");
-        const auto ago = [](qint64 seconds) { return kNow.addSecs(-seconds); };
-        constexpr qint64 kPause = 98LL * 24 * 60 * 60;
-        QTest::newRow("too few") << rating::History{19, false, false, {}} << false;
-        QTest::newRow("enough") << rating::History{20, false, false, {}} << true;
-        QTest::newRow("asked by this version") << rating::History{500, true, false, ago(2 * kPause)} << false;
-        QTest::newRow("turned off") << rating::History{500, false, true, {}} << false;
-        QTest::newRow("98 days ago") << rating::History{20, false, false, ago(kPause)} << false;
-        QTest::newRow("a little more") << rating::History{20, false, false, ago(kPause).addMSecs(-1)} << true;
-        QTest::newRow("a clock set back") << rating::History{20, false, false, ago(-kPause)} << false;
-    }
     void due() {
-        QFETCH(const rating::History, history);
-        QTEST(rating::isDue(history, 20, kNow), "expected");
+        constexpr qint64 kPause = 98LL * 24 * 60 * 60;
+        const QDateTime pauseAgo = kNow.addSecs(-kPause);
+        const auto isDue = [](int usages, bool isAsked, bool isTurnedOff, const QDateTime& lastAsked = {}) {
+            return rating::isDue({usages, isAsked, isTurnedOff, lastAsked}, 20, kNow);
+        };
+        QVERIFY(!isDue(19, false, false));
+        QVERIFY(isDue(20, false, false));
+        QVERIFY(!isDue(500, true, false, kNow.addSecs(-2 * kPause)));  // By this version.
+        QVERIFY(!isDue(500, false, true));
+        QVERIFY(!isDue(20, false, false, pauseAgo));
+        QVERIFY(isDue(20, false, false, pauseAgo.addMSecs(-1)));
+        QVERIFY(!isDue(20, false, false, kNow.addSecs(kPause)));  // The clock was set back.
     }
 
     void countsAndAsksOnce() {
@@ -114,40 +109,21 @@ private Q_SLOTS:
         QVERIFY(rating::isRateable(2, 1));
     }
 
-    void reviewButtons_data() {
-        QTest::addColumn<QStringList>("keys");
-        QTest::addColumn<QString>("store");
-        QTest::addColumn<QString>("other");
-        QTest::newRow("both of their own")
-            << QStringList{"StoreProductPage", "MacupdateProductPage", "AlternativetoProductPage"}
-            << "icon-appstore||1"
-            << "icon-macupdate||1";
-        QTest::newRow("the others") << QStringList{"AlternativetoProductPage", "FilehorseProductPage"}
-                                    << "icon-alternativeto|    Rate on AlternativeTo|1"
-                                    << "icon-filehorse|    Rate on FileHorse|1";
-        QTest::newRow("none") << QStringList{} << "icon-appstore||0"
-                              << "icon-macupdate||0";
-    }
     void reviewButtons() {
-        QFETCH(const QStringList, keys);
-        const PXRatingWindowController controller(pages(keys), {});
-        const auto described = [](const PXRatingWindowController::ReviewButton& button) {
-            return QStringList{button.icon, button.title, QString::number(button.isEnabled)}.join(u'|');
+        const auto described = [](const QStringList& keys) {
+            const PXRatingWindowController controller(pages(keys), {});
+            QStringList buttons;
+            for (const auto& button : {controller.appStoreButton(), controller.macUpdateButton()})
+                buttons.append(button.icon + u'|' + button.title + (button.isEnabled ? "|1" : "|0"));
+            return buttons;
         };
-        QTEST(described(controller.appStoreButton()), "store");
-        QTEST(described(controller.macUpdateButton()), "other");
-    }
-
-    void actions() {
-        QStringList done;
-        PXRatingWindowController controller(
-            pages({}), {.openURL = [&](int choice) { done.append(QString::number(choice)); },
-                        .sendSupportRequestMail = [&](const QString& text) { done.append(text); }});
-        connect(&controller, &PXRatingWindowController::closeRequested, [&] { done.append("close"); });
-        controller.rateappstoreClicked();
-        controller.ratemacupdateClicked();
-        controller.sendfeedbackClicked("No sound & no picture");
-        QCOMPARE(done, QStringList({"5", "close", "6", "close", "No sound & no picture", "close"}));
+        // Both of their own, the others, and none.
+        QCOMPARE(described({"StoreProductPage", "MacupdateProductPage", "AlternativetoProductPage"}),
+                 (QStringList{"icon-appstore||1", "icon-macupdate||1"}));
+        QCOMPARE(described({"AlternativetoProductPage", "FilehorseProductPage"}),
+                 (QStringList{"icon-alternativeto|    Rate on AlternativeTo|1",
+                              "icon-filehorse|    Rate on FileHorse|1"}));
+        QCOMPARE(described({}), (QStringList{"icon-appstore||0", "icon-macupdate||0"}));
     }
 
     void neverAgainNeedsTheSecondButton() {

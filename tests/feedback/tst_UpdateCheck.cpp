@@ -1,3 +1,4 @@
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "feedback/UpdateCheck.h"
 
@@ -8,10 +9,11 @@ class UpdateCheckTest : public QObject {
 
 private Q_SLOTS:
     void feeds_data() {
-        QTest::addColumn<QByteArray>("feed");  // Null: the download failed.
-        QTest::addColumn<QString>("newest");   // What the alert calls it; "none", or "failed".
-        const auto row = [](const QByteArray& feed, const char* newest) {
-            QTest::addRow("%s", feed.isNull() ? "no page" : feed.constData()) << feed << QString(newest);
+        // The feed is null where the download failed; `newest` is what the alert calls it, "none" or
+        // "failed".
+        const Table<QByteArray, QString> table("feed", "newest");
+        const auto row = [&](const QByteArray& feed, const char* newest) {
+            table(feed.isNull() ? "no page" : feed.constData(), feed, newest);
         };
         row("<a sparkle:shortVersionString=\"1.1\" sparkle:version=\"2\"/>", "'1.1 (2)'");
         row("sparkle:version=\"002\" sparkle:shortVersionString=\"\"", "' (2)'");

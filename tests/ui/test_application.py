@@ -8,26 +8,19 @@ import signal
 import subprocess
 import sys
 import tempfile
-import time
 import unittest
 from pathlib import Path
 
+from processes import LIMIT, start_bus, wait_until
+
 PROGRAM = Path(sys.argv.pop(1)).resolve()
-LIMIT = 60  # seconds
-
-
-def wait_until(condition, what):
-    end = time.monotonic() + LIMIT
-    while not condition():
-        if time.monotonic() > end:
-            raise AssertionError(f"timed out: {what}")
-        time.sleep(0.02)
 
 
 class Home:
     """A user with settings, folders and movies, and nothing else of this machine."""
 
-    def __init__(self, bus):
+    def __init__(self, test):
+        test.addCleanup(self.close)
         self.folder = tempfile.TemporaryDirectory(prefix="ravelin-window-")
         self.path = Path(self.folder.name)
         self.out = self.path / "out"
@@ -41,20 +34,11 @@ class Home:
         for name in os.environ:
             if name.endswith("SAN_OPTIONS"):
                 self.environment[name] = os.environ[name]
-        self.bus = None
-        if bus:
-            self.bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"],
-                                        stdout=subprocess.PIPE, text=True)
-            self.environment["DBUS_SESSION_BUS_ADDRESS"] = self.bus.stdout.readline().strip()
 
     def close(self):
         for process in self.running:
             process.kill()
             process.wait()
-        if self.bus:
-            self.bus.kill()
-            self.bus.wait()
-            self.bus.stdout.close()
         self.folder.cleanup()
 
     def settings(self, **values):
@@ -92,15 +76,12 @@ class Home:
 
 
 class Application(unittest.TestCase):
-    def home(self, bus):
-        home = Home(bus)
-        self.addCleanup(home.close)
-        return home
-
     def test_a_second_start_hands_its_files_over(self):
         for bus in (True, False):
             with self.subTest(bus=bus):
-                home = self.home(bus)
+                home = Home(self)
+                if bus:
+                    home.environment["DBUS_SESSION_BUS_ADDRESS"] = start_bus(self)
                 home.settings()
                 first = home.start(home.movie("ä first #1.mkv"))
                 wait_until(lambda: home.has_output("ä first #1.mp4"), "the first movie")
@@ -113,7 +94,7 @@ class Application(unittest.TestCase):
     def test_what_ends_it_leaves_nothing_half_written(self):
         for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
             with self.subTest(signal=number):
-                home = self.home(bus=False)
+                home = Home(self)
                 home.settings()
                 # A tool that is never done with what it writes.
                 slow = home.path / "resources"
@@ -131,14 +112,14 @@ class Application(unittest.TestCase):
                 self.assertEqual(home.tools(), [])
 
     def test_it_quits_by_itself_where_that_is_set(self):
-        home = self.home(bus=False)
+        home = Home(self)
         home.settings(QuitAfterConversion=1)
         process = home.start(home.movie("a.mkv"), home.movie("b.mkv"))
         self.assertEqual(process.wait(LIMIT), 0)
         self.assertTrue(home.has_output("a.mp4") and home.has_output("b.mp4"))
 
     def test_help_and_version(self):
-        home = self.home(bus=False)
+        home = Home(self)
         for option, expected in (("--version", "Ravelin 1.0.0"), ("--help", "[files...]")):
             run = subprocess.run([PROGRAM, option], env=home.environment, capture_output=True, text=True, timeout=LIMIT)
             self.assertEqual(run.returncode, 0)

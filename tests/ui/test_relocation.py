@@ -10,7 +10,8 @@ import unittest
 from contextlib import suppress
 from pathlib import Path
 
-from test_application import LIMIT, PROGRAM, Home, wait_until
+from processes import LIMIT, wait_until
+from test_application import PROGRAM, Home
 
 MOVED = "Ravelin has been moved, but applications should never be moved while they are running. [Restart Ravelin]"
 FAILED = "Ravelin could not restart itself. Please do so yourself. [Quit]"
@@ -20,8 +21,8 @@ UNSHARE = ["unshare", "--mount"] if os.geteuid() == 0 else ["unshare", "--mount"
 class Portable(Home):
     """An application folder to be carried about. Its tool finishes nothing before it may, and takes its time to end."""
 
-    def __init__(self):
-        super().__init__(bus=False)
+    def __init__(self, test):
+        super().__init__(test)
         self.settings()
         self.may_finish = self.path / "may finish"
         self.list = self.path / "data/example.ravelin.Ravelin/Unfinished files"
@@ -72,11 +73,6 @@ class Portable(Home):
 
 
 class Relocation(unittest.TestCase):
-    def home(self):
-        home = Portable()
-        self.addCleanup(home.close)
-        return home
-
     def assert_goes_on(self, home, old, place, movies):
         """From `place`, with all movies, under the names that they would have had; nothing stays behind."""
         wait_until(lambda: old not in home.instances(), "the end of the old instance")
@@ -92,40 +88,45 @@ class Relocation(unittest.TestCase):
         wait_until(lambda: not home.instances() and not home.tools(), "the end")
 
     def test_a_moved_folder(self):
-        for old, new in (("disk/Ravelin app", "elsewhere"), ("disk", "new disk")):
-            with self.subTest(moved=old):
-                home = self.home()
-                if old == "disk":
-                    home.environment["RAVELIN_RESOURCES"] = str(home.application / "resources")
-                process = home.start(home.movie("a.mkv"), home.movie("disk/ü b.mkv"))
-                wait_until(home.converts, "a conversion")
-                (home.path / old).rename(home.path / new)
+        moved = []  # One after the other, so that they wait for the end of their moves together.
+        for old, new, place in (("disk/Ravelin app", "elsewhere", "elsewhere"), ("disk", "new disk", "new disk/Ravelin app")):
+            home = Portable(self)
+            if old == "disk":
+                home.environment["RAVELIN_RESOURCES"] = str(home.application / "resources")
+            process = home.start(home.movie("a.mkv"), home.movie("disk/ü b.mkv"))
+            wait_until(home.converts, "a conversion")
+            (home.path / old).rename(home.path / new)
+            moved.append((home, process, home.path / place))
+        for home, process, place in moved:
+            with self.subTest(moved_to=place.name):
                 self.assertEqual(process.wait(LIMIT), 0)
-                place = home.path / (new if new == "elsewhere" else "new disk/Ravelin app")
                 self.assert_goes_on(home, process.pid, place, ("a", "ü b"))
 
     def test_a_volume_at_another_mount_point(self):
         if subprocess.run([*UNSHARE, "mount", "-t", "tmpfs", "none", "/mnt"], capture_output=True).returncode != 0:
             self.skipTest("this machine lets no test mount anything")
+        moved = []
         for steps in (["mount --move one two"], ["umount --lazy one", "mount --bind disk two"]):
+            home = Portable(self)
+            home.movie("disk/a.mkv")
+            (home.path / "one").mkdir()
+            (home.path / "two").mkdir()
+            shell = subprocess.Popen([*UNSHARE, "sh", "-e"], stdin=subprocess.PIPE, stdout=home.told, text=True,
+                                     cwd=home.path, env=home.environment)
+            home.running.append(shell)
+            self.addCleanup(shell.stdin.close)
+            print("mount --bind disk one", f'"$PWD/one/Ravelin app/bin/{PROGRAM.name}" one/a.mkv &', sep="\n",
+                  file=shell.stdin, flush=True)
+            wait_until(home.converts, "a conversion")
+            (old,) = home.instances()
+            print(*steps, sep="\n", file=shell.stdin, flush=True)
+            moved.append((home, old, steps))
+        for home, old, steps in moved:
             with self.subTest(steps=steps):
-                home = self.home()
-                home.movie("disk/a.mkv")
-                (home.path / "one").mkdir()
-                (home.path / "two").mkdir()
-                shell = subprocess.Popen([*UNSHARE, "sh", "-e"], stdin=subprocess.PIPE, stdout=home.told, text=True,
-                                         cwd=home.path, env=home.environment)
-                home.running.append(shell)
-                self.addCleanup(shell.stdin.close)
-                print("mount --bind disk one", f'"$PWD/one/Ravelin app/bin/{PROGRAM.name}" one/a.mkv &', sep="\n",
-                      file=shell.stdin, flush=True)
-                wait_until(home.converts, "a conversion")
-                (old,) = home.instances()
-                print(*steps, sep="\n", file=shell.stdin, flush=True)
                 self.assert_goes_on(home, old, home.path / "two/Ravelin app", ("a",))
 
     def test_what_cannot_be_started_is_told_and_nothing_is_lost(self):
-        home = self.home()
+        home = Portable(self)
         process = home.start(home.movie("a.mkv"))
         wait_until(home.converts, "a conversion")
         home.application.rename(home.path / "elsewhere")

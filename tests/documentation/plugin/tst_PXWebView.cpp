@@ -2,6 +2,7 @@
 #include "documentation/rules/WebViewFactory.h"
 #include "documentation/window/WebEngine.h"
 #include "documentation/window/WebEngineCheck.h"
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 
 #include <QApplication>
@@ -28,7 +29,7 @@ extern "C" const char* __lsan_default_suppressions() {
 
 namespace {
 
-constexpr int kMilliseconds = 20000;
+constexpr int kMilliseconds = 60000;
 
 /// The page tells its zoom, whether it scrolls and its colour in its title.
 constexpr const char* kTellingPage = R"html(<!doctype html>
@@ -159,22 +160,18 @@ private Q_SLOTS:
     }
 
     void whatSpeaksAgainstTheEngine_data() {
-        QTest::addColumn<QByteArray>("variable");
-        QTest::addColumn<QByteArray>("value");
-        QTest::addColumn<QString>("obstacle");
-        QTest::newRow("nothing") << QByteArray("UNRELATED") << QByteArray("1") << "";
-        QTest::newRow("no program") << QByteArray("QTWEBENGINEPROCESS_PATH") << QByteArray("/nowhere")
-                                    << "QtWebEngineProcess of Qt WebEngine is not installed.";
-        QTest::newRow("no resources") << QByteArray("QTWEBENGINE_RESOURCES_PATH") << QByteArray("/nowhere")
-                                      << "qtwebengine_resources.pak of Qt WebEngine is not installed.";
+        const Table<QByteArray, QByteArray, QString> row("variable", "value", "obstacle");
+        row("nothing", "UNRELATED", "1", "");
+        row("no program", "QTWEBENGINEPROCESS_PATH", "/nowhere",
+            "QtWebEngineProcess of Qt WebEngine is not installed.");
+        row("no resources", "QTWEBENGINE_RESOURCES_PATH", "/nowhere",
+            "qtwebengine_resources.pak of Qt WebEngine is not installed.");
         if (::geteuid() == 0) {
-            QTest::newRow("root") << QByteArray("QTWEBENGINE_DISABLE_SANDBOX") << QByteArray("0")
-                                  << "Qt WebEngine does not run as root.";
+            row("root", "QTWEBENGINE_DISABLE_SANDBOX", "0", "Qt WebEngine does not run as root.");
         }
     }
     void whatSpeaksAgainstTheEngine() {
-        QFETCH(const QByteArray, variable);
-        QFETCH(const QByteArray, value);
+        const auto [variable, value] = fetch<QByteArray, QByteArray>("variable", "value");
         const QByteArray before = qgetenv(variable);
         qputenv(variable, value);
         const QString obstacle = webengine::obstacle();
@@ -212,46 +209,37 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(found, 1, kMilliseconds);
     }
 
-    void theLocalPageStays_data() {
-        QTest::addColumn<QString>("remote");
-        QTest::newRow("nobody answers") << "http://127.0.0.1:1/page.html";
-        QTest::newRow("no such host") << "http://nowhere.invalid/page.html";
-        QTest::newRow("not found") << m_server->address("/missing.html");
-    }
     void theLocalPageStays() {
-        QFETCH(const QString, remote);
         writeLocal("");
-        const auto window = makeWindow();
-        window->set("localHTMLName", "local page.html");
-        window->set("remoteHTMLURL",
-                    QString(remote).replace(QRegularExpression(":\\d{4,}"),
-                                            QStringLiteral(":%1").arg(m_server->serverPort())));
-        window->show();
-        QTRY_COMPARE_WITH_TIMEOUT(window->title(), "Local", kMilliseconds);
-        // What the first would do, it has done when a second has loaded its own.
         m_server->pages["/page.html"] = "<title>Remote</title>";
-        const auto second = makeWindow();
-        second->set("localHTMLName", "local page.html");
-        second->set("remoteHTMLURL", m_server->address("/page.html"));
-        second->show();
-        QTRY_COMPARE_WITH_TIMEOUT(second->title(), "Remote", kMilliseconds);
-        QCOMPARE(window->title(), "Local");
-        QCOMPARE(window->failures + window->outside, QStringList());
+        // Nobody answers, no such host, and no such page.
+        for (const QString& remote :
+             {QString("http://127.0.0.1:1/page.html"), QString("http://nowhere.invalid/page.html"),
+              m_server->address("/none")}) {
+            const auto window = makeWindow();
+            window->set("localHTMLName", "local page.html");
+            window->set("remoteHTMLURL", remote);
+            window->show();
+            QTRY_COMPARE_WITH_TIMEOUT(window->title(), "Local", kMilliseconds);
+            // What the first would do, it has done when a second has loaded its own.
+            const auto second = makeWindow();
+            second->set("localHTMLName", "local page.html");
+            second->set("remoteHTMLURL", m_server->address("/page.html"));
+            second->show();
+            QTRY_COMPARE_WITH_TIMEOUT(second->title(), "Remote", kMilliseconds);
+            QCOMPARE(window->title(), "Local");
+            QCOMPARE(window->failures + window->outside, QStringList());
+        }
     }
 
     void whatLeadsElsewhereLeavesTheView_data() {
-        QTest::addColumn<QString>("link");
-        QTest::addColumn<QString>("outside");
-        QTest::newRow("foreign page") << "href='https://foreign.example/a%20b?c'"
-                                      << "https://foreign.example/a b?c";
-        QTest::newRow("in a new window") << "target=_blank href='https://foreign.example/'"
-                                         << "https://foreign.example/";
-        QTest::newRow("another local page") << "href='other.html#place'"
-                                            << "file://%1/other.html#place";
+        const Table<QString, QString> row("link", "outside");
+        row("foreign page", "href='https://foreign.example/a%20b?c'", "https://foreign.example/a b?c");
+        row("in a new window", "target=_blank href='https://foreign.example/'", "https://foreign.example/");
+        row("another local page", "href='other.html#place'", "file://%1/other.html#place");
     }
     void whatLeadsElsewhereLeavesTheView() {
-        QFETCH(const QString, link);
-        QFETCH(const QString, outside);
+        const auto [link, outside] = fetch<QString, QString>("link", "outside");
         for (const bool onlyClicks : {false, true}) {
             writeLocal("<a style='position: fixed; inset: 0; font-size: 99px' " + link.toUtf8() + ">go</a>");
             m_home->write("documents/other.html", "<title>Other</title>");
@@ -329,27 +317,18 @@ private Q_SLOTS:
     }
 
     void zoomAndScrolling_data() {
-        QTest::addColumn<QVariant>("factor");
-        QTest::addColumn<bool>("disableScrolling");
-        QTest::addColumn<QString>("first");
-        QTest::addColumn<QString>("second");
-        QTest::newRow("neither") << QVariant() << false << "none visible"
-                                 << "none visible";
-        QTest::newRow("as good as 1") << QVariant(1.00005) << false << "none visible"
-                                      << "none visible";
-        QTest::newRow("zoomed once") << QVariant(1.25) << false << "1.25 hidden"
-                                     << "none hidden";
-        QTest::newRow("not scrolled") << QVariant() << true << "none hidden"
-                                      << "none hidden";
+        const Table<QVariant, bool, QString, QString> row("factor", "disableScrolling", "first", "second");
+        row("neither", QVariant(), false, "none visible", "none visible");
+        row("as good as 1", 1.00005, false, "none visible", "none visible");
+        row("zoomed once", 1.25, false, "1.25 hidden", "none hidden");
+        row("not scrolled", QVariant(), true, "none hidden", "none hidden");
     }
     void zoomAndScrolling() {
-        QFETCH(const QVariant, factor);
-        QFETCH(const bool, disableScrolling);
-        QFETCH(const QString, first);
-        QFETCH(const QString, second);
-        m_server->pages["/page.html"] =
-            QByteArray(kTellingPage) +
-            "<script>if (!location.search) setTimeout(() => location.search = 'second', 400)</script>";
+        const auto [factor, disableScrolling, first, second] =
+            fetch<QVariant, bool, QString, QString>("factor", "disableScrolling", "first", "second");
+        m_server->pages["/page.html"] = QByteArray(kTellingPage) +
+                                        "<script>setInterval(async () => { if ((await fetch('/go')).ok) "
+                                        "location.search = 'second' }, 50)</script>";
         m_server->pages["/page.html?second"] = kTellingPage;
         const auto window = makeWindow();
         window->set("remoteHTMLURL", m_server->address("/page.html"));
@@ -357,6 +336,7 @@ private Q_SLOTS:
         window->set("disableScrolling", disableScrolling);
         window->show();
         QTRY_VERIFY_WITH_TIMEOUT(window->title().startsWith(first), kMilliseconds);
+        m_server->pages["/go"] = "now";
         QTRY_VERIFY_WITH_TIMEOUT(m_server->asked.contains("/page.html?second"), kMilliseconds);
         QTRY_VERIFY_WITH_TIMEOUT(window->title().startsWith(second), kMilliseconds);
     }

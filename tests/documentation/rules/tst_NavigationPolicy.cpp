@@ -1,4 +1,5 @@
 #include "documentation/rules/NavigationPolicy.h"
+#include "fakes/Table.h"
 
 #include <QTest>
 
@@ -17,14 +18,11 @@ class NavigationPolicyTest : public QObject {
 
 private Q_SLOTS:
     void place_data() {
-        QTest::addColumn<QString>("address");
-        QTest::addColumn<Home>("home");
-        QTest::addColumn<QString>("expected");  // As a click, then not as one: v(iew) or b(rowser).
+        // Expected as a click, then not as one: v(iew) or b(rowser).
+        const Table<QString, Home, QString> row("address", "home", "expected");
         const Home both{QUrl(kLocal), QUrl(kRemote), false};
         const Home onlyClicks{QUrl(kLocal), QUrl(kRemote), true};
         const Home none{{}, {}, false};
-        const auto row = [](const char* name, const QString& address, const Home& home,
-                            const char* expected) { QTest::newRow(name) << address << home << expected; };
         row("local page", kLocal, both, "vv");
         row("place in it", QString(kLocal) + "#top", both, "vv");
         row("encoded otherwise", "file:///opt/My [Apps]/documents/quick-start.html?x", both, "vv");
@@ -48,9 +46,7 @@ private Q_SLOTS:
         row("host as a name", "https://maker.example@evil.example/", host, "bb");
     }
     void place() {
-        QFETCH(const QString, address);
-        QFETCH(const Home, home);
-        QFETCH(const QString, expected);
+        const auto [address, home, expected] = fetch<QString, Home, QString>("address", "home", "expected");
         QString places;
         for (const bool isLinkClick : {true, false})
             places += placeFor(QUrl(address), isLinkClick, home) == Place::View ? 'v' : 'b';
@@ -78,24 +74,15 @@ private Q_SLOTS:
                  "https://a.example/example.App/b?example.App");
     }
 
-    void zoom_data() {
-        QTest::addColumn<std::optional<double>>("factor");
-        QTest::addColumn<QString>("script");  // Empty: none is run.
-        const QString script = "document.documentElement.style.zoom = \"%1\"";
-        QTest::newRow("none") << std::optional<double>() << "";
-        QTest::newRow("1") << std::optional(1.0) << "";
-        QTest::newRow("1.00005") << std::optional(1.00005) << "";
-        QTest::newRow("0.99995") << std::optional(0.99995) << "";
-        QTest::newRow("1.0001") << std::optional(1.0001) << script.arg("1.0001");
-        QTest::newRow("0.9999") << std::optional(0.9999) << script.arg("0.9999");
-        QTest::newRow("1.5") << std::optional(1.5) << script.arg("1.5000");
-        QTest::newRow("2/3") << std::optional(2.0 / 3) << script.arg("0.6667");
-    }
     void zoom() {
-        QFETCH(const std::optional<double>, factor);
-        QFETCH(const QString, script);
-        QCOMPARE(needsZoom(factor), !script.isEmpty());
-        if (factor && !script.isEmpty()) QCOMPARE(zoomScript(*factor), script);
+        for (const std::optional<double> factor : {std::optional<double>(), {1.0}, {1.00005}, {0.99995}})
+            QVERIFY(!needsZoom(factor));
+        for (const auto& [factor, written] :
+             {std::pair(1.0001, "1.0001"), {0.9999, "0.9999"}, {1.5, "1.5000"}, {2.0 / 3, "0.6667"}}) {
+            QVERIFY(needsZoom(factor));
+            QCOMPARE(zoomScript(factor),
+                     QString("document.documentElement.style.zoom = \"%1\"").arg(written));
+        }
     }
 };
 

@@ -2,6 +2,7 @@
 #include "documentation/window/FindBar.h"
 #include "documentation/window/PXRTFView.h"
 #include "fakes/FakeWebEngine.h"
+#include "fakes/Table.h"
 #include "fakes/WindowedApplication.h"
 #include "ui/widgets/WindowMenu.h"
 
@@ -74,23 +75,16 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowActive(app.window.get()));
     }
 
-    void tags_data() {
-        QTest::addColumn<std::optional<int>>("tag");
-        QTest::addColumn<int>("tab");
-        QTest::newRow("none") << std::optional<int>() << 3;
-        QTest::newRow("negative") << std::optional(-2) << 3;
-        QTest::newRow("the third") << std::optional(2) << 2;
-        QTest::newRow("beyond the last") << std::optional(kPages) << 3;
-    }
     void tags() {
-        QFETCH(const std::optional<int>, tag);
-        QFETCH(const int, tab);
         DocumentedApplication app;
         app.delegate.openDocumentationWindow(3);
         const DocumentationWindow* window = app.docs();
-        app.delegate.openDocumentationWindow(tag);
-        QCOMPARE(app.docs(), window);
-        QCOMPARE(app.tabs().currentIndex(), tab);
+        // None, and such as there are none, leave the page that is shown.
+        for (const std::optional<int> tag : {std::optional<int>(), {-2}, {kPages}, {2}}) {
+            app.delegate.openDocumentationWindow(tag);
+            QCOMPARE(app.docs(), window);
+            QCOMPARE(app.tabs().currentIndex(), tag == 2 ? 2 : 3);
+        }
     }
 
     void onlyWhatIsShownLoads() {
@@ -110,22 +104,18 @@ private Q_SLOTS:
         QCOMPARE(app.engine.views.size(), 2);
     }
 
-    void itIsReleasedWhenItCloses_data() {
-        QTest::addColumn<QString>("keys");
-        QTest::newRow("window") << "Ctrl+W";
-        QTest::newRow("escape") << "Esc";
-    }
     void itIsReleasedWhenItCloses() {
-        QFETCH(const QString, keys);
-        DocumentedApplication app;
-        app.delegate.openDocumentationWindow(4);
-        QTRY_VERIFY(app.isLoaded("whats-new.html"));
-        app.press(keys);
-        QTRY_VERIFY(!app.docs());
-        QVERIFY(!app.engine.views[0]);
-        app.delegate.openDocumentationWindow();
-        QCOMPARE(app.tabs().currentIndex(), 0);
-        QTRY_VERIFY(app.isLoaded("quick-start.html"));
+        for (const char* keys : {"Ctrl+W", "Esc"}) {
+            DocumentedApplication app;
+            app.delegate.openDocumentationWindow(4);
+            QTRY_VERIFY(app.isLoaded("whats-new.html"));
+            app.press(keys);
+            QTRY_VERIFY(!app.docs());
+            QVERIFY(!app.engine.views[0]);
+            app.delegate.openDocumentationWindow();
+            QCOMPARE(app.tabs().currentIndex(), 0);
+            QTRY_VERIFY(app.isLoaded("quick-start.html"));
+        }
     }
 
     void whereLinksLead() {
@@ -170,39 +160,33 @@ private Q_SLOTS:
         QVERIFY(app.engine.views[0]->magnification > 1);
     }
 
-    void aPageThatCannotBeShown_data() {
-        QTest::addColumn<bool>("isMissing");
-        QTest::newRow("missing") << true;
-        QTest::newRow("its process died") << false;
-    }
     void aPageThatCannotBeShown() {
-        QFETCH(const bool, isMissing);
-        DocumentedApplication app;
-        if (isMissing) QVERIFY(QFile::remove(app.path("resources/documents/quick-start.html")));
-        app.delegate.openDocumentationWindow(0);
-        if (!isMissing) {
-            QTRY_VERIFY(app.isLoaded("quick-start.html"));
-            app.engine.views[0]->services.failed("killed");
+        for (const bool isMissing : {true, false}) {  // Or its process dies.
+            DocumentedApplication app;
+            const QString page = app.path("resources/documents/quick-start.html");
+            if (isMissing) QVERIFY(QFile::remove(page));
+            app.delegate.openDocumentationWindow(0);
+            if (!isMissing) {
+                QTRY_VERIFY(app.isLoaded("quick-start.html"));
+                app.engine.views[0]->services.failed("killed");
+            }
+            QTRY_VERIFY(app.docs()->findChild<QLabel*>("sentence"));
+            const auto* sentence = app.docs()->findChild<QLabel*>("sentence");
+            QTRY_VERIFY(sentence->isVisible());
+            QCOMPARE(sentence->text().contains(page), isMissing);
         }
-        QTRY_VERIFY(app.docs()->findChild<QLabel*>("sentence"));
-        const auto* sentence = app.docs()->findChild<QLabel*>("sentence");
-        QTRY_VERIFY(sentence->isVisible());
-        QCOMPARE(sentence->text().contains(app.path("resources/documents/quick-start.html")), isMissing);
     }
 
     void withoutAnEngine_data() {
-        QTest::addColumn<bool>("isKnownBefore");
-        QTest::addColumn<bool>("hasBrowser");
-        QTest::addColumn<bool>("isMissing");
-        QTest::newRow("not installed") << true << true << false;
-        QTest::newRow("does not load") << false << true << false;
-        QTest::newRow("no browser, too") << true << false << false;
-        QTest::newRow("no page, too") << true << true << true;
+        const Table<bool, bool, bool> row("isKnownBefore", "hasBrowser", "isMissing");
+        row("not installed", true, true, false);
+        row("does not load", false, true, false);
+        row("no browser, too", true, false, false);
+        row("no page, too", true, true, true);
     }
     void withoutAnEngine() {
-        QFETCH(const bool, isKnownBefore);
-        QFETCH(const bool, hasBrowser);
-        QFETCH(const bool, isMissing);
+        const auto [isKnownBefore, hasBrowser, isMissing] =
+            fetch<bool, bool, bool>("isKnownBefore", "hasBrowser", "isMissing");
         DocumentedApplication app;
         (isKnownBefore ? app.engine.speaksAgainst : app.engine.failure) = "It is not here.";
         app.desktop.opens = hasBrowser;

@@ -1,4 +1,5 @@
 #include "documentation/window/PXRTFView.h"
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Log.h"
@@ -62,17 +63,14 @@ private Q_SLOTS:
         QVERIFY(m_asked.isEmpty());
     }
 
-    void missing_data() {
-        QTest::addColumn<QString>("name");
-        QTest::newRow("missing") << "none.rtf";
-        QTest::newRow("no rich text") << "plain.rtf";
-    }
     void missing() {
-        QFETCH(QString, name);
-        m_home->write("resources/documents/plain.rtf", "plain");
-        show(name);
-        QVERIFY(logged().contains(name));
-        QVERIFY(m_view->toPlainText().contains(name));
+        m_home->write("resources/documents/no rich text.rtf", "plain");
+        for (const char* name : {"missing.rtf", "no rich text.rtf"}) {
+            m_view = std::make_unique<PXRTFView>();
+            show(name);
+            QVERIFY(logged().contains(name));
+            QVERIFY(m_view->toPlainText().contains(name));
+        }
     }
 
     void newerCopy() {
@@ -88,15 +86,14 @@ private Q_SLOTS:
     }
 
     void links_data() {
-        QTest::addColumn<QString>("link");
-        QTest::addColumn<bool>("fromElsewhere");
-        QTest::addColumn<QString>("opened");  // From the documents folder: its name only.
-        QTest::newRow("page") << "https://e.example/a" << false << "https://e.example/a";
-        QTest::newRow("file beside") << "more.pdf" << false << "more.pdf";
-        QTest::newRow("script") << "javascript:x" << false << "";
-        QTest::newRow("place in the document") << "#a" << false << "";
-        QTest::newRow("beside a page") << "b.html" << true << "https://e.example/b.html";
-        QTest::newRow("this machine's file") << "file:///etc/passwd" << true << "";
+        // What is opened from the documents folder: its name only.
+        const Table<QString, bool, QString> row("link", "fromElsewhere", "opened");
+        row("page", "https://e.example/a", false, "https://e.example/a");
+        row("file beside", "more.pdf", false, "more.pdf");
+        row("script", "javascript:x", false, "");
+        row("place in the document", "#a", false, "");
+        row("beside a page", "b.html", true, "https://e.example/b.html");
+        row("this machine's file", "file:///etc/passwd", true, "");
     }
     void links() {
         QFETCH(QString, link);

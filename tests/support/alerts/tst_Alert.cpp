@@ -1,3 +1,4 @@
+#include "fakes/Logged.h"
 #include "fakes/OpenedMail.h"
 #include "fakes/TestHome.h"
 #include "support/alerts/Alert.h"
@@ -14,16 +15,6 @@
 
 class AlertTest : public QObject {
     Q_OBJECT
-
-    /// The messages that were logged at level 3 since the home was made, oldest first.
-    static QStringList logged() {
-        QStringList result;
-        for (int position = 0; position < 10; ++position) {
-            const auto text = defaultString(makeString("quillonlib_asl_lev3_pos%i", position));
-            if (text) result.append(text->section(" message: ", 1));
-        }
-        return result;
-    }
 
 private Q_SLOTS:
     void answersAndLogs() {

@@ -38,13 +38,10 @@ private Q_SLOTS:
     /// Formats come from literals; these are the mismatches that must not compile.
     void mismatchesAreKnown() {
         using namespace format_detail;
-        static_assert(!fits<QString>(Kind::Signed32));
-        static_assert(!fits<int>(Kind::Object));
-        static_assert(!fits<qint64>(Kind::Signed32));
-        static_assert(!fits<quint64>(Kind::Signed));
-        static_assert(!fits<int>(Kind::Floating));
-        static_assert(fits<bool>(Kind::Signed32) && fits<double>(Kind::Floating) &&
-                      fits<int*>(Kind::Pointer));
+        static_assert(!fits<QString>(Kind::Signed32) && !fits<int>(Kind::Object));
+        static_assert(!fits<qint64>(Kind::Signed32) && !fits<quint64>(Kind::Signed));
+        static_assert(!fits<int>(Kind::Floating) && fits<bool>(Kind::Signed32));
+        static_assert(fits<double>(Kind::Floating) && fits<int*>(Kind::Pointer));
         static_assert(readPlaceholder("%q").length == 0 && readPlaceholder("%").length == 0);
     }
 };

@@ -1,3 +1,4 @@
+#include "fakes/Table.h"
 #include "support/base/Collections.h"
 #include "support/base/Random.h"
 #include "support/base/Text.h"
@@ -11,13 +12,12 @@ class TextTest : public QObject {
 
 private Q_SLOTS:
     void lines_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QStringList>("pieces");
-        QTest::newRow("carriage return and line feed are two") << u"a\r\nb"_s << QStringList{"a", "", "b"};
-        QTest::newRow("every newline")
-            << u"1\n2\v3\f4\r5\u00856\u20287\u20298"_s << QStringList{"1", "2", "3", "4", "5", "6", "7", "8"};
-        QTest::newRow("empty") << u""_s << QStringList{""};
-        QTest::newRow("last is empty") << u"a\n"_s << QStringList{"a", ""};
+        const Table<QString, QStringList> row("text", "pieces");
+        row("carriage return and line feed are two", "a\r\nb", {"a", "", "b"});
+        row("every newline", u"1\n2\v3\f4\r5\u00856\u20287\u20298"_s,
+            {"1", "2", "3", "4", "5", "6", "7", "8"});
+        row("empty", "", {""});
+        row("last is empty", "a\n", {"a", ""});
     }
     void lines() {
         QFETCH(QString, text);
@@ -44,19 +44,13 @@ private Q_SLOTS:
         QCOMPARE(text::strippedOfNewlines("a\r\nb\u2028c"), u"abc"_s);
     }
 
-    void integers_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("number");
-        QTest::newRow("plain") << u"42"_s << 42;
-        QTest::newRow("what follows") << u"42 kb/s"_s << 42;
-        QTest::newRow("sign and blanks") << u"  -7x"_s << -7;
-        QTest::newRow("none") << u"N/A"_s << 0;
-        QTest::newRow("too large") << u"99999999999"_s << std::numeric_limits<int>::max();
-        QTest::newRow("far too small") << u"-99999999999999999999999"_s << std::numeric_limits<int>::min();
-    }
     void integers() {
-        QFETCH(QString, text);
-        QTEST(text::integerValue(text), "number");
+        QCOMPARE(text::integerValue(u"42"), 42);
+        QCOMPARE(text::integerValue(u"42 kb/s"), 42);
+        QCOMPARE(text::integerValue(u"  -7x"), -7);
+        QCOMPARE(text::integerValue(u"N/A"), 0);
+        QCOMPARE(text::integerValue(u"99999999999"), std::numeric_limits<int>::max());
+        QCOMPARE(text::integerValue(u"-99999999999999999999999"), std::numeric_limits<int>::min());
     }
 
     void encodings_data() {
@@ -76,17 +70,11 @@ private Q_SLOTS:
 
     void reportsAreStrictUtf8() { QVERIFY(!text::fromUtf8("Gr\xfc\xdf")); }
 
-    void durations_data() {
-        QTest::addColumn<double>("seconds");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("cut, not rounded") << 59.9 << u"59s"_s;
-        QTest::newRow("minutes") << 61.0 << u"1m 1s"_s;
-        QTest::newRow("no hours") << 18000.0 << u"300m 0s"_s;
-        QTest::newRow("nothing") << 0.0 << u"0s"_s;
-    }
     void durations() {
-        QFETCH(double, seconds);
-        QTEST(text::formattedTimeFromTimeInterval(seconds), "text");
+        QCOMPARE(text::formattedTimeFromTimeInterval(59.9), "59s");  // Cut, not rounded.
+        QCOMPARE(text::formattedTimeFromTimeInterval(61), "1m 1s");
+        QCOMPARE(text::formattedTimeFromTimeInterval(18000), "300m 0s");
+        QCOMPARE(text::formattedTimeFromTimeInterval(0), "0s");
     }
 
     void escaping() {

@@ -5,8 +5,6 @@ import socket
 import subprocess
 import sys
 import tempfile
-import threading
-import time
 import unittest
 
 import dbus
@@ -15,18 +13,10 @@ import dbusmock
 from dbus.mainloop.glib import DBusGMainLoop
 from gi.repository import GLib
 
+from processes import LIMIT, next_line, wait_until
+
 PROBE = os.path.abspath(sys.argv.pop(1))
-LIMIT = 10
-
-
-def until(condition, what):
-    """Waits for a condition with a deadline and returns what it gave."""
-    deadline = time.monotonic() + LIMIT
-    while not (result := condition()):
-        if time.monotonic() > deadline:
-            raise AssertionError(f"waited in vain for {what}")
-        time.sleep(0.01)
-    return result
+PORTAL, PORTAL_PATH = "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop"
 
 
 class Probe:
@@ -39,11 +29,13 @@ class Probe:
         for line in (*answers, "did " + command.split(" ")[0]):
             self.line_is(line)
 
+    def tell_at_once(self, *commands):
+        self.process.stdin.write("\n".join((*commands, "")))
+        for command in commands:
+            self.line_is("did " + command)
+
     def line_is(self, expected):
-        watchdog = threading.Timer(LIMIT, self.process.kill)
-        watchdog.start()
-        line = self.process.stdout.readline().strip()
-        watchdog.cancel()
+        line = next_line(self.process).strip()
         assert line == expected, f"{line!r} instead of {expected!r}"
 
     def quit(self):
@@ -84,6 +76,9 @@ class DesktopTest(dbusmock.DBusTestCase):
         bus = self.system if system else self.session
         return dbus.Interface(bus.get_object(name, path), dbusmock.MOCK_IFACE)
 
+    def portal(self, interface, name=PORTAL):
+        return self.mock(name, PORTAL_PATH, "org.freedesktop.portal." + interface)
+
     def folder(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
@@ -93,18 +88,19 @@ class DesktopTest(dbusmock.DBusTestCase):
         self.assertEqual(self.probe.quit(), 0)
         self.probe = Probe(dict(os.environ, **environment), arguments)
 
-    def opener(self, then=""):
-        """A folder for the search path with an xdg-open that writes its argument down in the file "opened"."""
+    def restart_with_opener(self, then=""):
+        """First in the search path is a folder with an xdg-open that writes its argument down in the file "opened"."""
         folder = self.folder()
         opener = os.path.join(folder, "xdg-open")
         with open(opener, "w", encoding="utf-8") as file:
             file.write(f'#!/bin/sh\necho chatter\necho "$1" >{folder}/new && mv {folder}/new {folder}/opened\n'
                        f'cd {folder}\n{then}\n')
         os.chmod(opener, 0o755)
+        self.restart(PATH=f"{folder}:{os.environ['PATH']}")
         return folder
 
     def opened(self, folder):
-        until(lambda: os.path.exists(f"{folder}/opened"), "the opener")
+        wait_until(lambda: os.path.exists(f"{folder}/opened"), "the opener")
         with open(f"{folder}/opened", encoding="utf-8") as file:
             return file.read().strip()
 
@@ -119,39 +115,34 @@ class DesktopTest(dbusmock.DBusTestCase):
     def test_sleep_is_held_off_until_released(self):
         logind, lock = self.inhibiting_file()
         self.probe.tell("inhibit")
-        until(lambda: lock in self.probe.open_pipes(), "the descriptor")
+        wait_until(lambda: lock in self.probe.open_pipes(), "the descriptor")
         self.assertEqual(logind.GetMethodCalls("Inhibit")[0][1], ["sleep:idle", "Ravelin", "Converting MKV file.", "block"])
         self.probe.tell("release")
-        until(lambda: lock not in self.probe.open_pipes(), "the end of the descriptor")
+        wait_until(lambda: lock not in self.probe.open_pipes(), "the end of the descriptor")
 
     def test_released_before_the_answer(self):
         logind, lock = self.inhibiting_file()
-        self.probe.process.stdin.write("inhibit\nrelease\n")
-        self.probe.line_is("did inhibit")
-        self.probe.line_is("did release")
-        until(lambda: logind.GetMethodCalls("Inhibit"), "the call")
+        self.probe.tell_at_once("inhibit", "release")
+        wait_until(lambda: logind.GetMethodCalls("Inhibit"), "the call")
         self.probe.tell("inhibit")
-        until(lambda: lock in self.probe.open_pipes(), "the second descriptor")
+        wait_until(lambda: lock in self.probe.open_pipes(), "the second descriptor")
         # The answer itself holds the descriptor too, until the event loop has let go of it.
-        until(lambda: self.probe.open_pipes().count(lock) == 1, "the end of the first descriptor")
+        wait_until(lambda: self.probe.open_pipes().count(lock) == 1, "the end of the first descriptor")
 
     def test_sleep_is_held_off_through_the_portal(self):
         self.restart("--flatpak")
-        path, interface = "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Inhibit"
-        portal = self.mock("org.freedesktop.portal.Desktop", path, interface)
+        portal = self.portal("Inhibit")
         portal.AddMethod("", "Inhibit", "sua{sv}", "o", "ret = dbus.ObjectPath('/request/' + str(len(self.call_log)))")
         for number in (1, 2):
             portal.AddObject(f"/request/{number}", "org.freedesktop.portal.Request", {}, [("Close", "", "", "")])
-        requests = [dbus.Interface(self.session.get_object("org.freedesktop.portal.Desktop", f"/request/{number}"),
-                                   dbusmock.MOCK_IFACE) for number in (1, 2)]
-        self.probe.process.stdin.write("inhibit\nrelease\ninhibit\n")
-        for command in ("inhibit", "release", "inhibit"):
-            self.probe.line_is("did " + command)
-        until(lambda: requests[0].GetMethodCalls("Close"), "the end of the request that was not wanted any more")
+        requests = [dbus.Interface(self.session.get_object(PORTAL, f"/request/{number}"), dbusmock.MOCK_IFACE)
+                    for number in (1, 2)]
+        self.probe.tell_at_once("inhibit", "release", "inhibit")
+        wait_until(lambda: requests[0].GetMethodCalls("Close"), "the end of the request that was not wanted any more")
         self.assertEqual(portal.GetMethodCalls("Inhibit")[0][1], ["", 4 | 8, {"reason": "Converting MKV file."}])
         self.assertEqual(requests[1].GetMethodCalls("Close"), [])
         self.probe.tell("release")
-        until(lambda: requests[1].GetMethodCalls("Close"), "the end of the request")
+        wait_until(lambda: requests[1].GetMethodCalls("Close"), "the end of the request")
 
     def test_notification_with_an_action(self):
         service = "org.freedesktop.Notifications"
@@ -159,7 +150,7 @@ class DesktopTest(dbusmock.DBusTestCase):
         daemon.AddMethod("", "Notify", "susssasa{sv}i", "u", "ret = 7")
         self.probe.tell("notify Finished|a < b|Show|/movies/a b.mp4")
         self.probe.tell("settle")  # An answer that was there at once has been taken by now.
-        call = until(lambda: daemon.GetMethodCalls("Notify"), "the notification")[0][1]
+        call = wait_until(lambda: daemon.GetMethodCalls("Notify"), "the notification")[0][1]
         self.assertEqual([str(part) for part in (call[0], call[3], call[4])], ["Ravelin", "Finished", "a &lt; b"])
         self.assertEqual(list(call[5])[-2:], ["show", "Show"])
         self.assertEqual(call[6]["desktop-entry"], "example.ravelin.Ravelin")
@@ -170,18 +161,17 @@ class DesktopTest(dbusmock.DBusTestCase):
         daemon.EmitSignal("", "ActionInvoked", "us", [dbus.UInt32(7), "show"])
         self.probe.tell("notify Failed|text||/b.mp4")
         self.probe.tell("settle")  # An answer that was there at once has been taken by now.
-        second = until(lambda: daemon.GetMethodCalls("Notify")[1:], "the second notification")[0][1]
+        second = wait_until(lambda: daemon.GetMethodCalls("Notify")[1:], "the second notification")[0][1]
         self.assertEqual(list(second[5]), ["default", "Failed"])
         daemon.EmitSignal("", "ActionInvoked", "us", [dbus.UInt32(7), "default"])
         self.probe.line_is("activated /b.mp4")
 
     def test_notification_through_the_portal(self):
         self.restart("--flatpak")
-        path, interface = "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Notification"
-        portal = self.mock("org.freedesktop.portal.Desktop", path, interface)
+        portal = self.portal("Notification")
         portal.AddMethod("", "AddNotification", "sa{sv}", "", "")
         self.probe.tell("notify Finished|text|Show|/a.mp4")
-        call = until(lambda: portal.GetMethodCalls("AddNotification"), "the notification")[0][1]
+        call = wait_until(lambda: portal.GetMethodCalls("AddNotification"), "the notification")[0][1]
         self.assertEqual(call[1]["title"], "Finished")
         self.assertEqual(call[1]["buttons"], [{"label": "Show", "action": "show"}])
         portal.EmitSignal("", "ActionInvoked", "ssav", [call[0], "show", dbus.Array([], signature="v")])
@@ -192,24 +182,21 @@ class DesktopTest(dbusmock.DBusTestCase):
         manager = self.mock(name, "/org/freedesktop/FileManager1", name)
         manager.AddMethod("", "ShowItems", "ass", "", "")
         self.probe.tell("reveal /movies/a #100% ü.mp4")
-        call = until(lambda: manager.GetMethodCalls("ShowItems"), "the call")[0][1]
+        call = wait_until(lambda: manager.GetMethodCalls("ShowItems"), "the call")[0][1]
         self.assertEqual(call[0], ["file:///movies/a%20%23100%25%20%C3%BC.mp4"])
 
     def test_reveal_without_a_file_manager_opens_the_folder(self):
-        folder = self.opener()
-        self.restart(PATH=f"{folder}:{os.environ['PATH']}")
+        folder = self.restart_with_opener()
         self.probe.tell("reveal /movies/a.mp4")
         self.assertEqual(self.opened(folder), "file:///movies")
 
     def test_pages_open_by_the_program_else_by_the_portal(self):
-        folder = self.opener()
-        self.restart(PATH=f"{folder}:{os.environ['PATH']}")
+        folder = self.restart_with_opener()
         self.probe.tell("open mailto:a@b.example?subject=x%20y%26z", "opened")
         self.assertEqual(self.opened(folder), "mailto:a@b.example?subject=x%20y%26z")
         self.probe.tell("open no-scheme?subject=x", "not opened")
 
-        path, interface = "/org/freedesktop/portal/desktop", "org.freedesktop.portal.OpenURI"
-        portal = self.mock("org.freedesktop.portal.Desktop", path, interface)
+        portal = self.portal("OpenURI")
         portal.AddMethod("", "OpenURI", "ssa{sv}", "o", "ret = dbus.ObjectPath('/request')")
         portal.AddMethod("", "OpenFile", "sha{sv}", "o",
                          "import os; open('{0}/file', 'w').write(os.readlink(f'/proc/self/fd/{{args[1].take()}}')); "
@@ -217,31 +204,29 @@ class DesktopTest(dbusmock.DBusTestCase):
         for arguments in ((), ("--flatpak",)):
             self.restart(*arguments, PATH=folder if arguments else "/nowhere")
             self.probe.tell("open https://ravelin.example/a%20b", "opened")
-        calls = until(lambda: portal.GetMethodCalls("OpenURI")[1:] and portal.GetMethodCalls("OpenURI"), "both calls")
+        calls = wait_until(lambda: portal.GetMethodCalls("OpenURI")[1:] and portal.GetMethodCalls("OpenURI"), "both calls")
         self.assertEqual([call[1][1] for call in calls], ["https://ravelin.example/a%20b"] * 2)
         self.probe.tell(f"open file://{folder}", "opened")
-        until(lambda: os.path.exists(f"{folder}/file") and os.path.getsize(f"{folder}/file"), "the folder")
+        wait_until(lambda: os.path.exists(f"{folder}/file") and os.path.getsize(f"{folder}/file"), "the folder")
         with open(f"{folder}/file", encoding="utf-8") as file:
             self.assertEqual(file.read(), os.path.realpath(folder))
         self.probe.tell("open file:///nowhere/at/all", "not opened")
 
     def test_a_mail_is_opened_only_if_a_program_takes_it(self):
-        folder = self.opener(then="exit 3")
-        self.restart(PATH=f"{folder}:{os.environ['PATH']}")
+        self.restart_with_opener(then="exit 3")
         self.probe.tell("open mailto:a@b.example", "not opened")
         self.probe.tell("open https://ravelin.example", "opened")  # Of a page nobody waits for an answer.
         self.restart(PATH="/nowhere")
         self.probe.tell("open mailto:a@b.example", "not opened")  # There is a bus, but no portal.
 
     def test_a_mail_program_outlives_the_application(self):
-        folder = self.opener(then="read line <pipe; echo $line >ended")
+        folder = self.restart_with_opener(then="read line <pipe; echo $line >ended")
         os.mkfifo(f"{folder}/pipe")
-        self.restart(PATH=f"{folder}:{os.environ['PATH']}")
         self.probe.tell("open mailto:a@b.example", "opened")
         self.restart()
         with open(f"{folder}/pipe", "w", encoding="utf-8") as pipe:
             pipe.write("alive\n")
-        until(lambda: os.path.exists(f"{folder}/ended") and os.path.getsize(f"{folder}/ended"), "the program")
+        wait_until(lambda: os.path.exists(f"{folder}/ended") and os.path.getsize(f"{folder}/ended"), "the program")
 
     def test_launcher_shows_what_changes(self):
         bus = dbus.bus.BusConnection(os.environ["DBUS_SESSION_BUS_ADDRESS"], mainloop=DBusGMainLoop())
@@ -250,15 +235,14 @@ class DesktopTest(dbusmock.DBusTestCase):
         bus.add_signal_receiver(lambda *arguments: told.append(arguments), "Update", "com.canonical.Unity.LauncherEntry")
         for fraction in ("0.25", "0.25", "2", "", "", "0.5"):
             self.probe.tell(f"progress {fraction}".strip())
-        until(lambda: (GLib.MainContext.default().iteration(False), told[3:])[1], "the signals")
+        wait_until(lambda: (GLib.MainContext.default().iteration(False), told[3:])[1], "the signals")
         application = "application://example.ravelin.Ravelin.desktop"
         self.assertEqual(told, [(application, {"progress": fraction, "progress-visible": visible})
                                 for fraction, visible in ((0.25, True), (1, True), (0, False), (0.5, True))])
 
     def test_appearance_of_a_portal_that_comes_late(self):
-        service, path = "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop"
-        portal = self.mock("example.stand.in", path, "org.freedesktop.portal.Settings")
-        portal.AddMethod("", "Appear", "", "", f"self.connection.request_name({service!r})")
+        portal = self.portal("Settings", "example.stand.in")
+        portal.AddMethod("", "Appear", "", "", f"self.connection.request_name({PORTAL!r})")
         portal.AddMethod("", "ReadAll", "as", "a{sa{sv}}",
                          "ret = {'org.freedesktop.appearance': {'color-scheme': dbus.UInt32(1), 'contrast': 'x'}, "
                          "'org.gnome.desktop.interface': {'enable-animations': dbus.Boolean(False, variant_level=2)}}")

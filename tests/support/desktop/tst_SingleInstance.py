@@ -9,14 +9,14 @@ import struct
 import subprocess
 import sys
 import tempfile
-import threading
 import unittest
 
 import dbus
 import dbus.bus
 
+from processes import LIMIT, next_line, start_bus
+
 PROBE = os.path.abspath(sys.argv.pop(1))
-LIMIT = 20
 ID = "example.ravelin.Instance-Test"
 MAGIC = struct.pack(">I", 0x52760001)
 ODD_NAMES = ["/movies/a b.mkv", "/movies/two\nlines\t.mkv", "/movies/Über ß 電影 🎬.mkv", "/movies/100%25 %zz #1?x=y&z;.mkv",
@@ -28,10 +28,7 @@ class Start:
         self.process = subprocess.Popen([PROBE, *arguments], stdin=subprocess.PIPE, stdout=subprocess.PIPE, env=environment)
 
     def line(self):
-        watchdog = threading.Timer(LIMIT, self.process.kill)
-        watchdog.start()
-        line = self.process.stdout.readline()
-        watchdog.cancel()
+        line = next_line(self.process)
         return json.loads(line) if line else None
 
     def role(self):
@@ -127,11 +124,7 @@ class Meetings:
 class BusTest(Meetings, StartsTest):
     def setUp(self):
         super().setUp()
-        daemon = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"], stdout=subprocess.PIPE,
-                                  stderr=subprocess.DEVNULL)
-        self.addCleanup(daemon.communicate)
-        self.addCleanup(daemon.kill)
-        self.address = self.environment["DBUS_SESSION_BUS_ADDRESS"] = daemon.stdout.readline().decode().strip()
+        self.address = self.environment["DBUS_SESSION_BUS_ADDRESS"] = start_bus(self)
 
     def test_the_desktop_calls(self):
         first = self.first()
@@ -171,7 +164,8 @@ class SocketTest(Meetings, StartsTest):
                 client = self.client()
                 client.sendall(MAGIC + struct.pack(">I", len(payload)) + payload)
                 self.assertEqual(client.recv(1), b"")
-        for bytes_ in (b"GET / HTTP/1.0\r\n\r\n", MAGIC + b"\xff" * 4, MAGIC + struct.pack(">I", (16 << 20) + 1)):
+        for bytes_ in (b"GET / HTTP/1.0\r\n\r\n", struct.pack(">II", 1, len(text)) + text, MAGIC + b"\xff" * 4,
+                       MAGIC + struct.pack(">I", (16 << 20) + 1)):
             with self.subTest(bytes=bytes_):
                 client = self.client()
                 client.sendall(bytes_)

@@ -1,3 +1,4 @@
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "support/relocation/MountTable.h"
 #include "support/relocation/PXAppMovedHandler.h"
@@ -51,52 +52,45 @@ class RelocationTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void volumesAreFoundAgain_data() {
-        QTest::addColumn<QByteArray>("table");
-        QTest::addColumn<QByteArray>("point");
+    void volumesAreFoundAgain() {
+        const auto point = [](const QByteArray& table) {
+            const Mount volume{36, "8:17", "/", "/media/a"};
+            return mounttable::found(volume, mounttable::parsed(table)).value_or(Mount()).point;
+        };
         const QByteArray other =
             "40 22 8:17 /other /media/x rw - ext4 b rw\n36 22 8:33 / /media/c rw - ext4 c rw\n";
         const QByteArray moved = "36 22 8:17 / /media/my\\040disk\\134 rw shared:1 - ext4 b rw\n";
         const QByteArray again = "51 22 8:17 / /media/b rw - ext4 b rw\n";
-        QTest::newRow("moved") << other + moved << QByteArray("/media/my disk\\");
-        QTest::newRow("mounted again") << other + again << QByteArray("/media/b");
-        QTest::newRow("mounted twice") << moved + again << QByteArray("/media/my disk\\");
-        QTest::newRow("detached, its number given anew") << other << QByteArray();
-        QTest::newRow("nonsense") << QByteArray("\n36 22 8:17\n\\04") << QByteArray();
-    }
-    void volumesAreFoundAgain() {
-        QFETCH(const QByteArray, table);
-        const Mount volume{36, "8:17", "/", "/media/a"};
-        QTEST(mounttable::found(volume, mounttable::parsed(table)).value_or(Mount()).point, "point");
+        QCOMPARE(point(other + moved), "/media/my disk\\");
+        QCOMPARE(point(other + again), "/media/b");
+        QCOMPARE(point(moved + again), "/media/my disk\\");
+        QCOMPARE(point(other), "");  // Detached, and its number given anew.
+        QCOMPARE(point("\n36 22 8:17\n\\04"), "");
     }
 
-    void onlyTheVolumeOfTheApplicationCounts_data() {
-        QTest::addColumn<QStringList>("volumeAndNewPath");
-        QTest::newRow("its volume") << QStringList{"/media/a", "/new/Ravelin/app"};
-        QTest::newRow("itself") << QStringList{"/media/a/Ravelin/app", "/new"};
-        QTest::newRow("everything") << QStringList{"/", "/new/media/a/Ravelin/app"};
-        QTest::newRow("begins alike") << QStringList{"/media/a/Rav", ""};
-        QTest::newRow("none") << QStringList{"", ""};
-    }
     void onlyTheVolumeOfTheApplicationCounts() {
-        QFETCH(const QStringList, volumeAndNewPath);
-        QString offered;
-        const auto offer = [&](const QString& path) { offered = path; };
-        PXAppVolumeRenamedObserver{"/media/a/Ravelin/app", offer}.watch(volumeAndNewPath[0], "/new");
-        QCOMPARE(offered, volumeAndNewPath[1]);
+        const auto pathAfter = [](const QString& volume) {
+            QString offered;
+            const auto offer = [&](const QString& path) { offered = path; };
+            PXAppVolumeRenamedObserver{"/media/a/Ravelin/app", offer}.watch(volume, "/new");
+            return offered;
+        };
+        QCOMPARE(pathAfter("/media/a"), "/new/Ravelin/app");
+        QCOMPARE(pathAfter("/media/a/Ravelin/app"), "/new");
+        QCOMPARE(pathAfter("/"), "/new/media/a/Ravelin/app");
+        QCOMPARE(pathAfter("/media/a/Rav"), "");
+        QCOMPARE(pathAfter(""), "");
     }
 
     void onlyAMoveAndNothingElseCounts_data() {
-        QTest::addColumn<quint32>("flags");
-        QTest::addColumn<bool>("counts");
-        QTest::newRow("move") << MoveWatch::flagsOf(IN_MOVE_SELF | IN_ISDIR) << true;
-        QTest::newRow("move and unmount") << MoveWatch::flagsOf(IN_MOVE_SELF | IN_UNMOUNT) << false;
-        QTest::newRow("move and loss of events") << MoveWatch::flagsOf(IN_MOVE_SELF | IN_Q_OVERFLOW) << false;
-        QTest::newRow("nothing") << MoveWatch::flagsOf(IN_IGNORED) << false;
+        const Table<quint32, bool> row("flags", "counts");
+        row("move", MoveWatch::flagsOf(IN_MOVE_SELF | IN_ISDIR), true);
+        row("move and unmount", MoveWatch::flagsOf(IN_MOVE_SELF | IN_UNMOUNT), false);
+        row("move and loss of events", MoveWatch::flagsOf(IN_MOVE_SELF | IN_Q_OVERFLOW), false);
+        row("nothing", MoveWatch::flagsOf(IN_IGNORED), false);
     }
     void onlyAMoveAndNothingElseCounts() {
-        QFETCH(const quint32, flags);
-        QFETCH(const bool, counts);
+        const auto [flags, counts] = fetch<quint32, bool>("flags", "counts");
         const Place place(1'000'000);
         place.move("disk/app", "app");
         place.handler->MoveCallbackFunction(flags);
@@ -104,15 +98,14 @@ private Q_SLOTS:
     }
 
     void moves_data() {
-        QTest::addColumn<QStringList>("fromToAndNewPath");
-        QTest::addColumn<bool>("startsAnew");
-        QTest::newRow("the folder") << QStringList{"disk/app", "ü a", "ü a"} << true;
-        QTest::newRow("the one above") << QStringList{"disk", "disk 2", "disk 2/app"} << true;
-        QTest::newRow("where it cannot be started") << QStringList{"disk/app", "b", "b"} << false;
+        const Table<QStringList, bool> row("fromToAndNewPath", "startsAnew");
+        row("the folder", {"disk/app", "ü a", "ü a"}, true);
+        row("the one above", {"disk", "disk 2", "disk 2/app"}, true);
+        row("where it cannot be started", {"disk/app", "b", "b"}, false);
     }
     void moves() {
-        QFETCH(const QStringList, fromToAndNewPath);
-        QFETCH(const bool, startsAnew);
+        const auto [fromToAndNewPath, startsAnew] =
+            fetch<QStringList, bool>("fromToAndNewPath", "startsAnew");
         const QString& newPath = fromToAndNewPath[2];
         Place place;
         place.startsAnew = startsAnew;

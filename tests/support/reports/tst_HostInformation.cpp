@@ -1,3 +1,4 @@
+#include "fakes/Logged.h"
 #include "fakes/TestHome.h"
 #include "support/base/Format.h"
 #include "support/reports/HostInformation.h"
@@ -17,62 +18,40 @@ class HostInformationTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void translation_data() {
-        QTest::addColumn<int>("error");
-        QTest::addColumn<int>("value");
-        QTest::addColumn<bool>("translated");
-        QTest::addColumn<bool>("logged");
-        QTest::newRow("translated") << 0 << 1 << true << false;
-        QTest::newRow("native") << 0 << 0 << false << false;
-        QTest::newRow("no such setting") << ENOENT << 0 << false << false;
-        QTest::newRow("cannot be read") << EPERM << 1 << false << true;
-    }
     void translation() {
         const TestHome home;
-        QFETCH(int, error);
-        QFETCH(int, value);
-        const bool translated = hostrules::isTranslated([&](int& read) {
-            read = value;
-            return error;
-        });
-        QTEST(translated, "translated");
-        QString said;
-        for (int i = 0; i < 10; ++i)
-            said += defaultString(makeString("quillonlib_asl_lev3_pos%i", i)).value_or(QString());
-        QTEST(said.contains("Error:    sysctl.proctranslated returned 1"), "logged");
+        const auto isTranslated = [](int error, int value) {
+            return hostrules::isTranslated([&](int& read) {
+                read = value;
+                return error;
+            });
+        };
+        QVERIFY(isTranslated(0, 1));
+        QVERIFY(!isTranslated(0, 0));
+        QVERIFY(!isTranslated(ENOENT, 0) && logged().isEmpty());  // This processor knows of none.
+        QVERIFY(!isTranslated(EPERM, 1));
+        QVERIFY(logged().join(' ').contains("Error:    sysctl.proctranslated returned 1"));
     }
 
-    void otherUsers_data() {
-        QTest::addColumn<QString>("who");
-        QTest::addColumn<QStringList>("users");
-        QTest::newRow("nobody") << "" << QStringList();
-        QTest::newRow("console") << "me console Nov 1\nanna console Nov 2\n" << QStringList{"anna"};
-        QTest::newRow("a name around mine") << "me2 console Nov 1\nanna console Nov 2 (me)\n"
-                                            << QStringList();
-        QTest::newRow("screens") << "anna tty2   2026-11-01 09:00\nbob   :1   2026-11-01 09:00 (:1)\n"
-                                 << QStringList{"anna", "bob"};
-        QTest::newRow("from elsewhere")
-            << "a pts/0 09:00 (10.0.0.7)\nb ttyS0 09:00\nc ttys001 09:00\nd seat0 09:00\n"
-            << QStringList();
-        QTest::newRow("no terminal") << "anna\n tty2\n" << QStringList();
-    }
     void otherUsers() {
-        QFETCH(QString, who);
-        QTEST(hostrules::otherUsers(who, "me"), "users");
+        const auto others = [](const QString& who) { return hostrules::otherUsers(who, "me"); };
+        QCOMPARE(others(""), QStringList());
+        QCOMPARE(others("me console Nov 1\nanna console Nov 2\n"), QStringList{"anna"});
+        // A name around mine.
+        QCOMPARE(others("me2 console Nov 1\nanna console Nov 2 (me)\n"), QStringList());
+        QCOMPARE(others("anna tty2   2026-11-01 09:00\nbob   :1   2026-11-01 09:00 (:1)\n"),
+                 (QStringList{"anna", "bob"}));
+        // From elsewhere, and without a terminal.
+        QCOMPARE(others("a pts/0 09:00 (10.0.0.7)\nb ttyS0 09:00\nc ttys001 09:00\nd seat0 09:00\n"),
+                 QStringList());
+        QCOMPARE(others("anna\n tty2\n"), QStringList());
     }
 
-    void diskNumbers_data() {
-        QTest::addColumn<QString>("device");
-        QTest::addColumn<int>("number");
-        QTest::newRow("slices") << "/dev/disk3s1s1" << 3;
-        QTest::newRow("whole") << "/dev/disk12" << 12;
-        QTest::newRow("another name") << "/dev/sda1" << -1;
-        QTest::newRow("a link") << "/dev/disk/by-id/usb-1s1" << -1;
-        QTest::newRow("an overlay") << "overlay" << -1;
-    }
     void diskNumbers() {
-        QFETCH(QString, device);
-        QTEST(hostrules::diskNumber(device), "number");
+        QCOMPARE(hostrules::diskNumber("/dev/disk3s1s1"), 3);
+        QCOMPARE(hostrules::diskNumber("/dev/disk12"), 12);
+        for (const char* other : {"/dev/sda1", "/dev/disk/by-id/usb-1s1", "overlay"})
+            QCOMPARE(hostrules::diskNumber(other), -1);
     }
 
     void administrators_data() {
@@ -102,20 +81,17 @@ private Q_SLOTS:
         QCOMPARE(list[1]["DiskName"], QVariant("Plain"));
     }
 
-    void routes_data() {
-        QTest::addColumn<QString>("row");
-        QTest::addColumn<bool>("isOnline");
-        QTest::newRow("no route") << "" << false;
-        QTest::newRow("default") << "eth0\t00000000\t010200C0\t0003\t0\t0\t0\t00000000\t0\t0\t0" << true;
-        QTest::newRow("rejecting") << "*\t00000000\t00000000\t0200\t0\t0\t0\t00000000\t0\t0\t0" << false;
-        QTest::newRow("up but rejecting")
-            << "*\t00000000\t00000000\t0201\t0\t0\t0\t00000000\t0\t0\t0" << false;
-        QTest::newRow("own network") << "eth0\t000200C0\t00000000\t0001\t0\t0\t0\t00FFFFFF\t0\t0\t0" << false;
-        QTest::newRow("cut off") << "eth0\t00000000" << false;
-    }
     void routes() {
-        QFETCH(QString, row);
-        QTEST(hostrules::hasDefaultRoute("Iface\tDestination\tGateway\tFlags\n" + row + '\n'), "isOnline");
+        const auto isOnline = [](const QString& row) {
+            return hostrules::hasDefaultRoute("Iface\tDestination\tGateway\tFlags\n" + row + '\n');
+        };
+        QVERIFY(isOnline("eth0\t00000000\t010200C0\t0003\t0\t0\t0\t00000000\t0\t0\t0"));
+        // Rejecting ones, up or not; the own network; one that is cut off.
+        for (const char* row :
+             {"*\t00000000\t00000000\t0200\t0\t0\t0\t00000000\t0\t0\t0",
+              "*\t00000000\t00000000\t0201\t0\t0\t0\t00000000\t0\t0\t0",
+              "eth0\t000200C0\t00000000\t0001\t0\t0\t0\t00FFFFFF\t0\t0\t0", "eth0\t00000000"})
+            QVERIFY2(!isOnline(row), row);
     }
 
     void firstAddress() {
@@ -167,7 +143,7 @@ private Q_SLOTS:
         const QByteArray userHome = qgetenv("HOME");
         qputenv("HOME", home.path().toUtf8());
         const auto restored = qScopeGuard([&] { qputenv("HOME", userHome); });
-        const auto journal = [&](const QByteArray& updates) {
+        const auto country = [&](const QByteArray& updates) {
             home.write(
                 "Library/Application Support/App Store/updatejournal.plist",
                 "<plist version=\"1.0\"><dict><key>other</key><array><dict><key>url</key><string>"
@@ -175,18 +151,17 @@ private Q_SLOTS:
                     updates + "</dict></plist>");
             return PXHostInformation::appStoreCountryCode();
         };
-        const QByteArray update =
-            "<dict><key>id</key><integer>1</integer><key>url</key><string>%</string></dict>";
-        const auto at = [&](const char* address) { return QByteArray(update).replace("%", address); };
+        const auto at = [&](const QByteArray& address) {
+            return "<dict><key>id</key><integer>1</integer><key>url</key><string>" + address +
+                   "</string></dict>";
+        };
+        const QByteArray american = "<array>" + at("https://store.ravelin.example/us/app");
         QVERIFY(!PXHostInformation::appStoreCountryCode());
-        QCOMPARE(journal("<array>" + at("https://store.ravelin.example/us/app") +
-                         at("https://store.ravelin.example/de/app") + "</array>"),
-                 "de");
-        QVERIFY(!journal("<array>" + at("https://store.ravelin.example/us/app") +
-                         at("https://a.example/de/") + "</array>"));
-        QVERIFY(!journal("<array>" + at("https://store.ravelin.example/us/app") + "<dict></dict></array>"));
-        QVERIFY(!journal("<array/>"));
-        QVERIFY(!journal("<array><dict><key>url"));
+        QCOMPARE(country(american + at("https://store.ravelin.example/de/app") + "</array>"), "de");
+        for (const QByteArray& updates :
+             {american + at("https://a.example/de/") + "</array>", american + "<dict></dict></array>",
+              QByteArray("<array/>"), QByteArray("<array><dict><key>url")})
+            QVERIFY2(!country(updates), updates);
 
         QVERIFY(!PXHostInformation::growlInstallURL());
         const QString pane = "Library/PreferencePanes/Growl.prefPane/Contents/Resources/GrowlHelperApp.app";

@@ -1,4 +1,5 @@
 #include "fakes/OpenedMail.h"
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "support/base/Files.h"
 #include "support/reports/Mail.h"
@@ -33,22 +34,18 @@ class MailTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyTextArrives_data() {
-        QTest::addColumn<QString>("text");
-        for (const char* text :
-             {"Tom & Jerry #1?.mkv", "a=b&subject=other", "100% %41 %zz", "1 + 1;2,3:4/5", "\"<\\|>`^{}[]\"",
-              "two\nlines\r\n\ttab ", "Über 電影 🎬", "it's $(x) !*~", "@support@"})
-            QTest::newRow(QUrl::toPercentEncoding(text)) << QString::fromUtf8(text);
-    }
     void everyTextArrives() {
-        QFETCH(QString, text);
         const TestHome home;
-        mail::open({kAddress, text, text, {}});
-        QCOMPARE(home.desktop.opened.size(), 1);
-        const OpenedMail mail(home.desktop.opened.first());
-        QCOMPARE(mail.address, kAddress);
-        QCOMPARE(mail.subject, text);
-        QCOMPARE(mail.body, text);
+        for (const QString text :
+             {"Tom & Jerry #1?.mkv", "a=b&subject=other", "100% %41 %zz", "1 + 1;2,3:4/5", "\"<\\|>`^{}[]\"",
+              "two\nlines\r\n\ttab ", "Über 電影 🎬", "it's $(x) !*~", "@support@"}) {
+            mail::open({kAddress, text, text, {}});
+            const OpenedMail mail(home.desktop.opened.last());
+            QCOMPARE(mail.address, kAddress);
+            QCOMPARE(mail.subject, text);
+            QCOMPARE(mail.body, text);
+        }
+        QCOMPARE(home.desktop.opened.size(), 9);
         QVERIFY(home.presenter.shown.isEmpty());
     }
 
@@ -68,20 +65,17 @@ private Q_SLOTS:
     }
 
     void withoutAMailProgram_data() {
-        QTest::addColumn<QString>("body");
-        QTest::addColumn<bool>("hasClipboard");
-        QTest::addColumn<bool>("canSave");
-        QTest::newRow("clipboard") << "short" << true << true;
-        QTest::newRow("file") << "short" << false << true;
-        QTest::newRow("nothing") << "short" << false << false;
-        QTest::newRow("long: clipboard") << kLong << true << true;
-        QTest::newRow("long: file") << kLong << false << true;
-        QTest::newRow("long: only clipboard") << kLong << true << false;
+        const Table<QString, bool, bool> row("body", "hasClipboard", "canSave");
+        row("clipboard", "short", true, true);
+        row("file", "short", false, true);
+        row("nothing", "short", false, false);
+        row("long: clipboard", kLong, true, true);
+        row("long: file", kLong, false, true);
+        row("long: only clipboard", kLong, true, false);
     }
     void withoutAMailProgram() {
-        QFETCH(QString, body);
-        QFETCH(bool, hasClipboard);
-        QFETCH(bool, canSave);
+        const auto [body, hasClipboard, canSave] =
+            fetch<QString, bool, bool>("body", "hasClipboard", "canSave");
         TestHome home;
         home.desktop.opens = false;
         home.desktop.hasClipboard = hasClipboard;

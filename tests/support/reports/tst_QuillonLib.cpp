@@ -14,18 +14,12 @@ class QuillonLibTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void crashReportNames_data() {
-        QTest::addColumn<QString>("appName");
-        QTest::addColumn<bool>("is");
-        QTest::newRow("ravelin_2024.crash") << "RAVELIN" << true;
-        QTest::newRow("R\u0101ve\u0301lin_2024.crash") << "Ravel\u00EDn" << true;
-        QTest::newRow("Ravelin_2024.CRASH") << "Ravelin" << false;
-        QTest::newRow("_usr_bin_Ravelin.1000.crash") << "Ravelin" << false;
-        QTest::newRow("Ravelin.crash") << "" << false;
-    }
     void crashReportNames() {
-        QFETCH(QString, appName);
-        QTEST(crashlogs::isReport(QTest::currentDataTag(), appName), "is");
+        QVERIFY(crashlogs::isReport("ravelin_2024.crash", "RAVELIN"));
+        QVERIFY(crashlogs::isReport(u"R\u0101ve\u0301lin_2024.crash"_qs, u"Ravel\u00EDn"_qs));
+        QVERIFY(!crashlogs::isReport("Ravelin_2024.CRASH", "Ravelin"));
+        QVERIFY(!crashlogs::isReport("_usr_bin_Ravelin.1000.crash", "Ravelin"));
+        QVERIFY(!crashlogs::isReport("Ravelin.crash", ""));
     }
 
     void crashReports() {
@@ -74,32 +68,19 @@ private Q_SLOTS:
                  "Attached\n");
     }
 
-    void pages_data() {
-        QTest::addColumn<int>("choice");
-        QTest::addColumn<QString>("missing");
-        QTest::addColumn<QString>("address");
-        QTest::newRow("maker's site") << 3 << "VendorProductPage"
-                                      << "https://ravelin.example/big/";
-        QTest::newRow("store") << 4 << ""
-                               << "https://StoreProductPage.example/?mt=12";
-        QTest::newRow("no store") << 4 << "StoreProductPage"
-                                  << "";
-        QTest::newRow("in store") << 5 << ""
-                                  << "macappstore://StoreProductPage.example/?mt=12&at=ravelin";
-        QTest::newRow("compared") << 5 << "StoreProductPage"
-                                  << "https://AlternativetoProductPage.example/?mt=12";
-        QTest::newRow("listed") << 6 << ""
-                                << "https://MacupdateProductPage.example/?mt=12";
-        QTest::newRow("else") << 6 << "MacupdateProductPage"
-                              << "https://FilehorseProductPage.example/?mt=12";
-    }
     void pages() {
-        QFETCH(int, choice);
-        QFETCH(QString, missing);
-        const auto information = [&](const char* key) {
-            return missing == key ? QString() : QString("https://%1.example/?mt=12").arg(key);
+        const auto page = [](int choice, const QString& missing) {
+            return supportrequest::address(choice, "Big-Fish Max", {}, [&](const char* key) {
+                return missing == key ? QString() : QString("https://%1.example/?mt=12").arg(key);
+            });
         };
-        QTEST(supportrequest::address(choice, "Big-Fish Max", {}, information), "address");
+        QCOMPARE(page(3, "VendorProductPage"), "https://ravelin.example/big/");
+        QCOMPARE(page(4, ""), "https://StoreProductPage.example/?mt=12");
+        QCOMPARE(page(4, "StoreProductPage"), "");
+        QCOMPARE(page(5, ""), "macappstore://StoreProductPage.example/?mt=12&at=ravelin");
+        QCOMPARE(page(5, "StoreProductPage"), "https://AlternativetoProductPage.example/?mt=12");
+        QCOMPARE(page(6, ""), "https://MacupdateProductPage.example/?mt=12");
+        QCOMPARE(page(6, "MacupdateProductPage"), "https://FilehorseProductPage.example/?mt=12");
     }
 
     void opens() {

@@ -1,3 +1,4 @@
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "support/base/Files.h"
 #include "support/store/Defaults.h"
@@ -8,6 +9,7 @@
 #include <QTest>
 #include <QUrl>
 
+#include <array>
 #include <csignal>
 #include <sys/wait.h>
 #include <thread>
@@ -18,19 +20,19 @@ class SettingsStoreTest : public QObject {
 
 private Q_SLOTS:
     void valuesComeBackAsWhatTheyWere_data() {
-        QTest::addColumn<QVariant>("value");
-        QTest::newRow("integer") << QVariant(qint64{9007199254740993});
-        QTest::newRow("negative") << QVariant(qint64{-1});
-        QTest::newRow("whole real") << QVariant(100.0);
-        QTest::newRow("real") << QVariant(0.1);
-        QTest::newRow("text") << QVariant("12");
-        QTest::newRow("text with everything") << QVariant("\"\\\n\t€ü\u2028");
-        QTest::newRow("data") << QVariant(QByteArray("\0\xff/folder", 9));
-        QTest::newRow("address") << QVariant(QUrl("file:///a%20b"));
-        QTest::newRow("one-element list") << QVariant(QVariantList{"only"});
-        QTest::newRow("empty list") << QVariant(QVariantList());
-        QTest::newRow("dictionary") << QVariant(QVariantMap{{"a", qint64{1}}, {"b", QVariantList{2.5}}});
-        QTest::newRow("dictionary that looks marked") << QVariant(QVariantMap{{"$data", "not data"}});
+        const Table<QVariant> row("value");
+        row("integer", QVariant(qint64{9007199254740993}));
+        row("negative", QVariant(qint64{-1}));
+        row("whole real", QVariant(100.0));
+        row("real", QVariant(0.1));
+        row("text", QVariant("12"));
+        row("text with everything", QVariant("\"\\\n\t€ü\u2028"));
+        row("data", QVariant(QByteArray("\0\xff/folder", 9)));
+        row("address", QVariant(QUrl("file:///a%20b")));
+        row("one-element list", QVariant(QVariantList{"only"}));
+        row("empty list", QVariant(QVariantList()));
+        row("dictionary", QVariant(QVariantMap{{"a", qint64{1}}, {"b", QVariantList{2.5}}}));
+        row("dictionary that looks marked", QVariant(QVariantMap{{"$data", "not data"}}));
     }
     void valuesComeBackAsWhatTheyWere() {
         QFETCH(QVariant, value);
@@ -40,21 +42,17 @@ private Q_SLOTS:
     }
 
     void coercion_data() {
-        QTest::addColumn<QVariant>("value");
-        QTest::addColumn<qint64>("integer");
-        QTest::addColumn<float>("real");
-        QTest::addColumn<QString>("text");  // null: none
-        QTest::newRow("missing") << QVariant() << qint64{0} << 0.0F << QString();
-        QTest::newRow("number") << QVariant(qint64{7}) << qint64{7} << 7.0F << "7";
-        QTest::newRow("real") << QVariant(2.9) << qint64{2} << 2.9F << "2.9";
-        QTest::newRow("text that begins with a number")
-            << QVariant("12.5 apples") << qint64{12} << 12.5F << "12.5 apples";
-        QTest::newRow("text") << QVariant("apples") << qint64{0} << 0.0F << "apples";
-        QTest::newRow("truth") << QVariant(true) << qint64{1} << 1.0F << "1";
-        QTest::newRow("list") << QVariant(QVariantList{1}) << qint64{0} << 0.0F << QString();
-        QTest::newRow("data") << QVariant(QByteArray("5")) << qint64{0} << 0.0F << QString();
-        QTest::newRow("beyond an integer")
-            << QVariant(1e300) << qint64{0} << std::numeric_limits<float>::infinity() << "1e+300";
+        // A null text: there is none.
+        const Table<QVariant, qint64, float, QString> row("value", "integer", "real", "text");
+        row("missing", QVariant(), 0, 0.0F, {});
+        row("number", QVariant(qint64{7}), 7, 7.0F, "7");
+        row("real", QVariant(2.9), 2, 2.9F, "2.9");
+        row("text that begins with a number", QVariant("12.5 apples"), 12, 12.5F, "12.5 apples");
+        row("text", QVariant("apples"), 0, 0.0F, "apples");
+        row("truth", QVariant(true), 1, 1.0F, "1");
+        row("list", QVariant(QVariantList{1}), 0, 0.0F, {});
+        row("data", QVariant(QByteArray("5")), 0, 0.0F, {});
+        row("beyond an integer", QVariant(1e300), 0, std::numeric_limits<float>::infinity(), "1e+300");
     }
     void coercion() {
         const TestHome home;
@@ -125,23 +123,18 @@ private Q_SLOTS:
         QCOMPARE(first.object("shared").toString(), "new");  // What the other one wrote is taken over.
     }
 
-    void damagedFileIsKeptAside_data() {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::newRow("cut off") << QByteArray("{\"a\": 1, \"b");
-        QTest::newRow("empty") << QByteArray("");
-        QTest::newRow("a list") << QByteArray("[1]");
-        QTest::newRow("noise") << QByteArray("\0\x01\xff", 3);
-    }
     void damagedFileIsKeptAside() {
-        const TestHome home;
-        QFETCH(QByteArray, bytes);
-        const QString path = home.write("store.json", bytes);
-        SettingsStore store(path);
-        QVERIFY(store.problem().contains("store-damaged.json"));
-        store.setObject("key", 1);
-        QVERIFY(store.synchronise());
-        QCOMPARE(files::contents(home.path("store-damaged.json")).value(), bytes);
-        QCOMPARE(SettingsStore(path).object("key").toInt(), 1);
+        for (const QByteArray& bytes :
+             {QByteArray("{\"a\": 1, \"b"), QByteArray(""), QByteArray("[1]"), QByteArray("\0\x01\xff", 3)}) {
+            const TestHome home;
+            const QString path = home.write("store.json", bytes);
+            SettingsStore store(path);
+            QVERIFY2(store.problem().contains("store-damaged.json"), bytes);
+            store.setObject("key", 1);
+            QVERIFY(store.synchronise());
+            QCOMPARE(files::contents(home.path("store-damaged.json")).value(), bytes);
+            QCOMPARE(SettingsStore(path).object("key").toInt(), 1);
+        }
     }
 
     void unwritablePlace() {
@@ -155,21 +148,26 @@ private Q_SLOTS:
         QVERIFY(store.hasChanges());
     }
 
-    /// Whatever moment the process is killed at, the file is an old or a new one, whole.
+    /// Whatever moment the process is killed at, the file is an old or a new one, whole. The child says when
+    /// it is done with one, and goes on with the next until it is killed.
     void killedWhileWriting() {
         const TestHome home;
         const QString path = home.path("store.json");
-        for (int round = 0; round < 20; ++round) {
+        std::array<int, 2> pipe{};
+        QCOMPARE(::pipe(pipe.data()), 0);
+        for (int round = 1; round <= 20; ++round) {
             const pid_t child = ::fork();
             if (child == 0) {
                 SettingsStore store(path);
                 for (int i = 0;; ++i) {
                     store.setObject("long", QString(20000, QChar('a' + i % 26)));
                     store.synchronise();
+                    if (::write(pipe[1], "", 1) != 1) ::_exit(1);
                 }
             }
-            QTRY_VERIFY(QFile::exists(path));
-            ::usleep(static_cast<useconds_t>(1000 * (round + 1)));
+            char said = 0;
+            for (int i = 0; i < round; ++i)
+                QCOMPARE(::read(pipe[0], &said, 1), 1);
             ::kill(child, SIGKILL);
             ::waitpid(child, nullptr, 0);
             const auto map = settingsfile::decoded(files::contents(path).value());

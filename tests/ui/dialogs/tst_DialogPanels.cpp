@@ -1,3 +1,4 @@
+#include "fakes/Table.h"
 #include "ui/dialogs/DialogPanels.h"
 
 #include <QApplication>
@@ -95,26 +96,16 @@ private Q_SLOTS:
     }
 
     void saved_data() {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<bool>("asksFirst");
-        QTest::newRow("as filled in") << ""
-                                      << "Movie.mp4" << false;
-        QTest::newRow("without extension") << "new"
-                                           << "new.mp4" << false;
-        QTest::newRow("with it") << "new.MP4"
-                                 << "new.MP4" << false;
-        QTest::newRow("a point is no extension") << "Dr. Who"
-                                                 << "Dr. Who.mp4" << false;
-        QTest::newRow("replaced") << "old"
-                                  << "old.mp4" << true;
-        QTest::newRow("replaced, with a point") << "Dr. No"
-                                                << "Dr. No.mp4" << true;
+        const Table<QString, QString, bool> row("typed", "name", "asksFirst");
+        row("as filled in", "", "Movie.mp4", false);
+        row("without extension", "new", "new.mp4", false);
+        row("with it", "new.MP4", "new.MP4", false);
+        row("a point is no extension", "Dr. Who", "Dr. Who.mp4", false);
+        row("replaced", "old", "old.mp4", true);
+        row("replaced, with a point", "Dr. No", "Dr. No.mp4", true);
     }
     void saved() {
-        QFETCH(QString, typed);
-        QFETCH(QString, name);
-        QFETCH(bool, asksFirst);
+        const auto [typed, name, asksFirst] = fetch<QString, QString, bool>("typed", "name", "asksFirst");
         write(m_folder->filePath("old.mp4"));
         write(m_folder->filePath("Dr. No.mp4"));
         m_panels->saveFile(m_folder->path(), "Movie.mp4", "mp4", answer());

@@ -1,6 +1,8 @@
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "support/alerts/Alert.h"
 #include "support/alerts/DontWarnAgain.h"
+#include "support/store/Defaults.h"
 #include "ui/dialogs/AlertDialog.h"
 #include "ui/dialogs/AlertPanel.h"
 #include "ui/dialogs/DialogPresenter.h"
@@ -36,7 +38,7 @@ static void onNextModal(const Act& act) {
         timer->stop();
         timer->deleteLater();
         act(*dialog);
-        if (!QTest::qWaitFor([&] { return !dialog || !dialog->isVisible(); }, 2000)) {
+        if (!QTest::qWaitFor([&] { return !dialog || !dialog->isVisible(); }, 60000)) {
             QTest::qFail("the dialog is still open", __FILE__, __LINE__);
             dialog->reject();
         }
@@ -54,6 +56,10 @@ static QPushButton* button(const QWidget& dialog, const QString& title) {
 static void clickOn(QWidget* widget) {
     QVERIFY(widget && widget->isVisible());
     QTest::mouseClick(widget, Qt::LeftButton, {}, {8, widget->height() / 2});
+}
+
+static Act pressButton(const QString& title) {
+    return [=](QDialog& dialog) { clickOn(button(dialog, title)); };
 }
 
 static Act press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
@@ -84,24 +90,23 @@ private Q_SLOTS:
     }
 
     void answers_data() {
-        QTest::addColumn<Act>("act");
-        QTest::addColumn<long>("response");
-        QTest::newRow("Return") << press(Qt::Key_Return) << 1000L;
-        QTest::newRow("Esc") << press(Qt::Key_Escape) << 1002L;
-        QTest::newRow("key equivalent") << press(Qt::Key_D, Qt::ControlModifier) << 1001L;
-        QTest::newRow("third button") << Act([](QDialog& d) { clickOn(button(d, "Cancel")); }) << 1002L;
-        QTest::newRow("'&' is a letter") << Act([](QDialog& d) {
+        const Table<long, Act> row("response", "act");
+        row("Return", 1000L, press(Qt::Key_Return));
+        row("Esc", 1002L, press(Qt::Key_Escape));
+        row("key equivalent", 1001L, press(Qt::Key_D, Qt::ControlModifier));
+        row("third button", 1002L, pressButton("Cancel"));
+        row("'&' is a letter", 1000L, [](QDialog& d) {
             QVERIFY(button(d, "Save && Quit")->shortcut().isEmpty());
-            clickOn(button(d, "Save && Quit"));
-        }) << 1000L;
-        QTest::newRow("closed by the window manager") << Act([](QDialog& d) { d.close(); }) << 1002L;
-        QTest::newRow("nested") << Act([](QDialog& outer) {
+            pressButton("Save && Quit")(d);
+        });
+        row("closed by the window manager", 1002L, [](QDialog& d) { d.close(); });
+        row("nested", 1000L, [](QDialog& outer) {
             onNextModal(press(Qt::Key_Escape));
             QCOMPARE(alert("Inner", "", "1", "2"), 1001L);
             QVERIFY(outer.isVisible());
             QTest::keyClick(outer.windowHandle(), Qt::Key_Return);
-        }) << 1000L;
-        QTest::newRow("window destroyed") << Act([this](QDialog&) { m_window.reset(); }) << 1002L;
+        });
+        row("window destroyed", 1002L, [this](QDialog&) { m_window.reset(); });
     }
     void answers() {
         QFETCH(Act, act);
@@ -159,50 +164,40 @@ private Q_SLOTS:
         QCOMPARE(over, m_window.get());
     }
 
-    void withoutAWindow_data() {
-        QTest::addColumn<bool>("hasWindow");
-        QTest::newRow("none yet") << false;
-        QTest::newRow("closed") << true;
-    }
     void withoutAWindow() {
-        QFETCH(bool, hasWindow);
-        m_window->close();
-        if (!hasWindow) m_window.reset();
-        onNextModal([](QDialog& dialog) {
-            const QPoint off = dialog.geometry().center() - dialog.screen()->geometry().center();
-            QVERIFY(off.manhattanLength() <= 16);  // But for the frame.
-            QTest::keyClick(dialog.windowHandle(), Qt::Key_Return);
-        });
-        QString text;
-        QCOMPARE(alert_input("Name?", {}, text), 1000L);  // The single button that is the platform's.
-        bool isAnswered = false;
-        m_presenter.presentSheet({}, [&](const AlertAnswer&) { isAnswered = true; });
-        press(Qt::Key_Return)(*qobject_cast<QDialog*>(QApplication::activeModalWidget()));
-        QVERIFY(isAnswered);
+        for (const bool isClosed : {true, false}) {
+            isClosed ? void(m_window->close()) : m_window.reset();
+            onNextModal([](QDialog& dialog) {
+                const QPoint off = dialog.geometry().center() - dialog.screen()->geometry().center();
+                QVERIFY(off.manhattanLength() <= 16);  // But for the frame.
+                press(Qt::Key_Return)(dialog);
+            });
+            QString text;
+            QCOMPARE(alert_input("Name?", {}, text), 1000L);  // The single button that is the platform's.
+            bool isAnswered = false;
+            m_presenter.presentSheet({}, [&](const AlertAnswer&) { isAnswered = true; });
+            press(Qt::Key_Return)(*qobject_cast<QDialog*>(QApplication::activeModalWidget()));
+            QVERIFY(isAnswered);
+        }
     }
 
     void controls_data() {
-        QTest::addColumn<AlertControl>("control");
-        QTest::addColumn<QVariant>("before");
-        QTest::addColumn<Act>("act");
-        QTest::addColumn<QVariant>("after");
+        const Table<AlertControl, QVariant, QVariant, Act> row("control", "before", "after", "act");
         const auto type = [](const char* text) {  // Into what has the focus, without a click.
             return [=](QDialog& d) { QTest::keyClicks(d.focusWidget(), text); };
         };
-        const auto nothing = [](QDialog&) {};
         using C = AlertControl;
-        QTest::newRow("input") << C::Input << QVariant() << Act(type("a & b")) << QVariant("a & b");
-        QTest::newRow("secure") << C::SecureInput << QVariant("old") << Act([=](QDialog& d) {
+        row("input", C::Input, QVariant(), "a & b", type("a & b"));
+        row("secure", C::SecureInput, "old", "secret", [=](QDialog& d) {
             QCOMPARE(d.findChild<QLineEdit*>()->echoMode(), QLineEdit::Password);
             type("secret")(d);  // What was there is selected.
-        }) << QVariant("secret");
-        QTest::newRow("box on") << C::CheckBox << QVariant(false) << Act([](QDialog& d) {
+        });
+        row("box on", C::CheckBox, false, true, [](QDialog& d) {
             QCOMPARE(d.findChild<QCheckBox*>()->text(), "R && D");
             clickOn(d.findChild<QCheckBox*>());
-        }) << QVariant(true);
-        QTest::newRow("colour") << C::ColorWell << QVariant("#80112233") << Act(nothing)
-                                << QVariant("#80112233");
-        QTest::newRow("colour chosen") << C::ColorWell << QVariant("#102030") << Act([](QDialog& d) {
+        });
+        row("colour", C::ColorWell, "#80112233", "#80112233", [](QDialog&) {});
+        row("colour chosen", C::ColorWell, "#102030", "#445566", [](QDialog& d) {
             const QImage shown = d.findChild<QToolButton*>()->grab().toImage();
             QCOMPARE(shown.pixelColor(shown.rect().center()), QColor("#102030"));
             onNextModal([](QDialog& panel) {
@@ -211,29 +206,25 @@ private Q_SLOTS:
             });
             clickOn(d.findChild<QToolButton*>());
             QTRY_COMPARE(QApplication::activeModalWidget(), &d);
-        }) << QVariant("#445566");
-        QTest::newRow("lines") << C::InputText << QVariant(u"a\u00A0b\n"_qs) << Act([=](QDialog& d) {
+        });
+        row("lines", C::InputText, u"a\u00A0b\n"_qs, u"a\u00A0b\n\nc"_qs, [=](QDialog& d) {
             QTest::keyClick(d.focusWidget(), Qt::Key_End, Qt::ControlModifier);
             QTest::keyClick(d.focusWidget(), Qt::Key_Return);  // A line, not the button.
             type("c")(d);
-        }) << QVariant(u"a\u00A0b\n\nc"_qs);
-        QTest::newRow("output") << C::OutputText << QVariant("text") << Act([=](QDialog& d) {
-            QTest::keyClicks(d.findChild<QPlainTextEdit*>(), "x");
-        }) << QVariant("text");
-        QTest::newRow("pop-up") << C::SelectionPopup << QVariant(0)
-                                << Act([](QDialog& d) { QTest::keyClick(d.focusWidget(), Qt::Key_Down); })
-                                << QVariant(1);
-        QTest::newRow("matrix") << C::SelectionMatrix << QVariant(0)
-                                << Act([](QDialog& d) { clickOn(d.findChildren<QRadioButton*>().at(2)); })
-                                << QVariant(2);
+        });
+        row("output", C::OutputText, "text", "text",
+            [](QDialog& d) { QTest::keyClicks(d.findChild<QPlainTextEdit*>(), "x"); });
+        row("pop-up", C::SelectionPopup, 0, 1,
+            [](QDialog& d) { QTest::keyClick(d.focusWidget(), Qt::Key_Down); });
+        row("matrix", C::SelectionMatrix, 0, 2,
+            [](QDialog& d) { clickOn(d.findChildren<QRadioButton*>().at(2)); });
     }
     void controls() {
-        QFETCH(AlertControl, control);
-        QFETCH(QVariant, before);
+        const auto [control, before] = fetch<AlertControl, QVariant>("control", "before");
         QFETCH(Act, act);
         onNextModal([=](QDialog& dialog) {
             act(dialog);
-            clickOn(button(dialog, "Done"));
+            pressButton("Done")(dialog);
         });
         Alert shown;
         shown.message = "Which?";
@@ -248,18 +239,14 @@ private Q_SLOTS:
     }
 
     void silenced() {
-        int asked = 0;
-        for (const bool tick : {false, true, true}) {
-            if (asked < 2) {
-                onNextModal([&asked, tick](QDialog& dialog) {
-                    ++asked;
-                    if (tick) clickOn(dialog.findChild<QCheckBox*>());
-                    QTest::keyClick(dialog.windowHandle(), Qt::Key_Return);
-                });
-            }
+        for (const bool isTicked : {false, true}) {
+            onNextModal([=](QDialog& dialog) {
+                if (isTicked) clickOn(dialog.findChild<QCheckBox*>());
+                press(Qt::Key_Return)(dialog);
+            });
             alert_dontwarnagain_version("id", "Title", "Message", "OK", "Don't ask & forget");
         }
-        QCOMPARE(asked, 2);
+        QCOMPARE(defaultInt("_id_1.0.0_asked"), 1);
     }
 
     void sheet() {
@@ -279,10 +266,9 @@ private Q_SLOTS:
     }
 
     void panel_data() {
-        QTest::addColumn<QString>("box");
-        QTest::addColumn<QStringList>("happened");
-        QTest::newRow("plain") << "" << QStringList{"closed", "called"};
-        QTest::newRow("check box") << "Show & tell" << QStringList{"called, ticked", "closed"};
+        const Table<QString, QStringList> row("box", "happened");
+        row("plain", "", {"closed", "called"});
+        row("check box", "Show & tell", {"called, ticked", "closed"});
     }
     void panel() {
         QFETCH(QString, box);

@@ -6,7 +6,6 @@
 
 #include <QAbstractButton>
 #include <QDialog>
-#include <QElapsedTimer>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPointer>
@@ -71,6 +70,13 @@ private Q_SLOTS:
         QTRY_VERIFY(!asked.window);
     }
 
+    void happyForAnotherPage() {
+        const Asked asked({"MacupdateProductPage"});
+        asked.click("happyButton");
+        asked.click("ratemacupdateButton");
+        QCOMPARE(asked.done, QStringList({"6", "closed"}));
+    }
+
     void angryByKeyboard() {
         const Asked asked;
         QTest::keyClick(asked.find("problemButton"), Qt::Key_Space);
@@ -82,22 +88,14 @@ private Q_SLOTS:
         QCOMPARE(asked.done, QStringList({"No sound", "closed"}));
     }
 
-    void closing_data() {
-        QTest::addColumn<QByteArray>("button");
-        for (const char* button : {"notsureButton", "closeButton", "dontshowButton", ""})
-            QTest::newRow(button) << QByteArray(button);
-    }
     void closing() {
-        QFETCH(const QByteArray, button);
-        const Asked asked;
-        if (button.isEmpty()) {
-            QTest::keyClick(asked.window, Qt::Key_Escape);
-        } else {
-            asked.click(button);
+        for (const char* button : {"notsureButton", "closeButton", "dontshowButton", ""}) {
+            const Asked asked;
+            *button ? asked.click(button) : QTest::keyClick(asked.window, Qt::Key_Escape);
+            QCOMPARE(asked.done, QStringList{"closed"});
+            QCOMPARE(asked.presenter.shown.size(), button == QByteArray("dontshowButton") ? 1 : 0);
+            QTRY_VERIFY(!asked.window);
         }
-        QCOMPARE(asked.done, QStringList{"closed"});
-        QCOMPARE(asked.presenter.shown.size(), button == "dontshowButton" ? 1 : 0);
-        QTRY_VERIFY(!asked.window);
     }
 
     /// Whoever types, drags or answers a dialog is not disturbed.
@@ -106,30 +104,30 @@ private Q_SLOTS:
         QWidget main;
         QLineEdit field(&main);
         QDialog dialog(&main);
-        constexpr int kQuiet = 200;
+        constexpr int kQuiet = 80;  // ms
+        constexpr int kKeys = 6;
         QuietMoment moment(&main, kQuiet);
-        QElapsedTimer sinceKey;
+        int keys = 0;
         bool isShown = false;
         moment.wait([&] {
             isShown = true;
             QVERIFY(main.isVisible() && !dialog.isVisible());
-            QVERIFY(sinceKey.elapsed() >= kQuiet * 9 / 10);  // Timers may be a little early.
+            QCOMPARE(keys, kKeys);
         });
+        // Of timers that are due together, as on a busy machine, the one that was due first comes first.
         QTimer typist;
         QTimer::singleShot(2 * kQuiet, &main, [&] {
             main.show();
-            typist.start(kQuiet / 4);
+            typist.start(kQuiet * 3 / 4);
         });
-        int keys = 0;
         connect(&typist, &QTimer::timeout, [&] {
-            sinceKey.start();
             QTest::keyClick(&field, Qt::Key_A);
-            if (++keys < 20) return;
+            if (++keys < kKeys) return;
             typist.stop();
             dialog.open();
             QTimer::singleShot(3 * kQuiet, &dialog, &QDialog::close);
         });
-        QTRY_VERIFY(isShown);
+        QTRY_VERIFY_WITH_TIMEOUT(isShown, 60000);
         QVERIFY(!moment.isWaiting());
     }
 };

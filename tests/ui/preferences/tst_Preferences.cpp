@@ -1,6 +1,7 @@
 #include "app/destinations/Destinations.h"
 #include "app/watching/WatchFolder.h"
 #include "fakes/RecordingPanels.h"
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
 #include "settings/SettingsTable.h"
@@ -62,28 +63,6 @@ struct Fixture {
     WatchFolder watchFolder{panels};
     PreferencesWindow window{destinations, watchFolder};
 };
-
-struct Choice {
-    const char* name;
-    QString control;
-    int key;  ///< 0: a click.
-    QString setting;
-    int before, after;
-};
-
-struct Stored {
-    const char* name;
-    QString control, setting;
-    int value;
-    QString shown;  ///< Empty: no item.
-};
-
-template <class Row>
-void addRows(std::initializer_list<Row> rows) {
-    QTest::addColumn<Row>("row");
-    for (const Row& row : rows)
-        QTest::newRow(row.name) << row;
-}
 
 QList<QWidget*> boundControls(const QWidget& root) {
     QList<QWidget*> controls = root.findChildren<QWidget*>();
@@ -150,59 +129,60 @@ private Q_SLOTS:
 
     void choosingStoresAtOnce_data() {
         constexpr int kClick = 0;
-        addRows<Choice>({
-            {"check box", "autoAddCheck", kClick, "AutoAdd", 0, 1},
-            {"any number is yes", "autoAddCheck", kClick, "AutoAdd", 7, 0},
-            {"inverted", "internalCheck", kClick, "DisableBuiltinSubtitles", 1, 0},
-            {"inverted back", "internalCheck", kClick, "DisableBuiltinSubtitles", 0, 1},
-            {"pop-up", "placePopUp", Qt::Key_Down, "InsertJobsAtBottom", 0, 1},
-            {"otherwise", "extensionPopUp", Qt::Key_Up, "DefaultExtension", 9, 0},
-            {"over the separator", "languagePopUp", Qt::Key_Down, "DefaultAudio", 0, 2},
-            {"a retired encoding", "encodingPopUp", Qt::Key_Down, "ExternalSubtitleEncoding", 0, 2},
-            {"two at a time", "concurrentCountPopUp", Qt::Key_Up, "ConcurrentJobCount", 1, 0},
-            {"what is not offered", "aacStereoPopUp", Qt::Key_Home, "AACBitrate", 99, 0},
-            {"no 5.1 of stereo", "dtsStereoPopUp", Qt::Key_Down, "CustomDTSAudioHandling", 2, 4},
-            {"volume", "volumeBox", Qt::Key_Up, "AudioVolume", 100, 110},
-            {"volume beyond", "volumeBox", Qt::Key_Down, "AudioVolume", 900, 890},
-            {"style", "styleCustom", kClick, "ConversionPreset", 0, 2},
-            {"unknown style", "styleFast", kClick, "ConversionPreset", 6, 1},
-        });
+        const Table<QString, int, QString, int, int> row("control", "key", "setting", "before", "after");
+        row("check box", "autoAddCheck", kClick, "AutoAdd", 0, 1);
+        row("any number is yes", "autoAddCheck", kClick, "AutoAdd", 7, 0);
+        row("inverted", "internalCheck", kClick, "DisableBuiltinSubtitles", 1, 0);
+        row("inverted back", "internalCheck", kClick, "DisableBuiltinSubtitles", 0, 1);
+        row("pop-up", "placePopUp", Qt::Key_Down, "InsertJobsAtBottom", 0, 1);
+        row("otherwise", "extensionPopUp", Qt::Key_Up, "DefaultExtension", 9, 0);
+        row("over the separator", "languagePopUp", Qt::Key_Down, "DefaultAudio", 0, 2);
+        row("a retired encoding", "encodingPopUp", Qt::Key_Down, "ExternalSubtitleEncoding", 0, 2);
+        row("two at a time", "concurrentCountPopUp", Qt::Key_Up, "ConcurrentJobCount", 1, 0);
+        row("what is not offered", "aacStereoPopUp", Qt::Key_Home, "AACBitrate", 99, 0);
+        row("no 5.1 of stereo", "dtsStereoPopUp", Qt::Key_Down, "CustomDTSAudioHandling", 2, 4);
+        row("volume", "volumeBox", Qt::Key_Up, "AudioVolume", 100, 110);
+        row("volume beyond", "volumeBox", Qt::Key_Down, "AudioVolume", 900, 890);
+        row("style", "styleCustom", kClick, "ConversionPreset", 0, 2);
+        row("unknown style", "styleFast", kClick, "ConversionPreset", 6, 1);
     }
     void choosingStoresAtOnce() {
-        QFETCH(Choice, row);
+        const auto [control, key, setting, before, after] =
+            fetch<QString, int, QString, int, int>("control", "key", "setting", "before", "after");
         Fixture fixture;
         setDefaultInt(kConcurrentJobsKey, 1);  // Enables what depends on it, as the style does.
-        setDefaultInt(kConversionPresetKey, row.control == u"dtsStereoPopUp" ? 2 : 0);
-        setDefaultInt(row.setting, row.before);
+        setDefaultInt(kConversionPresetKey, control == u"dtsStereoPopUp" ? 2 : 0);
+        setDefaultInt(setting, before);
         QSignalSpy changed(&fixture.window, &PreferencesWindow::settingChanged);
         fixture.show();
-        QCOMPARE(defaultInt(row.setting), row.before);
-        row.key == 0 ? fixture.click(row.control) : fixture.press(row.control, static_cast<Qt::Key>(row.key));
-        QCOMPARE(defaultInt(row.setting), row.after);
-        QCOMPARE(changed.value(0).value(0).toString(), row.setting);
+        QCOMPARE(defaultInt(setting), before);
+        key == 0 ? fixture.click(control) : fixture.press(control, static_cast<Qt::Key>(key));
+        QCOMPARE(defaultInt(setting), after);
+        QCOMPARE(changed.value(0).value(0).toString(), setting);
         QCOMPARE(changed.count(), 1);
     }
 
     void aValueWithoutItemStays_data() {
-        addRows<Stored>({
-            {"separator", "languagePopUp", "DefaultAudio", 1, {}},
-            {"negative", "concurrentCountPopUp", "ConcurrentJobCount", -1, {}},
-            {"retired", "encodingPopUp", "ExternalSubtitleEncoding", 1, {}},
-            {"behind a gap", "encodingPopUp", "ExternalSubtitleEncoding", 38, "ISO-8859-16"},
-            {"no method", "dtsStereoPopUp", "CustomDTSAudioHandling", 12, {}},
-            {"5.1 of stereo", "dtsStereoPopUp", "CustomDTSAudioHandling", 3, "AC3 in 5.1"},
-            {"otherwise", "autoRemoveTypePopUp", "AutoRemoveType", 5, "Delete for good"},
-        });
+        // Nothing is shown: there is no item.
+        const Table<QString, QString, int, QString> row("control", "setting", "value", "shown");
+        row("separator", "languagePopUp", "DefaultAudio", 1, {});
+        row("negative", "concurrentCountPopUp", "ConcurrentJobCount", -1, {});
+        row("retired", "encodingPopUp", "ExternalSubtitleEncoding", 1, {});
+        row("behind a gap", "encodingPopUp", "ExternalSubtitleEncoding", 38, "ISO-8859-16");
+        row("no method", "dtsStereoPopUp", "CustomDTSAudioHandling", 12, {});
+        row("5.1 of stereo", "dtsStereoPopUp", "CustomDTSAudioHandling", 3, "AC3 in 5.1");
+        row("otherwise", "autoRemoveTypePopUp", "AutoRemoveType", 5, "Delete for good");
     }
     void aValueWithoutItemStays() {
-        QFETCH(Stored, row);
+        const auto [control, setting, value, shown] =
+            fetch<QString, QString, int, QString>("control", "setting", "value", "shown");
         Fixture fixture;
-        setDefaultInt(row.setting, row.value);
+        setDefaultInt(setting, value);
         fixture.show();
-        const auto* box = fixture.get<QComboBox>(row.control);
-        QVERIFY(row.shown.isEmpty() ? box->currentIndex() == -1 : box->currentText().startsWith(row.shown));
+        const auto* box = fixture.get<QComboBox>(control);
+        QVERIFY(shown.isEmpty() ? box->currentIndex() == -1 : box->currentText().startsWith(shown));
         fixture.window.close();
-        QCOMPARE(defaultInt(row.setting), row.value);
+        QCOMPARE(defaultInt(setting), value);
     }
 
     void restoringLeavesOtherPagesAlone() {

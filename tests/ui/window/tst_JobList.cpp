@@ -1,3 +1,4 @@
+#include "fakes/Table.h"
 #include "fakes/WindowedApplication.h"
 #include "ui/window/JobListModel.h"
 #include "ui/window/QueueSummary.h"
@@ -44,18 +45,15 @@ private Q_SLOTS:
     }
 
     void partsOfARowDoNotOverlap_data() {
-        QTest::addColumn<int>("width");
-        QTest::addColumn<Qt::LayoutDirection>("direction");
-        QTest::addColumn<int>("points");
-        QTest::newRow("narrow") << 400 << Qt::LeftToRight << 9;
-        QTest::newRow("wide") << 1600 << Qt::LeftToRight << 9;
-        QTest::newRow("right to left") << 640 << Qt::RightToLeft << 9;
-        QTest::newRow("large font") << 640 << Qt::LeftToRight << 22;
+        const Table<int, Qt::LayoutDirection, int> row("width", "direction", "points");
+        row("narrow", 400, Qt::LeftToRight, 9);
+        row("wide", 1600, Qt::LeftToRight, 9);
+        row("right to left", 640, Qt::RightToLeft, 9);
+        row("large font", 640, Qt::LeftToRight, 22);
     }
     void partsOfARowDoNotOverlap() {
-        QFETCH(const int, width);
-        QFETCH(const Qt::LayoutDirection, direction);
-        QFETCH(const int, points);
+        const auto [width, direction, points] =
+            fetch<int, Qt::LayoutDirection, int>("width", "direction", "points");
         QFont font = QApplication::font();
         font.setPointSize(points);
         const QFontMetrics metrics(font);
@@ -73,23 +71,19 @@ private Q_SLOTS:
         QCOMPARE(layout.name.x() < layout.rectOf(jobrow::Button::Remove).x(), direction == Qt::LeftToRight);
     }
 
-    void buttonsByState_data() {
-        QTest::addColumn<JobState>("state");
-        QTest::addColumn<QString>("enabled");
-        QTest::newRow("queued") << JobState::Queued << "p r";
-        QTest::newRow("converting") << JobState::Converting << "p r v";
-        QTest::newRow("paused") << JobState::Paused << "p r";
-        QTest::newRow("finished") << JobState::Finished << "r v";
-        QTest::newRow("failed") << JobState::Failed << "r v";
-    }
     void buttonsByState() {
-        QFETCH(const JobState, state);
-        QFETCH(const QString, enabled);
-        QStringList found;
-        if (jobrow::isEnabled(jobrow::Button::PauseContinue, state)) found.append("p");
-        if (jobrow::isEnabled(jobrow::Button::Remove, state)) found.append("r");
-        if (jobrow::isEnabled(jobrow::Button::Reveal, state)) found.append("v");
-        QCOMPARE(found.join(' '), enabled);
+        const auto enabled = [](JobState state) {
+            QString letters;
+            if (jobrow::isEnabled(jobrow::Button::PauseContinue, state)) letters += 'p';
+            if (jobrow::isEnabled(jobrow::Button::Remove, state)) letters += 'r';
+            if (jobrow::isEnabled(jobrow::Button::Reveal, state)) letters += 'v';
+            return letters;
+        };
+        QCOMPARE(enabled(JobState::Queued), "pr");
+        QCOMPARE(enabled(JobState::Converting), "prv");
+        QCOMPARE(enabled(JobState::Paused), "pr");
+        QCOMPARE(enabled(JobState::Finished), "rv");
+        QCOMPARE(enabled(JobState::Failed), "rv");
     }
 };
 

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "support/base/Format.h"
+#include "support/store/Defaults.h"
+
+#include <QStringList>
+
+/// The messages of a level that the log keeps since the home was made, in the order of their slots.
+inline QStringList logged(int level = 3) {
+    QStringList messages;
+    for (int position = 0; position < 10; ++position) {
+        const auto line = defaultString(makeString("quillonlib_asl_lev%i_pos%i", level, position));
+        if (line) messages.append(line->section(" message: ", 1));
+    }
+    return messages;
+}
