@@ -4,6 +4,7 @@
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Format.h"
 #include "support/base/Text.h"
+#include "support/base/Texts.h"
 #include "support/reports/QuillonLib.h"
 #include "support/store/Defaults.h"
 
