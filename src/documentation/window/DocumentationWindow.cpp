@@ -48,7 +48,7 @@ DocumentationWindow::DocumentationWindow(WebEngine& engine, const WindowParts& p
     layout->addWidget(m_tabView);
     layout->addWidget(m_findBar);
     setUpTabs();
-    setUpActions();
+    setUpActions(parts.addMenu);
     connect(m_findBar, &FindBar::searched, this, &DocumentationWindow::find);
     connect(m_findBar, &FindBar::closed, this, [this] {
         find({}, false);
@@ -94,9 +94,9 @@ QAction* DocumentationWindow::addCommand(const QList<QKeySequence>& shortcuts,
     return action;
 }
 
-void DocumentationWindow::setUpActions() {
+void DocumentationWindow::setUpActions(const WindowParts::AddMenu& addMenu) {
     QAction* closing = addCommand({QKeySequence(Qt::CTRL | Qt::Key_W)}, [this] { close(); });
-    if (parts.addMenu) parts.addMenu(*this, *closing, [this] { Q_EMIT mainWindowRequested(); });
+    if (addMenu) addMenu(*this, *closing, [this] { Q_EMIT mainWindowRequested(); });
     addCommand({QKeySequence(Qt::Key_Escape)}, [this] {
         if (m_findBar->isVisible()) {
             m_findBar->close();

@@ -15,9 +15,12 @@ class WebView;
 
 /// What the window has in common with the application's other windows.
 struct WindowParts {
+    using AddMenu =
+        std::function<void(QWidget& window, QAction& close, const std::function<void()>& showMainWindow)>;
+
     QIcon closeIcon;  ///< On the find bar's close button.
     /// Puts a menu on top that has `close` and leads to the main window; may be null.
-    std::function<void(QWidget& window, QAction& close, const std::function<void()>& showMainWindow)> addMenu;
+    AddMenu addMenu;
 };
 
 /// The documentation: a tab for each page. A page is loaded when its tab is first shown, the first one after
@@ -51,7 +54,7 @@ protected:
 
 private:
     void setUpTabs();
-    void setUpActions();
+    void setUpActions(const WindowParts::AddMenu& addMenu);
     QAction* addCommand(const QList<QKeySequence>& shortcuts, const std::function<void()>& command);
     void fillCurrentTab();
     void fillWithWebView(int index);
