@@ -4,7 +4,7 @@
 #include "app/Destinations.h"
 #include "app/FileIntake.h"
 #include "app/JobQueue.h"
-#include "settings/Keys.h"
+#include "settings/Settings.h"
 #include "support/Alert.h"
 #include "support/Defaults.h"
 #include "support/Files.h"
@@ -78,7 +78,7 @@ void AddSheet::showAccepted() {
     m_selectedAudio = m_intake.bestLanguage().value_or(0);
     m_destinations.rebuildDestinationPopUp();
     Q_EMIT changed();
-    if (defaultInt(kAutoAddKey) != 0) addToQueue();
+    if (settings::AutoAdd.value()) addToQueue();
 }
 
 void AddSheet::cancelAdd() {

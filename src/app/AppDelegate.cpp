@@ -4,7 +4,7 @@
 #include "app/MovieFiles.h"
 #include "app/UnfinishedFiles.h"
 #include "app/Usages.h"
-#include "settings/Keys.h"
+#include "settings/Settings.h"
 #include "settings/SettingsTable.h"
 #include "support/Alert.h"
 #include "support/AlertQueue.h"
@@ -61,11 +61,11 @@ void AppDelegate::applicationWillFinishLaunching() {
     m_moveObservation = PXAppMovedHandler::startMoveObservation(
         {[this](const QString& newPath, Block launch) { giveWay(newPath, std::move(launch)); }});
     // This choice of encoding is retired.
-    if (defaultInt(kExternalSubtitleEncodingKey) == 1) setDefaultInt(kExternalSubtitleEncodingKey, 0);
+    if (defaultInt(settings::ExternalSubtitleEncoding.key) == static_cast<int>(kRetiredSubtitleEncoding))
+        settings::ExternalSubtitleEncoding.setValue({});
     showSpeedNotice();
     connect(&sharedDesktop(), &Desktop::notificationActivated, this,
             [](const QString& path) { sharedDesktop().reveal(path); });
-    selectConversionStyle();
     m_addSheet.hide();
     m_destinations.restoreAtLaunch();
     m_watchFolder.watchfolderActiveClicked();
@@ -74,8 +74,8 @@ void AppDelegate::applicationWillFinishLaunching() {
 void AppDelegate::showSpeedNotice() {
     constexpr qint64 kEnoughUsages = 4;
     const QString usages = makeString("quillonlib_%@_usages", m_library->appVersionString());
-    if (defaultInt(kWelcomeShownKey) != 0 || defaultInt(usages) < kEnoughUsages ||
-        defaultInt(kConversionPresetKey) != 0) {
+    if (settings::WelcomeShown.value() || defaultInt(usages) < kEnoughUsages ||
+        settings::ConversionPreset.value() != ConversionStyle::Compatible) {
         return;
     }
     Alert notice;
@@ -90,7 +90,7 @@ void AppDelegate::showSpeedNotice() {
     // The window is not there yet.
     showInTurn([notice] {
         alertPresenter().presentSheet(notice, [](const AlertAnswer&) {
-            setDefaultInt(kWelcomeShownKey, 1);
+            settings::WelcomeShown.setValue(true);
             standardUserDefaults().synchronise();
         });
     });
@@ -206,10 +206,6 @@ bool AppDelegate::draggingEntered(const QList<QUrl>& urls) {
 bool AppDelegate::performDragOperation(const QList<QUrl>& urls) {
     openFiles(drop::paths(urls));
     return true;
-}
-
-void AppDelegate::selectConversionStyle() {
-    Q_EMIT conversionStyleSelected(static_cast<int>(defaultInt(kConversionPresetKey)));
 }
 
 void AppDelegate::preferencesWillClose() {

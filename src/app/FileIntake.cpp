@@ -2,9 +2,7 @@
 
 #include "app/AudioPreselection.h"
 #include "app/Languages.h"
-#include "settings/Keys.h"
 #include "support/ChildProcess.h"
-#include "support/Defaults.h"
 #include "support/Dispatch.h"
 
 #include <QCoreApplication>
@@ -95,6 +93,5 @@ void FileIntake::cancelAdd() {
 
 std::optional<qsizetype> FileIntake::bestLanguage() const {
     if (!m_fileInfo) return std::nullopt;
-    return audiopreselection::bestTrack(
-        *m_fileInfo, audiopreselection::languages(defaultInt(kDefaultAudioKey), m_preferredLanguages));
+    return audiopreselection::bestTrack(*m_fileInfo, audiopreselection::languages(m_preferredLanguages));
 }

@@ -3,6 +3,7 @@
 #include "app/Destination.h"
 #include "app/FileIntake.h"
 #include "settings/Keys.h"
+#include "settings/Settings.h"
 #include "support/Alert.h"
 #include "support/AlertQueue.h"
 #include "support/ApplicationInfo.h"
@@ -26,7 +27,7 @@ qint64 conversionLimit() {
 }
 
 bool insertsAtBottom() {
-    return defaultInt("InsertJobsAtBottom") != 0;
+    return settings::InsertJobsAtBottom.value();
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #include "app/WatchFolder.h"
 
 #include "app/FolderWatch.h"
-#include "support/Defaults.h"
+#include "settings/Settings.h"
 #include "support/Desktop.h"
 #include "support/FolderAccess.h"
 #include "support/Log.h"
@@ -9,19 +9,28 @@
 
 #include <QDir>
 #include <QFileInfo>
-
-namespace {
-
-constexpr QLatin1StringView kBookmark("WatchfolderBookmark");
-constexpr QLatin1StringView kActive("WatchfolderActive");
-
-}  // namespace
+#include <QScopedValueRollback>
 
 WatchFolder::WatchFolder(FilePanels& panels, QObject* parent)
-    : QObject(parent), m_panels(panels), m_processedNames(std::make_shared<QSet<QString>>()) {}
+    : QObject(parent), m_panels(panels), m_processedNames(std::make_shared<QSet<QString>>()) {
+    const auto follow = [this] {
+        if (!m_isStoring) watchfolderActiveClicked();
+    };
+    settings::WatchfolderActive.onChange(this, follow);
+    settings::WatchfolderBookmark.onChange(this, follow);
+}
 
 WatchFolder::~WatchFolder() {
     stopAccess();
+}
+
+void WatchFolder::store(const settings::Row& setting, const QVariant& value) {
+    const QScopedValueRollback storing(m_isStoring, true);
+    setDefaultObject(setting.key, value);
+}
+
+void WatchFolder::turnOff() {
+    store(settings::WatchfolderActive, qint64{0});
 }
 
 void WatchFolder::watchfolderSetClicked() {
@@ -33,7 +42,7 @@ void WatchFolder::watchfolderSetClicked() {
             return;
         }
         m_label = QDir(chosen).dirName();
-        setDefaultObject(kBookmark, *bookmark);
+        store(settings::WatchfolderBookmark, *bookmark);
         standardUserDefaults().synchronise();
         watchfolderActiveClicked();
         Q_EMIT changed();
@@ -42,13 +51,13 @@ void WatchFolder::watchfolderSetClicked() {
 
 void WatchFolder::watchfolderActiveClicked() {
     stopAccess();
-    const QByteArray bookmark = defaultObject(kBookmark).toByteArray();
+    const QByteArray bookmark = settings::WatchfolderBookmark.value();
     if (bookmark.isEmpty()) return;
     QString error;
     const auto resolved = folderaccess::resolveBookmark(bookmark, error);
     if (!resolved || !folderaccess::startAccessing(*resolved)) {
-        setDefaultObject(kBookmark, {});
-        setDefaultInt(kActive, 0);
+        store(settings::WatchfolderBookmark, {});
+        turnOff();
         m_current = nullptr;  // What it watches is watched to the end of this run.
         m_problem = error;
         Q_EMIT changed();
@@ -57,7 +66,7 @@ void WatchFolder::watchfolderActiveClicked() {
     m_label = QDir(*resolved).dirName();
     m_folder = *resolved;
     m_hasAccess = true;
-    if (defaultInt(kActive) != 0) {
+    if (settings::WatchfolderActive.value()) {
         startObserving(*resolved);
     } else {
         if (m_current) m_current->stop();
@@ -70,10 +79,10 @@ void WatchFolder::watchfolderActiveClicked() {
 }
 
 void WatchFolder::forget() {
-    setDefaultInt(kActive, 0);
+    turnOff();
     watchfolderActiveClicked();
-    setDefaultObject(kActive, {});
-    setDefaultObject(kBookmark, {});
+    store(settings::WatchfolderActive, {});
+    store(settings::WatchfolderBookmark, {});
     m_folder.reset();
     m_label.clear();
     Q_EMIT changed();
@@ -83,7 +92,7 @@ void WatchFolder::startObserving(const QString& folder) {
     auto watch = std::make_unique<FolderWatch>(m_processedNames);
     m_problem = watch->start(folder);
     if (!watch->isRunning()) {
-        setDefaultInt(kActive, 0);
+        turnOff();
         m_current = nullptr;
         return;
     }
@@ -100,7 +109,7 @@ void WatchFolder::startObserving(const QString& folder) {
 void WatchFolder::onEnded(const FolderWatch* watch, const QString& reason) {
     if (watch != m_current) return;
     m_current = nullptr;
-    setDefaultInt(kActive, 0);
+    turnOff();
     say(reason);
     sharedDesktop().notify({text::localized("The watch folder is off"), reason, {}, {}});
 }

@@ -12,6 +12,10 @@
 
 class FolderWatch;
 
+namespace settings {
+struct Row;
+}
+
 /// The folder whose new movies are taken in by themselves: which it is, whether it is on, and what it is
 /// doing. Main thread only.
 class WatchFolder : public QObject {
@@ -24,7 +28,8 @@ public:
 
     /// Has the user choose the folder.
     void watchfolderSetClicked();
-    /// Does what the settings say: turns the watch on or off. At launch, and whenever they changed.
+    /// Does what the settings say: turns the watch on or off. To be called at launch; whenever somebody else
+    /// changes them it is done at once.
     void watchfolderActiveClicked();
     /// Turns the watch off and forgets the folder.
     void forget();
@@ -48,6 +53,9 @@ Q_SIGNALS:
     void message(const QString& text);
 
 private:
+    /// Without an answer to the change.
+    void store(const settings::Row& setting, const QVariant& value);
+    void turnOff();
     void startObserving(const QString& folder);
     void onEnded(const FolderWatch* watch, const QString& reason);
     void say(const QString& text);
@@ -58,6 +66,7 @@ private:
     QString m_label;
     QString m_problem;                                ///< Why it is off, or what is not watched.
     std::shared_ptr<QSet<QString>> m_processedNames;  ///< Of this run; never emptied.
+    bool m_isStoring = false;
     FolderWatch* m_current = nullptr;
     /// With those that run on for the rest of this run: another folder was chosen meanwhile.
     std::vector<std::unique_ptr<FolderWatch>> m_watches;

@@ -6,7 +6,6 @@
 #include "cli/JsonRecords.h"
 #include "cli/Output.h"
 #include "cli/Run.h"
-#include "settings/Keys.h"
 #include "support/ApplicationInfo.h"
 #include "support/Defaults.h"
 #include "support/Format.h"
@@ -60,8 +59,7 @@ bool probeMovie(const QString& path, bool asJson, Run& run) {
     }
     std::optional<qsizetype> bestTrack;
     if (record) {
-        const QStringList languages = audiopreselection::languages(defaultInt(kDefaultAudioKey),
-                                                                   languages::preferredLanguages3Letter());
+        const QStringList languages = audiopreselection::languages(languages::preferredLanguages3Letter());
         bestTrack = audiopreselection::bestTrack(*record, languages);
     }
     if (asJson) {

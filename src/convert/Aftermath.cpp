@@ -2,6 +2,7 @@
 
 #include "probe/MKVFileInfo.h"
 #include "settings/Keys.h"
+#include "settings/Settings.h"
 #include "support/ApplicationInfo.h"
 #include "support/Defaults.h"
 #include "support/Desktop.h"
@@ -36,7 +37,7 @@ void countRun() {
 
 void disposeOfSource(const MKVFileInfo& info) {
     const QString source = info.fileURL.toLocalFile();
-    const bool deletes = defaultInt(kAutoRemoveTypeKey) != 0;
+    const bool deletes = settings::AutoRemoveType.value() == SourceRemoval::Delete;
     const bool gone = deletes ? QFile::remove(source) : sharedDesktop().moveToTrash(source);
     if (!gone) logError("Error: could not remove the source file %@", source);
 }

@@ -14,6 +14,13 @@ namespace {
 
 constexpr int kLockWaitMilliseconds = 5000;
 
+QStringList differingKeys(const QVariantMap& before, const QVariantMap& after) {
+    QStringList keys = before.keys() + after.keys();
+    keys.removeDuplicates();
+    keys.removeIf([&](const QString& key) { return before.value(key) == after.value(key); });
+    return keys;
+}
+
 }  // namespace
 
 SettingsStore::SettingsStore(QString filePath) : m_filePath(std::move(filePath)) {
@@ -66,6 +73,7 @@ QVariant SettingsStore::registeredDefault(const QString& key) const {
 
 void SettingsStore::setObject(const QString& key, const QVariant& value) {
     std::function<void()> tell;
+    std::function<void(const QString&)> valueHandler;
     {
         const QMutexLocker lock(&m_mutex);
         const auto found = m_stored.constFind(key);
@@ -80,8 +88,10 @@ void SettingsStore::setObject(const QString& key, const QVariant& value) {
         }
         if (m_changed.isEmpty()) tell = m_changeHandler;
         m_changed.insert(key);
+        valueHandler = m_valueHandler;
     }
     if (tell) tell();
+    if (valueHandler) valueHandler(key);
 }
 
 void SettingsStore::registerDefaults(const QVariantMap& defaults) {
@@ -95,7 +105,22 @@ void SettingsStore::setOverride(const QString& key, const QVariant& value) {
 }
 
 bool SettingsStore::synchronise() {
-    const QMutexLocker lock(&m_mutex);
+    QStringList foreign;  // keys that another instance changed
+    std::function<void(const QString&)> valueHandler;
+    bool isSaved = false;
+    {
+        const QMutexLocker lock(&m_mutex);
+        const QVariantMap before = m_stored;
+        isSaved = write();
+        valueHandler = m_valueHandler;
+        if (valueHandler) foreign = differingKeys(before, m_stored);
+    }
+    for (const QString& key : std::as_const(foreign))
+        valueHandler(key);
+    return isSaved;
+}
+
+bool SettingsStore::write() {
     if (m_changed.isEmpty()) return true;
     if (!canWrite()) return false;
 
@@ -152,4 +177,9 @@ QString SettingsStore::problem() const {
 void SettingsStore::setChangeHandler(std::function<void()> handler) {
     const QMutexLocker lock(&m_mutex);
     m_changeHandler = std::move(handler);
+}
+
+void SettingsStore::setValueHandler(std::function<void(const QString& key)> handler) {
+    const QMutexLocker lock(&m_mutex);
+    m_valueHandler = std::move(handler);
 }

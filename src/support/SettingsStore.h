@@ -46,9 +46,13 @@ public:
     /// Called after a write to the store that had nothing to save before, in the writer's thread and outside
     /// the store's lock: the moment to plan a synchronise().
     void setChangeHandler(std::function<void()> handler);
+    /// Called after the stored value of a key has changed, by a write or by what synchronise() found in the
+    /// file, in that call's thread and outside the store's lock.
+    void setValueHandler(std::function<void(const QString& key)> handler);
 
 private:
     void keepAside();
+    bool write();
     bool canWrite() const { return !m_unreadable; }
 
     const QString m_filePath;
@@ -60,4 +64,5 @@ private:
     QString m_problem;
     bool m_unreadable = false;
     std::function<void()> m_changeHandler;
+    std::function<void(const QString& key)> m_valueHandler;
 };

@@ -17,7 +17,7 @@ const QString kHead =
 const QString kVideo =
     "    Stream #0:0(eng): Video: h264 (High), yuv420p(progressive), 1920x1080 [SAR 1:1 DAR 16:9], 25 fps\n";
 
-ReportFacts parse(const QString& streams, const ProbeSettings& settings = {}) {
+ReportFacts parse(const QString& streams, const settings::Snapshot& settings = {}) {
     return parseReport(kHead + streams, settings, "x.mkv");
 }
 
@@ -99,7 +99,10 @@ private Q_SLOTS:
     }
 
     void audioBySettings() {
-        const ProbeSettings all{true, true, true};
+        settings::Snapshot all;
+        for (const settings::Setting<bool>& setting :
+             {settings::HEAACConvert, settings::EAC3Convert, settings::DontConvertAACMain})
+            all.set(setting, true);
         const auto codec = [&](const QString& description) {
             return parse(kVideo + "    Stream #0:1(eng): Audio: " + description + ", 48000 Hz, stereo\n", all)
                 .audioTracks.first()
