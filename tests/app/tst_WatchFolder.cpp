@@ -129,7 +129,7 @@ private Q_SLOTS:
         WatchFolder folder(panels);
         QSignalSpy arrived(&folder, &WatchFolder::arrived);
         setDefaultInt("WatchfolderActive", 1);
-        folder.watchfolderActiveClicked();  // No folder was chosen: nothing changes.
+        // No folder was chosen: nothing changes.
         QVERIFY(!folder.isWatching());
         QCOMPARE(defaultInt("WatchfolderActive"), 1);
 
@@ -152,7 +152,6 @@ private Q_SLOTS:
         QCOMPARE(arrived.count(), 3);
 
         setDefaultInt("WatchfolderActive", 0);
-        folder.watchfolderActiveClicked();
         QVERIFY(!folder.isWatching());
         QCOMPARE(folder.watchfolderLabel(), "in");
         QCOMPARE(folderaccess::openAccesses(folder.folder()), 0);
@@ -187,7 +186,6 @@ private Q_SLOTS:
         // Back again, it can be turned on again.
         QDir(home.path()).mkpath("in");
         setDefaultInt("WatchfolderActive", 1);
-        folder.watchfolderActiveClicked();
         QVERIFY(folder.isWatching());
     }
 };
