@@ -119,6 +119,7 @@ private Q_SLOTS:
         QStringList reported;
         first.setValueHandler([&](const QString& key) { reported.append(key); });
         QVERIFY(first.synchronise());
+        reported.sort();
         QCOMPARE(reported, (QStringList{"removed", "second", "shared"}));
         const SettingsStore result(path);
         QCOMPARE(result.object("first").toInt(), 1);
