@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <numeric>
-#include <string_view>
 
 namespace settings {
 
@@ -22,17 +21,7 @@ constexpr const Row* kTable[] = {
 #include "settings/Settings.def"
 };
 
-constexpr bool keysDiffer() {
-    for (const Row* const& row : kTable) {
-        const std::string_view key(row->key.data(), static_cast<size_t>(row->key.size()));
-        for (const Row* other : std::span(kTable).subspan(static_cast<size_t>(&row - kTable) + 1)) {
-            if (key == std::string_view(other->key.data(), static_cast<size_t>(other->key.size())))
-                return false;
-        }
-    }
-    return true;
-}
-static_assert(keysDiffer());
+// No key is there twice: each is the name of a constant, too.
 static_assert(std::ranges::all_of(kTable,
                                   [](const Row* row) {
                                       return row->choices.isEmpty() || row->choices.find(row->integerDefault);
