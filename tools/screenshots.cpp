@@ -139,7 +139,6 @@ void preferences() {
         for (int style = 0; style <= 2; ++style) {
             setDefaultInt(kConversionPresetKey, style);
             window.refresh();
-            window.selectConversionStyle(style);
             save(window, name + QString::number(style));
         }
     }

@@ -5,6 +5,7 @@
 #include "app/intake/FileIntake.h"
 #include "app/queue/JobQueue.h"
 #include "settings/Keys.h"
+#include "settings/Settings.h"
 #include "support/alerts/Alert.h"
 #include "support/alerts/AlertQueue.h"
 #include "support/base/Files.h"
@@ -79,7 +80,7 @@ void AddSheet::showAccepted() {
     m_selectedAudio = m_intake.bestLanguage().value_or(0);
     m_destinations.rebuildDestinationPopUp();
     Q_EMIT changed();
-    if (defaultInt(kAutoAddKey) != 0) addToQueue();
+    if (settings::AutoAdd.value()) addToQueue();
 }
 
 void AddSheet::cancelAdd() {

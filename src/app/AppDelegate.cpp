@@ -5,6 +5,7 @@
 #include "app/queue/UnfinishedFiles.h"
 #include "app/queue/Usages.h"
 #include "settings/Keys.h"
+#include "settings/Settings.h"
 #include "settings/SettingsTable.h"
 #include "support/alerts/Alert.h"
 #include "support/alerts/AlertQueue.h"
@@ -63,11 +64,11 @@ void AppDelegate::applicationWillFinishLaunching() {
     m_moveObservation = PXAppMovedHandler::startMoveObservation(
         {[this](const QString& newPath, Block launch) { giveWay(newPath, std::move(launch)); }});
     // This choice of encoding is retired.
-    if (defaultInt(kExternalSubtitleEncodingKey) == 1) setDefaultInt(kExternalSubtitleEncodingKey, 0);
+    if (defaultInt(settings::ExternalSubtitleEncoding.key) == static_cast<int>(kRetiredSubtitleEncoding))
+        settings::ExternalSubtitleEncoding.setValue({});
     showSpeedNotice();
     connect(&sharedDesktop(), &Desktop::notificationActivated, this,
             [](const QString& path) { sharedDesktop().reveal(path); });
-    selectConversionStyle();
     m_addSheet.hide();
     QStringList missing{m_destinations.restoreAtLaunch(), m_watchFolder.resumeAtLaunch()};
     missing.removeAll(QString());
@@ -77,8 +78,8 @@ void AppDelegate::applicationWillFinishLaunching() {
 void AppDelegate::showSpeedNotice() {
     constexpr qint64 kEnoughUsages = 4;
     const QString usages = makeString("quillonlib_%@_usages", m_library->appVersionString());
-    if (defaultInt(kWelcomeShownKey) != 0 || defaultInt(usages) < kEnoughUsages ||
-        defaultInt(kConversionPresetKey) != 0) {
+    if (settings::WelcomeShown.value() || defaultInt(usages) < kEnoughUsages ||
+        settings::ConversionPreset.value() != ConversionStyle::Compatible) {
         return;
     }
     Alert notice;
@@ -93,7 +94,7 @@ void AppDelegate::showSpeedNotice() {
     // The window is not there yet.
     showInTurn([notice] {
         alertPresenter().presentSheet(notice, [](const AlertAnswer&) {
-            setDefaultInt(kWelcomeShownKey, 1);
+            settings::WelcomeShown.setValue(true);
             standardUserDefaults().synchronise();
         });
     });
@@ -216,10 +217,6 @@ bool AppDelegate::draggingEntered(const QList<QUrl>& urls) {
 bool AppDelegate::performDragOperation(const QList<QUrl>& urls) {
     openFiles(drop::paths(urls));
     return true;
-}
-
-void AppDelegate::selectConversionStyle() {
-    Q_EMIT conversionStyleSelected(static_cast<int>(defaultInt(kConversionPresetKey)));
 }
 
 void AppDelegate::preferencesWillClose() {

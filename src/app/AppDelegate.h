@@ -84,7 +84,6 @@ public:
     /// What is dragged would be taken. If not, statusMessage() says why.
     bool draggingEntered(const QList<QUrl>& urls);
     bool performDragOperation(const QList<QUrl>& urls);
-    void selectConversionStyle();
     /// The preferences window closes.
     void preferencesWillClose();
     /// `tag` is that of the menu item; nothing, where something else asks.
@@ -93,8 +92,6 @@ public:
 Q_SIGNALS:
     /// Show the main window in front of the others.
     void mainWindowRequested();
-    /// Show the pane of a style: 0 compatible, 1 fast, 2 custom.
-    void conversionStyleSelected(int preset);
     /// Load the documentation or bring it to the front, and show the tab at `tag`; negative: leave the tab.
     void documentationWindowRequested(int tag);
     /// Tell the user in passing; empty: nothing to tell any more.

@@ -2,7 +2,7 @@
 
 #include "cli/ExitStatus.h"
 #include "cli/Output.h"
-#include "settings/Keys.h"
+#include "settings/Settings.h"
 #include "settings/SettingsTable.h"
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Format.h"
@@ -32,7 +32,16 @@ struct Raw {
     bool json = false, quiet = false;
 };
 
-const std::map<std::string, int> kStyles = {{"compatible", 0}, {"fast", 1}, {"custom", 2}};
+/// The styles' words and numbers.
+const std::map<std::string, qint64>& styles() {
+    static const auto styles = [] {
+        std::map<std::string, qint64> words;
+        for (const settings::Choice& choice : settings::ConversionPreset.choices.list)
+            words.emplace(choice.word.data(), choice.number);
+        return words;
+    }();
+    return styles;
+}
 
 /// What is wrong with the text of a position; empty: nothing.
 std::string position(const std::string& text) {
@@ -97,7 +106,7 @@ CLI::App* addConvert(CLI::App& app, Raw& raw) {
         ->add_option("--style", raw.style,
                      help(Texts::tr("How audio is handled: compatible, fast or custom")))
         ->type_name("STYLE")
-        ->check(CLI::IsMember(kStyles));
+        ->check(CLI::IsMember(styles()));
     addSet(convert, raw);
     convert->add_option("PATH", raw.paths, help(Texts::tr("Movies, subtitle files, and folders of them")))
         ->required()
@@ -238,7 +247,7 @@ CommandLine CommandLine::parse(int argc, char** argv) {
         const QString message = takeOverride(decoded(assignment), line.overrides);
         if (!message.isEmpty()) return mistake(message, commandName());
     }
-    if (!raw.style.empty()) line.overrides.insert(kConversionPresetKey, kStyles.at(raw.style));
+    if (!raw.style.empty()) line.overrides.insert(settings::ConversionPreset.key, styles().at(raw.style));
 
     if (probe->parsed()) {
         line.command = ProbeOptions{raw.json, decoded(raw.paths)};

@@ -62,8 +62,7 @@ bool probeMovie(const QString& path, bool asJson, Run& run) {
     }
     std::optional<qsizetype> bestTrack;
     if (record) {
-        const QStringList languages = audiopreselection::languages(defaultInt(kDefaultAudioKey),
-                                                                   languages::preferredLanguages3Letter());
+        const QStringList languages = audiopreselection::languages(languages::preferredLanguages3Letter());
         bestTrack = audiopreselection::bestTrack(*record, languages);
     }
     if (asJson) {

@@ -18,7 +18,7 @@ struct Present {
 };
 
 /// A setting without a registered default reads as 0 or as nothing.
-Present present(const settings::Setting& setting) {
+Present present(const settings::Row& setting) {
     const bool isNumber = setting.type == settings::Type::Integer || setting.type == settings::Type::Boolean;
     const QVariant unset = setting.registered || !isNumber ? setting.defaultValue() : QVariant(qint64{0});
     const QVariant stored = defaultObject(setting.key);
@@ -49,8 +49,8 @@ void print(const Present& setting, bool asJson, bool withName) {
 }
 
 void list(bool asJson) {
-    for (const settings::Setting& setting : settings::all()) {
-        if (setting.registered) print(present(setting), asJson, true);
+    for (const settings::Row* setting : settings::all()) {
+        if (setting->registered) print(present(*setting), asJson, true);
     }
 }
 
@@ -75,7 +75,7 @@ int change(const QString& key, const QVariant& value) {
     return exitstatus::kFailure;
 }
 
-int set(const settings::Setting& setting, const QString& text) {
+int set(const settings::Row& setting, const QString& text) {
     const auto value = settings::valueFromText(setting.type, text);
     if (!value) {
         return wrongUsage(Texts::tr("'%1' is not %2, which the setting %3 needs")
@@ -106,7 +106,7 @@ int runSettings(const SettingsOptions& options) {
         return exitstatus::kSuccess;
     }
 
-    const settings::Setting* setting = settings::find(options.key);
+    const settings::Row* setting = settings::find(options.key);
     // What the application stored beside the table, such as a silenced warning, can be looked at and
     // forgotten.
     const QVariant stored = standardUserDefaults().storedObject(options.key);

@@ -2,8 +2,10 @@
 
 #include "probe/MKVFileInfo.h"
 #include "settings/Keys.h"
+#include "settings/Settings.h"
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Log.h"
+#include "support/base/Text.h"
 #include "support/base/Texts.h"
 #include "support/desktop/Desktop.h"
 #include "support/store/Defaults.h"
@@ -36,7 +38,7 @@ void countRun() {
 
 void disposeOfSource(const MKVFileInfo& info) {
     const QString source = info.fileURL.toLocalFile();
-    const bool deletes = defaultInt(kAutoRemoveTypeKey) != 0;
+    const bool deletes = settings::AutoRemoveType.value() == SourceRemoval::Delete;
     const bool gone = deletes ? QFile::remove(source) : sharedDesktop().moveToTrash(source);
     if (!gone) logError("Error: could not remove the source file %@", source);
 }

@@ -5,28 +5,32 @@
 
 namespace {
 
-ConversionMethod customMethod(const QString& codec, bool surround, const ConversionSettings& settings) {
-    const auto& custom = settings.customHandling;
-    int method = surround ? custom.unknownSurround : custom.unknown;
-    if (codec == u"ac3") method = surround ? custom.ac3Surround : custom.ac3;
-    if (codec == u"dts") method = surround ? custom.dtsSurround : custom.dts;
-    if (codec == u"flac") method = surround ? custom.flacSurround : custom.flac;
+/// The setting of the custom style for a kind of audio.
+const settings::Setting<ConversionMethod>& customHandling(const QString& codec, bool surround) {
+    if (codec == u"ac3")
+        return surround ? settings::CustomAC351AudioHandling : settings::CustomAC3AudioHandling;
+    if (codec == u"dts")
+        return surround ? settings::CustomDTS51AudioHandling : settings::CustomDTSAudioHandling;
+    if (codec == u"flac")
+        return surround ? settings::CustomFLAC51AudioHandling : settings::CustomFLACAudioHandling;
     // MP3 and Vorbis have no setting for surround.
-    if (codec == u"mp3" && !surround) method = custom.mp3;
-    if (codec == u"vorbis" && !surround) method = custom.vorbis;
-    return method >= 0 && method <= 4 ? static_cast<ConversionMethod>(method) : ConversionMethod::Copy;
+    if (codec == u"mp3" && !surround) return settings::CustomMP3AudioHandling;
+    if (codec == u"vorbis" && !surround) return settings::CustomVorbisAudioHandling;
+    return surround ? settings::CustomUnknown51AudioHandling : settings::CustomUnknownAudioHandling;
 }
 
 }  // namespace
 
 ConversionMethod calculateConversionMethod(const QString& codec, bool audioIsSurround,
-                                           const ConversionSettings& settings) {
+                                           const ConversionSettings& chosen) {
     using enum ConversionMethod;
     if (codec == u"aac") return Copy;
-    if (settings.preset == ConversionSettings::kCustom) return customMethod(codec, audioIsSurround, settings);
-    if (settings.preset == ConversionSettings::kCompatible) return AacStereo;
-    if (codec == u"ac3") return audioIsSurround && settings.ac3Downmix ? Ac3Stereo : Copy;
-    if (codec == u"dts") return audioIsSurround && !settings.dtsDownmix ? Ac3Surround : Ac3Stereo;
+    const ConversionStyle style = chosen.value(settings::ConversionPreset);
+    if (style == ConversionStyle::Custom) return chosen.value(customHandling(codec, audioIsSurround));
+    if (style == ConversionStyle::Compatible) return AacStereo;
+    if (codec == u"ac3") return audioIsSurround && chosen.value(settings::AC3Downmix) ? Ac3Stereo : Copy;
+    if (codec == u"dts")
+        return audioIsSurround && !chosen.value(settings::DTSDownmix) ? Ac3Surround : Ac3Stereo;
     return Ac3Stereo;
 }
 

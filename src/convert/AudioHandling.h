@@ -5,19 +5,9 @@
 
 #include <QString>
 
-/// What happens to a movie's audio track. The numbers are those of the custom style's settings.
-enum class ConversionMethod : int {
-    AacStereo = 0,
-    AacSurround = 1,
-    Ac3Stereo = 2,
-    Ac3Surround = 3,
-    Copy = 4,
-};
-
-/// The method for a track by its codec tag, its channels and the user's style. A custom setting outside 0 to
-/// 4 falls back to copying. Pure.
+/// The method for a track by its codec tag, its channels and the user's style. Pure.
 ConversionMethod calculateConversionMethod(const QString& codec, bool audioIsSurround,
-                                           const ConversionSettings& settings);
+                                           const ConversionSettings& chosen);
 
 /// The tool's word for the audio codec.
 QString codecWord(ConversionMethod method);

@@ -9,7 +9,6 @@ namespace {
 constexpr int kAudioMapTarget = 6;  // the value of the audio "-map"
 constexpr int kBehindMaps = 7;
 constexpr int kAudioOptions = 13;
-constexpr int kFirstQualityLevel = 4;      // AAC rates from here on are quality levels
 constexpr int kHighestSampleRate = 48000;  // Hz; what players take
 
 void insert(QStringList& list, qsizetype position, const QStringList& items) {
@@ -21,40 +20,23 @@ void insertBeforeDestination(QStringList& arguments, const QStringList& items) {
     insert(arguments, arguments.size() - 1, items);
 }
 
-/// The index itself; one past the list's end means the registered default.
-int fittingIndex(const QStringList& list, int index, const QString& key) {
-    return index >= 0 && index < list.size() ? index : settings::registeredInt(key);
-}
-
-QString entry(const QStringList& list, int index, const QString& key) {
-    return list.at(fittingIndex(list, index, key));
-}
-
-QStringList aacRate(const QStringList& rates, int index, const QString& key) {
-    const int fitting = fittingIndex(rates, index, key);
-    return {fitting < kFirstQualityLevel ? "-b:a" : "-q:a", rates.at(fitting)};
-}
-
-QString ac3SurroundRate(const ConversionSettings& settings) {
-    return entry({"384k", "448k", "512k", "576k"}, settings.ac3SurroundBitrate, kAC3SurroundBitrateKey);
+/// Levels of quality have no unit.
+QStringList aacRate(QLatin1StringView rate) {
+    return {rate.endsWith('k') ? "-b:a" : "-q:a", rate};
 }
 
 /// Channels and bit rate.
-QStringList audioOptions(ConversionMethod method, const ConversionSettings& settings) {
+QStringList audioOptions(ConversionMethod method, const ConversionSettings& chosen) {
     switch (method) {
         case ConversionMethod::AacStereo:
-            return QStringList{"-ac", "2"} + aacRate({"96k", "128k", "160k", "192k", "9", "7", "5", "4"},
-                                                     settings.aacBitrate, kAACBitrateKey);
+            return QStringList{"-ac", "2"} + aacRate(chosen.word(settings::AACBitrate));
         case ConversionMethod::AacSurround:
-            return QStringList{"-ac", "6"} +
-                   aacRate({"224k", "256k", "384k", "448k", "9", "7", "5", "4"}, settings.aacSurroundBitrate,
-                           kAACSurroundBitrateKey) +
+            return QStringList{"-ac", "6"} + aacRate(chosen.word(settings::AACSurroundBitrate)) +
                    QStringList{"-channel_layout", "5.1(side)"};
         case ConversionMethod::Ac3Stereo:
-            return {"-ac", "2", "-b:a",
-                    entry({"160k", "192k", "224k", "256k"}, settings.ac3StereoBitrate, kAC3StereoBitrateKey)};
+            return {"-ac", "2", "-b:a", chosen.word(settings::AC3StereoBitrate)};
         case ConversionMethod::Ac3Surround:
-            return {"-ac", "6", "-b:a", ac3SurroundRate(settings)};
+            return {"-ac", "6", "-b:a", chosen.word(settings::AC3SurroundBitrate)};
         case ConversionMethod::Copy:
             return {};
     }
@@ -81,9 +63,9 @@ QStringList withoutAudio(const ConversionRequest& request) {
 }
 
 QStringList withAudio(const ConversionRequest& request, const AudioEntry& audio,
-                      const ConversionSettings& settings) {
+                      const ConversionSettings& chosen) {
     const MKVFileInfo& info = request.info;
-    const ConversionMethod method = calculateConversionMethod(audio.codec(), audio.isSurround(), settings);
+    const ConversionMethod method = calculateConversionMethod(audio.codec(), audio.isSurround(), chosen);
     QStringList arguments = {"-i",
                              info.fileURL.toLocalFile(),
                              "-stats",
@@ -106,10 +88,10 @@ QStringList withAudio(const ConversionRequest& request, const AudioEntry& audio,
 
     if (request.needsFixup) insert(arguments, kBehindMaps, {"-absf", "aac_adtstoasc"});
     insert(arguments, kBehindMaps, {"-max_muxing_queue_size", "2048"});
-    insert(arguments, kAudioOptions, audioOptions(method, settings));
+    insert(arguments, kAudioOptions, audioOptions(method, chosen));
     if (method != ConversionMethod::Copy) {
         if (audio.sampleRate > kHighestSampleRate) insert(arguments, kAudioOptions, {"-ar", "48000"});
-        const float volume = settings.audioVolume;
+        const float volume = chosen.value(settings::AudioVolume);
         if (volume < 99 || volume > 101) {
             insert(arguments, kAudioOptions,
                    {"-filter_complex", makeString("[0:%i]volume=%.2f[out]", audio.stream(), volume / 100)});
@@ -117,8 +99,8 @@ QStringList withAudio(const ConversionRequest& request, const AudioEntry& audio,
         }
     }
     int position = kBehindMaps;
-    addAdditionalSurroundTrack(arguments, position, info, request.audioTrackIndex, settings);
-    addSubtitles(arguments, "1:0", position, info, settings);
+    addAdditionalSurroundTrack(arguments, position, info, request.audioTrackIndex, chosen);
+    addSubtitles(arguments, "1:0", position, info, chosen);
     return arguments;
 }
 
@@ -147,35 +129,40 @@ const AudioEntry* chosenAudio(const MKVFileInfo& info, qsizetype audioTrackIndex
     return audioTrackIndex >= 0 && audioTrackIndex < entries.size() ? &entries[audioTrackIndex] : nullptr;
 }
 
-QStringList conversionArguments(const ConversionRequest& request, const ConversionSettings& settings) {
+QStringList conversionArguments(const ConversionRequest& request, const ConversionSettings& chosen) {
     const AudioEntry* audio = chosenAudio(request.info, request.audioTrackIndex);
-    QStringList arguments = audio ? withAudio(request, *audio, settings) : withoutAudio(request);
+    QStringList arguments = audio ? withAudio(request, *audio, chosen) : withoutAudio(request);
     // Players of one vendor take HEVC under this tag only.
     if (request.info.videoTrackCodec == u"hevc") insert(arguments, 0, {"-tag:v", "hvc1"});
-    if (settings.produceStreamableFiles) insertBeforeDestination(arguments, {"-movflags", "faststart"});
+    if (chosen.value(settings::ProduceStreamableFiles))
+        insertBeforeDestination(arguments, {"-movflags", "faststart"});
     insertBeforeDestination(arguments, {"-strict", "experimental"});
-    if (settings.fixSubtitleDuration) insert(arguments, 0, {"-fix_sub_duration"});
+    if (chosen.value(settings::FixSubtitleDuration)) insert(arguments, 0, {"-fix_sub_duration"});
     return arguments;
 }
 
 void addAdditionalSurroundTrack(QStringList& arguments, int& position, const MKVFileInfo& info,
-                                qsizetype audioTrackIndex, const ConversionSettings& settings) {
-    if (settings.preset != ConversionSettings::kCompatible || !settings.includeSurroundTrack) return;
+                                qsizetype audioTrackIndex, const ConversionSettings& chosen) {
+    if (chosen.value(settings::ConversionPreset) != ConversionStyle::Compatible ||
+        !chosen.value(settings::IncludeSurroundTrack))
+        return;
     const AudioEntry* main = chosenAudio(info, audioTrackIndex);
     const AudioEntry* track = main ? additionalSurroundTrack(info, *main) : nullptr;
     if (!track) return;
     insert(arguments, position, {"-map", makeString("0:%i", track->stream())});
     position += 2;
-    const bool transcodes = track->codecWord() == u"(dts)" && settings.includeSurroundTrackTranscoded;
+    const bool transcodes =
+        track->codecWord() == u"(dts)" && chosen.value(settings::IncludeSurroundTrackTranscoded);
     const QStringList options =
-        transcodes ? QStringList{"-c:a:1", "ac3", "-ac:2", "6", "-b:a:1", ac3SurroundRate(settings)}
-                   : QStringList{"-c:a:1", "copy"};
+        transcodes
+            ? QStringList{"-c:a:1", "ac3", "-ac:2", "6", "-b:a:1", chosen.word(settings::AC3SurroundBitrate)}
+            : QStringList{"-c:a:1", "copy"};
     insert(arguments, arguments.indexOf("-progress"), options);
 }
 
 void addSubtitles(QStringList& arguments, const QString& mapTarget, int position, const MKVFileInfo& info,
-                  const ConversionSettings& settings) {
-    if (!settings.disableBuiltinSubtitles) {
+                  const ConversionSettings& chosen) {
+    if (!chosen.value(settings::DisableBuiltinSubtitles)) {
         for (const int stream : info.subtitleTrackIDs)
             insert(arguments, position, {"-map", makeString("0:%i", stream)});
     }
@@ -183,34 +170,9 @@ void addSubtitles(QStringList& arguments, const QString& mapTarget, int position
     const qsizetype behindFirstInput = arguments.indexOf("-stats");
     insert(arguments, position, {"-map", mapTarget});
     insert(arguments, behindFirstInput, {"-i", info.subtitleFileURL->toLocalFile()});
-    if (settings.externalSubtitleEncoding < 2) return;
-    QString encoding = subtitleEncodings().value(settings.externalSubtitleEncoding);
-    if (encoding.isEmpty()) return;  // A number past the end of the list stands for no encoding.
+    QString encoding = chosen.word(settings::ExternalSubtitleEncoding);
+    if (encoding.isEmpty()) return;
     // The tool recognises UTF-16 by itself and hands it on as UTF-8.
     if (encoding == u"UTF-16") encoding = "UTF-8";
     insert(arguments, behindFirstInput, {"-sub_charenc", encoding});
-}
-
-const QStringList& subtitleEncodings() {
-    static const QStringList encodings = {"None",        "",
-                                          "UTF-8",       "UTF-16",
-                                          "CP874",       "CP936",
-                                          "CP1250",      "CP1251",
-                                          "CP1252",      "CP1253",
-                                          "CP1254",      "CP1255",
-                                          "CP1256",      "CP1257",
-                                          "CP1258",      "LATIN1",
-                                          "LATIN2",      "LATIN3",
-                                          "LATIN4",      "LATIN5",
-                                          "LATIN6",      "LATIN7",
-                                          "LATIN8",      "ISO-8859-1",
-                                          "ISO-8859-2",  "ISO-8859-3",
-                                          "ISO-8859-4",  "ISO-8859-5",
-                                          "ISO-8859-6",  "ISO-8859-7",
-                                          "ISO-8859-8",  "ISO-8859-9",
-                                          "ISO-8859-10", "ISO-8859-11",
-                                          "ISO-8859-12", "ISO-8859-13",
-                                          "ISO-8859-14", "ISO-8859-15",
-                                          "ISO-8859-16"};
-    return encodings;
 }

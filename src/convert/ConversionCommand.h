@@ -22,17 +22,14 @@ struct ConversionRequest {
 const AudioEntry* chosenAudio(const MKVFileInfo& info, qsizetype audioTrackIndex);
 
 /// Without the tool's own path.
-QStringList conversionArguments(const ConversionRequest& request, const ConversionSettings& settings);
+QStringList conversionArguments(const ConversionRequest& request, const ConversionSettings& chosen);
 
 /// Maps a second audio track, 5.1 AC3 or DTS in the main track's language, at `position`, which moves on
 /// behind it.
 void addAdditionalSurroundTrack(QStringList& arguments, int& position, const MKVFileInfo& info,
-                                qsizetype audioTrackIndex, const ConversionSettings& settings);
+                                qsizetype audioTrackIndex, const ConversionSettings& chosen);
 
 /// Maps the movie's own text subtitles and its subtitle file at `position`. `mapTarget` is the stream of the
 /// second input.
 void addSubtitles(QStringList& arguments, const QString& mapTarget, int position, const MKVFileInfo& info,
-                  const ConversionSettings& settings);
-
-/// The encodings of subtitle files, by the setting's number.
-const QStringList& subtitleEncodings();
+                  const ConversionSettings& chosen);

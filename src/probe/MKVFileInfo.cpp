@@ -42,7 +42,7 @@ MKVFileInfo::Probe MKVFileInfo::probe(const QUrl& url, const std::atomic<bool>* 
         return {std::nullopt, {verdicts::spawnFailed(reason, tool::path())}};
     }
 
-    const ReportFacts facts = parseReport(reportText(report), ProbeSettings::current(), fileName);
+    const ReportFacts facts = parseReport(reportText(report), settings::Snapshot::current(), fileName);
     if (facts.rejected) return {std::nullopt, facts.verdicts};
     return {fromFacts(facts, url), facts.verdicts};
 }

@@ -65,8 +65,8 @@ struct Block {
 
 class Parser {
 public:
-    Parser(const ProbeSettings& settings, const QString& fileName)
-        : m_settings(settings), m_fileName(fileName) {}
+    Parser(const settings::Snapshot& chosen, const QString& fileName)
+        : m_chosen(chosen), m_fileName(fileName) {}
 
     ReportFacts parse(QStringView report) {
         for (const Block& block : blocksOf(report)) {
@@ -145,17 +145,17 @@ private:
         QString codec = codecAfter(line, u"Audio: ");
         const bool surround = text::containsAny(line, {", 5.1", ", 6.1", ", 7.1"});
         if (text::containsAny(line, {"(HE-AAC)", "(HE-AACv2)"})) {
-            if (m_settings.heaacConvert) {
+            if (m_chosen.value(settings::HEAACConvert)) {
                 codec = "he-aac";
             } else {
                 m_facts.verdicts.push_back(verdicts::heaac(m_fileName));
             }
         }
-        if (codec == u"eac3" && !m_settings.eac3Convert) {
+        if (codec == u"eac3" && !m_chosen.value(settings::EAC3Convert)) {
             m_facts.verdicts.push_back(verdicts::eac3(m_fileName, surround));
             codec = "ac3";
         }
-        if (line.contains("aac (Main)") && !m_settings.dontConvertAACMain) codec = "aac-main";
+        if (line.contains("aac (Main)") && !m_chosen.value(settings::DontConvertAACMain)) codec = "aac-main";
         const qsizetype hertz = line.indexOf(" Hz");
         const QStringView beforeHertz = QStringView(line).left(qMax(hertz, 0));
         const int sampleRate = text::integerValue(text::split(beforeHertz, u", ").last());
@@ -180,7 +180,7 @@ private:
         m_facts.verdicts.push_back(std::move(verdict));
     }
 
-    const ProbeSettings m_settings;
+    const settings::Snapshot m_chosen;
     const QString m_fileName;
     ReportFacts m_facts;
     int m_referenceFrames = 0;
@@ -188,18 +188,13 @@ private:
 
 }  // namespace
 
-ProbeSettings ProbeSettings::current() {
-    return {defaultInt(kHEAACConvertKey) != 0, defaultInt(kEAC3ConvertKey) != 0,
-            defaultInt(kDontConvertAACMainKey) != 0};
-}
-
 QString ReportFacts::informationString() const {
     return makeString("Duration: %@  Bitrate: %@  Resolution: %@  Audiotracks: %i (%i)", duration, bitrate,
                       resolution, static_cast<int>(audioTracks.size()), subtitleCount);
 }
 
-ReportFacts parseReport(const QString& report, const ProbeSettings& settings, const QString& fileName) {
-    return Parser(settings, fileName).parse(report);
+ReportFacts parseReport(const QString& report, const settings::Snapshot& chosen, const QString& fileName) {
+    return Parser(chosen, fileName).parse(report);
 }
 
 qint32 durationInReport(const QString& report) {

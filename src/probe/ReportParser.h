@@ -2,21 +2,13 @@
 
 #include "probe/AudioEntry.h"
 #include "probe/Verdicts.h"
+#include "settings/Snapshot.h"
 
 #include <QList>
 #include <QString>
 
 #include <optional>
 #include <vector>
-
-/// The settings that decide how audio streams are classified.
-struct ProbeSettings {
-    bool heaacConvert = false;
-    bool eac3Convert = false;
-    bool dontConvertAACMain = false;
-
-    static ProbeSettings current();
-};
 
 /// What the tool's report says about a file.
 struct ReportFacts {
@@ -37,8 +29,8 @@ struct ReportFacts {
 
 /// Reads what the tool prints when it is given an input and no output: lines of "Duration: ..." and "Stream
 /// #0:1(eng): Audio: ...", each followed by its metadata. Pure; linear in the length of the report.
-/// `fileName` is for the verdicts' texts.
-ReportFacts parseReport(const QString& report, const ProbeSettings& settings, const QString& fileName);
+/// `chosen` decides how audio streams are classified; `fileName` is for the verdicts' texts.
+ReportFacts parseReport(const QString& report, const settings::Snapshot& chosen, const QString& fileName);
 
 /// The whole seconds of the report's only "Duration: " line; -1 when there is not exactly one or it has no
 /// time.

@@ -1,10 +1,12 @@
 #include "probe/Verdicts.h"
 
 #include "settings/Keys.h"
+#include "settings/Settings.h"
 #include "support/alerts/Alert.h"
 #include "support/alerts/AlertQueue.h"
 #include "support/alerts/DontWarnAgain.h"
 #include "support/base/ApplicationInfo.h"
+#include "support/base/Format.h"
 #include "support/base/Text.h"
 #include "support/base/Texts.h"
 #include "support/processes/Dispatch.h"
@@ -47,14 +49,13 @@ Verdict warningStraightOver(const char* key, const QString& message) {
 
 bool Verdict::isDue() const {
     if (!passThroughOfSurround) return true;
-    constexpr int kFast = 1;
-    constexpr int kCustom = 2;
-    constexpr int kCopy = 4;
-    const qint64 preset = defaultInt(kConversionPresetKey);
-    if (preset == kFast) return true;
-    if (preset != kCustom) return false;
-    return defaultInt(*passThroughOfSurround ? kCustomAC351AudioHandlingKey : kCustomAC3AudioHandlingKey) ==
-           kCopy;
+    // Numbers that merely mean a style or a method are nobody's choice to pass audio through.
+    const auto style = settings::ConversionPreset.chosen();
+    if (style == ConversionStyle::Fast) return true;
+    if (style != ConversionStyle::Custom) return false;
+    const auto& handling =
+        *passThroughOfSurround ? settings::CustomAC351AudioHandling : settings::CustomAC3AudioHandling;
+    return handling.chosen() == ConversionMethod::Copy;
 }
 
 namespace verdicts {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "settings/Setting.h"
+
 #include <QString>
 #include <QStringList>
 #include <QVariant>
@@ -7,34 +9,17 @@
 #include <optional>
 #include <span>
 
-/// The one table of settings: key, type, registered default and meaning.
+/// The settings as a table, for those who go through them or have a key from a person.
 namespace settings {
 
-enum class Type {
-    Integer,
-    Boolean,     ///< An integer that is used as 0 or not 0.
-    Data,        ///< Bytes.
-    DataArray,   ///< A list of bytes.
-    StringArray  ///< A list of texts.
-};
-
-struct Setting {
-    const char* key;
-    Type type;
-    bool registered;     ///< Whether a default is registered. Without one an unset integer reads as 0.
-    int integerDefault;  ///< The default of an integer; lists are empty by default.
-    const char* meaning;
-
-    QVariant defaultValue() const;
-};
-
 /// Every setting: first the registered ones, in the order of registration, then those without a default.
-std::span<const Setting> all();
+std::span<const Row* const> all();
 
-/// Nothing for an unknown key.
-const Setting* find(const QString& key);
+/// Null for an unknown key.
+const Row* find(const QString& key);
 
-/// Registers the defaults with the standard store. Once, before anything reads a setting.
+/// Registers the defaults with the standard store and has it report changes. Once, before anything reads a
+/// setting.
 void registerDefaults();
 
 /// The value that a person's text means for a setting of this type: a whole number for an integer, a JSON
@@ -42,9 +27,6 @@ void registerDefaults();
 std::optional<QVariant> valueFromText(Type type, const QString& text);
 /// The other way round, for showing. An invalid variant is the empty text.
 QString textFromValue(const QVariant& value);
-
-/// The registered default of an integer setting, for a stored value that no list position fits.
-int registeredInt(const QString& key);
 
 /// The known keys that `key` was most likely meant to be, nearest first; at the most three.
 QStringList nearestKeys(const QString& key);

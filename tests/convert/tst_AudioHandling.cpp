@@ -27,32 +27,37 @@ private Q_SLOTS:
     void methods() {
         const auto [codec, surround, methods] = row<QString, bool, QList<int>>();
         ConversionSettings settings;
-        for (settings.preset = 0; settings.preset < 2; ++settings.preset)
-            QCOMPARE(static_cast<int>(calculateConversionMethod(codec, surround, settings)),
-                     methods[settings.preset]);
+        for (int preset = 0; preset < 2; ++preset) {
+            settings.set(settings::ConversionPreset, preset);
+            QCOMPARE(static_cast<int>(calculateConversionMethod(codec, surround, settings)), methods[preset]);
+        }
+        settings.set(settings::ConversionPreset, ConversionStyle::Custom);
         if (methods[2] == 4) {
             QCOMPARE(calculateConversionMethod(codec, surround, settings), ConversionMethod::Copy);
             return;
         }
-        auto& custom = settings.customHandling;
-        int* const handling[] = {&custom.ac3,     &custom.ac3Surround,    &custom.dts,    &custom.dtsSurround,
-                                 &custom.flac,    &custom.flacSurround,   &custom.vorbis, &custom.mp3,
-                                 &custom.unknown, &custom.unknownSurround};
-        for (int* slot : handling)
-            *slot = 0;
+        const settings::Row* const handling[] = {
+            &settings::CustomAC3AudioHandling,     &settings::CustomAC351AudioHandling,
+            &settings::CustomDTSAudioHandling,     &settings::CustomDTS51AudioHandling,
+            &settings::CustomFLACAudioHandling,    &settings::CustomFLAC51AudioHandling,
+            &settings::CustomVorbisAudioHandling,  &settings::CustomMP3AudioHandling,
+            &settings::CustomUnknownAudioHandling, &settings::CustomUnknown51AudioHandling};
+        for (const settings::Row* slot : handling)
+            settings.set(*slot, 0);
         // Numbers outside of what there is fall back to copying.
         for (const auto& [chosen, method] : {std::pair(1, 1), {3, 3}, {-1, 4}, {5, 4}, {1000, 4}}) {
-            *handling[methods[2] - 11] = chosen;
+            settings.set(*handling[methods[2] - 11], chosen);
             QCOMPARE(static_cast<int>(calculateConversionMethod(codec, surround, settings)), method);
         }
     }
 
     void downmix() {
         ConversionSettings settings;
-        settings.preset = 7;  // An unknown style is like fast.
+        settings.set(settings::ConversionPreset, 7);  // An unknown style is like fast.
         QCOMPARE(calculateConversionMethod("dts", true, settings), ConversionMethod::Ac3Surround);
-        settings.preset = 1;
-        settings.ac3Downmix = settings.dtsDownmix = true;
+        settings.set(settings::ConversionPreset, ConversionStyle::Fast);
+        settings.set(settings::AC3Downmix, true);
+        settings.set(settings::DTSDownmix, true);
         QCOMPARE(calculateConversionMethod("ac3", true, settings), ConversionMethod::Ac3Stereo);
         QCOMPARE(calculateConversionMethod("ac3", false, settings), ConversionMethod::Copy);
         QCOMPARE(calculateConversionMethod("dts", true, settings), ConversionMethod::Ac3Stereo);

@@ -15,7 +15,7 @@ const QString kHead =
 const QString kVideo =
     "    Stream #0:0(eng): Video: h264 (High), yuv420p(progressive), 1920x1080 [SAR 1:1 DAR 16:9], 25 fps\n";
 
-ReportFacts parse(const QString& streams, const ProbeSettings& settings = {}) {
+ReportFacts parse(const QString& streams, const settings::Snapshot& settings = {}) {
     return parseReport(kHead + streams, settings, "x.mkv");
 }
 
@@ -65,9 +65,10 @@ private Q_SLOTS:
     }
 
     void audioLines_data() {
-        const ProbeSettings none;
-        const ProbeSettings all{true, true, true};
-        addRows<ProbeSettings, QString, QString, int>(
+        constexpr bool none = false;
+        constexpr bool all = true;
+        addRows<bool, QString, QString, int>(  // settings on
+
             {{"no language", none, "2: Audio: aac (LC), 44100 Hz, stereo, fltp", "#2: unk (aac)", 44100},
              {"container's number", none,
               "1[0x101](eng): Audio: mp2 ([3][0][0][0] / 0x0003), 48000 Hz, stereo, s16p", "#1: eng (mp2)",
@@ -92,7 +93,11 @@ private Q_SLOTS:
               48000}});
     }
     void audioLines() {
-        const auto [settings, line, entry, hertz] = row<ProbeSettings, QString, QString, int>();
+        const auto [isOn, line, entry, hertz] = row<bool, QString, QString, int>();
+        settings::Snapshot settings;
+        for (const auto* setting :
+             {&settings::HEAACConvert, &settings::EAC3Convert, &settings::DontConvertAACMain})
+            settings.set(*setting, isOn);
         const ReportFacts facts = parse(kVideo + "    Stream #0:" + line + "\n", settings);
         QCOMPARE(facts.audioTracks, (QList<AudioEntry>{{entry, hertz}}));
     }

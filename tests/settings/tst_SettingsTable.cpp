@@ -1,9 +1,17 @@
 #include "fakes/Table.h"
 #include "fakes/TestHome.h"
+#include "settings/Changes.h"
 #include "settings/Keys.h"
 #include "settings/SettingsTable.h"
+#include "settings/Snapshot.h"
 #include "support/store/Defaults.h"
 #include "support/store/SettingsFile.h"
+
+#include <QSignalSpy>
+#include <QTest>
+#include <QThread>
+
+Q_DECLARE_METATYPE(const settings::Row*)
 
 class SettingsTableTest : public QObject {
     Q_OBJECT
@@ -31,16 +39,95 @@ private Q_SLOTS:
 
     void registeredDefaults() {
         const TestHome home;
-        const auto table = settings::all();
-        QCOMPARE(std::ranges::count_if(table, &settings::Setting::registered), 38);
+        QCOMPARE(std::ranges::count_if(settings::all(), &settings::Row::registered), 38);
         QCOMPARE(defaultArray(kDestinationNamesKey).value(), QVariantList());
         QVERIFY(!defaultObject(kEAC3ConvertKey).isValid());
         QVERIFY(standardUserDefaults().synchronise());
         QVERIFY(!QFile::exists(standardUserDefaults().filePath()));  // Defaults are never written.
-        QSet<QString> keys;
-        for (const settings::Setting& setting : table)
-            keys.insert(setting.key);
-        QCOMPARE(keys.size(), static_cast<qsizetype>(table.size()));
+    }
+
+    void numbersRead_data() {
+        QTest::addColumn<const settings::Row*>("setting");
+        QTest::addColumn<qint64>("stored");
+        QTest::addColumn<qint64>("means");
+        const auto row = [](const settings::Row& setting, qint64 stored, qint64 means) {
+            QTest::addRow("%s %lld", setting.key.data(), stored) << &setting << stored << means;
+        };
+        row(settings::ConversionPreset, 2, 2);
+        row(settings::ConversionPreset, 3, 1);
+        row(settings::ConversionPreset, -1, 1);
+        row(settings::DefaultExtension, 9, 1);
+        row(settings::AutoRemoveType, -1, 1);
+        row(settings::AACBitrate, 7, 7);
+        row(settings::AACBitrate, 8, 1);
+        row(settings::AC3StereoBitrate, 4, 1);
+        row(settings::CustomDTSAudioHandling, 3, 3);
+        row(settings::CustomDTSAudioHandling, 5, 4);
+        row(settings::DefaultAudio, 1, 0);
+        row(settings::DefaultAudio, 8, 8);
+        row(settings::DefaultAudio, 9, 0);
+        row(settings::ExternalSubtitleEncoding, 1, 0);
+        row(settings::ExternalSubtitleEncoding, 38, 38);
+        row(settings::ExternalSubtitleEncoding, 39, 0);
+        row(settings::DefaultDestination, 99, 99);
+    }
+    void numbersRead() {
+        QFETCH(const settings::Row*, setting);
+        QFETCH(qint64, stored);
+        QTEST(setting->fitting(stored), "means");
+    }
+
+    void typedValues() {
+        const TestHome home;
+        QVERIFY(!settings::AutoAdd.value());
+        setDefaultInt(kAutoAddKey, 7);
+        QVERIFY(settings::AutoAdd.value());
+        QCOMPARE(settings::AACBitrate.word(), QLatin1StringView("128k"));
+        setDefaultString(kAudioVolumeKey, "99.5");
+        QCOMPARE(settings::AudioVolume.value(), 99.5F);
+        setDefaultInt(kConversionPresetKey, 3);
+        QCOMPARE(settings::ConversionPreset.value(), ConversionStyle::Fast);
+        QVERIFY(!settings::ConversionPreset.chosen());
+        settings::ConversionPreset.setValue(ConversionStyle::Custom);
+        QCOMPARE(defaultInt(kConversionPresetKey), 2);
+        setDefaultArray(kDestinationBookmarksKey, QVariantList{QByteArray("/a")});
+        QCOMPARE(settings::DestinationBookmarks.value(), QByteArrayList{"/a"});
+    }
+
+    void aSnapshotStays() {
+        const TestHome home;
+        const settings::Snapshot fresh;
+        QVERIFY(fresh.value(settings::FixSubtitleDuration) && !fresh.value(settings::ConcurrentJobs));
+        setDefaultInt(kAACBitrateKey, 3);
+        standardUserDefaults().setOverride(kAutoAddKey, 1);
+        settings::Snapshot taken = settings::Snapshot::current();
+        setDefaultInt(kAACBitrateKey, 0);
+        QCOMPARE(taken.word(settings::AACBitrate), QLatin1StringView("192k"));
+        QVERIFY(taken.value(settings::AutoAdd) && taken.value(settings::FixSubtitleDuration));
+        taken.set(settings::AudioVolume, 98.5F);
+        QCOMPARE(taken.value(settings::AudioVolume), 98.5F);
+    }
+
+    void changesAreReported() {
+        const TestHome home;
+        QStringList reported;
+        auto listener = std::make_unique<QObject>();
+        settings::AutoAdd.onChange(listener.get(), [&] { reported.append("here"); });
+        QSignalSpy all(&settings::Changes::shared(), &settings::Changes::changed);
+        settings::AutoAdd.setValue(true);
+        settings::AutoAdd.setValue(true);  // No change.
+        settings::AutoClean.setValue(true);
+        setDefaultInt("quillonlib_usages", 1);  // No setting of the table.
+        QCOMPARE(reported, QStringList{"here"});
+        QCOMPARE(all.count(), 2);
+        std::unique_ptr<QThread> thread(QThread::create([] { settings::AutoAdd.setValue(false); }));
+        thread->start();
+        QVERIFY(thread->wait());
+        QCOMPARE(reported.size(), 1);  // It comes in the listener's thread.
+        QTRY_COMPARE(reported.size(), 2);
+        listener.reset();
+        setDefaultObject(kAutoAddKey, {});
+        QCOMPARE(reported.size(), 2);
     }
 
     void textsOfPeople_data() {

@@ -1,6 +1,7 @@
 #include "app/destinations/Destination.h"
 
 #include "settings/Keys.h"
+#include "settings/Settings.h"
 #include "support/base/Files.h"
 #include "support/store/Defaults.h"
 
@@ -11,7 +12,7 @@
 namespace destination {
 
 QString outputExtension() {
-    return defaultInt(kDefaultExtensionKey) != 0 ? "m4v" : "mp4";
+    return settings::DefaultExtension.word();
 }
 
 QString outputFileName(const QString& inputFileName) {
@@ -20,7 +21,7 @@ QString outputFileName(const QString& inputFileName) {
 
 bool hasOutputExtension(const QString& path) {
     const QString extension = files::pathExtension(path).toLower();
-    return extension == u"mp4" || extension == u"m4v";
+    return settings::DefaultExtension.choices.find(extension);
 }
 
 bool isSameFile(const QString& a, const QString& b) {

@@ -1,5 +1,6 @@
 #include "app/intake/AudioPreselection.h"
 
+#include "settings/Settings.h"
 #include "support/base/Text.h"
 #include "support/reports/ProblemReport.h"
 
@@ -27,10 +28,9 @@ QList<qsizetype> candidatesIn(const QList<AudioEntry>& tracks, const QStringList
 
 }  // namespace
 
-QStringList languages(qint64 defaultAudio, const QStringList& preferredLanguages) {
-    static const QStringList fixed = {"eng", "ger", "fre", "spa", "chi", "jpn", "rus"};
-    const qint64 index = defaultAudio - 2;
-    return index >= 0 && index < fixed.size() ? QStringList(fixed[index]) : preferredLanguages;
+QStringList languages(const QStringList& preferredLanguages) {
+    const QString chosen = settings::DefaultAudio.word();
+    return chosen.isEmpty() ? preferredLanguages : QStringList(chosen);
 }
 
 std::optional<qsizetype> bestTrack(const MKVFileInfo& info, const QStringList& languages) {

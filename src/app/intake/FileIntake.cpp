@@ -95,6 +95,5 @@ void FileIntake::cancelAdd() {
 
 std::optional<qsizetype> FileIntake::bestLanguage() const {
     if (!m_fileInfo) return std::nullopt;
-    return audiopreselection::bestTrack(
-        *m_fileInfo, audiopreselection::languages(defaultInt(kDefaultAudioKey), m_preferredLanguages));
+    return audiopreselection::bestTrack(*m_fileInfo, audiopreselection::languages(m_preferredLanguages));
 }

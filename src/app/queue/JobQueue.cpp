@@ -3,6 +3,7 @@
 #include "app/destinations/Destination.h"
 #include "app/intake/FileIntake.h"
 #include "settings/Keys.h"
+#include "settings/Settings.h"
 #include "support/alerts/Alert.h"
 #include "support/alerts/AlertQueue.h"
 #include "support/base/ApplicationInfo.h"
@@ -19,7 +20,7 @@
 namespace {
 
 bool insertsAtBottom() {
-    return defaultInt("InsertJobsAtBottom") != 0;
+    return settings::InsertJobsAtBottom.value();
 }
 
 }  // namespace

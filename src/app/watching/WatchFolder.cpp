@@ -1,7 +1,7 @@
 #include "app/watching/WatchFolder.h"
 
 #include "app/watching/FolderWatch.h"
-#include "settings/Keys.h"
+#include "settings/Settings.h"
 #include "support/base/Format.h"
 #include "support/base/Log.h"
 #include "support/base/Text.h"
@@ -13,13 +13,11 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QScopedValueRollback>
 
 #include <sys/stat.h>
 
 namespace {
-
-constexpr QLatin1StringView kBookmark("WatchfolderBookmark");
-constexpr QLatin1StringView kActive("WatchfolderActive");
 
 /// Device and inode of what is there.
 std::optional<std::pair<quint64, quint64>> identityOf(const QString& path) {
@@ -29,7 +27,7 @@ std::optional<std::pair<quint64, quint64>> identityOf(const QString& path) {
 }
 
 bool isAwaited() {
-    return defaultInt(kAbsentWatchfolderActiveKey) != 0;
+    return settings::AbsentWatchfolderActive.value();
 }
 
 QString goneText(const QString& folder) {
@@ -43,10 +41,24 @@ QString goneText(const QString& folder) {
 WatchFolder::WatchFolder(FilePanels& panels, QObject* parent, const WatchTimes& times)
     : QObject(parent), m_panels(panels), m_times(times), m_processedNames(std::make_shared<QSet<QString>>()) {
     connect(&m_returnWatch, &ReturnWatch::stirred, this, &WatchFolder::takeReturned);
+    const auto follow = [this] {
+        if (!m_isStoring) watchfolderActiveClicked();
+    };
+    settings::WatchfolderActive.onChange(this, follow);
+    settings::WatchfolderBookmark.onChange(this, follow);
 }
 
 WatchFolder::~WatchFolder() {
     stopAccess();
+}
+
+void WatchFolder::store(const settings::Row& setting, const QVariant& value) {
+    const QScopedValueRollback storing(m_isStoring, true);
+    setDefaultObject(setting.key, value);
+}
+
+void WatchFolder::turnOff() {
+    store(settings::WatchfolderActive, qint64{0});
 }
 
 void WatchFolder::watchfolderSetClicked() {
@@ -58,7 +70,7 @@ void WatchFolder::watchfolderSetClicked() {
             return;
         }
         m_label = QDir(chosen).dirName();
-        setDefaultObject(kBookmark, *bookmark);
+        store(settings::WatchfolderBookmark, *bookmark);
         standardUserDefaults().synchronise();
         watchfolderActiveClicked();
         Q_EMIT changed();
@@ -66,10 +78,10 @@ void WatchFolder::watchfolderSetClicked() {
 }
 
 QString WatchFolder::resumeAtLaunch() {
-    const QByteArray absent = defaultObject(kAbsentWatchfolderBookmarkKey).toByteArray();
+    const QByteArray absent = settings::AbsentWatchfolderBookmark.value();
     if (absent.isEmpty()) return apply();
     if (takeReturned()) return {};
-    const QByteArray stored = defaultObject(kBookmark).toByteArray();
+    const QByteArray stored = settings::WatchfolderBookmark.value();
     if (!stored.isEmpty() && stored != absent) {
         forgetAbsent();
         return apply();
@@ -82,25 +94,24 @@ QString WatchFolder::resumeAtLaunch() {
 }
 
 void WatchFolder::watchfolderActiveClicked() {
-    const bool isChosen = !defaultObject(kBookmark).toByteArray().isEmpty();
+    const bool isChosen = !settings::WatchfolderBookmark.value().isEmpty();
     // Turned on or off while it is not there: that is what it will be.
-    if (!isChosen && !defaultObject(kAbsentWatchfolderBookmarkKey).toByteArray().isEmpty())
-        setDefaultInt(kAbsentWatchfolderActiveKey, defaultInt(kActive));
+    if (!isChosen && !settings::AbsentWatchfolderBookmark.value().isEmpty())
+        settings::AbsentWatchfolderActive.setValue(settings::WatchfolderActive.value());
     if (const QString told = apply(); !told.isEmpty()) Q_EMIT message(told);
 }
 
 QString WatchFolder::apply() {
     stopAccess();
-    const QByteArray bookmark = defaultObject(kBookmark).toByteArray();
+    const QByteArray bookmark = settings::WatchfolderBookmark.value();
     if (bookmark.isEmpty()) return {};
     QString error;
     const auto resolved = folderaccess::resolveBookmark(bookmark, error);
     if (!resolved || !folderaccess::startAccessing(*resolved)) {
-        const bool wasAwaited =
-            isAwaited() && defaultObject(kAbsentWatchfolderBookmarkKey).toByteArray() == bookmark;
-        remember(bookmark, defaultInt(kActive) != 0 || wasAwaited);
-        setDefaultObject(kBookmark, {});
-        setDefaultInt(kActive, 0);
+        const bool wasAwaited = isAwaited() && settings::AbsentWatchfolderBookmark.value() == bookmark;
+        remember(bookmark, settings::WatchfolderActive.value() || wasAwaited);
+        store(settings::WatchfolderBookmark, {});
+        turnOff();
         m_current = nullptr;  // What it watches is watched to the end of this run.
         m_problem = goneText(folderaccess::placeOf(bookmark));
         Q_EMIT changed();
@@ -110,7 +121,7 @@ QString WatchFolder::apply() {
     m_label = QDir(*resolved).dirName();
     m_folder = *resolved;
     m_hasAccess = true;
-    if (defaultInt(kActive) != 0) {
+    if (settings::WatchfolderActive.value()) {
         startObserving(*resolved);
     } else {
         if (m_current) m_current->stop();
@@ -124,31 +135,31 @@ QString WatchFolder::apply() {
 }
 
 void WatchFolder::remember(const QByteArray& bookmark, bool isActive) {
-    setDefaultObject(kAbsentWatchfolderBookmarkKey, bookmark);
-    setDefaultInt(kAbsentWatchfolderActiveKey, isActive ? 1 : 0);
+    setDefaultObject(settings::AbsentWatchfolderBookmark.key, bookmark);
+    settings::AbsentWatchfolderActive.setValue(isActive);
     const QString place = folderaccess::placeOf(bookmark);
     m_leftBehind = identityOf(place);
     m_returnWatch.setFolders({place});
 }
 
 void WatchFolder::forgetAbsent() {
-    setDefaultObject(kAbsentWatchfolderBookmarkKey, {});
-    setDefaultObject(kAbsentWatchfolderActiveKey, {});
+    setDefaultObject(settings::AbsentWatchfolderBookmark.key, {});
+    setDefaultObject(settings::AbsentWatchfolderActive.key, {});
     m_leftBehind.reset();
     m_returnWatch.setFolders({});
 }
 
 bool WatchFolder::takeReturned() {
-    const QByteArray absent = defaultObject(kAbsentWatchfolderBookmarkKey).toByteArray();
-    const QByteArray stored = defaultObject(kBookmark).toByteArray();
+    const QByteArray absent = settings::AbsentWatchfolderBookmark.value();
+    const QByteArray stored = settings::WatchfolderBookmark.value();
     const bool isOther = !stored.isEmpty() && stored != absent;
     QString error;
     const auto folder = folderaccess::resolveBookmark(absent, error);
     if (absent.isEmpty() || isOther || !folder || identityOf(*folder) == m_leftBehind) return false;
     const bool isActive = isAwaited();
     forgetAbsent();
-    setDefaultObject(kBookmark, absent);
-    setDefaultInt(kActive, isActive ? 1 : 0);
+    store(settings::WatchfolderBookmark, absent);
+    store(settings::WatchfolderActive, qint64{isActive});
     m_problem.clear();
     apply();
     Q_EMIT message(makeString("The watch folder “%@” is there again.", *folder));
@@ -156,10 +167,10 @@ bool WatchFolder::takeReturned() {
 }
 
 void WatchFolder::forget() {
-    setDefaultInt(kActive, 0);
+    turnOff();
     watchfolderActiveClicked();
-    setDefaultObject(kActive, {});
-    setDefaultObject(kBookmark, {});
+    store(settings::WatchfolderActive, {});
+    store(settings::WatchfolderBookmark, {});
     forgetAbsent();
     m_problem.clear();
     m_folder.reset();
@@ -171,7 +182,7 @@ void WatchFolder::startObserving(const QString& folder) {
     auto watch = std::make_unique<FolderWatch>(m_processedNames, nullptr, m_times);
     m_problem = watch->start(folder);
     if (!watch->isRunning()) {
-        setDefaultInt(kActive, 0);
+        turnOff();
         m_current = nullptr;
         return;
     }
@@ -188,8 +199,8 @@ void WatchFolder::startObserving(const QString& folder) {
 void WatchFolder::onEnded(const FolderWatch* watch, const QString& reason) {
     if (watch != m_current) return;
     m_current = nullptr;
-    setDefaultInt(kActive, 0);
-    remember(defaultObject(kBookmark).toByteArray(), true);
+    turnOff();
+    remember(settings::WatchfolderBookmark.value(), true);
     say(reason);
     sharedDesktop().notify({Texts::tr("The watch folder is off"), reason, {}, {}});
 }

@@ -13,6 +13,10 @@
 #include <utility>
 #include <vector>
 
+namespace settings {
+struct Row;
+}
+
 /// The folder whose new movies are taken in by themselves: which it is, whether it is on, and what it is
 /// doing. Main thread only.
 class WatchFolder : public QObject {
@@ -25,11 +29,11 @@ public:
 
     /// Has the user choose the folder.
     void watchfolderSetClicked();
-    /// Does what the settings say at launch: turns the watch on or off. Returns what the user is to be told
-    /// of it; empty: nothing. A watch folder that is not there is remembered; it is the watch folder again,
-    /// and watched if it was, when it is there again and the user has chosen no other.
+    /// Does what the settings say at launch: turns the watch on or off. Returns a message for the user;
+    /// empty: none. A watch folder that is not there is remembered; it is the watch folder again, and watched
+    /// if it was, when it is there again and the user has chosen no other.
     QString resumeAtLaunch();
-    /// The same whenever they changed.
+    /// The same later; whenever somebody else changes the settings it is done at once.
     void watchfolderActiveClicked();
     /// Turns the watch off and forgets the folder.
     void forget();
@@ -53,6 +57,9 @@ Q_SIGNALS:
     void message(const QString& text);
 
 private:
+    /// Without an answer to the change.
+    void store(const settings::Row& setting, const QVariant& value);
+    void turnOff();
     QString apply();
     void remember(const QByteArray& bookmark, bool isActive);
     void forgetAbsent();
@@ -71,6 +78,7 @@ private:
     ReturnWatch m_returnWatch;
     /// What was left in the folder's place when the watch ended, such as the mount point of its volume.
     std::optional<std::pair<quint64, quint64>> m_leftBehind;
+    bool m_isStoring = false;
     FolderWatch* m_current = nullptr;
     /// With those that run on for the rest of this run: another folder was chosen meanwhile.
     std::vector<std::unique_ptr<FolderWatch>> m_watches;

@@ -14,6 +14,13 @@ namespace {
 
 constexpr int kLockWaitMilliseconds = 5000;
 
+QStringList differingKeys(const QVariantMap& before, const QVariantMap& after) {
+    QStringList keys = before.keys() + after.keys();
+    keys.removeDuplicates();
+    keys.removeIf([&](const QString& key) { return before.value(key) == after.value(key); });
+    return keys;
+}
+
 }  // namespace
 
 SettingsStore::SettingsStore(QString filePath) : m_filePath(std::move(filePath)) {
@@ -62,7 +69,8 @@ QVariant SettingsStore::storedObject(const QString& key) const {
 }
 
 void SettingsStore::setObject(const QString& key, const QVariant& value) {
-    std::function<void(Urgency)> tell;
+    std::function<void(Urgency)> changeHandler;
+    std::function<void(const QString&)> valueHandler;
     {
         const QMutexLocker lock(&m_mutex);
         const auto found = m_stored.constFind(key);
@@ -75,10 +83,12 @@ void SettingsStore::setObject(const QString& key, const QVariant& value) {
         } else {
             m_stored.remove(key);
         }
-        if (m_changed.isEmpty()) tell = m_changeHandler;
+        if (m_changed.isEmpty()) changeHandler = m_changeHandler;
         m_changed.insert(key);
+        valueHandler = m_valueHandler;
     }
-    if (tell) tell(Urgency::Later);
+    if (changeHandler) changeHandler(Urgency::Later);
+    if (valueHandler) valueHandler(key);
 }
 
 void SettingsStore::registerDefaults(const QVariantMap& defaults) {
@@ -92,7 +102,22 @@ void SettingsStore::setOverride(const QString& key, const QVariant& value) {
 }
 
 bool SettingsStore::synchronise() {
-    const QMutexLocker lock(&m_mutex);
+    QStringList foreign;  // keys that another instance changed
+    std::function<void(const QString&)> valueHandler;
+    bool isSaved = false;
+    {
+        const QMutexLocker lock(&m_mutex);
+        const QVariantMap before = m_stored;
+        isSaved = write();
+        valueHandler = m_valueHandler;
+        if (valueHandler) foreign = differingKeys(before, m_stored);
+    }
+    for (const QString& key : std::as_const(foreign))
+        valueHandler(key);
+    return isSaved;
+}
+
+bool SettingsStore::write() {
     if (m_changed.isEmpty()) return true;
     if (!canWrite()) return false;
 
@@ -149,6 +174,11 @@ QString SettingsStore::problem() const {
 void SettingsStore::setChangeHandler(std::function<void(Urgency)> handler) {
     const QMutexLocker lock(&m_mutex);
     m_changeHandler = std::move(handler);
+}
+
+void SettingsStore::setValueHandler(std::function<void(const QString& key)> handler) {
+    const QMutexLocker lock(&m_mutex);
+    m_valueHandler = std::move(handler);
 }
 
 void SettingsStore::askToSaveSoon() const {

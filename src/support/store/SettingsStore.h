@@ -49,9 +49,13 @@ public:
     void setChangeHandler(std::function<void(Urgency)> handler);
     /// What was written is wanted on the disk soon, as the process may crash. Nothing where nothing changed.
     void askToSaveSoon() const;
+    /// Called after the stored value of a key has changed, by a write or by what synchronise() found in the
+    /// file, in that call's thread and outside the store's lock.
+    void setValueHandler(std::function<void(const QString& key)> handler);
 
 private:
     void keepAside();
+    bool write();
     bool canWrite() const { return !m_unreadable; }
 
     const QString m_filePath;
@@ -63,4 +67,5 @@ private:
     QString m_problem;
     bool m_unreadable = false;
     std::function<void(Urgency)> m_changeHandler;
+    std::function<void(const QString& key)> m_valueHandler;
 };

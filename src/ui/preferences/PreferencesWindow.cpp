@@ -4,6 +4,7 @@
 #include "app/watching/WatchFolder.h"
 #include "convert/ConversionSettings.h"
 #include "settings/Keys.h"
+#include "settings/Settings.h"
 #include "support/base/Collections.h"
 #include "support/store/Defaults.h"
 #include "support/store/FolderAccess.h"
@@ -30,8 +31,6 @@
 #include <QDir>
 #include <QScrollArea>
 #include <QScrollBar>
-
-#include <utility>
 
 namespace {
 
@@ -92,12 +91,7 @@ PreferencesWindow::PreferencesWindow(Destinations& destinations, WatchFolder& wa
     addSubtitleEncodings(*findChild<QComboBox*>(QStringLiteral("encodingPopUp")));
     joinDestinations();
     m_binder.bind(this);
-    connect(&m_binder, &SettingsBinder::changed, this, &PreferencesWindow::settingWasChanged);
-    connect(&watchFolder, &WatchFolder::changed, &m_binder, &SettingsBinder::refresh);
-    connect(this, &PreferencesWindow::settingChanged, &watchFolder, [&watchFolder](const QString& key) {
-        if (key == u"WatchfolderActive" || key == u"WatchfolderBookmark")
-            watchFolder.watchfolderActiveClicked();
-    });
+    settings::ConversionPreset.onChange(this, [this] { selectConversionStyle(); });
 
     auto* closing = new QAction(this);
     closing->setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_W), QKeySequence(Qt::Key_Escape)});
@@ -159,14 +153,9 @@ void PreferencesWindow::joinDestinations() {
     connect(&popUp, &DestinationPopUp::changed, this, &PreferencesWindow::showFolders);
 
     const auto choose = [this] { m_destinations.chooseNewDestination(DestinationPopUp::Place::Preferences); };
-    const auto forget = [this] {
-        m_destinations.clearDestinations();
-        Q_EMIT settingChanged(kDestinationBookmarksKey);
-    };
-    connect(box, &DestinationBox::itemChosen, this, [this](qsizetype index) {
-        m_destinations.setDefaultDestination(index);
-        Q_EMIT settingChanged(kDefaultDestinationKey);
-    });
+    const auto forget = [this] { m_destinations.clearDestinations(); };
+    connect(box, &DestinationBox::itemChosen, this,
+            [this](qsizetype index) { m_destinations.setDefaultDestination(index); });
     connect(box, &DestinationBox::chooseRequested, this, choose);
     connect(box, &DestinationBox::clearRequested, this, forget);
     connect(add, &QPushButton::clicked, this, choose);
@@ -192,11 +181,9 @@ void PreferencesWindow::showFolders() {
         ->setEnabled(collections::isNonEmptyCollection(bookmarks));
 }
 
-void PreferencesWindow::selectConversionStyle(int preset) {
+void PreferencesWindow::selectConversionStyle() {
     const QLayout* panes = m_customContainer->layout();
-    const int chosen = preset == ConversionSettings::kCompatible || preset == ConversionSettings::kCustom
-                           ? preset
-                           : ConversionSettings::kFast;
+    const int chosen = static_cast<int>(settings::ConversionPreset.value());
     for (int i = 0; i < panes->count(); ++i)
         panes->itemAt(i)->widget()->setVisible(i == chosen);
 }
@@ -207,8 +194,7 @@ void PreferencesWindow::refresh() {
         addAudioMethods(*box);
     m_binder.refresh();
     showFolders();
-    const qint64 preset = defaultInt(kConversionPresetKey);
-    selectConversionStyle(std::in_range<int>(preset) ? static_cast<int>(preset) : ConversionSettings::kFast);
+    selectConversionStyle();
 }
 
 void PreferencesWindow::restoreDefaults(const QWidget* page) {
@@ -220,11 +206,6 @@ void PreferencesWindow::restoreDefaults(const QWidget* page) {
         m_destinations.rebuildPreferencesDestinationPopUp();
     }
     refresh();
-}
-
-void PreferencesWindow::settingWasChanged(const QString& key) {
-    if (key == kConversionPresetKey) Q_EMIT conversionStyleChosen();
-    Q_EMIT settingChanged(key);
 }
 
 /// Gives the labels their fonts and colours, after those of the desktop.

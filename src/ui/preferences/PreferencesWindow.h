@@ -19,21 +19,14 @@ public:
     /// Both outlive the window.
     PreferencesWindow(Destinations& destinations, WatchFolder& watchFolder, QWidget* parent = nullptr);
 
-    /// Shows the pane of a conversion style (0 compatible, 1 fast, 2 custom; any other number converts like
-    /// fast). Nothing happens while the container of the panes is empty.
-    void selectConversionStyle(int preset);
     /// Shows what the settings hold now. Showing the window does it, too.
     void refresh();
 
 Q_SIGNALS:
-    /// The user chose a style, and it is stored.
-    void conversionStyleChosen();
     /// The window is about to close.
     void closing();
     /// The user wants the main window, which may be closed.
     void mainWindowRequested();
-    /// The user changed or restored the setting; it is stored already.
-    void settingChanged(const QString& key);
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -51,7 +44,8 @@ private:
     void addPageFrame(QWidget* content, const QString& name, const QString& icon);
     void joinDestinations();
     void restoreDefaults(const QWidget* page);
-    void settingWasChanged(const QString& key);
+    /// Shows the pane of the chosen conversion style.
+    void selectConversionStyle();
     void showFolders();
     void dress();
 

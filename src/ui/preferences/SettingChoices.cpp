@@ -1,6 +1,7 @@
 #include "ui/preferences/SettingChoices.h"
 
 #include "convert/ConversionCommand.h"
+#include "settings/Settings.h"
 #include "support/store/Defaults.h"
 #include "ui/preferences/SettingsBinder.h"
 
@@ -46,26 +47,31 @@ QString writingOf(const QString& encoding) {
 }  // namespace
 
 void addSubtitleEncodings(QComboBox& box) {
-    const QStringList& encodings = subtitleEncodings();
     box.addItem(tr("Automatic (UTF-8 or UTF-16)"), 0);
-    for (int i = 2; i < encodings.size(); ++i) {
+    for (const settings::Choice& choice : settings::ExternalSubtitleEncoding.choices.list) {
+        const QString encoding = choice.word;
         // That part of the standard was given up; no converter has it.
-        if (encodings[i] == u"ISO-8859-12") continue;
-        const QString writing = writingOf(encodings[i]);
-        box.addItem(writing.isEmpty() ? encodings[i] : QStringLiteral("%1 – %2").arg(encodings[i], writing),
-                    i);
+        if (encoding.isEmpty() || encoding == u"ISO-8859-12") continue;
+        const QString writing = writingOf(encoding);
+        box.addItem(writing.isEmpty() ? encoding : QStringLiteral("%1 – %2").arg(encoding, writing),
+                    choice.number);
     }
 }
 
 void addAudioMethods(QComboBox& box) {
-    constexpr std::array kSurroundMethods = {1, 3};
-    const std::array names = {tr("AAC in stereo"), tr("AAC in 5.1"), tr("AC3 in stereo"), tr("AC3 in 5.1"),
-                              tr("Copy as it is")};
+    using enum ConversionMethod;
+    const std::array<std::pair<ConversionMethod, QString>, settings::kMethods.size()> names = {
+        {{AacStereo, tr("AAC in stereo")},
+         {AacSurround, tr("AAC in 5.1")},
+         {Ac3Stereo, tr("AC3 in stereo")},
+         {Ac3Surround, tr("AC3 in 5.1")},
+         {Copy, tr("Copy as it is")}}};
     const bool isStereo = box.property("methods").toString() == u"stereo";
     const qint64 stored = defaultInt(SettingsBinder::keysOf(box).first());
     box.clear();
-    for (int method = 0; method < static_cast<int>(names.size()); ++method) {
-        const bool widens = isStereo && std::ranges::find(kSurroundMethods, method) != kSurroundMethods.end();
-        if (!widens || method == stored) box.addItem(names.at(static_cast<size_t>(method)), method);
+    for (const auto& [method, name] : names) {
+        const auto number = static_cast<qint64>(method);
+        const bool widens = isStereo && (method == AacSurround || method == Ac3Surround);
+        if (!widens || number == stored) box.addItem(name, number);
     }
 }

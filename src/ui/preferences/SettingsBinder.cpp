@@ -1,5 +1,7 @@
 #include "ui/preferences/SettingsBinder.h"
 
+#include "settings/Changes.h"
+#include "settings/SettingsTable.h"
 #include "support/store/Defaults.h"
 
 #include <QButtonGroup>
@@ -21,6 +23,33 @@ bool isInverted(const QWidget& control) {
     return control.property("settingInverted").toBool();
 }
 
+/// Of the first setting of a control.
+const settings::Row& rowOf(const QWidget& control) {
+    const QString key = SettingsBinder::keysOf(control).first();
+    const settings::Row* row = settings::find(key);
+    if (!row) qFatal("There is no setting %s.", qPrintable(key));
+    return *row;
+}
+
+/// What is stored; of a yes or no, its first or second value.
+qint64 numberOf(const settings::Row& row) {
+    const qint64 number = defaultInt(row.key);
+    return row.type == settings::Type::Boolean && number != 0 ? 1 : number;
+}
+
+bool isChoice(const QComboBox& box, int index) {
+    return (box.model()->flags(box.model()->index(index, 0)) & Qt::ItemIsEnabled) != 0;
+}
+
+/// Gives the items of `box` the allowed values, as long as there are some.
+void giveValues(QComboBox& box, std::span<const settings::Choice> choices) {
+    for (int i = 0; i < box.count() && !choices.empty(); ++i) {
+        if (!isChoice(box, i) || box.itemData(i).isValid()) continue;
+        box.setItemData(i, choices.front().number);
+        choices = choices.subspan(1);
+    }
+}
+
 qint64 valueOfItem(const QComboBox& box, int index) {
     const QVariant data = box.itemData(index);
     return data.isValid() ? data.toLongLong() : index;
@@ -29,16 +58,13 @@ qint64 valueOfItem(const QComboBox& box, int index) {
 /// -1: none. A separator cannot be chosen and stands for nothing.
 int itemOfValue(const QComboBox& box, qint64 value) {
     for (int i = 0; i < box.count(); ++i) {
-        const bool isChoice = (box.model()->flags(box.model()->index(i, 0)) & Qt::ItemIsEnabled) != 0;
-        if (isChoice && valueOfItem(box, i) == value) return i;
+        if (isChoice(box, i) && valueOfItem(box, i) == value) return i;
     }
     return -1;
 }
 
 void showItem(QComboBox& box, qint64 value) {
-    int item = itemOfValue(box, value);
-    const QVariant otherwise = box.property("settingOtherwise");
-    if (item < 0 && otherwise.isValid()) item = itemOfValue(box, otherwise.toLongLong());
+    const int item = itemOfValue(box, value);
     box.setPlaceholderText(item < 0 ? SettingsBinder::tr("Other (%1)").arg(value) : QString());
     box.setCurrentIndex(item);
 }
@@ -51,12 +77,17 @@ void showNumber(QSpinBox& box, qint64 value) {
     box.setValue(number);
 }
 
+/// The value of a button among the choices; null: the interface file has no value for it.
+const settings::Choice* choiceOf(const QAbstractButton& button, const settings::Row& row) {
+    return row.choices.find(button.property(kValue).toString());
+}
+
 /// Checks the button of the value, or none.
-void showChoice(QButtonGroup& group, qint64 value) {
+void showChoice(QButtonGroup& group, const settings::Row& row, qint64 value) {
     group.setExclusive(false);
     const QList<QAbstractButton*> buttons = group.buttons();
     for (QAbstractButton* button : buttons)
-        button->setChecked(button->property(kValue).toLongLong() == value);
+        button->setChecked(choiceOf(*button, row) == row.choices.find(value));
     group.setExclusive(true);
 }
 
@@ -67,12 +98,17 @@ QButtonGroup* groupOf(const QWidget& control) {
 bool isMet(const QString& need) {
     const QStringList parts = need.split(u'=');
     const qint64 value = defaultInt(parts.first());
-    return parts.size() < 2 ? value != 0 : parts[1].split(u',').contains(QString::number(value));
+    if (parts.size() < 2) return value != 0;
+    const settings::Row* row = settings::find(parts.first());
+    const settings::Choice* choice = row ? row->choices.find(value) : nullptr;
+    return choice && parts[1].split(u',').contains(choice->word);
 }
 
 }  // namespace
 
-SettingsBinder::SettingsBinder(QObject* parent) : QObject(parent) {}
+SettingsBinder::SettingsBinder(QObject* parent) : QObject(parent) {
+    connect(&settings::Changes::shared(), &settings::Changes::changed, this, &SettingsBinder::showChanged);
+}
 
 QStringList SettingsBinder::keysOf(const QWidget& control) {
     return control.property(kKey).toString().split(u',', Qt::SkipEmptyParts);
@@ -98,9 +134,7 @@ void SettingsBinder::join(QWidget* control) {
         connect(check, &QCheckBox::clicked, this,
                 [=, this](bool checked) { store(check, checked != isInverted(*check) ? 1 : 0); });
     } else if (auto* box = qobject_cast<QComboBox*>(control)) {
-        const QStringList values = box->property("settingValues").toString().split(u',', Qt::SkipEmptyParts);
-        for (int i = 0; i < values.size(); ++i)
-            box->setItemData(i, values[i].toLongLong());
+        giveValues(*box, rowOf(*box).choices.list);
         connect(box, &QComboBox::activated, this,
                 [=, this](int index) { store(box, valueOfItem(*box, index)); });
     } else if (auto* number = qobject_cast<QSpinBox*>(control)) {
@@ -111,10 +145,10 @@ void SettingsBinder::join(QWidget* control) {
         auto* group = new QButtonGroup(control);
         const QList<QAbstractButton*> buttons = control->findChildren<QAbstractButton*>();
         for (QAbstractButton* button : buttons) {
-            if (button->property(kValue).isValid()) group->addButton(button);
+            if (choiceOf(*button, rowOf(*control))) group->addButton(button);
         }
         connect(group, &QButtonGroup::buttonClicked, this, [=, this](const QAbstractButton* button) {
-            store(control, button->property(kValue).toLongLong());
+            store(control, choiceOf(*button, rowOf(*control))->number);
         });
     }
 }
@@ -127,7 +161,8 @@ void SettingsBinder::refresh() {
 
 void SettingsBinder::show(QWidget* control) {
     if (control->property("settingShownElsewhere").toBool()) return;
-    const qint64 value = defaultInt(keysOf(*control).first());
+    const settings::Row& row = rowOf(*control);
+    const qint64 value = numberOf(row);
     m_isShowing = true;
     if (auto* check = qobject_cast<QCheckBox*>(control))
         check->setChecked((value != 0) != isInverted(*check));
@@ -136,7 +171,7 @@ void SettingsBinder::show(QWidget* control) {
     else if (auto* number = qobject_cast<QSpinBox*>(control))
         showNumber(*number, value);
     else if (auto* group = groupOf(*control))
-        showChoice(*group, value);
+        showChoice(*group, row, value);
     m_isShowing = false;
 }
 
@@ -146,11 +181,15 @@ void SettingsBinder::showNeeds() {
 }
 
 void SettingsBinder::store(QWidget* control, qint64 value) {
-    const QString key = keysOf(*control).first();
-    setDefaultInt(key, value);
+    setDefaultInt(rowOf(*control).key, value);
     show(control);  // An override of this run holds against the choice; do not claim otherwise.
+}
+
+void SettingsBinder::showChanged(const QString& key) {
+    for (QWidget* control : std::as_const(m_controls)) {
+        if (keysOf(*control).contains(key)) show(control);
+    }
     showNeeds();
-    Q_EMIT changed(key);
 }
 
 void SettingsBinder::restoreDefaults(const QWidget* page) {
@@ -161,8 +200,6 @@ void SettingsBinder::restoreDefaults(const QWidget* page) {
     for (const QString& key : std::as_const(restored))
         setDefaultObject(key, QVariant());
     refresh();
-    for (const QString& key : std::as_const(restored))
-        Q_EMIT changed(key);
 }
 
 // The wheel scrolls the page; it changes only a control that the user has gone into.

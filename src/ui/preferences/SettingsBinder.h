@@ -12,17 +12,17 @@ class QWidget;
 ///
 ///     settingKey             the setting
 ///     settingInverted        check box: checked stands for 0
-///     settingValues          pop-up: the integers behind its items, divided by commas. Without it an item's
-///                            user data counts, without that its position
-///     settingOtherwise       pop-up: the item of this integer stands for every integer without an item
-///     settingValue           button inside a plain widget with a settingKey: what choosing it stores
+///     settingValue           button inside a plain widget with a settingKey: the word of the value that
+///                            choosing it stores
 ///     settingShownElsewhere  someone else reads and writes it; here its settings (divided by commas) are
 ///                            only restored
-///     settingNeeds           any widget: disabled while this setting is 0, or with "Key=0,2" while it is
-///                            none of these
+///     settingNeeds           any widget: disabled while this setting is 0, or with "Key=word,word" while it
+///                            is none of these
 ///
-/// Values are read through defaultInt() and written at once, and only when the user did something. A value
-/// that a control does not offer is shown as such and stays until the user chooses. Main thread only.
+/// What is behind the items of a pop-up is their user data; without that, the values that the setting allows,
+/// in order; else their positions. Values are written at once, and only when the user did something; whoever
+/// else changes one, the control follows. A value that a control does not offer is shown as such and stays
+/// until the user chooses. Main thread only.
 class SettingsBinder : public QObject {
     Q_OBJECT
 
@@ -39,10 +39,6 @@ public:
     /// The settings that a control is about; empty for any other widget.
     static QStringList keysOf(const QWidget& control);
 
-Q_SIGNALS:
-    /// The user changed or restored the setting; it is stored already.
-    void changed(const QString& key);
-
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -50,6 +46,7 @@ private:
     void join(QWidget* control);
     void show(QWidget* control);
     void showNeeds();
+    void showChanged(const QString& key);
     void store(QWidget* control, qint64 value);
 
     QList<QWidget*> m_controls;

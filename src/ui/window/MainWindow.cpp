@@ -131,17 +131,12 @@ void MainWindow::openPreferences() {
     if (!m_preferences) {
         m_preferences =
             std::make_unique<PreferencesWindow>(m_delegate.destinations(), m_delegate.watchFolder());
-        connect(m_preferences.get(), &PreferencesWindow::conversionStyleChosen, &m_delegate,
-                &AppDelegate::selectConversionStyle);
-        connect(&m_delegate, &AppDelegate::conversionStyleSelected, m_preferences.get(),
-                &PreferencesWindow::selectConversionStyle);
         connect(m_preferences.get(), &PreferencesWindow::closing, &m_delegate,
                 &AppDelegate::preferencesWillClose);
         connect(m_preferences.get(), &PreferencesWindow::mainWindowRequested, &m_delegate,
                 &AppDelegate::openMainWindow);
         Q_EMIT preferencesCreated(m_preferences.get());
     }
-    m_delegate.selectConversionStyle();
     m_preferences->show();
     m_preferences->raise();
     m_preferences->activateWindow();

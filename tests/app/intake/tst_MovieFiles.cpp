@@ -70,10 +70,16 @@ private Q_SLOTS:
         QCOMPARE(languages::threeLetterCodes({"no-NO", "nb", "tl", "tw-GH", "bh", "e", ""}),
                  (QStringList{"nor", "nob", "tgl", "twi", "bih", "e", ""}));
         QCOMPARE(languages::twoLetterCodes({"en-US", "de"}), (QStringList{"en", "de"}));
-        QCOMPARE(audiopreselection::languages(0, {"ger", "eng"}), (QStringList{"ger", "eng"}));
-        QCOMPARE(audiopreselection::languages(2, {"ger"}), QStringList{"eng"});
-        QCOMPARE(audiopreselection::languages(8, {"ger"}), QStringList{"rus"});
-        QCOMPARE(audiopreselection::languages(9, {"ger"}), QStringList{"ger"});
+    }
+
+    void languagesToLookFor() {
+        const TestHome home;
+        const std::pair<int, QStringList> expected[] = {
+            {0, {"ger", "eng"}}, {2, {"eng"}}, {8, {"rus"}}, {9, {"ger", "eng"}}};
+        for (const auto& [setting, languages] : expected) {
+            setDefaultInt(kDefaultAudioKey, setting);
+            QCOMPARE(audiopreselection::languages({"ger", "eng"}), languages);
+        }
     }
 
     void preselection_data() {

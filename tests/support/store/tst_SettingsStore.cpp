@@ -114,7 +114,11 @@ private Q_SLOTS:
         second.setObject("removed", {});
         second.setObject("shared", "new");
         QVERIFY(second.synchronise());
+        QStringList reported;
+        first.setValueHandler([&](const QString& key) { reported.append(key); });
         QVERIFY(first.synchronise());
+        reported.sort();
+        QCOMPARE(reported, (QStringList{"removed", "second", "shared"}));
         const SettingsStore result(path);
         QCOMPARE(result.object("first").toInt(), 1);
         QCOMPARE(result.object("second").toInt(), 2);

@@ -3,7 +3,9 @@
 #include "fakes/RecordingPanels.h"
 #include "fakes/Table.h"
 #include "fakes/TestHome.h"
+#include "settings/Changes.h"
 #include "settings/Keys.h"
+#include "settings/Settings.h"
 #include "settings/SettingsTable.h"
 #include "support/store/Defaults.h"
 #include "ui/preferences/PreferencesWindow.h"
@@ -16,6 +18,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QListWidget>
+#include <QRegularExpression>
 #include <QScrollArea>
 #include <QSignalSpy>
 #include <QStackedWidget>
@@ -25,11 +28,7 @@
 namespace {
 
 struct Fixture {
-    /// Shows the window and answers a choice of style, as the application does.
     void show() {
-        QObject::connect(&window, &PreferencesWindow::conversionStyleChosen, &window, [this] {
-            window.selectConversionStyle(static_cast<int>(defaultInt(kConversionPresetKey)));
-        });
         window.show();
         window.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&window));
@@ -91,8 +90,8 @@ private Q_SLOTS:
                                  "AbsentDefaultDestination",
                                  "AbsentWatchfolderBookmark",
                                  "AbsentWatchfolderActive"};
-        for (const settings::Setting& setting : settings::all()) {
-            if (!own.contains(QLatin1StringView(setting.key))) expected.append(setting.key);
+        for (const settings::Row* setting : settings::all()) {
+            if (!own.contains(setting->key)) expected.append(setting->key);
         }
         QStringList bound;
         for (const QWidget* control : boundControls(fixture.window)) {
@@ -108,11 +107,44 @@ private Q_SLOTS:
         QCOMPARE(bound, expected);
     }
 
+    void popUpsOfferWhatIsAllowed() {
+        const Fixture fixture;
+        const QRegularExpression digits("[0-9]+");
+        for (const QWidget* control : boundControls(fixture.window)) {
+            const auto* box = qobject_cast<const QComboBox*>(control);
+            const settings::Row& row = *settings::find(SettingsBinder::keysOf(*control).first());
+            if (!box || row.choices.isEmpty()) continue;
+            QVERIFY2(box->count() > 1, row.key.data());
+            for (int i = 0; i < box->count(); ++i) {
+                if ((box->model()->flags(box->model()->index(i, 0)) & Qt::ItemIsEnabled) == 0) continue;
+                const settings::Choice* choice = row.choices.find(box->itemData(i).toLongLong());
+                QVERIFY2(choice && box->itemData(i).isValid(), qPrintable(box->itemText(i)));
+                if (!row.key.endsWith(QLatin1StringView("Bitrate"))) continue;
+                QCOMPARE(digits.match(box->itemText(i)).captured(), digits.match(choice->word).captured());
+                QCOMPARE(box->itemText(i).endsWith("kbit/s"), choice->word.endsWith('k'));
+            }
+        }
+    }
+
+    void controlsFollowTheSettings() {
+        Fixture fixture;
+        fixture.show();
+        settings::AutoAdd.setValue(true);
+        QVERIFY(fixture.get<QAbstractButton>("autoAddCheck")->isChecked());
+        setDefaultInt(kDefaultAudioKey, 8);
+        QCOMPARE(fixture.get<QComboBox>("languagePopUp")->currentText(), "Russian");
+        settings::ConversionPreset.setValue(ConversionStyle::Fast);
+        QVERIFY(fixture.get<QAbstractButton>("styleFast")->isChecked());
+        QVERIFY(!fixture.get<QWidget>("aacStereoPopUp")->isEnabled());
+        setDefaultObject(kConversionPresetKey, {});
+        QVERIFY(fixture.get<QWidget>("aacStereoPopUp")->isEnabled());
+    }
+
     void lettersUnderlinedOnAPageDiffer() {
         Fixture fixture;
         for (int i = 0; i < 3 * fixture.pages()->count(); ++i) {
             const QWidget* page = fixture.pages()->widget(i / 3);
-            fixture.window.selectConversionStyle(i % 3);
+            setDefaultInt(kConversionPresetKey, i % 3);
             QStringList texts;
             for (const auto* label : page->findChildren<QLabel*>())
                 if (label->buddy() && label->isVisibleTo(page)) texts.append(label->text());
@@ -153,7 +185,7 @@ private Q_SLOTS:
         setDefaultInt(kConcurrentJobsKey, 1);  // Enables what depends on it, as the style does.
         setDefaultInt(kConversionPresetKey, control == u"dtsStereoPopUp" ? 2 : 0);
         setDefaultInt(setting, before);
-        QSignalSpy changed(&fixture.window, &PreferencesWindow::settingChanged);
+        QSignalSpy changed(&settings::Changes::shared(), &settings::Changes::changed);
         fixture.show();
         QCOMPARE(defaultInt(setting), before);
         key == 0 ? fixture.click(control) : fixture.press(control, static_cast<Qt::Key>(key));
@@ -187,16 +219,16 @@ private Q_SLOTS:
 
     void restoringLeavesOtherPagesAlone() {
         Fixture fixture;
-        for (const settings::Setting& setting : settings::all())
-            if (setting.type < settings::Type::Data) setDefaultInt(setting.key, 3);
+        for (const settings::Row* setting : settings::all())
+            if (setting->type < settings::Type::Data) setDefaultInt(setting->key, 3);
         fixture.show();
         fixture.reach("autoAddCheck");
         const QWidget* page = fixture.pages()->currentWidget();
         QTest::mouseClick(page->findChild<QWidget*>("restoreDefaults"), Qt::LeftButton);
         for (const QWidget* control : boundControls(fixture.window)) {
-            const QString key = SettingsBinder::keysOf(*control).first();
-            if (settings::find(key)->type >= settings::Type::Data) continue;
-            QCOMPARE(defaultInt(key), page->isAncestorOf(control) ? settings::registeredInt(key) : 3);
+            const settings::Row& row = *settings::find(SettingsBinder::keysOf(*control).first());
+            if (row.type >= settings::Type::Data) continue;
+            QCOMPARE(defaultInt(row.key), page->isAncestorOf(control) ? row.integerDefault : 3);
         }
         QCOMPARE(fixture.get<QComboBox>("placePopUp")->currentIndex(), 0);
     }
@@ -208,7 +240,7 @@ private Q_SLOTS:
         const QStringList panes = {"containerCompatible", "containerFast", "containerCustom"};
         const QList<std::pair<int, int>> shownForStyle = {{0, 0}, {1, 1}, {2, 2}, {3, 1}, {-1, 1}};
         for (const auto& [style, shown] : shownForStyle) {
-            fixture.window.selectConversionStyle(style);
+            setDefaultInt(kConversionPresetKey, style);
             for (int pane = 0; pane < panes.size(); ++pane)
                 QCOMPARE(fixture.get<QWidget>(panes[pane])->isVisible(), pane == shown);
         }

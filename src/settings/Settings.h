@@ -1,0 +1,13 @@
+#pragma once
+
+#include "settings/Setting.h"
+
+/// The settings, one constant for each row of Settings.def: `settings::AutoAdd.value()`.
+namespace settings {
+
+#define SETTING(key, type, standard, meaning) \
+    inline constexpr Setting<type> key{#key, true, static_cast<qint64>(standard), meaning};
+#define UNREGISTERED(key, type, meaning) inline constexpr Setting<type> key{#key, false, 0, meaning};
+#include "settings/Settings.def"
+
+}  // namespace settings
