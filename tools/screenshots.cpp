@@ -13,6 +13,7 @@
 #include "ui/look/Appearance.h"
 #include "ui/look/Icons.h"
 #include "ui/preferences/PreferencesWindow.h"
+#include "ui/widgets/WindowMenu.h"
 #include "ui/window/EmptyView.h"
 
 #include <QApplication>

@@ -1,7 +1,7 @@
 #include "app/AddSheet.h"
 
-#include "app/destinations/Destination.h"
 #include "app/destinations/Destinations.h"
+#include "app/destinations/OutputName.h"
 #include "app/intake/FileIntake.h"
 #include "app/queue/JobQueue.h"
 #include "settings/Keys.h"
@@ -128,11 +128,11 @@ void AddSheet::addToQueue() {
 
 void AddSheet::askForDestination() {
     const QString source = m_intake.fileInfo()->fileURL.toLocalFile();
-    m_panels.saveFile(folderOf(source), destination::outputFileName(m_intake.fileInfo()->fileName),
-                      destination::outputExtension(), [this, source](const QString& path) {
+    m_panels.saveFile(folderOf(source), outputname::outputFileName(m_intake.fileInfo()->fileName),
+                      outputname::outputExtension(), [this, source](const QString& path) {
                           if (!isStillAtHand(source)) return;
-                          if (destination::isSameFile(path, source)) {
-                              alert_apptitled(destination::kOverwritesSource, "D'oh");
+                          if (outputname::isSameFile(path, source)) {
+                              alert_apptitled(outputname::kOverwritesSource, "D'oh");
                               return;
                           }
                           // The panel has asked whether what exists may be replaced.
@@ -144,7 +144,7 @@ void AddSheet::askForDestination() {
 void AddSheet::goNextToSource(bool mayAsk) {
     const QString source = m_intake.fileInfo()->fileURL.toLocalFile();
     const QString target =
-        folderOf(source) + u'/' + destination::outputFileName(m_intake.fileInfo()->fileName);
+        folderOf(source) + u'/' + outputname::outputFileName(m_intake.fileInfo()->fileName);
     if (const auto folder = m_destinations.openedFolderFor(target)) {
         const bool isOpen = folder->securityScoped && folderaccess::startAccessing(folder->path);
         addJob(m_queue.uniqueDestination(target), isOpen ? folder->path : QString(), false);
@@ -176,7 +176,7 @@ void AddSheet::goToStoredFolder(qsizetype number) {
         return;
     }
     const QString folder = m_destinations.openFolder(number);
-    const QString name = destination::outputFileName(m_intake.fileInfo()->fileName);
+    const QString name = outputname::outputFileName(m_intake.fileInfo()->fileName);
     addJob(m_queue.uniqueDestination(folder + u'/' + name), folder, false);
 }
 

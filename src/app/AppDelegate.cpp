@@ -1,6 +1,6 @@
 #include "app/AppDelegate.h"
 
-#include "app/intake/Drop.h"
+#include "app/intake/DroppedFiles.h"
 #include "app/intake/MovieFiles.h"
 #include "app/queue/UnfinishedFiles.h"
 #include "app/queue/Usages.h"
@@ -132,8 +132,8 @@ void AppDelegate::terminate(bool mayAsk) {
         if (self) self->announceTerminated();
     });
     // A tool that the kernel does not let go must not keep the session from ending.
-    constexpr int kMostMilliseconds = 5000;
-    QTimer::singleShot(kMostMilliseconds, this, &AppDelegate::terminated);
+    constexpr int kMaximumMilliseconds = 5000;
+    QTimer::singleShot(kMaximumMilliseconds, this, &AppDelegate::terminated);
 }
 
 void AppDelegate::announceTerminated() {
@@ -179,20 +179,20 @@ void AppDelegate::openFiles(const QStringList& paths) {
                 if (!self) return;
                 for (const QString& path : paths)
                     self->m_searchedPaths.removeOne(path);
-                self->take(files, given);
+                self->addFiles(files, given);
             });
         });
     } else {
-        take(paths, given);
+        addFiles(paths, given);
     }
     Q_EMIT mainWindowRequested();
 }
 
-void AppDelegate::take(const QStringList& files, const QList<QUrl>& given) {
+void AppDelegate::addFiles(const QStringList& files, const QList<QUrl>& given) {
     if (m_terminates) return;
     const bool isUseful = std::ranges::any_of(
         files, [](const QString& path) { return moviefiles::isMovie(path) || moviefiles::isSubtitle(path); });
-    showRefusal(isUseful || given.isEmpty() ? QString() : drop::refusal(given));
+    showRefusal(isUseful || given.isEmpty() ? QString() : droppedfiles::refusal(given));
     m_intake.openFiles(files);
 }
 
@@ -209,13 +209,13 @@ void AppDelegate::addClicked() {
 }
 
 bool AppDelegate::draggingEntered(const QList<QUrl>& urls) {
-    const bool isAccepted = drop::isAccepted(drop::paths(urls));
-    showRefusal(isAccepted ? QString() : drop::refusal(urls));
+    const bool isAccepted = droppedfiles::isAccepted(droppedfiles::paths(urls));
+    showRefusal(isAccepted ? QString() : droppedfiles::refusal(urls));
     return isAccepted;
 }
 
 bool AppDelegate::performDragOperation(const QList<QUrl>& urls) {
-    openFiles(drop::paths(urls));
+    openFiles(droppedfiles::paths(urls));
     return true;
 }
 

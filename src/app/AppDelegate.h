@@ -103,7 +103,7 @@ Q_SIGNALS:
 
 private:
     void showSpeedNotice();
-    void take(const QStringList& files, const QList<QUrl>& given);
+    void addFiles(const QStringList& files, const QList<QUrl>& given);
     void showRefusal(const QString& reason);
     void announceTerminated();
     void giveWay(const QString& newPath, Block launch);

@@ -1,6 +1,6 @@
 #include "cli/ConvertCommand.h"
 
-#include "app/destinations/Destination.h"
+#include "app/destinations/OutputName.h"
 #include "app/intake/AudioPreselection.h"
 #include "app/queue/Usages.h"
 #include "cli/Commands.h"
@@ -140,8 +140,8 @@ bool ConvertCommand::chooseDestination(MKVFileInfo& info, QString& problem) cons
     QString path;
     if (!m_options.output.isEmpty()) {
         path = absolutePath(m_options.output);
-        if (destination::isSameFile(path, source)) {
-            problem = destination::kOverwritesSource;
+        if (outputname::isSameFile(path, source)) {
+            problem = outputname::kOverwritesSource;
             return false;
         }
         if (QFileInfo(path).isDir()) {
@@ -151,7 +151,7 @@ bool ConvertCommand::chooseDestination(MKVFileInfo& info, QString& problem) cons
     } else {
         const QString folder =
             m_options.folder.isEmpty() ? QFileInfo(source).path() : absolutePath(m_options.folder);
-        path = m_queue.uniqueDestination(folder + u'/' + destination::outputFileName(info.fileName));
+        path = m_queue.uniqueDestination(folder + u'/' + outputname::outputFileName(info.fileName));
     }
     info.destinationURL = QUrl::fromLocalFile(path);
     return true;
@@ -241,9 +241,9 @@ QString mistakeIn(const ConvertOptions& options, const Inputs& inputs) {
         return Texts::tr("--output is for a single movie, not for %1")
             .arg(QString::number(inputs.movies.size()));
     const bool isSource = inputs.movies.size() == 1 &&
-                          destination::isSameFile(absolutePath(options.output), inputs.movies.first());
+                          outputname::isSameFile(absolutePath(options.output), inputs.movies.first());
     // The attempt to write over the source has a message of its own.
-    if (isSource || destination::hasOutputExtension(options.output)) return {};
+    if (isSource || outputname::hasOutputExtension(options.output)) return {};
     return Texts::tr("--output needs a name that ends in .mp4 or .m4v, not '%1'").arg(options.output);
 }
 

@@ -29,7 +29,7 @@ QString whyNotReadable(const QString& path) {
 
 Inputs findInputs(const QStringList& paths) {
     Inputs inputs;
-    const auto take = [&](const QString& path) {
+    const auto sort = [&](const QString& path) {
         if (moviefiles::isMovie(path)) {
             const QString reason = whyNotReadable(path);
             if (reason.isEmpty()) {
@@ -50,12 +50,12 @@ Inputs findInputs(const QStringList& paths) {
     for (const QString& given : paths) {
         const QString path = absolutePath(given);
         if (!QFileInfo(path).isDir()) {
-            take(path);
+            sort(path);
             continue;
         }
         const QStringList found = moviefiles::filesBelow(path);
         for (const QString& file : found)
-            take(file);
+            sort(file);
         if (found.isEmpty()) {
             inputs.refusals.push_back({path, Texts::tr("There are no movies in the folder '%1'.").arg(path)});
         }

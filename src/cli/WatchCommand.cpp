@@ -1,4 +1,4 @@
-#include "app/watching/FolderWatch.h"
+#include "app/watching/MovieArrivals.h"
 #include "cli/Commands.h"
 #include "cli/ConvertCommand.h"
 #include "cli/ExitStatus.h"
@@ -38,16 +38,16 @@ int runWatch(const WatchOptions& options, const CommandLine& line) {
     ConvertCommand command(convert, run.presenter());
     command.setEndless(true);
 
-    FolderWatch watch;
+    MovieArrivals watch;
     int status = exitstatus::kSuccess;
     const auto end = [&](const QString& reason) {
         output::error(reason);
         status = exitstatus::kFailure;
         command.setEndless(false);  // What is being converted is finished.
     };
-    QObject::connect(&watch, &FolderWatch::arrived, &command, &ConvertCommand::add);
-    QObject::connect(&watch, &FolderWatch::problem, &command, &output::error);
-    QObject::connect(&watch, &FolderWatch::ended, &command, end);
+    QObject::connect(&watch, &MovieArrivals::arrived, &command, &ConvertCommand::add);
+    QObject::connect(&watch, &MovieArrivals::problem, &command, &output::error);
+    QObject::connect(&watch, &MovieArrivals::ended, &command, end);
     QObject::connect(&interruption, &Interruption::interrupted, &command, [&] {
         watch.stop();
         command.interrupt();

@@ -1,6 +1,6 @@
 #include "convert/ConversionJob.h"
 
-#include "convert/Aftermath.h"
+#include "convert/AfterConversion.h"
 #include "convert/ConversionCommand.h"
 #include "convert/ConversionSettings.h"
 #include "convert/ReplacedFile.h"
@@ -37,9 +37,10 @@ double secondsBetween(const QDateTime& from, const QDateTime& to) {
 
 }  // namespace
 
-ConversionJob::ConversionJob(JobController& ad, MKVFileInfo info, qsizetype audioTrackIndex, QObject* parent)
+ConversionJob::ConversionJob(JobController& controller, MKVFileInfo info, qsizetype audioTrackIndex,
+                             QObject* parent)
     : QObject(parent),
-      m_ad(ad),
+      m_controller(controller),
       m_fileInfo(std::move(info)),
       m_queuedDestination(m_fileInfo.destinationURL.toLocalFile()),
       m_audioTrackIndex(audioTrackIndex) {
@@ -117,7 +118,7 @@ void ConversionJob::start() {
     setState(JobState::Converting);
     m_arguments = buildArguments();
     launch();
-    m_ad.pauseContinueClicked(false);
+    m_controller.pauseContinueClicked(false);
 }
 
 void ConversionJob::claimDestination() {
@@ -224,12 +225,13 @@ void ConversionJob::taskFinished(const ToolExit& exit) {
     } else {
         succeeded();
     }
-    m_ad.startNextJobInQueue();
-    aftermath::notifyUser(m_fileInfo, hasFailed);
-    aftermath::countRun();
-    m_ad.increaseUsages(true, true);
-    if (defaultInt(kQuitAfterConversionKey) != 0 && m_ad.jobCountWithState(JobState::Converting) == 0 &&
-        m_ad.jobCountWithState(JobState::Failed) == 0) {
+    m_controller.startNextJobInQueue();
+    afterconversion::notifyUser(m_fileInfo, hasFailed);
+    afterconversion::countRun();
+    m_controller.increaseUsages(true, true);
+    if (defaultInt(kQuitAfterConversionKey) != 0 &&
+        m_controller.jobCountWithState(JobState::Converting) == 0 &&
+        m_controller.jobCountWithState(JobState::Failed) == 0) {
         Q_EMIT quitRequested();
     }
 }
@@ -266,7 +268,7 @@ void ConversionJob::succeeded() {
     setState(JobState::Finished);
     Q_EMIT ended();
     if (defaultInt(kAutoCleanKey) != 0) remove();
-    if (defaultInt(kAutoRemoveKey) != 0) aftermath::disposeOfSource(m_fileInfo);
+    if (defaultInt(kAutoRemoveKey) != 0) afterconversion::disposeOfSource(m_fileInfo);
 }
 
 void ConversionJob::pause() {
@@ -286,14 +288,14 @@ void ConversionJob::continueJob() {
         setState(JobState::Converting);
         takeSleepAssertion();
     }
-    m_ad.pauseContinueClicked(false);
+    m_controller.pauseContinueClicked(false);
 }
 
 void ConversionJob::remove() {
     endRun();
     stopSecurityAccess();
-    m_ad.removeJob(this);
-    m_ad.startNextJobInQueue();
+    m_controller.removeJob(this);
+    m_controller.startNextJobInQueue();
 }
 
 void ConversionJob::stopSecurityAccess() {
@@ -316,7 +318,7 @@ void ConversionJob::endRun() {
         if (progressFile) progressFile->remove();
     };
     m_wroteDestination = false;
-    ToolReaper::shared().take(std::move(m_task), cleanUp);
+    ToolReaper::shared().adopt(std::move(m_task), cleanUp);
 }
 
 void ConversionJob::reveal(bool shiftIsHeld) {

@@ -28,9 +28,10 @@ class ConversionJob : public QObject {
     Q_OBJECT
 
 public:
-    /// `ad` outlives the job. `info` has its destination; the access to its securityURL, if any, ends with
-    /// the job.
-    ConversionJob(JobController& ad, MKVFileInfo info, qsizetype audioTrackIndex, QObject* parent = nullptr);
+    /// `controller` outlives the job. `info` has its destination; the access to its securityURL, if any, ends
+    /// with the job.
+    ConversionJob(JobController& controller, MKVFileInfo info, qsizetype audioTrackIndex,
+                  QObject* parent = nullptr);
     /// Leaves no tool running. An output that was not finished is deleted.
     ~ConversionJob() override;
 
@@ -121,7 +122,7 @@ private:
     void stopSecurityAccess();
     void endRun();
 
-    JobController& m_ad;
+    JobController& m_controller;
     MKVFileInfo m_fileInfo;
     const QString m_queuedDestination;
     qsizetype m_audioTrackIndex = 0;

@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr qint64 kMostSecondsBehind = 5;
+constexpr qint64 kMaximumSecondsBehind = 5;
 
 QString folder() {
     return QuillonLib::shared().suppDir() + "/Running";
@@ -42,7 +42,7 @@ void cleanUp(const QString& note) {
     const QDateTime lastSeen = QFileInfo(note).lastModified();
     const bool isOurs = output.isFile() && identity(output.filePath()) == facts->value("identity").toString();
     // What was written after the application died is not what it wrote.
-    if (isOurs && output.lastModified() <= lastSeen.addSecs(kMostSecondsBehind)) {
+    if (isOurs && output.lastModified() <= lastSeen.addSecs(kMaximumSecondsBehind)) {
         logInformation("Info: deleting the unfinished output %@", output.filePath());
         QFile::remove(output.filePath());
     }

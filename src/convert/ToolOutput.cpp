@@ -5,9 +5,9 @@
 
 namespace {
 
-constexpr qsizetype kMostOfBegin = 256 * 1024;  // characters
-constexpr qsizetype kMostOfEnd = 64 * 1024;
-constexpr qsizetype kMostOfTelling = 16 * 1024;
+constexpr qsizetype kMaximumOfBegin = 256 * 1024;  // characters
+constexpr qsizetype kMaximumOfEnd = 64 * 1024;
+constexpr qsizetype kMaximumOfTelling = 16 * 1024;
 constexpr qsizetype kLongestLine = 64 * 1024;
 
 }  // namespace
@@ -44,13 +44,13 @@ void ToolOutput::takeLine(QStringView line) {
 }
 
 void ToolOutput::keep(QStringView line) {
-    if (m_end.isEmpty() && m_begin.size() + line.size() <= kMostOfBegin) {
+    if (m_end.isEmpty() && m_begin.size() + line.size() <= kMaximumOfBegin) {
         m_begin += line;
         return;
     }
-    const bool tells = m_telling.size() < kMostOfTelling && failure::explainsSomething(line);
-    if (tells && !m_telling.contains(line)) m_telling += line.left(kMostOfTelling);
+    const bool tells = m_telling.size() < kMaximumOfTelling && failure::explainsSomething(line);
+    if (tells && !m_telling.contains(line)) m_telling += line.left(kMaximumOfTelling);
     m_end += line;
     // Cut seldom, so that a flood costs no more than its length.
-    if (m_end.size() > 2 * kMostOfEnd) m_end = m_end.last(kMostOfEnd);
+    if (m_end.size() > 2 * kMaximumOfEnd) m_end = m_end.last(kMaximumOfEnd);
 }

@@ -66,7 +66,7 @@ void DocumentBuilder::putBeforeText(const QString& label) {
     runs.prepend(Run{.text = label + u'\t', .style = style});
 }
 
-Document DocumentBuilder::take(const ParagraphStyle& style) {
+Document DocumentBuilder::finish(const ParagraphStyle& style) {
     if (!m_paragraph.runs.isEmpty() || !m_label.isEmpty()) endParagraph(style);
     // Nothing is gained by a page that ends in blank lines.
     QList<Paragraph>& paragraphs = m_document.paragraphs;

@@ -17,7 +17,7 @@ public:
     int addLink(const QString& address);
 
     /// `style` is that of the last paragraph, which nothing has to end.
-    Document take(const ParagraphStyle& style);
+    Document finish(const ParagraphStyle& style);
 
 private:
     void takeBulletFromText();

@@ -31,7 +31,7 @@ std::optional<Document> Reader::read() {
         if (m_isComplete) break;
     }
     writeBytes();
-    return m_document.take(group().format.paragraph);
+    return m_document.finish(group().format.paragraph);
 }
 
 void Reader::readToken(const Token& token) {

@@ -7,8 +7,8 @@ namespace richtext {
 namespace {
 
 // More than any document has; a table of billions would be an attack.
-constexpr qsizetype kMostFonts = 4096;
-constexpr qsizetype kMostColors = 4096;
+constexpr qsizetype kMaximumFonts = 4096;
+constexpr qsizetype kMaximumColors = 4096;
 constexpr qsizetype kLongestName = 64;
 
 /// Many writers say the family of none of their fonts.
@@ -28,7 +28,7 @@ void FontTable::read(Meaning meaning, int parameter) {
         m_name.clear();
         return;
     }
-    if (m_fonts.size() >= kMostFonts && !m_fonts.contains(m_current)) return;
+    if (m_fonts.size() >= kMaximumFonts && !m_fonts.contains(m_current)) return;
     if (meaning == Meaning::FontIsMonospaced) m_fonts[m_current].isMonospaced = true;
     if (meaning == Meaning::FontCharset) m_fonts[m_current].charset = parameter;
     if (meaning == Meaning::FontCodePage) m_fonts[m_current].codePage = parameter;
@@ -54,7 +54,7 @@ void ColorTable::read(Meaning meaning, int parameter) {
 void ColorTable::readText(QByteArrayView text) {
     for (const char c : text) {
         if (c != ';') continue;
-        if (m_colors.size() < kMostColors) m_colors.append(m_current);
+        if (m_colors.size() < kMaximumColors) m_colors.append(m_current);
         m_current.reset();
     }
 }

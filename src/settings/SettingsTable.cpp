@@ -133,7 +133,7 @@ QString textFromValue(const QVariant& value) {
 }
 
 QStringList nearestKeys(const QString& key) {
-    constexpr size_t kMost = 3;
+    constexpr size_t kMaximum = 3;
     std::vector<std::pair<size_t, QString>> ranked;
     for (const Row* row : kTable) {
         const QString candidate(row->key);
@@ -142,7 +142,7 @@ QStringList nearestKeys(const QString& key) {
     std::stable_sort(ranked.begin(), ranked.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
     QStringList nearest;
-    for (size_t i = 0; i < kMost; ++i)
+    for (size_t i = 0; i < kMaximum; ++i)
         nearest.append(ranked[i].second);
     return nearest;
 }

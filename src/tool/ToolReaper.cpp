@@ -7,7 +7,7 @@ ToolReaper& ToolReaper::shared() {
     return reaper;
 }
 
-void ToolReaper::take(std::unique_ptr<ToolProcess> process, std::function<void()> cleanUp) {
+void ToolReaper::adopt(std::unique_ptr<ToolProcess> process, std::function<void()> cleanUp) {
     if (!process || !process->isRunning()) {
         cleanUp();
         if (process) process.release()->deleteLater();

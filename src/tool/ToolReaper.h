@@ -18,7 +18,7 @@ public:
     static ToolReaper& shared();
 
     /// Takes the run over and calls `cleanUp` when it has ended, at once if it has already.
-    void take(std::unique_ptr<ToolProcess> process, std::function<void()> cleanUp);
+    void adopt(std::unique_ptr<ToolProcess> process, std::function<void()> cleanUp);
 
     bool isIdle() const { return m_dying == 0; }
 

@@ -73,10 +73,10 @@ void describeApplication() {
 /// Until the tools that were ended are gone and what they left is deleted; not longer than a session's end
 /// waits.
 void waitUntilTerminated(AppDelegate& delegate) {
-    constexpr int kMostMilliseconds = 5000;
+    constexpr int kMaximumMilliseconds = 5000;
     QEventLoop loop;
     QObject::connect(&delegate, &AppDelegate::terminated, &loop, &QEventLoop::quit);
-    QTimer::singleShot(kMostMilliseconds, &loop, &QEventLoop::quit);
+    QTimer::singleShot(kMaximumMilliseconds, &loop, &QEventLoop::quit);
     if (!AppDelegate::isTerminated()) loop.exec();
 }
 

@@ -67,7 +67,8 @@ public:
         waitForNextTick();
         QString error;
         observer = DirectoryObserver::startObserving(
-            path(), m_fileLevel, [this](const QList<EventRecord>& batch) { take(batch); }, &error, latency);
+            path(), m_fileLevel, [this](const QList<EventRecord>& batch) { handleEvents(batch); }, &error,
+            latency);
         if (!observer) qFatal("%s", qPrintable(error));
         QSignalSpy watching(observer.get(), &DirectoryObserver::watching);
         if (wait == Wait::Yes && !watching.wait()) qFatal("never watching");
@@ -94,7 +95,7 @@ public:
     bool twice = false;  ///< A path stood in one batch twice.
 
 private:
-    void take(const QList<EventRecord>& batch) {
+    void handleEvents(const QList<EventRecord>& batch) {
         ++batches;
         QSet<QString> seen;
         for (const EventRecord& record : batch) {

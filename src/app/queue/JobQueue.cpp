@@ -1,6 +1,6 @@
 #include "app/queue/JobQueue.h"
 
-#include "app/destinations/Destination.h"
+#include "app/destinations/OutputName.h"
 #include "app/intake/FileIntake.h"
 #include "settings/Keys.h"
 #include "settings/Settings.h"
@@ -174,7 +174,7 @@ bool JobQueue::willWrite(const QString& path) const {
     return std::ranges::any_of(m_taskArray, [&](const auto& job) {
         return statusNotFinished(job->state()) &&
                (job->queuedDestination() == path ||
-                destination::isSameFile(job->fileInfo().destinationURL.toLocalFile(), path));
+                outputname::isSameFile(job->fileInfo().destinationURL.toLocalFile(), path));
     });
 }
 

@@ -1,6 +1,6 @@
 #include "app/watching/WatchFolder.h"
 
-#include "app/watching/FolderWatch.h"
+#include "app/watching/MovieArrivals.h"
 #include "settings/Settings.h"
 #include "support/base/Format.h"
 #include "support/base/Log.h"
@@ -179,24 +179,24 @@ void WatchFolder::forget() {
 }
 
 void WatchFolder::startObserving(const QString& folder) {
-    auto watch = std::make_unique<FolderWatch>(m_processedNames, nullptr, m_times);
+    auto watch = std::make_unique<MovieArrivals>(m_processedNames, nullptr, m_times);
     m_problem = watch->start(folder);
     if (!watch->isRunning()) {
         turnOff();
         m_current = nullptr;
         return;
     }
-    FolderWatch* started = watch.get();
-    connect(started, &FolderWatch::arrived, this, &WatchFolder::arrived);
-    connect(started, &FolderWatch::waitingChanged, this, &WatchFolder::changed);
-    connect(started, &FolderWatch::problem, this, &WatchFolder::say);
-    connect(started, &FolderWatch::ended, this,
+    MovieArrivals* started = watch.get();
+    connect(started, &MovieArrivals::arrived, this, &WatchFolder::arrived);
+    connect(started, &MovieArrivals::waitingChanged, this, &WatchFolder::changed);
+    connect(started, &MovieArrivals::problem, this, &WatchFolder::say);
+    connect(started, &MovieArrivals::ended, this,
             [this, started](const QString& reason) { onEnded(started, reason); });
     m_watches.push_back(std::move(watch));
     m_current = started;
 }
 
-void WatchFolder::onEnded(const FolderWatch* watch, const QString& reason) {
+void WatchFolder::onEnded(const MovieArrivals* watch, const QString& reason) {
     if (watch != m_current) return;
     m_current = nullptr;
     turnOff();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/watching/FolderWatch.h"
+#include "app/watching/MovieArrivals.h"
 #include "support/desktop/FilePanels.h"
 #include "watch/events/ReturnWatch.h"
 
@@ -65,7 +65,7 @@ private:
     void forgetAbsent();
     bool takeReturned();
     void startObserving(const QString& folder);
-    void onEnded(const FolderWatch* watch, const QString& reason);
+    void onEnded(const MovieArrivals* watch, const QString& reason);
     void say(const QString& text);
 
     FilePanels& m_panels;
@@ -79,7 +79,7 @@ private:
     /// What was left in the folder's place when the watch ended, such as the mount point of its volume.
     std::optional<std::pair<quint64, quint64>> m_leftBehind;
     bool m_isStoring = false;
-    FolderWatch* m_current = nullptr;
+    MovieArrivals* m_current = nullptr;
     /// With those that run on for the rest of this run: another folder was chosen meanwhile.
-    std::vector<std::unique_ptr<FolderWatch>> m_watches;
+    std::vector<std::unique_ptr<MovieArrivals>> m_watches;
 };

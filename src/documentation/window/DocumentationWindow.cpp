@@ -255,8 +255,8 @@ void DocumentationWindow::find(const QString& text, bool backwards) {
 
 void DocumentationWindow::magnify(double factor) {
     constexpr double kLeast = 0.5;
-    constexpr double kMost = 3;
-    m_magnification = std::clamp(factor, kLeast, kMost);
+    constexpr double kMaximum = 3;
+    m_magnification = std::clamp(factor, kLeast, kMaximum);
     for (const Tab& tab : m_tabs) {
         if (tab.view) tab.view->magnify(m_magnification);
     }

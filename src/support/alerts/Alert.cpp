@@ -16,7 +16,7 @@ public:
 
 AlertPresenter* thePresenter = nullptr;
 
-constexpr size_t kMostButtons = 3;
+constexpr size_t kMaximumButtons = 3;
 
 std::vector<AlertButton> present(std::initializer_list<AlertButton> buttons) {
     std::vector<AlertButton> result;
@@ -30,7 +30,7 @@ Alert controlAlert(const QString& prompt, const QStringList& buttons, AlertContr
                    const QVariant& value = {}) {
     Alert alert;
     alert.message = prompt;
-    for (const QString& title : buttons.first(qMin<qsizetype>(buttons.size(), kMostButtons)))
+    for (const QString& title : buttons.first(qMin<qsizetype>(buttons.size(), kMaximumButtons)))
         alert.buttons.emplace_back(title);
     alert.control = control;
     alert.value = value;

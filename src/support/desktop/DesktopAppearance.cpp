@@ -51,7 +51,7 @@ void DesktopAppearance::ask(const QDBusConnection& connection) {
         const Groups groups = reply.value();
         for (auto group = groups.begin(); group != groups.end(); ++group) {
             for (auto entry = group->begin(); entry != group->end(); ++entry)
-                isNew |= take(group.key(), entry.key(), entry.value());
+                isNew |= applySetting(group.key(), entry.key(), entry.value());
         }
         if (isNew) Q_EMIT changed();
     });
@@ -59,7 +59,7 @@ void DesktopAppearance::ask(const QDBusConnection& connection) {
 
 void DesktopAppearance::onSettingChanged(const QString& group, const QString& key,
                                          const QDBusVariant& value) {
-    if (take(group, key, value.variant())) Q_EMIT changed();
+    if (applySetting(group, key, value.variant())) Q_EMIT changed();
 }
 
 /// A portal that starts later than the application is asked then.
@@ -68,7 +68,7 @@ void DesktopAppearance::onOwnerChanged(const QString&, const QString&, const QSt
     if (const auto connection = buses::session()) ask(*connection);
 }
 
-bool DesktopAppearance::take(const QString& group, const QString& key, const QVariant& packed) {
+bool DesktopAppearance::applySetting(const QString& group, const QString& key, const QVariant& packed) {
     const QVariant value = unpacked(packed);
     if (group == kAppearance && key == "color-scheme") {
         const bool isDark = value.toUInt() == 1;

@@ -29,7 +29,7 @@ private Q_SLOTS:
 private:
     void ask(const QDBusConnection& connection);
     /// Whether that changed something.
-    bool take(const QString& group, const QString& key, const QVariant& value);
+    bool applySetting(const QString& group, const QString& key, const QVariant& value);
 
     bool m_prefersDark = false;
     bool m_prefersReducedMotion = false;

@@ -18,7 +18,7 @@ QString SingleInstance::tokenFromEnvironment() {
 
 SingleInstance::Role SingleInstance::begin(const QStringList& paths, const QString& token) {
     const auto handler = [this](const QStringList& handedOver, const QString& itsToken) {
-        take(handedOver, itsToken);
+        handlePaths(handedOver, itsToken);
     };
     std::optional<Role> role;
     if (const auto connection = buses::session())
@@ -46,7 +46,7 @@ std::optional<SingleInstance::Role> SingleInstance::settle(std::unique_ptr<Insta
     }
 }
 
-void SingleInstance::take(const QStringList& paths, const QString& token) {
+void SingleInstance::handlePaths(const QStringList& paths, const QString& token) {
     m_token = token;
     if (paths.isEmpty()) {
         Q_EMIT activated();

@@ -46,7 +46,7 @@ Q_SIGNALS:
     void activated();
 
 private:
-    void take(const QStringList& paths, const QString& token);
+    void handlePaths(const QStringList& paths, const QString& token);
     /// Nothing: this way leads nowhere.
     std::optional<Role> settle(std::unique_ptr<InstanceWay> way, const QStringList& paths,
                                const QString& token);

@@ -96,7 +96,7 @@ private:
         // A server that sends faster than we read waits.
         m_reply->setReadBufferSize(m_limits.bytes);
         connect(m_reply, &QNetworkReply::metaDataChanged, this, &Fetching::look);
-        connect(m_reply, &QNetworkReply::readyRead, this, &Fetching::take);
+        connect(m_reply, &QNetworkReply::readyRead, this, &Fetching::readBody);
         connect(m_reply, &QNetworkReply::finished, this, &Fetching::finish);
     }
 
@@ -121,13 +121,13 @@ private:
         }
     }
 
-    void take() {
+    void readBody() {
         m_body += m_reply->readAll();
         if (m_body.size() > m_limits.bytes) fail(tooLarge(m_limits));
     }
 
     void finish() {
-        take();
+        readBody();
         if (m_isDone) return;
         const QVariant length = m_reply->header(QNetworkRequest::ContentLengthHeader);
         if (m_reply->error() != QNetworkReply::NoError) {

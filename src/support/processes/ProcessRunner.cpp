@@ -77,7 +77,7 @@ QString runAsTaskWithProgressBlock(const QStringList& command,
         throw std::system_error(ENOENT, std::generic_category(), process.errorString().toStdString());
     }
     QString all;
-    const auto take = [&] {
+    const auto readOutput = [&] {
         const QByteArray piece = process.readAllStandardOutput();
         if (piece.isEmpty()) return;
         const QString text = text::fromData(piece);
@@ -85,9 +85,9 @@ QString runAsTaskWithProgressBlock(const QStringList& command,
         progress(text);
     };
     while (process.waitForReadyRead(-1))
-        take();
+        readOutput();
     process.waitForFinished(-1);
-    take();
+    readOutput();
     if (terminationStatus) *terminationStatus = statusOf(process);
     return all;
 }

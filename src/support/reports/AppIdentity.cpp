@@ -2,7 +2,7 @@
 
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Files.h"
-#include "support/reports/Maker.h"
+#include "support/reports/Vendor.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
@@ -30,7 +30,7 @@ QString checksumOf(const QString& path) {
 
 QString supportAddress() {
     const QString address = ApplicationInfo::value("FeedbackEmail");
-    return address.isEmpty() ? QString(maker::kSupportAddress) : address;
+    return address.isEmpty() ? QString(vendor::kSupportAddress) : address;
 }
 
 QString supportRequestAppName() {

@@ -12,7 +12,7 @@ namespace crashlogs {
 
 namespace {
 
-constexpr qsizetype kMostKept = 20;
+constexpr qsizetype kMaximumKept = 20;
 
 /// Without letter case and accents.
 QString folded(const QString& text) {
@@ -63,7 +63,7 @@ void tidyUp() {
     QStringList reports = paths({ownFolder()}, ApplicationInfo::name());
     if (reports.isEmpty()) return;
     logInformation("Info: crash reports: %li, the newest is %@", reports.size(), reports.last());
-    while (reports.size() > kMostKept)
+    while (reports.size() > kMaximumKept)
         QFile::remove(reports.takeFirst());
 }
 

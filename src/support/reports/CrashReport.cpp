@@ -139,9 +139,9 @@ void writeReport(int signal, const siginfo_t& information) {
     lastlines::write(file);
     constexpr std::string_view kTitle = "\nBack-trace:\n";
     written = ::write(file, kTitle.data(), kTitle.size());
-    constexpr int kMostFrames = 128;
-    std::array<void*, kMostFrames> frames{};
-    ::backtrace_symbols_fd(frames.data(), ::backtrace(frames.data(), kMostFrames), file);
+    constexpr int kMaximumFrames = 128;
+    std::array<void*, kMaximumFrames> frames{};
+    ::backtrace_symbols_fd(frames.data(), ::backtrace(frames.data(), kMaximumFrames), file);
     ::close(file);
 }
 

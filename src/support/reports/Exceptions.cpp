@@ -24,9 +24,9 @@ QString demangled(const char* name) {
 }
 
 QStringList callStackSymbols() {
-    constexpr int kMostFrames = 64;
-    void* frames[kMostFrames];
-    const int count = ::backtrace(frames, kMostFrames);
+    constexpr int kMaximumFrames = 64;
+    void* frames[kMaximumFrames];
+    const int count = ::backtrace(frames, kMaximumFrames);
     char** symbols = ::backtrace_symbols(frames, count);
     QStringList result;
     for (int i = 0; symbols && i < count; ++i)
@@ -59,10 +59,10 @@ void installExceptionHandler() {
 }
 
 void exceptionHandler(const QString& name, const QString& reason) {
-    constexpr int kMostEntries = 10;
+    constexpr int kMaximumEntries = 10;
     const QString information = makeString(" %@ %@ %@ %@", name, reason, QString("{\n}"), callStackSymbols());
     const QString date = QLocale().toString(QDateTime::currentDateTime(), QLocale::ShortFormat);
     qn_defaults_addtoarray("quillonlib_exception_info",
-                           makeString("Date: %@ Exception:%@", date, information), kMostEntries);
+                           makeString("Date: %@ Exception:%@", date, information), kMaximumEntries);
     alert_feedback_fatal(name, information);
 }

@@ -6,7 +6,7 @@
 #include "support/reports/AppIdentity.h"
 #include "support/reports/HostInformation.h"
 #include "support/reports/Mail.h"
-#include "support/reports/Maker.h"
+#include "support/reports/Vendor.h"
 
 #include <QtGlobal>
 
@@ -23,12 +23,12 @@ constexpr int kSupportRequest = 1;
 QString vendorPage(const QString& appName) {
     // "Ravelin-Pro Max" has its page under "ravelin".
     const QString word = appName.toLower().section(u' ', 0, 0).section(u'-', 0, 0);
-    return makeString("%@%@/", QString(maker::kSiteRoot), word);
+    return makeString("%@%@/", QString(vendor::kSiteRoot), word);
 }
 
 /// The address at which the store's own program shows the page.
 QString inStore(QString page) {
-    return page.replace("https", "macappstore") + "&at=" + maker::kAffiliateToken;
+    return page.replace("https", "macappstore") + "&at=" + vendor::kAffiliateToken;
 }
 
 }  // namespace

@@ -123,8 +123,8 @@ void AlertDialog::addButtons(const Alert& alert) {
 }
 
 void AlertDialog::setTexts(const Alert& alert, int width) {
-    constexpr int kMostTitleLines = 4;
-    const int highest = kMostTitleLines * m_title->fontMetrics().lineSpacing();
+    constexpr int kMaximumTitleLines = 4;
+    const int highest = kMaximumTitleLines * m_title->fontMetrics().lineSpacing();
     m_title->setSize(width, qMin(m_title->heightAt(width), highest));
     m_title->setVisible(!alert.title.isEmpty());
     m_message->setSize(width, m_message->heightAt(width));

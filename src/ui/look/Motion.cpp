@@ -8,9 +8,9 @@
 namespace motion {
 
 int duration(const QWidget& widget) {
-    constexpr int kMost = 180;
+    constexpr int kMaximum = 180;
     if (sharedDesktop().prefersReducedMotion()) return 0;
-    return qMin(kMost, widget.style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &widget));
+    return qMin(kMaximum, widget.style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &widget));
 }
 
 }  // namespace motion

@@ -9,10 +9,10 @@
 #include "support/store/Defaults.h"
 #include "support/store/FolderAccess.h"
 #include "ui/look/Icons.h"
-#include "ui/preferences/PreferencesDress.h"
+#include "ui/preferences/LabelStyles.h"
 #include "ui/preferences/SettingChoices.h"
 #include "ui/preferences/WatchFolderPage.h"
-#include "ui/widgets/DestinationBox.h"
+#include "ui/widgets/DestinationComboBox.h"
 #include "ui/widgets/ToolTip.h"
 #include "ui/widgets/WindowMenu.h"
 #include "ui_ContainerCompatible.h"
@@ -145,7 +145,7 @@ void PreferencesWindow::addPageFrame(QWidget* content, const QString& name, cons
 }
 
 void PreferencesWindow::joinDestinations() {
-    auto* box = findChild<DestinationBox*>(QStringLiteral("preferencesDestinationPopUp"));
+    auto* box = findChild<DestinationComboBox*>(QStringLiteral("preferencesDestinationPopUp"));
     auto* add = findChild<QPushButton*>(QStringLiteral("addFolder"));
     auto* clear = findChild<QPushButton*>(QStringLiteral("clearFolders"));
     DestinationPopUp& popUp = m_destinations.preferencesDestinationPopUp();
@@ -154,10 +154,10 @@ void PreferencesWindow::joinDestinations() {
 
     const auto choose = [this] { m_destinations.chooseNewDestination(DestinationPopUp::Place::Preferences); };
     const auto forget = [this] { m_destinations.clearDestinations(); };
-    connect(box, &DestinationBox::itemChosen, this,
+    connect(box, &DestinationComboBox::itemChosen, this,
             [this](qsizetype index) { m_destinations.setDefaultDestination(index); });
-    connect(box, &DestinationBox::chooseRequested, this, choose);
-    connect(box, &DestinationBox::clearRequested, this, forget);
+    connect(box, &DestinationComboBox::chooseRequested, this, choose);
+    connect(box, &DestinationComboBox::clearRequested, this, forget);
     connect(add, &QPushButton::clicked, this, choose);
     connect(clear, &QPushButton::clicked, this, forget);
 }
@@ -199,9 +199,9 @@ void PreferencesWindow::refresh() {
 
 void PreferencesWindow::restoreDefaults(const QWidget* page) {
     if (page->findChild<QWidget*>(QStringLiteral("watchfolderActive"))) m_watchFolder.forget();
-    if (page->findChild<DestinationBox*>()) m_destinations.clearDestinations();
+    if (page->findChild<DestinationComboBox*>()) m_destinations.clearDestinations();
     m_binder.restoreDefaults(page);
-    if (page->findChild<DestinationBox*>()) {
+    if (page->findChild<DestinationComboBox*>()) {
         m_destinations.rebuildDestinationPopUp();
         m_destinations.rebuildPreferencesDestinationPopUp();
     }
@@ -210,7 +210,7 @@ void PreferencesWindow::restoreDefaults(const QWidget* page) {
 
 /// Gives the labels their fonts and colours, after those of the desktop.
 void PreferencesWindow::dress() {
-    dressLabels(*this);
+    styleLabels(*this);
     const QFontMetrics metrics(m_list->font());
     for (int i = 0; i < m_list->count(); ++i) {
         QListWidgetItem& page = *m_list->item(i);

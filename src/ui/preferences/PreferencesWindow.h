@@ -4,7 +4,7 @@
 
 #include <QWidget>
 
-class DestinationBox;
+class DestinationComboBox;
 class Destinations;
 class QListWidget;
 class QStackedWidget;

@@ -37,9 +37,9 @@ AddSheetView::~AddSheetView() = default;
 void AddSheetView::setSheet(AddSheet* sheet, Destinations* destinations) {
     m_sheet = sheet;
     m_ui->destinationPopUp->setPopUp(&destinations->destinationPopUp());
-    connect(m_ui->destinationPopUp, &DestinationBox::itemChosen, this,
+    connect(m_ui->destinationPopUp, &DestinationComboBox::itemChosen, this,
             [destinations](qsizetype index) { destinations->destinationPopUp().select(index); });
-    connect(m_ui->destinationPopUp, &DestinationBox::chooseRequested, this,
+    connect(m_ui->destinationPopUp, &DestinationComboBox::chooseRequested, this,
             [destinations] { destinations->chooseNewDestination(DestinationPopUp::Place::AddSheet); });
     connect(m_ui->audioPopUp, &QComboBox::activated, sheet, &AddSheet::selectAudio);
     connect(m_ui->addButton, &QPushButton::clicked, sheet, &AddSheet::addToQueue);

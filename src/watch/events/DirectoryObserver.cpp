@@ -139,7 +139,7 @@ void DirectoryObserver::deliver() {
         return;
     }
     const Block block = m_block;  // It may delete us while it runs.
-    block(m_watch->batch.take());
+    block(m_watch->batch.drain());
 }
 
 QString DirectoryObserver::movedAway() const {
@@ -150,7 +150,7 @@ QString DirectoryObserver::movedAway() const {
 void DirectoryObserver::end(const QString& reason) {
     const QPointer<DirectoryObserver> self(this);
     const Block block = m_block;
-    if (m_watch->batch.isPending()) block(m_watch->batch.take());
+    if (m_watch->batch.isPending()) block(m_watch->batch.drain());
     if (!self || !m_watch) return;
     stopObserving();
     Q_EMIT ended(reason);

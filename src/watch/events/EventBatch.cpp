@@ -63,7 +63,7 @@ bool EventBatch::folderMoved(const std::string& from, const std::string& to) {
     return true;
 }
 
-QList<EventRecord> EventBatch::take() {
+QList<EventRecord> EventBatch::drain() {
     m_pending = false;
     m_places.clear();
     return std::exchange(m_records, {});

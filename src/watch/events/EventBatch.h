@@ -44,16 +44,16 @@ public:
     /// old ones. False: `from` was no valid text, so nothing below it has ever been told.
     bool folderMoved(const std::string& from, const std::string& to);
 
-    /// Something was added since the last take(), be it only a path that makes no record.
+    /// Something was added since the last drain(), be it only a path that makes no record.
     bool isPending() const { return m_pending; }
     /// So many records that they are better handed over than kept.
-    bool isFull() const { return m_records.size() >= kMostRecords; }
+    bool isFull() const { return m_records.size() >= kMaximumRecords; }
     quint64 skippedNames() const { return m_skipped; }
 
-    QList<EventRecord> take();
+    QList<EventRecord> drain();
 
 private:
-    static constexpr qsizetype kMostRecords = 10'000;
+    static constexpr qsizetype kMaximumRecords = 10'000;
 
     EventRecord& record(const QString& path);
 

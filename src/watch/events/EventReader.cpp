@@ -22,13 +22,13 @@ EventReader::EventReader(TreeWatch& watch, TreeScan& scan, EventBatch& batch)
 void EventReader::read(const QDeadlineTimer& deadline) {
     ++m_turn;
     const bool nothingWaits = m_watch.inotify().read(deadline, [this](const Inotify::Event& event) {
-        take(event);
+        handleEvent(event);
         return !m_batch.isFull() && m_endReason.isEmpty();
     });
     if (nothingWaits) settleDepartures();
 }
 
-void EventReader::take(const Inotify::Event& event) {
+void EventReader::handleEvent(const Inotify::Event& event) {
     if (!m_endReason.isEmpty() || takeAboutFolder(event)) return;
     const bool isFolder = (event.mask & IN_ISDIR) != 0;
     const quint32 kind = isFolder ? kEventItemIsFolder : kEventItemIsFile;

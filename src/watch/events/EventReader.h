@@ -36,7 +36,7 @@ private:
         unsigned turn;
     };
 
-    void take(const Inotify::Event& event);
+    void handleEvent(const Inotify::Event& event);
     /// True: the event is no more than that.
     bool takeAboutFolder(const Inotify::Event& event);
     void takeMove(const Inotify::Event& event, const std::string& folder, const std::string& name);

@@ -67,7 +67,7 @@ void Inotify::remove(int watch) {
     ::inotify_rm_watch(m_file, watch);
 }
 
-bool Inotify::read(const QDeadlineTimer& deadline, const std::function<bool(const Event&)>& take) {
+bool Inotify::read(const QDeadlineTimer& deadline, const std::function<bool(const Event&)>& handle) {
     constexpr size_t kBufferSize = 16 * 1024;
     alignas(inotify_event) std::array<char, kBufferSize> buffer;
     bool goesOn = true;
@@ -80,7 +80,7 @@ bool Inotify::read(const QDeadlineTimer& deadline, const std::function<bool(cons
             inotify_event event;
             std::memcpy(&event, at, sizeof event);
             at += sizeof event;
-            goesOn = take({event.wd, event.mask, event.cookie, {at, ::strnlen(at, event.len)}}) && goesOn;
+            goesOn = handle({event.wd, event.mask, event.cookie, {at, ::strnlen(at, event.len)}}) && goesOn;
             at += event.len;
         }
     }

@@ -32,8 +32,8 @@ public:
     int watch(const std::string& path, uint32_t mask);
     void remove(int watch);
 
-    /// Hands over what waits until `take` says no or time is over. True: nothing waits any more.
-    bool read(const QDeadlineTimer& deadline, const std::function<bool(const Event&)>& take);
+    /// Hands over what waits until `handle` says no or time is over. True: nothing waits any more.
+    bool read(const QDeadlineTimer& deadline, const std::function<bool(const Event&)>& handle);
 
     /// What to tell the user when watches run out under `folder`.
     static QString limitOfWatches(const QString& folder);

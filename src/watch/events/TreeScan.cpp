@@ -25,7 +25,7 @@ void TreeScan::work(const QDeadlineTimer& deadline) {
     while (hasWork() && !deadline.hasExpired() && !m_batch.isFull()) {
         if (m_reader) {
             if (const auto entry = m_watch.tree().contains(m_task.watch) ? m_reader->next() : std::nullopt)
-                take(*entry);
+                addEntry(*entry);
             else
                 m_reader.reset();
         } else if (!m_known.empty()) {
@@ -52,7 +52,7 @@ void TreeScan::open(Task task) {
     if (task.report == Report::Missed) m_known = m_watch.tree().childNames(task.watch);
 }
 
-void TreeScan::take(const FolderReader::Entry& entry) {
+void TreeScan::addEntry(const FolderReader::Entry& entry) {
     if (entry.kind == FolderReader::Kind::Other) return;
     const bool isFolder = entry.kind == FolderReader::Kind::Folder;
     const std::string name(entry.name);

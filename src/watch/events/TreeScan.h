@@ -39,7 +39,7 @@ private:
     };
 
     void open(Task task);
-    void take(const FolderReader::Entry& entry);
+    void addEntry(const FolderReader::Entry& entry);
     quint32 arrivalFlags(const FolderReader::Entry& entry, Report& below) const;
 
     TreeWatch& m_watch;

@@ -1,4 +1,4 @@
-#include "app/destinations/Destination.h"
+#include "app/destinations/OutputName.h"
 #include "app/intake/AudioPreselection.h"
 #include "app/intake/Languages.h"
 #include "app/intake/MovieFiles.h"
@@ -113,22 +113,22 @@ private Q_SLOTS:
 
     void outputNames() {
         const TestHome home;
-        QCOMPARE(destination::outputFileName("a.b.mkv"), "a.b.mp4");
-        QCOMPARE(destination::outputFileName(QString(252, 'x') + ".ts").size(), 255);
+        QCOMPARE(outputname::outputFileName("a.b.mkv"), "a.b.mp4");
+        QCOMPARE(outputname::outputFileName(QString(252, 'x') + ".ts").size(), 255);
         setDefaultInt(kDefaultExtensionKey, 1);
-        QCOMPARE(destination::outputFileName("a.mkv"), "a.m4v");
-        QVERIFY(destination::hasOutputExtension("/x/a.M4V") &&
-                !destination::hasOutputExtension("/x.mp4/a.mkv"));
+        QCOMPARE(outputname::outputFileName("a.mkv"), "a.m4v");
+        QVERIFY(outputname::hasOutputExtension("/x/a.M4V") &&
+                !outputname::hasOutputExtension("/x.mp4/a.mkv"));
     }
 
     void sameFileByAnyPath() {
         const TestHome home;
         const QString movie = home.write("a.mkv");
         QFile::link(movie, home.path("link.mkv"));
-        QVERIFY(destination::isSameFile(movie, home.path("link.mkv")));
-        QVERIFY(destination::isSameFile(movie, home.path("./a.mkv")));
-        QVERIFY(!destination::isSameFile(movie, home.write("b.mkv")));
-        QVERIFY(!destination::isSameFile(home.path("x"), home.path("y")));
+        QVERIFY(outputname::isSameFile(movie, home.path("link.mkv")));
+        QVERIFY(outputname::isSameFile(movie, home.path("./a.mkv")));
+        QVERIFY(!outputname::isSameFile(movie, home.write("b.mkv")));
+        QVERIFY(!outputname::isSameFile(home.path("x"), home.path("y")));
     }
 };
 

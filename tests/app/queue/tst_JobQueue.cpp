@@ -89,12 +89,12 @@ private Q_SLOTS:
     }
 
     void limits_data() {
-        constexpr qint64 kMost = std::numeric_limits<qint64>::max();
+        constexpr qint64 kMaximum = std::numeric_limits<qint64>::max();
         addRows<int, qint64, qint64>({{"off, whatever the count", 0, 5, 1},
                                       {"two at the least", 1, 0, 2},
                                       {"three", 1, 1, 3},
                                       {"many", 1, 100, 102},
-                                      {"more than can be counted", 1, kMost, kMost},
+                                      {"more than can be counted", 1, kMaximum, kMaximum},
                                       {"nonsense", 1, -7, 2}});
     }
     void limits() {

@@ -1,4 +1,4 @@
-#include "app/watching/FolderWatch.h"
+#include "app/watching/MovieArrivals.h"
 #include "app/watching/WatchFolder.h"
 #include "fakes/RecordingPanels.h"
 #include "fakes/TestHome.h"
@@ -23,7 +23,7 @@ constexpr WatchTimes kQuick = {200ms, {100ms, 300ms, 20ms, 100ms}};
 /// A watched folder "in" of its own, and what arrived.
 class Watched : public TestHome {
 public:
-    Watched() : arrived(&watch, &FolderWatch::arrived) {
+    Watched() : arrived(&watch, &MovieArrivals::arrived) {
         QDir(path()).mkpath("in");
         if (const QString problem = watch.start(path("in")); !problem.isEmpty())
             qFatal("%s", qPrintable(problem));
@@ -37,7 +37,7 @@ public:
         return result;
     }
 
-    FolderWatch watch{std::make_shared<FolderWatch::Names>(), nullptr, kQuick};
+    MovieArrivals watch{std::make_shared<MovieArrivals::Names>(), nullptr, kQuick};
     QSignalSpy arrived;
 };
 

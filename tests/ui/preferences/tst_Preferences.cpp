@@ -9,7 +9,7 @@
 #include "settings/SettingsTable.h"
 #include "support/store/Defaults.h"
 #include "ui/preferences/PreferencesWindow.h"
-#include "ui/widgets/DestinationBox.h"
+#include "ui/widgets/DestinationComboBox.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
@@ -249,7 +249,7 @@ private Q_SLOTS:
     void destinationsFollowAndCommandsNeverStay() {
         Fixture fixture;
         fixture.show();
-        auto* box = static_cast<DestinationBox*>(fixture.reach("preferencesDestinationPopUp"));
+        auto* box = static_cast<DestinationComboBox*>(fixture.reach("preferencesDestinationPopUp"));
         fixture.press("preferencesDestinationPopUp", Qt::Key_End);  // Not into a command.
         QCOMPARE(defaultInt(kDefaultDestinationKey), 1);
         const auto pick = [&](int index) {

@@ -6,7 +6,7 @@
 #include <QUrl>
 
 /// What is dragged over the window.
-namespace drop {
+namespace droppedfiles {
 
 /// The files and folders of this computer among the addresses; text that names a file counts, too.
 QStringList paths(const QList<QUrl>& urls);
@@ -18,4 +18,4 @@ bool isAccepted(const QStringList& paths);
 /// Why it is not taken, in one sentence for the user.
 QString refusal(const QList<QUrl>& urls);
 
-}  // namespace drop
+}  // namespace droppedfiles

@@ -1,4 +1,4 @@
-#include "convert/Aftermath.h"
+#include "convert/AfterConversion.h"
 
 #include "probe/MKVFileInfo.h"
 #include "settings/Keys.h"
@@ -12,7 +12,7 @@
 
 #include <QFile>
 
-namespace aftermath {
+namespace afterconversion {
 
 void notifyUser(const MKVFileInfo& info, bool hasFailed) {
     const QString name = ApplicationInfo::name();
@@ -43,4 +43,4 @@ void disposeOfSource(const MKVFileInfo& info) {
     if (!gone) logError("Error: could not remove the source file %@", source);
 }
 
-}  // namespace aftermath
+}  // namespace afterconversion

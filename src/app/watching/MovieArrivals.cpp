@@ -1,4 +1,4 @@
-#include "app/watching/FolderWatch.h"
+#include "app/watching/MovieArrivals.h"
 
 #include "support/base/Files.h"
 #include "watch/events/DirectoryObserver.h"
@@ -29,25 +29,26 @@ CompletionWaiter::Known whatIsKnown(const EventRecord& record) {
 
 }  // namespace
 
-FolderWatch::FolderWatch(std::shared_ptr<Names> processedNames, QObject* parent, const WatchTimes& times)
+MovieArrivals::MovieArrivals(std::shared_ptr<Names> processedNames, QObject* parent, const WatchTimes& times)
     : QObject(parent),
       m_latency(times.latency),
       m_waiter(times.completion, {}),
       m_processedNames(std::move(processedNames)) {
-    connect(&m_waiter, &CompletionWaiter::droppedOut, this, &FolderWatch::noteGone);
-    connect(&m_waiter, &CompletionWaiter::complete, this, &FolderWatch::tell);
-    connect(&m_waiter, &CompletionWaiter::waitingChanged, this, &FolderWatch::waitingChanged);
+    connect(&m_waiter, &CompletionWaiter::droppedOut, this, &MovieArrivals::noteGone);
+    connect(&m_waiter, &CompletionWaiter::complete, this, &MovieArrivals::tell);
+    connect(&m_waiter, &CompletionWaiter::waitingChanged, this, &MovieArrivals::waitingChanged);
 }
 
-FolderWatch::~FolderWatch() = default;
+MovieArrivals::~MovieArrivals() = default;
 
-QString FolderWatch::start(const QString& folder) {
+QString MovieArrivals::start(const QString& folder) {
     stop();
     QString error;
     m_observer = DirectoryObserver::startObserving(
-        folder, true, [this](const QList<EventRecord>& records) { take(records); }, &error, m_latency);
+        folder, true, [this](const QList<EventRecord>& records) { handleEvents(records); }, &error,
+        m_latency);
     if (!m_observer) return error;
-    connect(m_observer.get(), &DirectoryObserver::problem, this, &FolderWatch::problem);
+    connect(m_observer.get(), &DirectoryObserver::problem, this, &MovieArrivals::problem);
     connect(m_observer.get(), &DirectoryObserver::ended, this, [this](const QString& reason) {
         stop();
         Q_EMIT ended(reason);
@@ -55,7 +56,7 @@ QString FolderWatch::start(const QString& folder) {
     return {};
 }
 
-void FolderWatch::stop() {
+void MovieArrivals::stop() {
     m_waiter.cancelAll();
     m_gone.clear();
     if (!m_observer) return;
@@ -63,7 +64,7 @@ void FolderWatch::stop() {
     m_observer.release()->deleteLater();  // Often called from within it.
 }
 
-void FolderWatch::take(const QList<EventRecord>& records) {
+void MovieArrivals::handleEvents(const QList<EventRecord>& records) {
     for (const EventRecord& record : records) {
         if (!record.renamedFrom.isEmpty() && (record.flags & kEventItemIsFolder) != 0) followMove(record);
         if (mayHaveArrived(record)) {
@@ -75,7 +76,7 @@ void FolderWatch::take(const QList<EventRecord>& records) {
     }
 }
 
-void FolderWatch::followMove(const EventRecord& record) {
+void MovieArrivals::followMove(const EventRecord& record) {
     // What is in a moved folder moves along in silence.
     const QString from = record.renamedFrom + u'/';
     const QStringList known = m_waiter.waiting() + m_gone.keys();
@@ -87,13 +88,13 @@ void FolderWatch::followMove(const EventRecord& record) {
     }
 }
 
-void FolderWatch::noteGone(const QString& path) {
+void MovieArrivals::noteGone(const QString& path) {
     const auto twoBatchesAndMore = 3 * m_latency;
     m_gone.removeIf([](const auto& entry) { return entry.value().hasExpired(); });
     m_gone.insert(path, QDeadlineTimer(twoBatchesAndMore));
 }
 
-void FolderWatch::tell(const QString& path) {
+void MovieArrivals::tell(const QString& path) {
     const QString name = QFileInfo(path).fileName();
     if (m_processedNames->contains(name)) return;
     m_processedNames->insert(name);

@@ -3,7 +3,7 @@
 class MKVFileInfo;
 
 /// What follows the end of a run, beside the job's own state.
-namespace aftermath {
+namespace afterconversion {
 
 /// Tells the user in the notification area that the movie is converted, with a button that shows it, or that
 /// it failed.
@@ -16,4 +16,4 @@ void countRun();
 /// in the log.
 void disposeOfSource(const MKVFileInfo& info);
 
-}  // namespace aftermath
+}  // namespace afterconversion

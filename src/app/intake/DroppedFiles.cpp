@@ -1,4 +1,4 @@
-#include "app/intake/Drop.h"
+#include "app/intake/DroppedFiles.h"
 
 #include "app/intake/MovieFiles.h"
 #include "support/base/Texts.h"
@@ -9,19 +9,19 @@
 
 #include <algorithm>
 
-namespace drop {
+namespace droppedfiles {
 
 namespace {
 
 /// The pointer is moving meanwhile.
-constexpr int kMostMilliseconds = 20;
+constexpr int kMaximumMilliseconds = 20;
 
 bool mayHoldMovie(const QString& folder, const QElapsedTimer& timer) {
     QDirIterator entries(folder, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden,
                          QDirIterator::Subdirectories);
     while (entries.hasNext()) {
         const QString path = entries.next();
-        if (timer.hasExpired(kMostMilliseconds) || (moviefiles::isMovie(path) && !QFileInfo(path).isDir()))
+        if (timer.hasExpired(kMaximumMilliseconds) || (moviefiles::isMovie(path) && !QFileInfo(path).isDir()))
             return true;
     }
     return false;
@@ -56,4 +56,4 @@ QString refusal(const QList<QUrl>& urls) {
                                               : Texts::tr("“%1” is not a movie.").arg(name);
 }
 
-}  // namespace drop
+}  // namespace droppedfiles

@@ -1,4 +1,4 @@
-#include "ui/widgets/DestinationBox.h"
+#include "ui/widgets/DestinationComboBox.h"
 
 #include "app/destinations/DestinationPopUp.h"
 
@@ -14,18 +14,18 @@ bool isCommand(const DestinationItem& item) {
 
 }  // namespace
 
-DestinationBox::DestinationBox(QWidget* parent) : QComboBox(parent) {
-    connect(this, &QComboBox::activated, this, &DestinationBox::take);
+DestinationComboBox::DestinationComboBox(QWidget* parent) : QComboBox(parent) {
+    connect(this, &QComboBox::activated, this, &DestinationComboBox::choose);
 }
 
-void DestinationBox::setPopUp(DestinationPopUp* popUp) {
+void DestinationComboBox::setPopUp(DestinationPopUp* popUp) {
     if (m_popUp) m_popUp->disconnect(this);
     m_popUp = popUp;
-    if (popUp) connect(popUp, &DestinationPopUp::changed, this, &DestinationBox::fill);
+    if (popUp) connect(popUp, &DestinationPopUp::changed, this, &DestinationComboBox::fill);
     fill();
 }
 
-void DestinationBox::fill() {
+void DestinationComboBox::fill() {
     clear();
     if (!m_popUp) return;
     for (const DestinationItem& item : m_popUp->items()) {
@@ -38,7 +38,7 @@ void DestinationBox::fill() {
     showSelected();
 }
 
-void DestinationBox::showSelected() {
+void DestinationComboBox::showSelected() {
     const qsizetype selected = m_popUp ? m_popUp->selected() : -1;
     const bool isDestination = selected >= 0 && selected < count() &&
                                m_popUp->items()[selected].kind != Kind::Separator &&
@@ -48,7 +48,7 @@ void DestinationBox::showSelected() {
 
 // The arrow keys and the wheel walk the closed box over what is enabled; they are not to run into a command
 // and open a panel.
-void DestinationBox::setCommandsEnabled(bool enabled) {
+void DestinationComboBox::setCommandsEnabled(bool enabled) {
     auto* items = qobject_cast<QStandardItemModel*>(model());
     if (!items || !m_popUp) return;
     for (int i = 0; i < count(); ++i) {
@@ -56,17 +56,17 @@ void DestinationBox::setCommandsEnabled(bool enabled) {
     }
 }
 
-void DestinationBox::showPopup() {
+void DestinationComboBox::showPopup() {
     setCommandsEnabled(true);
     QComboBox::showPopup();
 }
 
-void DestinationBox::hidePopup() {
+void DestinationComboBox::hidePopup() {
     QComboBox::hidePopup();
     setCommandsEnabled(false);
 }
 
-void DestinationBox::take(int index) {
+void DestinationComboBox::choose(int index) {
     if (!m_popUp || index < 0 || index >= m_popUp->items().size()) return;
     const Kind kind = m_popUp->items()[index].kind;
     showSelected();  // A command never stays, and a destination comes with the pop-up's own selection.

@@ -7,11 +7,11 @@ class DestinationPopUp;
 
 /// Shows the items and the selection of a DestinationPopUp and tells what the user chose from it. It changes
 /// nothing itself: whoever hears a signal selects in the DestinationPopUp, and the box follows.
-class DestinationBox : public QComboBox {
+class DestinationComboBox : public QComboBox {
     Q_OBJECT
 
 public:
-    explicit DestinationBox(QWidget* parent = nullptr);
+    explicit DestinationComboBox(QWidget* parent = nullptr);
 
     /// Follows `popUp`, which the caller owns, until the next call; null: none, the box is empty.
     void setPopUp(DestinationPopUp* popUp);
@@ -29,7 +29,7 @@ private:
     void fill();
     void showSelected();
     void setCommandsEnabled(bool enabled);
-    void take(int index);
+    void choose(int index);
 
     QPointer<DestinationPopUp> m_popUp;
 };

@@ -1,4 +1,4 @@
-#include "ui/preferences/PreferencesDress.h"
+#include "ui/preferences/LabelStyles.h"
 
 #include "ui/look/Colors.h"
 
@@ -59,7 +59,7 @@ void dressHelp(QLabel& label, const QWidget& root) {
 
 }  // namespace
 
-void dressLabels(QWidget& root) {
+void styleLabels(QWidget& root) {
     const QList<QLabel*> labels = root.findChildren<QLabel*>();
     // By themselves labels follow the direction of their text, which need not be that of the window.
     const Qt::Alignment leading = (root.isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignAbsolute;

@@ -22,7 +22,7 @@ struct WatchTimes {
 
 /// Movies that arrive in a folder or below it: each is told once by name, when it is complete. Main thread
 /// only.
-class FolderWatch : public QObject {
+class MovieArrivals : public QObject {
     Q_OBJECT
 
 public:
@@ -31,9 +31,9 @@ public:
     using Names = QSet<QString>;
 
     /// `processedNames` may be shared by several watches: a name is told by one of them.
-    explicit FolderWatch(std::shared_ptr<Names> processedNames = std::make_shared<Names>(),
-                         QObject* parent = nullptr, const WatchTimes& times = {});
-    ~FolderWatch() override;
+    explicit MovieArrivals(std::shared_ptr<Names> processedNames = std::make_shared<Names>(),
+                           QObject* parent = nullptr, const WatchTimes& times = {});
+    ~MovieArrivals() override;
 
     /// Watches `folder` from now on. What is in it already is not told. Nothing is watched, and the reason
     /// comes back, when the folder cannot be watched; else the empty text.
@@ -53,7 +53,7 @@ Q_SIGNALS:
     void waitingChanged();
 
 private:
-    void take(const QList<EventRecord>& records);
+    void handleEvents(const QList<EventRecord>& records);
     void followMove(const EventRecord& record);
     void noteGone(const QString& path);
     void tell(const QString& path);

@@ -3,7 +3,7 @@
 #include <QString>
 
 /// Names of outputs.
-namespace destination {
+namespace outputname {
 
 inline constexpr const char* kOverwritesSource =
     "You've tried to overwrite the source file with the target file. Thats the worst idea ever.";
@@ -18,4 +18,4 @@ bool hasOutputExtension(const QString& path);
 /// Whether both paths lead to one file, by whatever links.
 bool isSameFile(const QString& a, const QString& b);
 
-}  // namespace destination
+}  // namespace outputname

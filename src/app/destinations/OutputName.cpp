@@ -1,4 +1,4 @@
-#include "app/destinations/Destination.h"
+#include "app/destinations/OutputName.h"
 
 #include "settings/Keys.h"
 #include "settings/Settings.h"
@@ -9,7 +9,7 @@
 
 #include <sys/stat.h>
 
-namespace destination {
+namespace outputname {
 
 QString outputExtension() {
     return settings::DefaultExtension.word();
@@ -33,4 +33,4 @@ bool isSameFile(const QString& a, const QString& b) {
            first.st_ino == second.st_ino;
 }
 
-}  // namespace destination
+}  // namespace outputname
