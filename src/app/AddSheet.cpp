@@ -11,6 +11,7 @@
 #include "support/base/Files.h"
 #include "support/base/Format.h"
 #include "support/base/Text.h"
+#include "support/base/Texts.h"
 #include "support/store/Defaults.h"
 #include "support/store/FolderAccess.h"
 
@@ -106,7 +107,7 @@ void AddSheet::addToQueue() {
     const DestinationPopUp& popUp = m_destinations.destinationPopUp();
     const qsizetype selected = popUp.selected();
     if (selected < 0 || selected >= popUp.items().size()) {
-        Q_EMIT message(text::localized("Please choose a destination."));
+        Q_EMIT message(Texts::tr("Please choose a destination."));
         return;
     }
     switch (popUp.items()[selected].kind) {
@@ -132,7 +133,8 @@ void AddSheet::askForDestination() {
                       outputname::outputExtension(), [this, source](const QString& path) {
                           if (!isStillAtHand(source)) return;
                           if (outputname::isSameFile(path, source)) {
-                              alert_apptitled(outputname::kOverwritesSource, "D'oh");
+                              alert_apptitled(text::localized(outputname::kOverwritesSource),
+                                              Texts::tr("D'oh"));
                               return;
                           }
                           // The panel has asked whether what exists may be replaced.
@@ -151,14 +153,14 @@ void AddSheet::goNextToSource(bool mayAsk) {
         return;
     }
     if (!mayAsk) {
-        alert_apptitled("You did not seem to select a folder that contains your MKV.", "Cancel");
+        alert_apptitled(Texts::tr("You did not seem to select a folder that contains your MKV."),
+                        Texts::tr("Cancel"));
         return;
     }
     alert_apptitled(
-        "You've chosen the 'Next to' default destination for converted MP4 files. Since Apple's SandBox "
-        "limits access to your files you have to open the folder that contains all MKV files that you want "
-        "to convert",
-        "OK");
+        Texts::tr(
+            "You've chosen the 'Next to' default destination for converted MP4 files. Since Apple's SandBox limits access to your files you have to open the folder that contains all MKV files that you want to convert"),
+        Texts::tr("OK"));
     m_panels.chooseFolder(FilePanels::Over::MainWindow, folderOf(source),
                           [this, source](const QString& path) {
                               m_destinations.addOpenedFolder(path);
@@ -170,9 +172,9 @@ void AddSheet::goToStoredFolder(qsizetype number) {
     // A folder on a disk that was unplugged since is the user's to know, not a fault of the program.
     if (const QString problem = m_destinations.problemOfFolder(number); !problem.isEmpty()) {
         alert_apptitled(
-            makeString("The destination folder can not be used now. %@ Please choose another destination.",
-                       problem),
-            "OK");
+            Texts::tr("The destination folder can not be used now. %1 Please choose another destination.")
+                .arg(problem),
+            Texts::tr("OK"));
         return;
     }
     const QString folder = m_destinations.openFolder(number);
@@ -190,6 +192,6 @@ void AddSheet::addJob(const QString& destination, const QString& securityFolder,
     if (m_queue.addJob(std::move(job))) return;
     const QString told =
         makeString("%@\n\n%@", text::localized(JobQueue::kNotWriteable),
-                   makeString("The movie “%@” stays on the sheet.", m_intake.fileInfo()->fileName));
-    showInTurn([told] { alert_apptitled(told, "OK"); }, told);
+                   Texts::tr("The movie “%1” stays on the sheet.").arg(m_intake.fileInfo()->fileName));
+    showInTurn([told] { alert_apptitled(told, Texts::tr("OK")); }, told);
 }

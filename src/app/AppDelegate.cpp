@@ -12,7 +12,7 @@
 #include "support/alerts/SaveSettings.h"
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Format.h"
-#include "support/base/Text.h"
+#include "support/base/Texts.h"
 #include "support/desktop/Desktop.h"
 #include "support/relocation/PXAppMovedHandler.h"
 #include "support/reports/QuillonLib.h"
@@ -58,8 +58,8 @@ AppDelegate::~AppDelegate() {
 
 void AppDelegate::applicationWillFinishLaunching() {
     m_library = std::make_unique<QuillonLib>();
-    m_build = makeString("%@ %i", text::localized("Build:"), m_library->appBuildNumber());
-    m_version = makeString("%@ %@", text::localized("Version:"), m_library->appVersionString());
+    m_build = makeString("%@ %i", Texts::tr("Build:"), m_library->appBuildNumber());
+    m_version = makeString("%@ %@", Texts::tr("Version:"), m_library->appVersionString());
     increaseUsages(*this, false, false);
     m_moveObservation = PXAppMovedHandler::startMoveObservation(
         {[this](const QString& newPath, Block launch) { giveWay(newPath, std::move(launch)); }});
@@ -83,13 +83,9 @@ void AppDelegate::showSpeedNotice() {
         return;
     }
     Alert notice;
-    notice.title = text::localized("Picking up Speed!");
-    notice.message = text::localized(
-        "Note that conversion will be much faster, more reliable and higher quality if you select 'High "
-        "Speed "
-        "& Quality' in the 'Audio Conversion Settings' in the Preferences, though the resulting files may "
-        "not "
-        "play with sound on some devices (e.g. iOS). Just try it out!");
+    notice.title = Texts::tr("Picking up Speed!");
+    notice.message = Texts::tr(
+        "Note that conversion will be much faster, more reliable and higher quality if you select 'High Speed & Quality' in the 'Audio Conversion Settings' in the Preferences, though the resulting files may not play with sound on some devices (e.g. iOS). Just try it out!");
     notice.icon = "ok.png";
     // The window is not there yet.
     showInTurn([notice] {
@@ -106,8 +102,8 @@ void AppDelegate::applicationShouldHandleReopen() {
 
 bool AppDelegate::applicationShouldTerminate() {
     if (m_queue.jobCountWithState(JobState::Converting) == 0) return true;
-    return alert_apptitled("Conversion is in progresss. Are you sure you want to quit?", "Quit", "Cancel") ==
-           kAlertFirstButton;
+    return alert_apptitled(Texts::tr("Conversion is in progresss. Are you sure you want to quit?"),
+                           Texts::tr("Quit"), Texts::tr("Cancel")) == kAlertFirstButton;
 }
 
 void AppDelegate::applicationWillTerminate() {

@@ -9,7 +9,6 @@
 #include "settings/Keys.h"
 #include "support/alerts/Alert.h"
 #include "support/base/ApplicationInfo.h"
-#include "support/base/Format.h"
 #include "support/base/Text.h"
 #include "support/base/Texts.h"
 #include "support/processes/Interruption.h"
@@ -163,7 +162,7 @@ void ConvertCommand::addToQueue(MKVFileInfo info, qsizetype audioTrackIndex) {
     job->setMayReplaceDestination(!m_options.output.isEmpty());
     if (!m_queue.addJob(std::move(job))) {
         const QString message = text::localized(JobQueue::kNotWriteable);
-        alert_apptitled(message, "OK");
+        alert_apptitled(message, Texts::tr("OK"));
         refuseAtHand(message, true);
     }
     endIfDone();

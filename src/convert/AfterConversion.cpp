@@ -5,7 +5,6 @@
 #include "settings/Settings.h"
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Log.h"
-#include "support/base/Text.h"
 #include "support/base/Texts.h"
 #include "support/desktop/Desktop.h"
 #include "support/store/Defaults.h"

@@ -13,8 +13,9 @@
 #include "support/alerts/AlertQueue.h"
 #include "support/alerts/DontWarnAgain.h"
 #include "support/base/Files.h"
+#include "support/base/Format.h"
 #include "support/base/Log.h"
-#include "support/base/Text.h"
+#include "support/base/Texts.h"
 #include "support/base/Volume.h"
 #include "support/desktop/Desktop.h"
 #include "support/reports/QuillonLib.h"
@@ -99,11 +100,13 @@ void ConversionJob::start() {
         m_output.note(failure::kUserRemoved);
         m_finishedError = true;
         setState(JobState::Failed);
-        const QString message = makeString(
-            "It seems you've removed the file %@ or unmounted its volume so conversion can't proceed.",
-            m_fileInfo.fileURL.fileName());
+        const QString message =
+            Texts::tr(
+                "It seems you've removed the file %1 or unmounted its volume so conversion can't proceed.")
+                .arg(m_fileInfo.fileURL.fileName());
         showInTurn([message] {
-            alert_dontwarnagain_ever("warningremoved", "Error", message, "OK", "Don't warn again");
+            alert_dontwarnagain_ever("warningremoved", Texts::tr("Error"), message, Texts::tr("OK"),
+                                     Texts::tr("Don't warn again"));
         });
         Q_EMIT ended();
         return;
@@ -249,7 +252,7 @@ void ConversionJob::failed(const ToolExit& exit) {
     m_journal.reset();
     setState(JobState::Failed);
     if (noSpace) {
-        showInTurn([told = failure::noSpaceLeft()] { alert(told.title, told.message, "OK"); },
+        showInTurn([told = failure::noSpaceLeft()] { alert(told.title, told.message, Texts::tr("OK")); },
                    "no space left");
     }
     Q_EMIT ended();
@@ -329,9 +332,9 @@ void ConversionJob::reveal(bool shiftIsHeld) {
     }
     const failure::Explanation told = explanation();
     if (!told.offersSupport) {
-        alert(told.title, told.message, "OK");
-    } else if (alert(told.title, told.message, text::localized("Send to support"),
-                     text::localized("Cancel")) == kAlertFirstButton) {
+        alert(told.title, told.message, Texts::tr("OK"));
+    } else if (alert(told.title, told.message, Texts::tr("Send to support"), Texts::tr("Cancel")) ==
+               kAlertFirstButton) {
         mail::open(conversionSupportMail(m_arguments, m_output.text(), m_fileInfo));
     }
 }
@@ -349,6 +352,6 @@ bool ConversionJob::checkFreeSpace() const {
         spacecheck::check(m_fileInfo.fileSize, volume::freeBytes(folder), volume::maximumFileSize(folder));
     if (verdict == spacecheck::Verdict::Enough) return true;
     const QString message = spacecheck::message(verdict);
-    showInTurn([message] { alert_apptitled(message, "OK"); }, message);
+    showInTurn([message] { alert_apptitled(message, Texts::tr("OK")); }, message);
     return false;
 }

@@ -12,8 +12,7 @@ mail::Message conversionSupportMail(const QStringList& arguments, const QString&
         makeString("%@ v%@ Problem Report", library.appName(), library.appVersionString());
     const auto body = [&](const QString& settings) {
         return makeString(
-            "Hello\nConversion of a file failed.\n\nBye\n\nP.S. Details: %@ %@ %@\n\n\nP.P.S: Hardware: %@ "
-            "Software: %@ Preferences: %@",
+            "Hello\nConversion of a file failed.\n\nBye\n\nP.S. Details: %@ %@ %@\n\n\nP.P.S: Hardware: %@ Software: %@ Preferences: %@",
             arguments.join(u' '), output, info.description(), PXHostInformation::machineType(),
             operatingSystemVersionString(), settings);
     };

@@ -2,7 +2,6 @@
 
 #include "support/alerts/Alert.h"
 #include "support/base/ApplicationInfo.h"
-#include "support/base/Format.h"
 #include "support/base/Text.h"
 #include "support/base/Texts.h"
 #include "support/reports/QuillonLib.h"
@@ -47,12 +46,12 @@ PXRatingWindowController::ReviewButton PXRatingWindowController::reviewButton(
 
 PXRatingWindowController::ReviewButton PXRatingWindowController::appStoreButton() const {
     // The blanks leave room for the icon.
-    return reviewButton("StoreProductPage", "AlternativetoProductPage", "    Rate on AlternativeTo",
-                        "icon-appstore", "icon-alternativeto");
+    return reviewButton("StoreProductPage", "AlternativetoProductPage",
+                        RAVELIN_TEXT("    Rate on AlternativeTo"), "icon-appstore", "icon-alternativeto");
 }
 
 PXRatingWindowController::ReviewButton PXRatingWindowController::macUpdateButton() const {
-    return reviewButton("MacupdateProductPage", "FilehorseProductPage", "    Rate on FileHorse",
+    return reviewButton("MacupdateProductPage", "FilehorseProductPage", RAVELIN_TEXT("    Rate on FileHorse"),
                         "icon-macupdate", "icon-filehorse");
 }
 
@@ -93,11 +92,13 @@ void PXRatingWindowController::sendfeedbackClicked(const QString& text) {
 
 void PXRatingWindowController::dontshowClicked() {
     closeClicked();
-    const QString question = makeString(
-        "%@ asks for your feedback only rarely and at maximum only once per app-version. Are you sure you want to turn this off completely?",
-        ApplicationInfo::name());
-    const long answer = alert("Confirmation", question, AlertButton::cancelling(Texts::tr("Cancel")),
-                              Texts::tr("Turn off feedback dialog"));
+    const QString question =
+        Texts::tr(
+            "%1 asks for your feedback only rarely and at maximum only once per app-version. Are you sure you want to turn this off completely?")
+            .arg(ApplicationInfo::name());
+    const long answer =
+        alert(Texts::tr("Confirmation"), question, AlertButton::cancelling(Texts::tr("Cancel")),
+              Texts::tr("Turn off feedback dialog"));
     if (answer == kAlertSecondButton) setDefaultInt(kDontAskAgainKey, 1);
 }
 

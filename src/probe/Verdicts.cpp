@@ -6,7 +6,6 @@
 #include "support/alerts/AlertQueue.h"
 #include "support/alerts/DontWarnAgain.h"
 #include "support/base/ApplicationInfo.h"
-#include "support/base/Format.h"
 #include "support/base/Text.h"
 #include "support/base/Texts.h"
 #include "support/processes/Dispatch.h"

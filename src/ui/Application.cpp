@@ -7,6 +7,7 @@
 #include "feedback/PXRatingWindowController.h"
 #include "support/alerts/Alert.h"
 #include "support/base/ApplicationInfo.h"
+#include "support/base/Texts.h"
 #include "support/base/Translations.h"
 #include "support/desktop/SingleInstance.h"
 #include "support/processes/Interruption.h"
@@ -47,15 +48,13 @@ QStringList pathsOf(const QStringList& arguments) {
 
 QStringList parseCommandLine() {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QApplication::translate("main", "Puts movies into MP4 without re-encoding the picture."));
+    parser.setApplicationDescription(Texts::tr("Puts movies into MP4 without re-encoding the picture."));
     parser.addHelpOption();
     parser.addVersionOption();
     QCommandLineOption asService("gapplication-service");  // Desktops add it when they start us by D-Bus.
     asService.setFlags(QCommandLineOption::HiddenFromHelp);
     parser.addOption(asService);
-    parser.addPositionalArgument("files", QApplication::translate("main", "Movies, subtitle files, folders."),
-                                 "[files...]");
+    parser.addPositionalArgument("files", Texts::tr("Movies, subtitle files, folders."), "[files...]");
     parser.process(QApplication::arguments());
     return pathsOf(parser.positionalArguments());
 }
@@ -138,8 +137,9 @@ int runApplication(int& argc, char** argv) {
         case SingleInstance::Role::HandedOver:
             return 0;
         case SingleInstance::Role::NoAnswer:
-            alert_apptitled("Ravelin is already running but does not answer. End it and start it again.",
-                            "OK");
+            alert_apptitled(
+                Texts::tr("Ravelin is already running but does not answer. End it and start it again."),
+                Texts::tr("OK"));
             standardUserDefaults().synchronise();
             return 1;
     }

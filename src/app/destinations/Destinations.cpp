@@ -4,6 +4,7 @@
 #include "support/alerts/Alert.h"
 #include "support/base/Format.h"
 #include "support/base/Log.h"
+#include "support/base/Texts.h"
 #include "support/desktop/Desktop.h"
 #include "support/store/Defaults.h"
 #include "support/store/FolderAccess.h"
@@ -106,16 +107,15 @@ QString inQuotes(const QStringList& paths) {
 QString goneText(const QStringList& paths) {
     if (paths.isEmpty()) return {};
     if (paths.size() == 1)
-        return makeString("The destination folder %@ is not there. It comes back to the list when it is.",
-                          inQuotes(paths));
-    return makeString(
-        "These destination folders are not there: %@. They come back to the list when they are.",
-        inQuotes(paths));
+        return Texts::tr("The destination folder %1 is not there. It comes back to the list when it is.")
+            .arg(inQuotes(paths));
+    return Texts::tr("These destination folders are not there: %1. They come back to the list when they are.")
+        .arg(inQuotes(paths));
 }
 
 QString returnedText(const QStringList& paths) {
-    if (paths.size() == 1) return makeString("The destination folder %@ is there again.", inQuotes(paths));
-    return makeString("These destination folders are there again: %@.", inQuotes(paths));
+    if (paths.size() == 1) return Texts::tr("The destination folder %1 is there again.").arg(inQuotes(paths));
+    return Texts::tr("These destination folders are there again: %1.").arg(inQuotes(paths));
 }
 
 }  // namespace
@@ -249,7 +249,8 @@ void Destinations::store(const QString& folder, DestinationPopUp::Place sender) 
     if (isKnown) {
         alert_apptitled_over(
             sender == DestinationPopUp::Place::AddSheet ? AlertWindow::Main : AlertWindow::Preferences,
-            "This destination is already bookmarked. You can not add it again.", "D'oh");
+            Texts::tr("This destination is already bookmarked. You can not add it again."),
+            Texts::tr("D'oh"));
         setDefaultDestination(0);
         m_addSheet.select(0);
         return;

@@ -1,12 +1,14 @@
 #pragma once
 
+#include "support/base/Texts.h"
+
 #include <QString>
 
 /// Names of outputs.
 namespace outputname {
 
-inline constexpr const char* kOverwritesSource =
-    "You've tried to overwrite the source file with the target file. Thats the worst idea ever.";
+inline constexpr const char* kOverwritesSource = RAVELIN_TEXT(
+    "You've tried to overwrite the source file with the target file. Thats the worst idea ever.");
 
 /// "mp4", or "m4v" by the setting.
 QString outputExtension();

@@ -1,7 +1,7 @@
 #include "app/intake/AudioPreselection.h"
 
 #include "settings/Settings.h"
-#include "support/base/Text.h"
+#include "support/base/Texts.h"
 #include "support/reports/ProblemReport.h"
 
 #include <limits>
@@ -41,8 +41,8 @@ std::optional<qsizetype> bestTrack(const MKVFileInfo& info, const QStringList& l
         for (const qsizetype track : candidates) {
             if (tracks[track].codecWord().size() <= 2) {
                 alert_feedback_nonfatal(
-                    "Warning: this file contains some unusual audio-stream information. You can continue "
-                    "but please send us the detail-report.",
+                    Texts::tr(
+                        "Warning: this file contains some unusual audio-stream information. You can continue but please send us the detail-report."),
                     info.description());
             } else if (tracks[track].codec() == codec) {
                 return track;

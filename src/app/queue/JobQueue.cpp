@@ -9,7 +9,7 @@
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Files.h"
 #include "support/base/Format.h"
-#include "support/base/Text.h"
+#include "support/base/Texts.h"
 #include "support/store/Defaults.h"
 
 #include <QFileInfo>
@@ -25,9 +25,8 @@ bool insertsAtBottom() {
 
 }  // namespace
 
-const char* const JobQueue::kNotWriteable =
-    "You don't seem to have write access to the selected destinatation or it is a read-only filesystem. "
-    "Please choose another destination.";
+const char* const JobQueue::kNotWriteable = RAVELIN_TEXT(
+    "You don't seem to have write access to the selected destinatation or it is a read-only filesystem. Please choose another destination.");
 
 JobQueue::JobQueue(WaitingFiles& waiting, QObject* parent) : QObject(parent), m_waiting(waiting) {}
 
@@ -143,7 +142,7 @@ void JobQueue::removeAll() {
 }
 
 QString JobQueue::windowTitle() const {
-    const QString pause = m_paused ? text::localized(" (Paused)") : QStringLiteral(" ");
+    const QString pause = m_paused ? Texts::tr(" (Paused)") : QStringLiteral(" ");
     const QString numbers = m_taskArray.empty() ? QString()
                                                 : makeString(" [%li Job(s), %li Queued]", count(),
                                                              jobCountWithState(JobState::Queued));
@@ -151,7 +150,7 @@ QString JobQueue::windowTitle() const {
 }
 
 QString JobQueue::addButtonTitle() const {
-    return text::localized(m_paused ? "Add to Queue" : "Start Conversion");
+    return m_paused ? Texts::tr("Add to Queue") : Texts::tr("Start Conversion");
 }
 
 int JobQueue::jobCountWithState(JobState state) const {

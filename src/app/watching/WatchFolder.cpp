@@ -2,9 +2,7 @@
 
 #include "app/watching/MovieArrivals.h"
 #include "settings/Settings.h"
-#include "support/base/Format.h"
 #include "support/base/Log.h"
-#include "support/base/Text.h"
 #include "support/base/Texts.h"
 #include "support/desktop/Desktop.h"
 #include "support/store/Defaults.h"
@@ -32,8 +30,8 @@ bool isAwaited() {
 
 QString goneText(const QString& folder) {
     return isAwaited()
-               ? makeString("The watch folder “%@” is not there. It is watched again when it is.", folder)
-               : makeString("The watch folder “%@” is not there.", folder);
+               ? Texts::tr("The watch folder “%1” is not there. It is watched again when it is.").arg(folder)
+               : Texts::tr("The watch folder “%1” is not there.").arg(folder);
 }
 
 }  // namespace
@@ -162,7 +160,7 @@ bool WatchFolder::takeReturned() {
     store(settings::WatchfolderActive, qint64{isActive});
     m_problem.clear();
     apply();
-    Q_EMIT message(makeString("The watch folder “%@” is there again.", *folder));
+    Q_EMIT message(Texts::tr("The watch folder “%1” is there again.").arg(*folder));
     return true;
 }
 

@@ -5,6 +5,7 @@
 #include "documentation/window/WebEngine.h"
 #include "support/alerts/Alert.h"
 #include "support/base/Log.h"
+#include "support/base/Texts.h"
 #include "support/desktop/Desktop.h"
 
 #include <QFileInfo>
@@ -49,10 +50,11 @@ void Documentation::openInBrowser(int tag, const QString& why) {
     const QString path = documentation::pathOf(page);
     if (!QFileInfo(path).isReadable()) {
         logError("The page %@ of the documentation is missing", path);
-        alert_apptitled(tr("This page is missing. It should be at %1.").arg(path), "OK");
+        alert_apptitled(tr("This page is missing. It should be at %1.").arg(path), Texts::tr("OK"));
     } else if (sharedDesktop().openUrl(QUrl::fromLocalFile(path))) {
         Q_EMIT message(tr("The page was opened in your browser."));
     } else {
-        alert_apptitled(tr("No program opens this page of the documentation. It is at %1.").arg(path), "OK");
+        alert_apptitled(tr("No program opens this page of the documentation. It is at %1.").arg(path),
+                        Texts::tr("OK"));
     }
 }

@@ -2,6 +2,7 @@
 
 #include "support/alerts/Alert.h"
 #include "support/alerts/AlertQueue.h"
+#include "support/base/Texts.h"
 #include "support/store/Defaults.h"
 
 void reportSettingsProblemOnce() {
@@ -9,7 +10,7 @@ void reportSettingsProblemOnce() {
     const QString problem = standardUserDefaults().problem();
     if (reported || problem.isEmpty()) return;
     reported = true;
-    showInTurn([problem] { alert_apptitled(problem, "OK"); });
+    showInTurn([problem] { alert_apptitled(problem, Texts::tr("OK")); });
 }
 
 void saveSettings() {

@@ -4,6 +4,7 @@
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Log.h"
 #include "support/base/Text.h"
+#include "support/base/Texts.h"
 #include "support/processes/Dispatch.h"
 #include "support/reports/AppIdentity.h"
 #include "support/reports/HostInformation.h"
@@ -17,13 +18,13 @@ namespace problemreport {
 
 QString alertText(const QString& message, const QString& details) {
     constexpr qsizetype kShown = 400;
-    const QString shown = details.size() > kShown
-                              ? makeString("%@  …\n(Remaining message omitted)", text::clamp(details, kShown))
-                              : details;
-    return makeString(
-        "%@\n\n You can contact our support with detailed information so that we can fix this "
-        "problem.\n\nInformation: %@",
-        message, shown);
+    const QString shown =
+        details.size() > kShown
+            ? Texts::tr("%1  …\n(Remaining message omitted)").arg(text::clamp(details, kShown))
+            : details;
+    return Texts::
+        tr("%1\n\n You can contact our support with detailed information so that we can fix this problem.\n\nInformation: %2")
+            .arg(message, shown);
 }
 
 mail::Message compose(const QString& message, const QString& details, bool isFatal) {
@@ -31,8 +32,7 @@ mail::Message compose(const QString& message, const QString& details, bool isFat
                                        ApplicationInfo::version(), ApplicationInfo::buildNumber());
     const auto body = [&](const QString& settings) {
         return makeString(
-            "Hello\nA %@ error in %@ occurred (%@).\n\nBye\n\nP.S. Details: %@\n\n\nP.P.S: Hardware: %@ "
-            "Software: %@ UDID: %@ Admin: %i\n\nPreferences: %@\n",
+            "Hello\nA %@ error in %@ occurred (%@).\n\nBye\n\nP.S. Details: %@\n\n\nP.P.S: Hardware: %@ Software: %@ UDID: %@ Admin: %i\n\nPreferences: %@\n",
             QString(isFatal ? "fatal" : ""), ApplicationInfo::name(), message, details,
             PXHostInformation::machineType(), operatingSystemVersionString(),
             appidentity::checksumIncludingFrameworks(), PXHostInformation::isUserAdmin() ? 1 : 0, settings);
@@ -48,9 +48,9 @@ void alert_feedback(const QString& message, const QString& details, bool isFatal
     logError("alert_feedback %@ %@", message, details);
     dispatch_sync_main([&] {
         standardUserDefaults().synchronise();
-        const long response = alert(
-            text::localized(isFatal ? "Fatal Error" : "Error"), problemreport::alertText(message, details),
-            text::localized("Send to support"), text::localized(isFatal ? "Quit" : "Continue"));
+        const long response = alert(isFatal ? Texts::tr("Fatal Error") : Texts::tr("Error"),
+                                    problemreport::alertText(message, details), Texts::tr("Send to support"),
+                                    isFatal ? Texts::tr("Quit") : Texts::tr("Continue"));
         if (response == kAlertFirstButton) mail::open(problemreport::compose(message, details, isFatal));
         if (!isFatal) return;
         standardUserDefaults().synchronise();  // With what was logged since.

@@ -5,7 +5,7 @@
 #include "support/alerts/SaveSettings.h"
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Files.h"
-#include "support/base/Format.h"
+#include "support/base/Texts.h"
 #include "support/processes/Dispatch.h"
 #include "support/reports/AppIdentity.h"
 #include "support/reports/BundleIntegrity.h"
@@ -83,20 +83,19 @@ void QuillonLib::prepareSupportFolder() const {
     const QFileInfo information(path);
     if (information.isDir()) return;
     if (information.exists() || information.isSymLink()) {
-        alert_apptitled(makeString("This application can not be launched because its 'Application Support' "
-                                   "folder is not a folder but a "
-                                   "file. Please remove the file '%@' and re-launch this app.",
-                                   path),
-                        "OK");
+        alert_apptitled(
+            Texts::tr(
+                "This application can not be launched because its 'Application Support' folder is not a folder but a file. Please remove the file '%1' and re-launch this app.")
+                .arg(path),
+            Texts::tr("OK"));
         return;
     }
     if (QDir().mkpath(path)) return;
     alert_apptitled(
-        makeString(
-            "This application can not be launched because the 'Application Support' can not be created at "
-            "the path '%@'.\nError: %@",
-            path, qt_error_string(errno)),
-        "OK");
+        Texts::tr(
+            "This application can not be launched because the 'Application Support' can not be created at the path '%1'.\nError: %2")
+            .arg(path, qt_error_string(errno)),
+        Texts::tr("OK"));
     endWithFailure();
 }
 
@@ -104,12 +103,10 @@ void QuillonLib::verifyFrameworks() const {
     const auto path = damagedFramework(appidentity::frameworksFolder());
     if (!path) return;
     alert_apptitled(
-        makeString(
-            "This application is damaged. Either your download was damaged or you used a faulty program to "
-            "extract the ZIP archive. Please re-download and make sure to use the ZIP decompression built "
-            "into Mac OS X.\n\nOffending Path: %@",
-            *path),
-        "OK");
+        Texts::tr(
+            "This application is damaged. Either your download was damaged or you used a faulty program to extract the ZIP archive. Please re-download and make sure to use the ZIP decompression built into Mac OS X.\n\nOffending Path: %1")
+            .arg(*path),
+        Texts::tr("OK"));
     endWithFailure();
 }
 

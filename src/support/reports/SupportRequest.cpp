@@ -56,8 +56,7 @@ QString address(int choice, const QString& appName, const QString& supportAddres
         case 2:
             // Written so since the first version: no mail program takes it for an address.
             return makeString(
-                "s%@?subject=%@ Beta Versions&body=Hello\nI would like to test upcoming beta "
-                "versions of %@.\nBye\n",
+                "s%@?subject=%@ Beta Versions&body=Hello\nI would like to test upcoming beta versions of %@.\nBye\n",
                 supportAddress, appName, appName);
         case 3:
             return otherwise(information("VendorProductPage"), vendorPage(appName));

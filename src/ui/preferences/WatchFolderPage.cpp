@@ -1,27 +1,19 @@
 #include "ui/preferences/WatchFolderPage.h"
 
 #include "app/watching/WatchFolder.h"
+#include "support/base/Texts.h"
 #include "ui/widgets/ToolTip.h"
 
 #include <QCheckBox>
-#include <QCoreApplication>
 #include <QLabel>
 #include <QPushButton>
-
-namespace {
-
-QString tr(const char* text) {
-    return QCoreApplication::translate("PreferencesWatchFolder", text);
-}
-
-}  // namespace
 
 void joinWatchFolder(QWidget& page, WatchFolder& watchFolder) {
     auto* label = page.findChild<QLabel*>("watchfolderLabel");
     auto* state = page.findChild<QLabel*>("watchfolderState");
     const auto show = [&watchFolder, label, state] {
         const QString& name = watchFolder.watchfolderLabel();
-        label->setText(name.isEmpty() ? tr("No folder is chosen.") : name);
+        label->setText(name.isEmpty() ? Texts::tr("No folder is chosen.") : name);
         label->setToolTip(plainToolTip(watchFolder.folder()));
         state->setText(watchFolder.stateText());
     };

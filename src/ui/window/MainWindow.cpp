@@ -1,7 +1,7 @@
 #include "ui/window/MainWindow.h"
 
 #include "app/AppDelegate.h"
-#include "support/base/Text.h"
+#include "support/base/Texts.h"
 #include "support/store/Defaults.h"
 #include "ui/help/HelpMenu.h"
 #include "ui/look/Icons.h"
@@ -92,7 +92,7 @@ void MainWindow::refreshTitle() {
 
 void MainWindow::refreshPause() {
     const bool isPaused = m_delegate.queue().isPaused();
-    m_ui->pauseContinueAction->setText(text::localized(isPaused ? "Resume Queue" : "Pause Queue"));
+    m_ui->pauseContinueAction->setText(isPaused ? Texts::tr("Resume Queue") : Texts::tr("Pause Queue"));
     m_ui->pauseContinueAction->setIcon(symbolicIcon(isPaused ? "toolbar_start" : "toolbar_pause"));
     m_ui->addSheetView->setAddButtonTitle(m_delegate.queue().addButtonTitle());
 }
