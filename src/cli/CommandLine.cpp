@@ -152,6 +152,26 @@ CLI::App* addSettings(CLI::App& app, Raw& raw) {
     return settings;
 }
 
+/// The words of the help that are not ours, for this command and those below it.
+void translateHelp(CLI::App& app) {
+    app.set_help_flag("-h,--help", help(Texts::tr("Print this help message and exit")));
+    for (const auto& [label, text] :
+         std::initializer_list<std::pair<const char*, QString>>{{"Usage", Texts::tr("Usage")},
+                                                                {"OPTIONS", Texts::tr("OPTIONS")},
+                                                                {"SUBCOMMAND", Texts::tr("SUBCOMMAND")},
+                                                                {"Positionals", Texts::tr("Positionals")},
+                                                                {"Excludes", Texts::tr("Excludes")},
+                                                                {"REQUIRED", Texts::tr("REQUIRED")}})
+        app.get_formatter()->label(label, help(text));
+    for (CLI::Option* option : app.get_options()) {
+        if (option->nonpositional()) option->group(help(Texts::tr("Options")));
+    }
+    for (CLI::App* command : app.get_subcommands({})) {
+        command->group(help(Texts::tr("Subcommands")));
+        translateHelp(*command);
+    }
+}
+
 SettingsOptions settingsOptions(const CLI::App& settings, const Raw& raw) {
     using enum SettingsOptions::Action;
     static const std::map<std::string, SettingsOptions::Action> kActions = {
@@ -218,12 +238,14 @@ CommandLine CommandLine::parse(int argc, char** argv) {
     CLI::App app(help(Texts::tr("Puts MKV and other movies into MP4 without re-encoding the picture.")),
                  "ravelin-cli");
     app.set_version_flag(
-        "--version", makeString("%@ %@", ApplicationInfo::name(), ApplicationInfo::version()).toStdString());
+        "--version", makeString("%@ %@", ApplicationInfo::name(), ApplicationInfo::version()).toStdString(),
+        help(Texts::tr("Display program version information and exit")));
     app.require_subcommand(1);
     const CLI::App* probe = addProbe(app, raw);
     const CLI::App* convert = addConvert(app, raw);
     const CLI::App* watch = addWatch(app, raw);
     const CLI::App* settings = addSettings(app, raw);
+    translateHelp(app);
 
     const auto commandName = [&] {
         for (const CLI::App* candidate : {probe, convert, watch, settings}) {

@@ -3,6 +3,7 @@
 #include "settings/Keys.h"
 #include "support/base/Format.h"
 #include "support/base/Text.h"
+#include "support/base/Texts.h"
 #include "support/store/Defaults.h"
 
 #include <QRegularExpression>
@@ -189,8 +190,9 @@ private:
 }  // namespace
 
 QString ReportFacts::informationString() const {
-    return makeString("Duration: %@  Bitrate: %@  Resolution: %@  Audiotracks: %i (%i)", duration, bitrate,
-                      resolution, static_cast<int>(audioTracks.size()), subtitleCount);
+    return Texts::tr("Duration: %1  Bitrate: %2  Resolution: %3  Audiotracks: %4 (%5)")
+        .arg(describe(duration), describe(bitrate), describe(resolution), QString::number(audioTracks.size()),
+             QString::number(subtitleCount));
 }
 
 ReportFacts parseReport(const QString& report, const settings::Snapshot& chosen, const QString& fileName) {

@@ -143,9 +143,11 @@ void JobQueue::removeAll() {
 
 QString JobQueue::windowTitle() const {
     const QString pause = m_paused ? Texts::tr(" (Paused)") : QStringLiteral(" ");
-    const QString numbers = m_taskArray.empty() ? QString()
-                                                : makeString(" [%li Job(s), %li Queued]", count(),
-                                                             jobCountWithState(JobState::Queued));
+    const QString numbers =
+        m_taskArray.empty()
+            ? QString()
+            : Texts::tr(" [%1 Job(s), %2 Queued]")
+                  .arg(QString::number(count()), QString::number(jobCountWithState(JobState::Queued)));
     return makeString("%@%@%@", ApplicationInfo::name(), pause, numbers);
 }
 
