@@ -114,8 +114,6 @@ private Q_SLOTS:
         // Script, words of the output, explanation (empty: no failure)
         addRows<QByteArray, QString, QString>(
             {{"exit status", "echo oops; exit 1", "oops", problem},
-             {"disk full", "echo 'No space left on device' >&2; exit 228", "No space left on device",
-              noSpace},
              {"signal", "kill -KILL $$", "status: 9 reason: 2", problem},
              {"says it is truncated",
               "echo out_time_ms=4000000 > \"$progress\"; echo 'File ended prematurely'",
