@@ -5,6 +5,7 @@
 #include "fakes/TestHome.h"
 #include "support/store/Defaults.h"
 #include "support/store/FolderAccess.h"
+#include "watch/completion/FileLook.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -12,6 +13,7 @@
 #include <QTest>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace std::chrono_literals;
 
@@ -103,6 +105,12 @@ private Q_SLOTS:
         QVERIFY(QDir().rename(home.path("in/A"), home.path("in/B")));
         QVERIFY(QDir().rename(home.path("in/B"), home.path("in/C")));
         QTRY_COMPARE_WITH_TIMEOUT(home.names(), QStringList("C/moved.mkv"), kLongEnough);
+    }
+
+    void aFileOfTwoNamesIsSeenAsSuch() {
+        const TestHome home;
+        QCOMPARE(::link(qPrintable(home.write("a.mkv")), qPrintable(home.path("b.mkv"))), 0);
+        QVERIFY(lookAt(home.path("a.mkv"), {}).hasOtherNames);
     }
 
     void turnedOnAndOff() {
