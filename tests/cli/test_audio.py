@@ -43,7 +43,7 @@ class Audio(CliTest):
         sound = streams(look(self.convert(source, *more).only("finished")["destination"]), "audio")
         self.assertEqual([("aac", 2, "48000"), ("ac3", 6, "48000")],
                          [(s["codec_name"], s["channels"], s["sample_rate"]) for s in sound])
-        self.assertEqual(["eng"] * 2, [s["tags"]["language"] for s in sound])
+        self.assertEqual("eng", sound[1]["tags"]["language"])
 
     def test_which_track_is_taken(self):
         spoken = ("eng", "ger", "ger", "fre")
@@ -54,7 +54,8 @@ class Audio(CliTest):
                 self.env["LANGUAGE"] = preferred
                 result = self.convert(source, "--output", "Movie.mp4", "--style", "fast", *arguments)
                 self.assertEqual([spoken[taken]], languages(look(self.folder / "Movie.mp4"), "audio"))
-                self.assertEqual(taken or 2, result.only("probed")["audioTrackInformation"].index(result.only("probed")["bestLanguage"]))
+                best = result.only("probed")["bestLanguage"]
+                self.assertEqual(taken or 2, result.only("probed")["audioTrackInformation"].index(best))
 
     def test_languages_of_a_locale_in_another_encoding(self):
         source = self.place(movie("ac3", "ac3 2 48000 ger"), "Movie.mkv")

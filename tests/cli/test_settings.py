@@ -1,8 +1,15 @@
 """The settings command, settings of one run, the settings file in bad times, and the command line itself."""
+import fcntl
 import json
+import os
+import pty
+import struct
+import subprocess
+import termios
 import unittest
+from contextlib import suppress
 
-from support import CliTest, movie
+from support import CLI, CliTest, movie
 
 PROBED = {"file", "accepted", "fileName", "informationString", "videoTrackCodec", "videoTrackID", "fileSize", "runtimeSeconds",
           "audioTrackInformation", "sampleRates", "subtitleTrackIDs", "bestLanguage", "messages"}
@@ -142,6 +149,25 @@ class CommandLine(CliTest):
         for command in ((), ("convert",), ("probe",), ("settings",), ("settings", "set")):
             with self.subTest(command):
                 self.assertIn(" ".join(("ravelin-cli", *command)), self.run_cli(*command, "--help").out)
+
+    def test_what_people_read_on_a_terminal(self):
+        """A line that redraws in place, as wide as the terminal at the most."""
+        self.use_tool('exec "$real" ${converts:+-re} "$@"')
+        source = self.place(movie("ac3"), f"{'long ' * 20}映.mkv")
+        terminal, programs_end = pty.openpty()
+        fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 60, 0, 0))
+        run = subprocess.Popen([CLI, "convert", source], stdout=programs_end, env=self.env)
+        os.close(programs_end)
+        text = b""
+        with suppress(OSError):  # The program has ended.
+            while piece := os.read(terminal, 1 << 16):
+                text += piece
+        os.close(terminal)
+        self.assertEqual(0, run.wait())
+        *drawn, ended = text.decode().split("\r\x1b[J")
+        self.assertEqual(f"long long…ong 映.mkv [{'.' * 20}]   0%  ETA 300m 0s", drawn[0])
+        self.assertRegex(drawn[-1], r" \[#+\.*\] +\d+%  ETA \d+s$")
+        self.assertRegex(ended, r"^Finished .* -> .*\.mp4 \(\ds\)\r\n$")
 
 
 if __name__ == "__main__":

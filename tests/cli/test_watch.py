@@ -9,8 +9,6 @@ from pathlib import Path
 
 from support import CliTest, look, movie, wait_until
 
-ENDLESS = 'exec "$real" ${converts:+-re -stream_loop -1} "$@"'
-
 
 class Watch(CliTest):
     def setUp(self):
@@ -57,17 +55,6 @@ class Watch(CliTest):
             self.assertEqual(["h264", "aac"], [s["codec_name"] for s in look(event["destination"])["streams"]])
         self.assertEqual([], result.of("failed", "refused"))
         self.assertFalse(self.settings_file.exists() and "Watchfolder" in self.settings_file.read_text())
-
-    def test_it_ends_at_once_and_leaves_nothing(self):
-        self.use_tool(ENDLESS)
-        process = self.watch()
-        self.place(movie("ac3"), "in/a.mkv")
-        self.assertTrue(wait_until(lambda: self.converting() == 1, 40))
-        result = self.end(process)
-        self.assertEqual(143, result.status)
-        self.assertEqual(["in/a.mkv"], self.outputs())
-        self.assertEqual([], self.processes())
-        self.check_events(result)
 
     def test_a_failure_is_told_once_and_the_watch_goes_on(self):
         process = self.watch()
