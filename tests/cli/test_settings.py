@@ -165,7 +165,7 @@ class CommandLine(CliTest):
         os.close(terminal)
         self.assertEqual(0, run.wait())
         *drawn, ended = text.decode().split("\r\x1b[J")
-        self.assertEqual(f"long long…ong 映.mkv [{'.' * 20}]   0%  ETA 300m 0s", drawn[0])
+        self.assertEqual(f"long long…g 映.mkv [{'.' * 20}]   0%  ETA 300m 0s", drawn[0])
         self.assertRegex(drawn[-1], r" \[#+\.*\] +\d+%  ETA \d+s$")
         self.assertRegex(ended, r"^Finished .* -> .*\.mp4 \(\ds\)\r\n$")
 

@@ -7,7 +7,7 @@ import unittest
 from contextlib import suppress
 from pathlib import Path
 
-from support import CliTest, look, movie, wait_until
+from support import CliTest, codecs, look, movie, wait_until
 
 
 class Watch(CliTest):
@@ -39,20 +39,14 @@ class Watch(CliTest):
         source = movie("ac3")
         self.place(source, "in/old.mkv")
         process = self.watch("--to", ".")
-        self.place(source, "in/new/deeper/in a subfolder.mkv")
-        self.place(source, "elsewhere.mkv").rename(self.folder / "in/moved ä.mkv")
-        data = source.read_bytes()
-        with open(self.folder / "in/slow.mkv", "wb") as slow:
-            slow.write(data[:len(data) // 2])
-            slow.flush()
-            self.assertTrue(wait_until(lambda: len(self.finished(process)) == 2, 40), self.finished(process))
-            slow.write(data[len(data) // 2:])
-        self.assertTrue(wait_until(lambda: len(self.finished(process)) == 3, 40))
+        # The first output goes at once: its name is free again for the second.
+        for name in ("new/a.mkv", "a.MKV"):
+            self.place(source, f"in/{name}")
+            self.assertTrue(wait_until(lambda: name in "".join(self.finished(process)), 40), name)
+            self.assertEqual(["h264", "aac"], codecs(look(self.folder / "a.mp4")))
+            (self.folder / "a.mp4").unlink()
         result = self.end(process)
-        self.assertEqual(143, result.status)
-        self.assertEqual(["in a subfolder.mkv", "moved ä.mkv", "slow.mkv"], sorted(result.files("finished")))
-        for event in result.of("finished"):
-            self.assertEqual(["h264", "aac"], [s["codec_name"] for s in look(event["destination"])["streams"]])
+        self.assertEqual((143, ["a.mkv", "a.MKV"]), (result.status, result.files("finished")))
         self.assertEqual([], result.of("failed", "refused"))
         self.assertFalse(self.settings_file.exists() and "Watchfolder" in self.settings_file.read_text())
 

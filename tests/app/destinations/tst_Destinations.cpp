@@ -251,17 +251,6 @@ private Q_SLOTS:
         QCOMPARE(defaultArray(kDestinationNamesKey)->size(), 2);
     }
 
-    void aFolderThatVanishedIsAProblem() {
-        Home home;
-        home.store({home.folder("a")});
-        Destinations& destinations = home.launch();
-        QVERIFY(destinations.problemOfFolder(0).isEmpty());
-        QDir().rmdir(home.path("a"));
-        QVERIFY(destinations.problemOfFolder(0).contains(home.path("a")));
-        QVERIFY(!destinations.problemOfFolder(7).isEmpty());
-        QVERIFY_THROWS_EXCEPTION(BookmarkProblem, destinations.openFolder(0));
-    }
-
     void theLastOpenedFolderThatBeginsThePathWins() {
         Home home;
         Destinations& destinations = home.destinations;
