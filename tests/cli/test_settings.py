@@ -138,6 +138,7 @@ class CommandLine(CliTest):
         text = self.run_cli("probe", source).out
         for part in ("Movie.mkv", good["informationString"], *good["audioTrackInformation"]):
             self.assertIn(part, text)
+        self.assertIn(f'{good["bestLanguage"]}  (preselected)\n', text)
 
     def test_what_people_read(self):
         source = self.place(movie("ac3"), "Movie.mkv")
