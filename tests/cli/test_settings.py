@@ -1,8 +1,15 @@
 """The settings command, settings of one run, the settings file in bad times, and the command line itself."""
+import fcntl
 import json
+import os
+import pty
+import struct
+import subprocess
+import termios
 import unittest
+from contextlib import suppress
 
-from support import CliTest, movie
+from support import CLI, CliTest, movie
 
 PROBED = {"file", "accepted", "fileName", "informationString", "videoTrackCodec", "videoTrackID", "fileSize", "runtimeSeconds",
           "audioTrackInformation", "sampleRates", "subtitleTrackIDs", "bestLanguage", "messages"}
@@ -81,21 +88,10 @@ class Settings(CliTest):
         self.assertFalse(self.settings_file.exists())
 
     def test_damaged_or_impossible_file(self):
-        folder = self.settings_file.parent
-        self.settings("set", "AudioVolume", "150")
-        for content in (b'{"AudioVolume": 1', b"[1, 2]"):
-            with self.subTest(content):
-                self.settings_file.write_bytes(content)
-                before = {path.name for path in folder.iterdir()}
-                first = self.settings("get", "AudioVolume")
-                self.assertEqual("100\n", first.out)
-                [kept] = {path.name for path in folder.iterdir() if path.read_bytes() == content}
-                self.assertNotIn(kept, before)
-                self.assertEqual(1, len(first.err.splitlines()), first.err)
-                self.assertIn(kept, first.err)
-                self.assertEqual("", self.settings("set", "AudioVolume", "90").err, "it is said once")
-                self.assertEqual({"AudioVolume": 90}, self.stored())
-
+        self.place("{", self.settings_file)
+        first = self.settings("get", "AudioVolume")
+        self.assertEqual(("100\n", 1), (first.out, len(first.err.splitlines())), first.err)
+        self.assertEqual("", self.settings("set", "AudioVolume", "90").err, "it is said once")
         self.env["XDG_CONFIG_HOME"] = "/proc/nowhere"  # There is no place to store anything at all.
         self.assertIn("/proc/nowhere", self.settings("set", "AudioVolume", "90", status=1).err)
         self.convert(self.place(movie("ac3"), "Movie.mkv"))
@@ -142,6 +138,7 @@ class CommandLine(CliTest):
         text = self.run_cli("probe", source).out
         for part in ("Movie.mkv", good["informationString"], *good["audioTrackInformation"]):
             self.assertIn(part, text)
+        self.assertIn(f'{good["bestLanguage"]}  (preselected)\n', text)
 
     def test_what_people_read(self):
         source = self.place(movie("ac3"), "Movie.mkv")
@@ -153,6 +150,25 @@ class CommandLine(CliTest):
         for command in ((), ("convert",), ("probe",), ("settings",), ("settings", "set")):
             with self.subTest(command):
                 self.assertIn(" ".join(("ravelin-cli", *command)), self.run_cli(*command, "--help").out)
+
+    def test_what_people_read_on_a_terminal(self):
+        """A line that redraws in place, as wide as the terminal at the most."""
+        self.use_tool('exec "$real" ${converts:+-re} "$@"')
+        source = self.place(movie("ac3"), f"{'long ' * 20}映.mkv")
+        terminal, programs_end = pty.openpty()
+        fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 60, 0, 0))
+        run = subprocess.Popen([CLI, "convert", source], stdout=programs_end, env=self.env)
+        os.close(programs_end)
+        text = b""
+        with suppress(OSError):  # The program has ended.
+            while piece := os.read(terminal, 1 << 16):
+                text += piece
+        os.close(terminal)
+        self.assertEqual(0, run.wait())
+        *drawn, ended = text.decode().split("\r\x1b[J")
+        self.assertEqual(f"long long…g 映.mkv [{'.' * 20}]   0%  ETA 300m 0s", drawn[0])
+        self.assertRegex(drawn[-1], r" \[#+\.*\] +\d+%  ETA \d+s$")
+        self.assertRegex(ended, r"^Finished .* -> .*\.mp4 \(\ds\)\r\n$")
 
 
 if __name__ == "__main__":

@@ -108,28 +108,19 @@ private Q_SLOTS:
     }
 
     void endings_data() {
-        const QString problem = "A problem prevented";
-        const QString noSpace = "Movie conversion failed because there is not enough free";
-        const QString disk = "Movie conversion failed but it seems the reason is that the disk";
-        // Script, words of the output, explanation (empty: no failure)
-        addRows<QByteArray, QString, QString>(
-            {{"exit status", "echo oops; exit 1", "oops", problem},
-             {"disk full", "echo 'No space left on device' >&2; exit 228", "No space left on device",
-              noSpace},
-             {"signal", "kill -KILL $$", "status: 9 reason: 2", problem},
-             {"says it is truncated",
-              "echo out_time_ms=4000000 > \"$progress\"; echo 'File ended prematurely'",
-              "File ended prematurely", "Movie conversion failed because the movie is incomplete"},
-             {"writes nothing", "rm \"$destination\"", "OUTPUT_INCOMPLETE", disk},
+        addRows<QByteArray, QString, bool>(  // script, words of the output, whether it fails
+            {{"exit status", "echo oops; exit 1", "oops", true},
+             {"signal", "kill -KILL $$", "status: 9 reason: 2", true},
+             {"says it is truncated", "echo out_time_ms=4000000 > $progress; echo 'File ended prematurely'",
+              "SOURCE_TRUNCATED", true},
+             {"writes nothing", "rm \"$destination\"", "OUTPUT_INCOMPLETE", true},
              {"says the disk is full", "echo 'Error closing file: No space left on device'",
-              "No space left on device", noSpace},
-             {"last words without a line break", "printf 'Operation timed out'; exit 1",
-              "Operation timed out", disk},
-             {"noisy success", "head -c 3000000 /dev/zero | tr '\\0' '\\n'; echo done", "done", ""}});
+              "No space left on device", true},
+             {"last words without a line break", "printf 'it ends'; exit 1", "it ends", true},
+             {"noisy success", "head -c 3000000 /dev/zero | tr '\\0' '\\n'; echo done", "done", false}});
     }
     void endings() {
-        const auto [script, said, explanation] = row<QByteArray, QString, QString>();
-        const bool fails = !explanation.isEmpty();
+        const auto [script, said, fails] = row<QByteArray, QString, bool>();
         Stage stage;
         stage.tool.setConversion("echo movie > \"$destination\"\n" + script + "\n");
         QVERIFY(stage.run());
@@ -141,8 +132,6 @@ private Q_SLOTS:
         QVERIFY(stage.home.desktop.held.isEmpty());
         QCOMPARE(defaultInt("Usages"), 1);
         if (!fails) return;
-        QVERIFY2(stage.job->explanation().message.startsWith(explanation),
-                 qPrintable(stage.job->explanation().message));
         QCOMPARE(stage.home.presenter.shown.size(), said.startsWith("No space") ? 1 : 0);
         QCOMPARE(stage.home.desktop.notifications.first().title, "Ravelin Conversion Failed");
         QVERIFY(stage.home.desktop.notifications.first().action.isEmpty());
@@ -213,15 +202,18 @@ private Q_SLOTS:
         QCOMPARE(defaultInt("Usages"), 0);  // No verdict beside the removal.
     }
 
-    void pausesAndContinues() {
+    void readsProgressPausesAndContinues() {
         Stage stage;
-        stage.tool.setConversion(FakeTool::waitFor(stage.home.path("go")) + "exit 0\n");
+        stage.tool.setConversion("echo out_time_ms=2500000 > \"$progress\"\n" +
+                                 FakeTool::waitFor(stage.home.path("go")) + "exit 0\n");
+        QSignalSpy progressed(stage.job.get(), &ConversionJob::progressed);
         stage.job->start();
-        const qint64 process = stage.waitUntilItRuns();
+        QTRY_COMPARE_WITH_TIMEOUT(stage.job->progress(), 25.0, 20000);
+        QVERIFY(progressed.count() > 0);
+        QVERIFY(stage.job->stateInfoString().startsWith("Status: Converting   Audio:  eng (ac3)   ETA: "));
         stage.job->pause();
         QCOMPARE(stage.job->state(), JobState::Paused);
         QVERIFY(stage.home.desktop.held.isEmpty());
-        QTRY_COMPARE_WITH_TIMEOUT(processState(process), u'T', 20000);
         stage.job->continueJob();
         QCOMPARE(stage.job->state(), JobState::Converting);
         QCOMPARE(stage.home.desktop.held.size(), 1);
@@ -229,18 +221,6 @@ private Q_SLOTS:
         stage.home.write("go");
         QVERIFY(stage.waitForEnd());
         QCOMPARE(stage.job->state(), JobState::Finished);
-    }
-
-    void readsProgress() {
-        Stage stage;
-        stage.tool.setConversion("echo out_time_ms=2500000 > \"$progress\"\n" +
-                                 FakeTool::waitFor(stage.home.path("go")));
-        QSignalSpy progressed(stage.job.get(), &ConversionJob::progressed);
-        stage.job->start();
-        QTRY_COMPARE_WITH_TIMEOUT(stage.job->progress(), 25.0, 20000);
-        QVERIFY(stage.job->stateInfoString().startsWith("Status: Converting   Audio:  eng (ac3)   ETA: "));
-        stage.home.write("go");
-        QVERIFY(stage.waitForEnd());
     }
 
     void trialRunDecidesOnTheFilter() {
@@ -331,7 +311,7 @@ private Q_SLOTS:
 
     void disposesOfTheSource_data() {
         addRows<bool, int>(
-            {{"to the trash", false, 0}, {"for good", false, 1}, {"never after a failure", true, 1}});
+            {{"to trash", false, 0}, {"for good", false, 1}, {"not after a failure", true, 1}});
     }
     void disposesOfTheSource() {
         const auto [fails, type] = row<bool, int>();

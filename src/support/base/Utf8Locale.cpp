@@ -11,5 +11,6 @@ void makeSureOfUtf8() {
     if (const char* all = std::getenv("LC_ALL"); all && *all) ::setenv("LANG", all, 1);
     ::unsetenv("LC_ALL");
     ::setenv("LC_CTYPE", "C.UTF-8", 1);
-    std::setlocale(LC_ALL, "");
+    // Where LANG names a locale that is not there, nothing of the environment would be taken.
+    if (!std::setlocale(LC_ALL, "")) std::setlocale(LC_CTYPE, "C.UTF-8");
 }

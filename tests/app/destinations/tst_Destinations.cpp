@@ -103,30 +103,18 @@ private Q_SLOTS:
     }
 
     void goneFoldersComeBack_data() {
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<int>("preselected");
-        QTest::addColumn<QString>("gone");
-        QTest::addColumn<QString>("left");
-        QTest::addColumn<int>("preselectedThen");
-        QTest::newRow("one before the default") << "abc" << 5 << "a"
-                                                << "bc" << 4;
-        QTest::newRow("one behind the default") << "abc" << 4 << "c"
-                                                << "ab" << 4;
-        QTest::newRow("the default") << "abc" << 4 << "b"
-                                     << "ac" << 0;
-        QTest::newRow("the default and one before") << "abcd" << 5 << "ac"
-                                                    << "bd" << 0;
-        QTest::newRow("the last, default next to the movie") << "ab" << 1 << "b"
-                                                             << "a" << 1;
-        QTest::newRow("all") << "ab" << 3 << "ab"
-                             << "" << 0;
+        // stored, preselected, gone, left, preselected then
+        addRows<QString, int, QString, QString, int>(
+            {{"one before the default", "abc", 5, "a", "bc", 4},
+             {"one behind the default", "abc", 4, "c", "ab", 4},
+             {"the default", "abc", 4, "b", "ac", 0},
+             {"the default and one before", "abcd", 5, "ac", "bd", 0},
+             {"the last, default next to the movie", "ab", 1, "b", "a", 1},
+             {"all", "ab", 3, "ab", "", 0}});
     }
     void goneFoldersComeBack() {
-        QFETCH(const QString, stored);
-        QFETCH(const int, preselected);
-        QFETCH(const QString, gone);
-        QFETCH(const QString, left);
-        QFETCH(const int, preselectedThen);
+        const auto [stored, preselected, gone, left, preselectedThen] =
+            row<QString, int, QString, QString, int>();
         Home home;
         RecordingPanels panels;
         const auto letters = [](const QString& text) {
@@ -184,18 +172,14 @@ private Q_SLOTS:
     }
 
     void whatTheUserChoseMeanwhileStays_data() {
-        QTest::addColumn<QString>("choice");
-        QTest::addColumn<QVariantList>("names");
-        QTest::addColumn<int>("preselected");
-        QTest::newRow("asks each time") << "ask" << QVariantList{"a", "b"} << 0;
-        QTest::newRow("next to the movie") << "next" << QVariantList{"a", "b"} << 1;
-        QTest::newRow("forgot all") << "clear" << QVariantList{} << 0;
-        QTest::newRow("added it anew") << "add" << QVariantList{"b", "a"} << 4;
+        addRows<QVariantList, int>({{"ask", {"a", "b"}, 0},
+                                    {"next to the movie", {"a", "b"}, 1},
+                                    {"clear", {}, 0},
+                                    {"add", {"b", "a"}, 4}});
     }
     void whatTheUserChoseMeanwhileStays() {
-        QFETCH(const QString, choice);
-        QFETCH(const QVariantList, names);
-        QFETCH(const int, preselected);
+        const auto [names, preselected] = row<QVariantList, int>();
+        const QString choice = QTest::currentDataTag();
         const Home home;
         RecordingPanels panels;
         home.store({home.path("a"), home.folder("b")});
@@ -205,7 +189,7 @@ private Q_SLOTS:
             destinations.restoreAtLaunch();
             QCOMPARE(defaultInt(kDefaultDestinationKey), 0);
             if (choice == u"ask") destinations.setDefaultDestination(0);
-            if (choice == u"next") destinations.setDefaultDestination(1);
+            if (choice == u"next to the movie") destinations.setDefaultDestination(1);
             if (choice == u"clear") destinations.clearDestinations();
             panels.folder = home.folder("a");
             if (choice == u"add") destinations.chooseNewDestination(DestinationPopUp::Place::AddSheet);
@@ -265,17 +249,6 @@ private Q_SLOTS:
         QCOMPARE(asked.selected(), 0);
         QCOMPARE(defaultInt(kDefaultDestinationKey), 0);
         QCOMPARE(defaultArray(kDestinationNamesKey)->size(), 2);
-    }
-
-    void aFolderThatVanishedIsAProblem() {
-        Home home;
-        home.store({home.folder("a")});
-        Destinations& destinations = home.launch();
-        QVERIFY(destinations.problemOfFolder(0).isEmpty());
-        QDir().rmdir(home.path("a"));
-        QVERIFY(destinations.problemOfFolder(0).contains(home.path("a")));
-        QVERIFY(!destinations.problemOfFolder(7).isEmpty());
-        QVERIFY_THROWS_EXCEPTION(BookmarkProblem, destinations.openFolder(0));
     }
 
     void theLastOpenedFolderThatBeginsThePathWins() {

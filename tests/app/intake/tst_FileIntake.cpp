@@ -48,23 +48,6 @@ private Q_SLOTS:
         QVERIFY(!intake.fileInfo());
     }
 
-    void aRefusedFileIsSkipped() {
-        TestHome home;
-        const FakeTool tool(home.path());
-        tool.setReport("nothing of use");
-        FileIntake intake(FileIntake::Messages::AtOnce);
-        QSignalSpy rejected(&intake, &FileIntake::fileRejected);
-        QSignalSpy idle(&intake, &FileIntake::becameIdle);
-        int messagesBefore = -1;
-        connect(&intake, &FileIntake::fileRejected, this, [&] {
-            messagesBefore = qMax<int>(messagesBefore, static_cast<int>(home.presenter.shown.size()));
-        });
-        intake.openFiles({home.write("a.mkv"), home.write("b.mkv")});
-        QTRY_COMPARE(idle.count(), 1);
-        QCOMPARE(rejected.count(), 2);
-        QCOMPARE(messagesBefore, 2);  // Each was told before it was announced.
-    }
-
     void endsTheProbeUnderWay() {
         const TestHome home;
         const FakeTool tool(home.path());

@@ -2,12 +2,12 @@
 #include "app/intake/AudioPreselection.h"
 #include "app/intake/Languages.h"
 #include "app/intake/MovieFiles.h"
-#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
 #include "support/store/Defaults.h"
 
 #include <QFile>
+#include <QTest>
 
 class MovieFilesTest : public QObject {
     Q_OBJECT
@@ -31,23 +31,20 @@ private Q_SLOTS:
             QCOMPARE(moviefiles::sorted(paths).subtitles.values(), QStringList(plain));
     }
 
-    void subtitleMatching_data() {
-        const QStringList both = {"Movie.srt", "Movie 2.srt"};
-        addRows<QStringList, QString, QString>(
-            {{"own name first", both, "Movie.mkv", "Movie.srt"},
-             {"the longer name", both, "Movie 2.mkv", "Movie 2.srt"},
-             {"a longer stem serves", {"Movie 2.srt"}, "Movie.mkv", "Movie 2.srt"},
-             {"with a language", {"Movie.en.srt"}, "Movie.mkv", "Movie.en.srt"},
-             {"a shorter stem does not", {"Movie.srt"}, "Movie 2.mkv", ""},
-             {"another folder", {"n/Movie.srt"}, "Movie.mkv", ""},
-             {"another case", {"movie.srt"}, "Movie.mkv", ""},
-             {"later in the order", {"Z.srt"}, "A.mkv", ""}});
-    }
     void subtitleMatching() {
-        auto [subtitles, movie, found] = row<QStringList, QString, QString>();
-        subtitles.replaceInStrings(QRegularExpression("^"), "/m/");
-        QCOMPARE(moviefiles::subtitleFor("/m/" + movie, moviefiles::sorted(subtitles).subtitles),
-                 found.isEmpty() ? found : "/m/" + found);
+        const auto found = [](const QString& movie, QStringList subtitles) {
+            subtitles.replaceInStrings(QRegularExpression("^"), "/m/");
+            return moviefiles::subtitleFor("/m/" + movie, moviefiles::sorted(subtitles).subtitles).mid(3);
+        };
+        const QStringList both = {"Movie.srt", "Movie 2.srt"};
+        QCOMPARE(found("Movie.mkv", both), "Movie.srt");
+        QCOMPARE(found("Movie 2.mkv", both), "Movie 2.srt");
+        QCOMPARE(found("Movie.mkv", {"Movie 2.srt"}), "Movie 2.srt");
+        QCOMPARE(found("Movie.mkv", {"Movie.en.srt"}), "Movie.en.srt");
+        QCOMPARE(found("Movie 2.mkv", {"Movie.srt"}), "");
+        QCOMPARE(found("Movie.mkv", {"n/Movie.srt"}), "");
+        QCOMPARE(found("Movie.mkv", {"movie.srt"}), "");
+        QCOMPARE(found("A.mkv", {"Z.srt"}), "");
     }
 
     void foldersAreSearchedInNameOrder() {
@@ -82,22 +79,20 @@ private Q_SLOTS:
         }
     }
 
-    void preselection_data() {
-        addRows<QStringList, QStringList, int>(  // tracks, languages, the best track (-1: none)
-            {{"language before codec", {"#1: eng (ac3)", "#2: ger (dts)"}, {"ger", "eng"}, 1},
-             {"AAC of one language", {"#1: ger (dts)", "#2: ger (aac)"}, {"ger"}, 1},
-             {"AC3 where no AAC is", {"#1: ger (dts)", "#2: ger (ac3) [5.1]"}, {"ger"}, 1},
-             {"first where neither is", {"#1: ger (dts)", "#2: ger (flac)"}, {"ger"}, 0},
-             {"second language", {"#1: fre (aac)", "#2: eng (dts)"}, {"ger", "eng"}, 1},
-             {"no listed language", {"#1: fre (dts)", "#2: spa (ac3)", "#3: ita (aac)"}, {"ger"}, 2},
-             {"no audio", {}, {"ger"}, -1}});
-    }
     void preselection() {
-        const auto [tracks, languages, best] = row<QStringList, QStringList, int>();
-        MKVFileInfo info;
-        for (const QString& track : tracks)
-            info.audioTrackInformation.append({track, 48000});
-        QCOMPARE(audiopreselection::bestTrack(info, languages).value_or(-1), best);
+        const auto best = [](const QStringList& tracks) {
+            MKVFileInfo info;
+            for (const QString& track : tracks)
+                info.audioTrackInformation.append({track, 48000});
+            return audiopreselection::bestTrack(info, {"ger", "eng"}).value_or(-1);
+        };
+        QCOMPARE(best({"#1: eng (ac3)", "#2: ger (dts)"}), 1);  // The language before the codec.
+        QCOMPARE(best({"#1: ger (dts)", "#2: ger (aac)"}), 1);
+        QCOMPARE(best({"#1: ger (dts)", "#2: ger (ac3) [5.1]"}), 1);
+        QCOMPARE(best({"#1: ger (dts)", "#2: ger (flac)"}), 0);
+        QCOMPARE(best({"#1: fre (aac)", "#2: eng (dts)"}), 1);
+        QCOMPARE(best({"#1: fre (dts)", "#2: spa (ac3)", "#3: ita (aac)"}), 2);
+        QCOMPARE(best({}), -1);
     }
 
     void unusualAudioIsTold() {

@@ -1,13 +1,13 @@
 #include "app/intake/FileIntake.h"
 #include "app/queue/JobQueue.h"
 #include "fakes/FakeTool.h"
-#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
 #include "support/store/Defaults.h"
 #include "tool/ToolReaper.h"
 
 #include <QSignalSpy>
+#include <QTest>
 
 namespace {
 
@@ -88,33 +88,21 @@ private Q_SLOTS:
         QCOMPARE(stage.list(), "c:3 b:3 a:3 d:1");
     }
 
-    void limits_data() {
-        constexpr qint64 kMaximum = std::numeric_limits<qint64>::max();
-        addRows<int, qint64, qint64>({{"off, whatever the count", 0, 5, 1},
-                                      {"two at the least", 1, 0, 2},
-                                      {"three", 1, 1, 3},
-                                      {"many", 1, 100, 102},
-                                      {"more than can be counted", 1, kMaximum, kMaximum},
-                                      {"nonsense", 1, -7, 2}});
-    }
     void limits() {
-        const auto [concurrent, count, limit] = row<int, qint64, qint64>();
-        Stage stage;
-        setDefaultInt(kConcurrentJobsKey, concurrent);
-        setDefaultInt(kConcurrentJobCountKey, count);
-        QCOMPARE(JobQueue::conversionLimit(), limit);
-        stage.addAll({"a", "b", "c", "d"});
-        QCOMPARE(stage.queue.jobCountWithState(JobState::Converting), qMin<qint64>(limit, 4));
-    }
-
-    void nothingStartsWhileFilesWait() {
-        Stage stage;
-        stage.waiting.waiting = true;
-        stage.add("a");
-        QCOMPARE(stage.list(), "a:0");
-        stage.waiting.waiting = false;
-        stage.add("b");
-        QCOMPARE(stage.list(), "b:1 a:0");
+        constexpr qint64 kMaximum = std::numeric_limits<qint64>::max();
+        // on, count, limit
+        for (const auto& [concurrent, count, limit] : {std::tuple(0, qint64(5), qint64(1)),
+                                                       {1, 0, 2},
+                                                       {1, 1, 3},
+                                                       {1, kMaximum, kMaximum},
+                                                       {1, -7, 2}}) {
+            Stage stage;
+            setDefaultInt(kConcurrentJobsKey, concurrent);
+            setDefaultInt(kConcurrentJobCountKey, count);
+            QCOMPARE(JobQueue::conversionLimit(), limit);
+            stage.addAll({"a", "b", "c", "d"});
+            QCOMPARE(stage.queue.jobCountWithState(JobState::Converting), qMin<qint64>(limit, 4));
+        }
     }
 
     void pauseAndResume() {

@@ -1,9 +1,11 @@
 #include "app/watching/MovieArrivals.h"
 #include "app/watching/WatchFolder.h"
 #include "fakes/RecordingPanels.h"
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "support/store/Defaults.h"
 #include "support/store/FolderAccess.h"
+#include "watch/completion/FileLook.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -11,6 +13,7 @@
 #include <QTest>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace std::chrono_literals;
 
@@ -104,6 +107,12 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(home.names(), QStringList("C/moved.mkv"), kLongEnough);
     }
 
+    void aFileOfTwoNamesIsSeenAsSuch() {
+        const TestHome home;
+        QCOMPARE(::link(qPrintable(home.write("a.mkv")), qPrintable(home.path("b.mkv"))), 0);
+        QVERIFY(lookAt(home.path("a.mkv"), {}).hasOtherNames);
+    }
+
     void turnedOnAndOff() {
         Chosen home;
         WatchFolder& folder = home.folder;
@@ -139,19 +148,15 @@ private Q_SLOTS:
     }
 
     void aFolderThatIsGoneTurnsItOff_data() {
-        QTest::addColumn<bool>("active");
-        QTest::addColumn<bool>("turnedOver");  ///< By the user while it is not there.
-        QTest::addColumn<bool>("atLaunch");    ///< It is there again at a later launch.
-        QTest::newRow("watched") << true << false << false;
-        QTest::newRow("watched, at a launch") << true << false << true;
-        QTest::newRow("turned off meanwhile") << true << true << false;
-        QTest::newRow("not watched") << false << false << true;
-        QTest::newRow("turned on meanwhile") << false << true << true;
+        // active, turned over by the user while it is not there, there again at a later launch
+        addRows<bool, bool, bool>({{"watched", true, false, false},
+                                   {"watched, at a launch", true, false, true},
+                                   {"turned off meanwhile", true, true, false},
+                                   {"not watched", false, false, true},
+                                   {"turned on meanwhile", false, true, true}});
     }
     void aFolderThatIsGoneTurnsItOff() {
-        QFETCH(const bool, active);
-        QFETCH(const bool, turnedOver);
-        QFETCH(const bool, atLaunch);
+        const auto [active, turnedOver, atLaunch] = row<bool, bool, bool>();
         const TestHome home;
         RecordingPanels panels;
         const QString gone = home.path("disk/gone");
@@ -167,13 +172,10 @@ private Q_SLOTS:
         QCOMPARE(told.endsWith("It is watched again when it is."), active);
         if (turnedOver) {
             setDefaultInt("WatchfolderActive", 1);
-            folder->watchfolderActiveClicked();
             setDefaultInt("WatchfolderActive", active ? 0 : 1);
-            folder->watchfolderActiveClicked();
         }
         const bool activeThen = active != turnedOver;
         if (atLaunch) {
-            setDefaultInt("WatchfolderActive", 0);
             folder = std::make_unique<WatchFolder>(panels);
             QCOMPARE(folder->resumeAtLaunch().isEmpty(), !activeThen);
             folder.reset();
