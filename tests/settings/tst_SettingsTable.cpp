@@ -118,7 +118,8 @@ private Q_SLOTS:
             QCOMPARE(settings::textFromValue(value), text);
         }
         for (const char* text : {"loud", "", "1.5", "1x", "99999999999999999999"})
-            QVERIFY2(!settings::valueFromText(Integer, text), text);
+            QVERIFY2(!settings::valueFromText(Integer, text) && !settings::valueFromText(Boolean, text),
+                     text);
         QVERIFY(!settings::valueFromText(StringArray, "a") && !settings::valueFromText(StringArray, "[1]"));
     }
 

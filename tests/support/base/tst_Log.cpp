@@ -134,7 +134,8 @@ private Q_SLOTS:
                      for (int i = 0; i < 12; ++i)
                          qn_defaults_addtoarray("quillonlib_exception_info", QString::number(i), 10);
                      installExceptionHandler();
-                     [&]() noexcept { throw std::runtime_error("broken pipe dream"); }();
+                     const auto fail = [] { throw std::runtime_error("broken pipe dream"); };
+                     [&]() noexcept { fail(); }();
                  }),
                  1);
         useSettingsFile(home.path("config/settings.json"));
