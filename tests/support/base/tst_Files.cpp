@@ -2,10 +2,7 @@
 #include "support/base/Files.h"
 #include "support/base/Volume.h"
 
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
-#include <QScopeGuard>
 #include <QTest>
 
 #include <sys/stat.h>
@@ -95,18 +92,6 @@ private Q_SLOTS:
         QCOMPARE(size("/nowhere"), 0U);
         QCOMPARE(size(home.path()), 0U);
         QCOMPARE(size(home.write("movie.mkv", "movie")), 5U);
-    }
-
-    void temporaryPlacesArePrivate() {
-        const QString file = files::makeTempFilepath("txt");
-        const QString folder = files::makeTempDirectory();
-        const auto removed = qScopeGuard([&] { QFile::remove(file), QDir().rmdir(folder); });
-        QVERIFY(file.endsWith(".txt") && QFileInfo(file).isFile() && QFileInfo(folder).isDir());
-        for (const QString& path : {file, folder}) {
-            struct stat status = {};
-            QCOMPARE(::stat(QFile::encodeName(path).constData(), &status), 0);
-            QCOMPARE(status.st_mode & 077U, 0U);
-        }
     }
 
     void volumes() {

@@ -49,15 +49,6 @@ private Q_SLOTS:
         QVERIFY(slot(5, 0).isEmpty());
     }
 
-    void traceRingHas43Slots() {
-        const TestHome home;
-        for (int i = 0; i < 44; ++i)
-            log_to_prefs(QString::number(i));
-        QVERIFY(defaultString("quillonlib_logtoprefs_pos0")->endsWith("message: 43"));
-        QVERIFY(defaultString("quillonlib_logtoprefs_pos42")->endsWith("message: 42"));
-        QVERIFY(!defaultString("quillonlib_logtoprefs_pos43"));
-    }
-
     void severeMessagesAreSavedSoon() {
         using Urgency = SettingsStore::Urgency;
         const TestHome home;

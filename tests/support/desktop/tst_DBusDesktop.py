@@ -46,13 +46,7 @@ class Probe:
 
     def open_pipes(self):
         folder = f"/proc/{self.process.pid}/fd"
-        targets = []
-        for descriptor in os.listdir(folder):
-            try:
-                targets.append(os.readlink(f"{folder}/{descriptor}"))
-            except FileNotFoundError:
-                pass
-        return targets
+        return [os.path.realpath(f"{folder}/{descriptor}") for descriptor in os.listdir(folder)]
 
 
 class DesktopTest(dbusmock.DBusTestCase):

@@ -54,14 +54,10 @@ private Q_SLOTS:
         QCOMPARE(defaultString("key").value_or(QString()), text);
     }
 
-    void addressesAndContainers() {
+    void addresses() {
         const TestHome home;
         setDefaultString("path", "~/Movies");
         QCOMPARE(defaultURL("path").value(), QUrl::fromLocalFile(QDir::homePath() + "/Movies"));
-        setDefaultInt("number", 3);
-        QVERIFY(!defaultURL("number") && !defaultArray("number"));
-        setDefaultURL("path", std::nullopt);
-        QVERIFY(!defaultObject("path").isValid());
     }
 
     void boundedHistory() {
