@@ -2,8 +2,6 @@
 #include "fakes/TestHome.h"
 #include "feedback/UpdateCheck.h"
 
-#include <QTest>
-
 class UpdateCheckTest : public QObject {
     Q_OBJECT
 

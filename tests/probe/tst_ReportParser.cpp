@@ -135,7 +135,6 @@ private Q_SLOTS:
              {"hevc", video("hevc (Main 10), yuv420p10le, 1920x1080"), {"hevcvideowarning"}},
              {"vp9", video("vp9 (Profile 0), 640x480"), {"wrongvideowarning"}},
              {"10 bits", video("h264 (High 10), 640x480"), {"10bitvideowarning"}},
-             {"both", video("vp9 (High 10), 640x480"), {"wrongvideowarning", "10bitvideowarning"}},
              {"vp8", video("vp8, 640x480"), {""}},
              {"rejected ends it", heaac + video("wmv3, 3000x10") + heaac, {"warningheaac", ""}},
              {"wide", video("h264, 1921x800"), {"warningtoohighres"}},

@@ -90,8 +90,6 @@ private Q_SLOTS:
         QCOMPARE(mail.subject, "Ravelin v1.0.0 (1) Problem Report");
         QVERIFY(mail.body.startsWith(
             "Hello\nA  error in Ravelin occurred (A & B).\n\nBye\n\nP.S. Details: 1 & 2\n"));
-        const QString encoded = mail.body.section("Preferences: ", 1).trimmed();
-        QVERIFY(QByteArray::fromBase64(encoded.toLatin1()).contains("with the report"));
     }
 
     void dispatching() {

@@ -21,14 +21,6 @@ private Q_SLOTS:
         QCOMPARE(text::lines(QString()).size(), 1);
     }
 
-    void pieces() {
-        const QString line = "Stream #0:1(eng): Audio";
-        QCOMPARE(text::split(line, u":").size(), 3);
-        QCOMPARE(text::piece(line, u":", 2).value(), u" Audio"_s);
-        QVERIFY(!text::piece(line, u":", 3));
-        QCOMPARE(text::piece(u"", u":", 0).value(), u""_s);
-    }
-
     void trimming() {
         QCOMPARE(text::trimmedOfWhitespace(u" \t a\n "), u"a\n"_s);
         QCOMPARE(text::trimmedOfWhitespaceAndNewlines(u" \r\n a b\u2029"), u"a b"_s);

@@ -14,7 +14,6 @@
 #include <QSslKey>
 #include <QSslServer>
 #include <QTcpSocket>
-#include <QTest>
 #include <QTimer>
 
 using namespace std::chrono_literals;

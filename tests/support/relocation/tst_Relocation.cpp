@@ -4,7 +4,6 @@
 #include "support/relocation/PXAppMovedHandler.h"
 
 #include <QDir>
-#include <QTest>
 
 #include <sys/inotify.h>
 

@@ -7,7 +7,6 @@
 #include "support/store/Defaults.h"
 
 #include <QDir>
-#include <QTest>
 
 namespace {
 

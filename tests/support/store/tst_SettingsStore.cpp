@@ -4,9 +4,7 @@
 #include "support/store/Defaults.h"
 #include "support/store/SettingsFile.h"
 
-#include <QDir>
 #include <QFile>
-#include <QTest>
 #include <QUrl>
 
 #include <array>
@@ -52,12 +50,6 @@ private Q_SLOTS:
         QCOMPARE(defaultFloat("key"), real);
         QCOMPARE(defaultString("key").has_value(), !text.isNull());
         QCOMPARE(defaultString("key").value_or(QString()), text);
-    }
-
-    void addresses() {
-        const TestHome home;
-        setDefaultString("path", "~/Movies");
-        QCOMPARE(defaultURL("path").value(), QUrl::fromLocalFile(QDir::homePath() + "/Movies"));
     }
 
     void boundedHistory() {

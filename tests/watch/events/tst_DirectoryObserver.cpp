@@ -38,9 +38,7 @@ void waitForNextTick() {
 /// A folder that is watched with a short latency, and what was told of it, by path below it.
 class Scene {
 public:
-    explicit Scene(bool withFileLevelEvents = true) : m_fileLevel(withFileLevelEvents) {
-        act({"/../outside", "/"});
-    }
+    Scene() { act({"/../outside", "/"}); }
 
     QString path(const QString& name = {}) const {
         return m_home.filePath(name.isEmpty() ? "root" : "root/" + name);
@@ -70,8 +68,7 @@ public:
         waitForNextTick();
         QString error;
         observer = DirectoryObserver::startObserving(
-            path(), m_fileLevel, [this](const QList<EventRecord>& batch) { handleEvents(batch); }, &error,
-            latency);
+            path(), true, [this](const QList<EventRecord>& batch) { handleEvents(batch); }, &error, latency);
         if (!observer) qFatal("%s", qPrintable(error));
         QSignalSpy watching(observer.get(), &DirectoryObserver::watching);
         if (wait == Wait::Yes && !watching.wait()) qFatal("never watching");
@@ -81,9 +78,7 @@ public:
     bool settle() {
         const QString last = QString("settled %1").arg(++m_settled);
         act({'+' + last});
-        const QString told = m_fileLevel ? last : QString();
-        if (!m_fileLevel) records.remove(told);
-        const bool known = QTest::qWaitFor([&] { return records.contains(told); });
+        const bool known = QTest::qWaitFor([&] { return records.contains(last); });
         records.remove(last);
         return known;
     }
@@ -112,7 +107,6 @@ private:
     }
 
     QTemporaryDir m_home;
-    bool m_fileLevel;
     int m_settled = 0;
 };
 
@@ -179,15 +173,6 @@ private Q_SLOTS:
             QVERIFY(scene.settle());
             QVERIFY(scene.isWhole("f"));
         }
-    }
-
-    void withoutFileLevelEvents() {
-        Scene scene(false);
-        scene.start();
-        scene.act({"+a/b/f"});
-        QVERIFY(scene.settle());
-        QTRY_COMPARE(scene.records.keys(), QStringList({"", "a", "a/b"}));
-        QCOMPARE(scene.flags("a/b"), kEventItemModified | kEventItemIsFolder);
     }
 
     void everyFileOfABurstInNewFolders() {
