@@ -55,11 +55,6 @@ private Q_SLOTS:
         QCOMPARE(text::formattedTimeFromTimeInterval(18000), "300m 0s");
     }
 
-    void escaping() {
-        QCOMPARE(text::escaped("mailto:a@b?subject=a b&body=100% ü\n#"),
-                 u"mailto:a@b?subject=a%20b&body=100%25%20%C3%BC%0A%23"_s);
-    }
-
     void listsOfValues() {
         QCOMPARE(collections::reduce(QList<int>(3, 2'000'000'000), [](int n) { return n; }), 6'000'000'000);
         QCOMPARE(collections::withoutDuplicates(QList<int>{3, 1, 2, 3}), (QList<int>{3, 1, 2}));

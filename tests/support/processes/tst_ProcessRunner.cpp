@@ -5,7 +5,6 @@
 #include "support/processes/ProcessRunner.h"
 #include "support/store/Defaults.h"
 
-#include <QBuffer>
 #include <QTest>
 
 #include <csignal>
@@ -61,14 +60,6 @@ private Q_SLOTS:
         QVERIFY(runAsTask(command) && logged().isEmpty());  // At the limit.
         QVERIFY(runAsTask(command << "x"));
         QVERIFY(logged().join(' ').contains("task argument size approaching or above limit"));
-    }
-
-    void words() {
-        QByteArray bytes("\x00\x00\x01\xba\x01", 5);
-        QBuffer buffer(&bytes);
-        QVERIFY(buffer.open(QIODevice::ReadOnly));
-        QCOMPARE(readInt(buffer).value(), 0xBA010000U);
-        QVERIFY(!readInt(buffer));
     }
 
     /// Last: an interruption is for good.

@@ -330,19 +330,6 @@ private Q_SLOTS:
         }
     }
 
-    void theHomeFolder() {
-        const Scene scene;
-        const QByteArray home = qgetenv("HOME");
-        qputenv("HOME", QFile::encodeName(scene.path()));
-        scene.act({"/watched"});
-        QStringList told;
-        const auto observer = DirectoryObserver::startObserving(
-            "~/watched/", true, [&](const auto& batch) { told.append(batch.value(0).path); }, nullptr, 20ms);
-        qputenv("HOME", home);
-        scene.act({"+watched/f"});
-        QTRY_COMPARE(told, QStringList(scene.path("watched/f")));
-    }
-
     void nothingIsToldAfterTheStop() {
         Scene scene;
         scene.start(Scene::Wait::Yes, 200ms);
