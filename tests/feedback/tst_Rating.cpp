@@ -113,7 +113,6 @@ private Q_SLOTS:
         QCOMPARE(described({"AlternativetoProductPage", "FilehorseProductPage"}),
                  (QStringList{"icon-alternativeto|    Rate on AlternativeTo|1",
                               "icon-filehorse|    Rate on FileHorse|1"}));
-        QCOMPARE(described({}), (QStringList{"icon-appstore||0", "icon-macupdate||0"}));
     }
 
     void neverAgainNeedsTheSecondButton() {

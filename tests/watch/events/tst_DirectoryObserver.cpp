@@ -216,8 +216,19 @@ private Q_SLOTS:
             QCOMPARE(scene.flags(name), kArrivedFile);
         QVERIFY(!scene.has("c/4"));
         QTRY_COMPARE(scene.observer->folderCount(), size_t(4));
-        scene.act({"../outside/c > d"});
-        QTRY_COMPARE(scene.flags("d/4"), kRenamedFile);
+    }
+
+    void aFolderThatLeftIsNotWatched() {
+        Scene scene;
+        scene.act({"+a/b/old"});
+        scene.start();
+        scene.act({"a > ../outside/a"});
+        QTRY_COMPARE(scene.observer->folderCount(), size_t(1));
+        scene.act({"+../outside/a/b/1"});
+        QVERIFY(scene.settle());
+        QVERIFY(!scene.has("a/b/1"));
+        scene.act({"../outside/a > a"});
+        QTRY_COMPARE(scene.flags("a/b/1"), kRenamedFile);
     }
 
     void whatComesBeforeItsFolderIsWatched() {
