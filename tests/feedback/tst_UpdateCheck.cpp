@@ -2,42 +2,36 @@
 #include "fakes/TestHome.h"
 #include "feedback/UpdateCheck.h"
 
-#include <QTest>
-
 class UpdateCheckTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
     void feeds_data() {
-        // The feed is null where the download failed; `newest` is what the alert calls it, "none" or
-        // "failed".
-        const Table<QByteArray, QString> table("feed", "newest");
-        const auto row = [&](const QByteArray& feed, const char* newest) {
-            table(feed.isNull() ? "no page" : feed.constData(), feed, newest);
-        };
-        row("<a sparkle:shortVersionString=\"1.1\" sparkle:version=\"2\"/>", "'1.1 (2)'");
-        row("sparkle:version=\"002\" sparkle:shortVersionString=\"\"", "' (2)'");
-        row("sparkle:version=\"2\" sparkle:shortVersionString=\"1.1", "'2 (2)'");
-        row("sparkle:version=\"99999999999\"", "'99999999999 (2147483647)'");
-        row("sparkle:version=\"1\" sparkle:shortVersionString=\"7.0\" sparkle:version=\"2\"", "none");
-        row("sparkle:version=\"0\"", "none");
-        row("sparkle:version=\"\"", "none");
-        row("sparkle:version=\"1.2.0\" sparkle:version=\"2\"", "failed");
-        row("sparkle:version=\"+2\"", "failed");
-        row("sparkle:version=\" 2\"", "failed");
-        row("sparkle:version=\"٢\"", "failed");
-        row("sparkle:version='2' sparkle:Version=\"2\"", "failed");
-        row("sparkle:version=\"2", "failed");
-        row("\xFF sparkle:version=\"2\"", "failed");
-        row("", "failed");
-        row({}, "failed");
+        // What the alert calls the newest version, "none" or "failed". The feed is null where the download
+        // failed.
+        addRows<QByteArray, QString>(
+            {{"text and number", "<a sparkle:shortVersionString=\"1.1\" sparkle:version=\"2\"/>",
+              "'1.1 (2)'"},
+             {"empty text", "sparkle:version=\"002\" sparkle:shortVersionString=\"\"", "' (2)'"},
+             {"text without end", "sparkle:version=\"2\" sparkle:shortVersionString=\"1.1", "'2 (2)'"},
+             {"large", "sparkle:version=\"99999999999\"", "'99999999999 (2147483647)'"},
+             {"first counts", "sparkle:version=\"1\" sparkle:shortVersionString=\"7\" sparkle:version=\"2\"",
+              "none"},
+             {"empty number", "sparkle:version=\"\"", "none"},
+             {"points", "sparkle:version=\"1.2.0\" sparkle:version=\"2\"", "failed"},
+             {"sign", "sparkle:version=\"+2\"", "failed"},
+             {"space", "sparkle:version=\" 2\"", "failed"},
+             {"other digits", "sparkle:version=\"٢\"", "failed"},
+             {"other spelling", "sparkle:version='2' sparkle:Version=\"2\"", "failed"},
+             {"number without end", "sparkle:version=\"2", "failed"},
+             {"not UTF-8", "\xFF sparkle:version=\"2\"", "failed"},
+             {"no page", {}, "failed"}});
     }
     void feeds() {
-        QFETCH(QByteArray, feed);
-        QFETCH(QString, newest);
+        const auto [feed, newest] = row<QByteArray, QString>();
         TestHome home;
         QList<QUrl> asked;
-        const Fetcher fetcher = [&](const QUrl& url) {
+        const Fetcher fetcher = [&, feed = feed](const QUrl& url) {
             asked.append(url);
             return download::Page{url, feed.isNull() ? std::nullopt : std::optional(feed)};
         };

@@ -46,13 +46,7 @@ class Probe:
 
     def open_pipes(self):
         folder = f"/proc/{self.process.pid}/fd"
-        targets = []
-        for descriptor in os.listdir(folder):
-            try:
-                targets.append(os.readlink(f"{folder}/{descriptor}"))
-            except FileNotFoundError:
-                pass
-        return targets
+        return [os.path.realpath(f"{folder}/{descriptor}") for descriptor in os.listdir(folder)]
 
 
 class DesktopTest(dbusmock.DBusTestCase):
@@ -99,9 +93,9 @@ class DesktopTest(dbusmock.DBusTestCase):
         self.restart(PATH=f"{folder}:{os.environ['PATH']}")
         return folder
 
-    def opened(self, folder):
-        wait_until(lambda: os.path.exists(f"{folder}/opened"), "the opener")
-        with open(f"{folder}/opened", encoding="utf-8") as file:
+    def content(self, path):
+        wait_until(lambda: os.path.exists(path) and os.path.getsize(path), path)
+        with open(path, encoding="utf-8") as file:
             return file.read().strip()
 
     def inhibiting_file(self):
@@ -188,12 +182,12 @@ class DesktopTest(dbusmock.DBusTestCase):
     def test_reveal_without_a_file_manager_opens_the_folder(self):
         folder = self.restart_with_opener()
         self.probe.tell("reveal /movies/a.mp4")
-        self.assertEqual(self.opened(folder), "file:///movies")
+        self.assertEqual(self.content(f"{folder}/opened"), "file:///movies")
 
     def test_pages_open_by_the_program_else_by_the_portal(self):
         folder = self.restart_with_opener()
         self.probe.tell("open mailto:a@b.example?subject=x%20y%26z", "opened")
-        self.assertEqual(self.opened(folder), "mailto:a@b.example?subject=x%20y%26z")
+        self.assertEqual(self.content(f"{folder}/opened"), "mailto:a@b.example?subject=x%20y%26z")
         self.probe.tell("open no-scheme?subject=x", "not opened")
 
         portal = self.portal("OpenURI")
@@ -207,9 +201,7 @@ class DesktopTest(dbusmock.DBusTestCase):
         calls = wait_until(lambda: portal.GetMethodCalls("OpenURI")[1:] and portal.GetMethodCalls("OpenURI"), "both calls")
         self.assertEqual([call[1][1] for call in calls], ["https://ravelin.example/a%20b"] * 2)
         self.probe.tell(f"open file://{folder}", "opened")
-        wait_until(lambda: os.path.exists(f"{folder}/file") and os.path.getsize(f"{folder}/file"), "the folder")
-        with open(f"{folder}/file", encoding="utf-8") as file:
-            self.assertEqual(file.read(), os.path.realpath(folder))
+        self.assertEqual(self.content(f"{folder}/file"), os.path.realpath(folder))
         self.probe.tell("open file:///nowhere/at/all", "not opened")
 
     def test_a_mail_is_opened_only_if_a_program_takes_it(self):
@@ -226,7 +218,7 @@ class DesktopTest(dbusmock.DBusTestCase):
         self.restart()
         with open(f"{folder}/pipe", "w", encoding="utf-8") as pipe:
             pipe.write("alive\n")
-        wait_until(lambda: os.path.exists(f"{folder}/ended") and os.path.getsize(f"{folder}/ended"), "the program")
+        self.assertEqual(self.content(f"{folder}/ended"), "alive")
 
     def test_launcher_shows_what_changes(self):
         bus = dbus.bus.BusConnection(os.environ["DBUS_SESSION_BUS_ADDRESS"], mainloop=DBusGMainLoop())

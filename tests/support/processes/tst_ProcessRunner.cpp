@@ -5,7 +5,6 @@
 #include "support/processes/ProcessRunner.h"
 #include "support/store/Defaults.h"
 
-#include <QBuffer>
 #include <QTest>
 
 #include <csignal>
@@ -27,10 +26,7 @@ private Q_SLOTS:
             QCOMPARE(text.value(), "out\n err\n");
             QCOMPARE(status, 3);
         }
-        QCOMPARE(runAsTask({"/bin/true"}).value(), " ");
-    }
-
-    void argumentsAreNotInterpreted() {
+        // Arguments are not interpreted.
         QCOMPARE(runAsTask(shell("printf '%s|' \"$@\"", {"a b", "$HOME", "*", "'\"", ""})).value(),
                  "a b|$HOME|*|'\"|| ");
     }
@@ -64,37 +60,6 @@ private Q_SLOTS:
         QVERIFY(runAsTask(command) && logged().isEmpty());  // At the limit.
         QVERIFY(runAsTask(command << "x"));
         QVERIFY(logged().join(' ').contains("task argument size approaching or above limit"));
-    }
-
-    void progressPieces() {
-        QStringList pieces;
-        int status = -1;
-        const QString all = runAsTaskWithProgressBlock(
-            shell("echo one; echo two >&2; exit 4"), [&](const auto& piece) { pieces.append(piece); },
-            &status);
-        QCOMPARE(all, "one\ntwo\n");
-        QCOMPARE(pieces.join(QString()), all);
-        QCOMPARE(status, 4);
-    }
-
-    void timeLimit() {
-        QProcess quick;
-        quick.start("/bin/true", QStringList());
-        for (int i = 0; i < 2; ++i)  // The second time it has ended before.
-            QVERIFY(!waitUntilExitWithTimeout(quick, 60));
-        QProcess slow;
-        slow.start("/bin/sleep", {"60"});
-        QVERIFY(waitUntilExitWithTimeout(slow, 0.1));
-        QCOMPARE(slow.state(), QProcess::NotRunning);
-    }
-
-    void words() {
-        QBuffer buffer;
-        buffer.setData(QByteArray("\x00\x00\x01\xba\x00\x00\x80\x3f\x01", 9));
-        QVERIFY(buffer.open(QIODevice::ReadOnly));
-        QCOMPARE(readInt(buffer).value(), 0xBA010000U);
-        QCOMPARE(readFloat(buffer).value(), 1.0F);
-        QVERIFY(!readInt(buffer));
     }
 
     /// Last: an interruption is for good.

@@ -4,7 +4,6 @@
 #include "support/relocation/PXAppMovedHandler.h"
 
 #include <QDir>
-#include <QTest>
 
 #include <sys/inotify.h>
 
@@ -82,42 +81,36 @@ private Q_SLOTS:
         QCOMPARE(pathAfter(""), "");
     }
 
-    void onlyAMoveAndNothingElseCounts_data() {
-        const Table<quint32, bool> row("flags", "counts");
-        row("move", MoveWatch::flagsOf(IN_MOVE_SELF | IN_ISDIR), true);
-        row("move and unmount", MoveWatch::flagsOf(IN_MOVE_SELF | IN_UNMOUNT), false);
-        row("move and loss of events", MoveWatch::flagsOf(IN_MOVE_SELF | IN_Q_OVERFLOW), false);
-        row("nothing", MoveWatch::flagsOf(IN_IGNORED), false);
-    }
     void onlyAMoveAndNothingElseCounts() {
-        const auto [flags, counts] = fetch<quint32, bool>("flags", "counts");
         const Place place(1'000'000);
         place.move("disk/app", "app");
-        place.handler->MoveCallbackFunction(flags);
-        QCOMPARE(place.told(), counts ? QStringList(kMoved) : QStringList());
+        // With the end of the volume, with a loss of events, and of the watch alone.
+        for (const quint32 mask : {IN_MOVE_SELF | IN_UNMOUNT, IN_MOVE_SELF | IN_Q_OVERFLOW, IN_IGNORED})
+            place.handler->MoveCallbackFunction(MoveWatch::flagsOf(mask));
+        QCOMPARE(place.told(), QStringList());
+        place.handler->MoveCallbackFunction(MoveWatch::flagsOf(IN_MOVE_SELF | IN_ISDIR));
+        QCOMPARE(place.told(), QStringList(kMoved));
     }
 
     void moves_data() {
-        const Table<QStringList, bool> row("fromToAndNewPath", "startsAnew");
-        row("the folder", {"disk/app", "ü a", "ü a"}, true);
-        row("the one above", {"disk", "disk 2", "disk 2/app"}, true);
-        row("where it cannot be started", {"disk/app", "b", "b"}, false);
+        addRows<QString, QString, QString, bool>(  // from, to, new path, whether it starts anew
+            {{"the folder", "disk/app", "ü a", "ü a", true},
+             {"the one above", "disk", "disk 2", "disk 2/app", true},
+             {"where it cannot be started", "disk/app", "b", "b", false}});
     }
     void moves() {
-        const auto [fromToAndNewPath, startsAnew] =
-            fetch<QStringList, bool>("fromToAndNewPath", "startsAnew");
-        const QString& newPath = fromToAndNewPath[2];
+        const auto [from, to, newPath, startsAnew] = row<QString, QString, QString, bool>();
         Place place;
         place.startsAnew = startsAnew;
         // While the user thinks, the tool is found, and a further move is followed but not told.
         QString resources;
-        place.presenter.whileShown = [&] {
+        place.presenter.whileShown = [&, moved = newPath] {
             if (place.presenter.shown.size() > 1) return;
             resources = ApplicationInfo::resourceFolder();
-            place.move(newPath, "last");
+            place.move(moved, "last");
             place.handler->MoveCallbackFunction(MoveWatch::kRootChanged);
         };
-        place.move(fromToAndNewPath[0], fromToAndNewPath[1]);
+        place.move(from, to);
         QTRY_COMPARE(place.restarts.size(), 2);
         QCOMPARE(place.restarts, QStringList(2, place.path("last")));
         QCOMPARE(resources, place.path(newPath + "/resources"));

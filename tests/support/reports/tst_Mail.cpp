@@ -7,7 +7,6 @@
 #include "support/store/Defaults.h"
 
 #include <QDir>
-#include <QTest>
 
 namespace {
 
@@ -65,17 +64,15 @@ private Q_SLOTS:
     }
 
     void withoutAMailProgram_data() {
-        const Table<QString, bool, bool> row("body", "hasClipboard", "canSave");
-        row("clipboard", "short", true, true);
-        row("file", "short", false, true);
-        row("nothing", "short", false, false);
-        row("long: clipboard", kLong, true, true);
-        row("long: file", kLong, false, true);
-        row("long: only clipboard", kLong, true, false);
+        addRows<QString, bool, bool>(  // body, has a clipboard, can save
+            {{"clipboard", "short", true, true},
+             {"file", "short", false, true},
+             {"nothing", "short", false, false},
+             {"long: file", kLong, false, true},
+             {"long: only clipboard", kLong, true, false}});
     }
     void withoutAMailProgram() {
-        const auto [body, hasClipboard, canSave] =
-            fetch<QString, bool, bool>("body", "hasClipboard", "canSave");
+        const auto [body, hasClipboard, canSave] = row<QString, bool, bool>();
         TestHome home;
         home.desktop.opens = false;
         home.desktop.hasClipboard = hasClipboard;
