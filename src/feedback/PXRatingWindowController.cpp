@@ -46,7 +46,7 @@ PXRatingWindowController::ReviewButton PXRatingWindowController::reviewButton(
 }
 
 PXRatingWindowController::ReviewButton PXRatingWindowController::appStoreButton() const {
-    // The blanks leave room for the icon.
+    // The blanks reserve space for the icon.
     return reviewButton("StoreProductPage", "AlternativetoProductPage", "    Rate on AlternativeTo",
                         "icon-appstore", "icon-alternativeto");
 }

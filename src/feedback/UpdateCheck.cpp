@@ -32,7 +32,7 @@ std::optional<qint32> buildNumber(QStringView build) {
 
 namespace {
 
-// None of these texts is translated.
+// These texts are not translated.
 
 void tellFailure() {
     alert("Update Check Failed",
@@ -53,7 +53,7 @@ void tell(const QString& feed) {
     if (!build) {
         tellFailure();
     } else if (*build > ApplicationInfo::buildNumber()) {
-        // An item without a version of its own for people is known by its build.
+        // An item without a readable version is named by its build.
         tellUpdate(feed::attribute(feed, u"sparkle:shortVersionString").value_or(*text), *build);
     } else {
         alert("No Update Available", "This app is fully up-to-date.", "Cool");
@@ -64,7 +64,7 @@ void tell(const QString& feed) {
 
 void checkForUpdates(const Fetcher& fetcher) {
     static bool isUnderWay = false;
-    if (isUnderWay) return;  // Events are handled while the feed and the user are waited for.
+    if (isUnderWay) return;  // The waits below run the event loop.
     const QScopedValueRollback guard(isUnderWay, true);
     const download::Page page = fetcher(QUrl(ApplicationInfo::value("SUFeedURL")));
     if (page.isAbandoned) return;

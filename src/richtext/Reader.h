@@ -25,8 +25,7 @@ private:
     struct Group {
         Format format;
         Destination destination = Destination::Text;
-        int fallbackLength =
-            1;  ///< Number of fallback characters for older readers after a Unicode character.
+        int fallbackLength = 1;   ///< Fallback characters after a Unicode character.
         bool isOptional = false;  ///< Skip the group if its first word is unknown.
     };
 

@@ -6,12 +6,12 @@ namespace richtext {
 
 namespace {
 
-// More than any document has; a table of billions would be an attack.
+// More than any real document has; limits the memory for malicious input.
 constexpr qsizetype kMaximumFonts = 4096;
 constexpr qsizetype kMaximumColors = 4096;
 constexpr qsizetype kLongestName = 64;
 
-/// Many writers say the family of none of their fonts.
+/// Many writers declare no font family.
 bool soundsMonospaced(const QByteArray& name) {
     const QByteArray lowered = name.toLower();
     const auto isPart = [&lowered](const char* part) { return lowered.contains(part); };

@@ -26,17 +26,17 @@ PXWebView::PXWebView(WebViewServices services, QWidget* parent)
     layout->setContentsMargins({});
     layout->addWidget(m_view);
     setFocusProxy(m_view);
-    m_view->setAcceptDrops(false);  // A movie that is dropped here would be played.
+    m_view->setAcceptDrops(false);  // The page would play a dropped movie.
     m_view->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(m_view, &QWidget::customContextMenuRequested, this, &PXWebView::showContextMenu);
     m_view->installEventFilter(this);
 }
 
 PXWebView::~PXWebView() {
-    delete m_view;  // Before its page.
+    delete m_view;  // Must be deleted before its page.
 }
 
-/// Watches what the user does in the page. The events go to a widget of the engine's, which comes with a
+/// Observes the user's input in the page. The events go to a widget of the engine, which is created with a
 /// page.
 bool PXWebView::eventFilter(QObject* watched, QEvent* event) {
     static const QSet<QEvent::Type> inputs = {QEvent::MouseButtonPress, QEvent::MouseButtonRelease,
@@ -68,7 +68,7 @@ std::unique_ptr<WebPage> PXWebView::makePage(const QUrl& address, bool mayRunScr
     auto page = std::make_unique<WebPage>(
         m_profile.get(), home, mayRunScripts ? WebPage::Scripts::Allowed : WebPage::Scripts::Forbidden);
     page->setBackgroundColor(palette().color(QPalette::Base));
-    page->runWhenReady(pagescripts::hideListOfPages());  // The window has tabs for them.
+    page->runWhenReady(pagescripts::hideListOfPages());  // The window has tabs instead.
     if (m_isScrollingForbidden) {
         page->settings()->setAttribute(QWebEngineSettings::ShowScrollBars, false);
         page->runWhenReady(pagescripts::forbidScrolling());
@@ -92,7 +92,7 @@ void PXWebView::load() {
     }
     m_localPage = QUrl::fromLocalFile(m_services.documentsFolder + u'/' + m_localHTMLName);
     use(makePage(m_localPage, false));
-    // Not before: one page after the other, and the local one is seen at once.
+    // Load the online copy only after the local page, so that the local page is shown at once.
     connect(m_page.get(), &QWebEnginePage::loadFinished, this,
             [this] { QTimer::singleShot(0, this, &PXWebView::loadRemote); });
     connect(m_page.get(), &WebPage::failed, this, &PXWebView::fail);
@@ -101,7 +101,7 @@ void PXWebView::load() {
 void PXWebView::loadRemote() {
     if (m_remoteHTMLURL.isEmpty() || std::exchange(m_isRemoteBegun, true)) return;
     m_remotePage = makePage(QUrl(navigation::expanded(m_remoteHTMLURL, m_services.bundleIdentifier)), true);
-    // Queued: the page is not to be touched from inside its own signals.
+    // Queued: do not change the page during its own signals.
     connect(
         m_remotePage.get(), &WebPage::arrived, this,
         [this] {
@@ -148,7 +148,7 @@ void PXWebView::leave(const QUrl& address) {
 }
 
 void PXWebView::processHasEnded(const WebPage* page, int code) {
-    if (page != m_page.get() && m_page) return;  // The online copy; the local page stays.
+    if (page != m_page.get() && m_page) return;  // The online copy failed; keep the local page.
     fail(QStringLiteral("the page's process ended with %1").arg(code));
 }
 

@@ -12,7 +12,8 @@ QString hideListOfPages() {
 }
 
 QString useColours(bool dark) {
-    // The media query's answer is fixed, so each rule's question is replaced by one with the answer wanted.
+    // The result of the colour-scheme media query is fixed, so each rule's query is replaced by one with the
+    // wanted result.
     return QStringLiteral(R"js((wanted => {
     const before = window.queriesBefore ??= new Map();
     const answer = list => {

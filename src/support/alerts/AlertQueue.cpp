@@ -18,7 +18,7 @@ QList<Waiting>& queue() {
     return waiting;
 }
 
-bool isShowing = false;  // The first of the queue.
+bool isShowing = false;  // Whether the first alert of the queue is open.
 
 void showNext() {
     if (isShowing || queue().isEmpty()) return;

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Shows `alert` and stores under `key` whether the user ticked its box.
+/// Shows `alert`; stores 1 under `key` if the user ticked its box.
 long askOnce(const QString& key, const Alert& alert) {
     const AlertAnswer answer = alertPresenter().present(alert);
     setDefaultInt(key, answer.suppressed ? 1 : 0);

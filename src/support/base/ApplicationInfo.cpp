@@ -32,7 +32,7 @@ const QJsonObject& information() {
 
 struct Move {
     QMutex guard;
-    QString before;  ///< Empty: nothing was moved.
+    QString before;  ///< Empty if no folder was moved.
     QString now;
 };
 

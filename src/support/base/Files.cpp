@@ -18,20 +18,20 @@ namespace {
 
 constexpr qsizetype kLongestName = 255;  // bytes
 
-/// Where the extension's point stands, -1 without an extension.
+/// Index of the extension's dot, -1 without an extension.
 qsizetype extensionPoint(const QString& path) {
     const qsizetype name = path.lastIndexOf(u'/') + 1;
     const qsizetype point = path.lastIndexOf(u'.');
     return point > name ? point : -1;
 }
 
-/// A link that leads nowhere takes its name all the same.
+/// A broken symbolic link occupies its name, too.
 bool isThere(const QString& path) {
     return QFileInfo::exists(path) || QFileInfo(path).isSymLink();
 }
 
-/// Looks and creates in one step, so that a file that appears meanwhile is never written over. The
-/// descriptor, or -1.
+/// Checks and creates atomically, so that a file created by others meanwhile is never overwritten. Returns
+/// the descriptor, or -1.
 int createNew(const QString& path) {
     return ::open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
 }

@@ -30,7 +30,7 @@ QDBusMessage portalCall(const char* interface, const char* method, const QVarian
     return call;
 }
 
-/// Whether somebody took the call, or may still take it.
+/// Whether the call was accepted, or may still be accepted after a timeout.
 bool isAnswered(const QDBusConnection& bus, const QDBusMessage& call) {
     const QDBusMessage answer = bus.call(call, QDBus::Block, kPatienceMilliseconds);
     return answer.type() != QDBusMessage::ErrorMessage || QDBusError(answer).type() == QDBusError::NoReply;
@@ -50,7 +50,7 @@ bool DBusDesktop::isInsideFlatpak() {
 }
 
 DBusDesktop::~DBusDesktop() {
-    // What was said last would be lost with the connection.
+    // Pending messages would be lost with the connection.
     const auto underWay = std::exchange(m_underWay, {});
     for (QDBusPendingCallWatcher* call : underWay)
         call->waitForFinished();
@@ -90,7 +90,7 @@ quint32 DBusDesktop::acquireSleepAssertion(const QString& reason) {
     call.setArguments({QString("sleep:idle"), m_applicationName, reason, QString("block")});
     buses::whenAnswered(*bus, call, this, [this, assertion](const QDBusPendingCall& answer) {
         const QDBusPendingReply<QDBusUnixFileDescriptor> reply = answer;
-        // Released meanwhile: the descriptor closes with the reply.
+        // If the assertion was released meanwhile, the descriptor closes with the reply.
         const auto held = m_assertions.find(assertion);
         if (!reply.isError() && held != m_assertions.end()) held->descriptor = reply.value();
     });
@@ -147,7 +147,7 @@ void DBusDesktop::notifyThroughPortal(const QDBusConnection& bus, const Notifica
 
 void DBusDesktop::listenForActions(QDBusConnection bus) {
     if (std::exchange(m_listens, true)) return;
-    // From no named service: naming one makes the bus look up its owner first, and that is waited for.
+    // No service name: with a name, QtDBus blocks to look up its owner first.
     if (m_insideFlatpak) {
         bus.connect({}, kPortalPath, "org.freedesktop.portal.Notification", "ActionInvoked", this,
                     SLOT(onPortalActionInvoked(QString, QString, QVariantList)));
@@ -194,8 +194,8 @@ void DBusDesktop::reveal(const QString& path) {
 bool DBusDesktop::openUrl(const QUrl& url) {
     if (url.scheme().isEmpty()) return false;
     const bool isMail = url.scheme() == u"mailto";
-    // The program first: it has been started when this returns, so that a page or a mail still opens when the
-    // application ends right after.
+    // Prefer the program: it is already started when this returns, so that a page or a mail opens even if the
+    // application quits right afterwards.
     if (!m_insideFlatpak && !isMail && openingprogram::start(url)) return true;
     if (!m_insideFlatpak && isMail) {
         if (const auto isTaken = openingprogram::startAndSee(url)) return *isTaken;
@@ -209,7 +209,7 @@ bool DBusDesktop::openUrl(const QUrl& url) {
         sendForSure(*bus, call);
         return true;
     }
-    // Outside the sandbox a path means another file; a descriptor means the same.
+    // Outside the sandbox a path may name another file; a descriptor does not.
     QDBusUnixFileDescriptor descriptor;
     descriptor.giveFileDescriptor(
         ::open(QFile::encodeName(url.toLocalFile()).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));

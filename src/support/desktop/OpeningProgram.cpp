@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kPatienceMilliseconds = 2000;
 
-/// False: it is missing.
+/// Returns false if xdg-open is missing.
 bool prepare(QProcess& process, const QUrl& url) {
     const QString opener = QStandardPaths::findExecutable("xdg-open");
     process.setProgram(opener);
@@ -33,15 +33,15 @@ bool start(const QUrl& url) {
 }
 
 std::optional<bool> startAndSee(const QUrl& url) {
-    // Destroyed when it has ended, and never before: that would kill it, and the mail program that it became.
-    // So what owns it is not destroyed when the application ends.
+    // Deleted only after its process has exited: deleting a running QProcess would kill it, and the mail
+    // program that it became. So its owner is never destroyed.
     static auto* const owner = new QObject;
     auto* process = new QProcess(owner);
     if (!prepare(*process, url)) {
         delete process;
         return std::nullopt;
     }
-    process->setChildProcessModifier([] { ::setsid(); });  // Goes on when the terminal is closed.
+    process->setChildProcessModifier([] { ::setsid(); });  // Survives closing the terminal.
     QObject::connect(process, &QProcess::finished, process, &QObject::deleteLater);
     QEventLoop loop;
     std::optional<bool> isTaken = true;
@@ -57,7 +57,7 @@ std::optional<bool> startAndSee(const QUrl& url) {
     });
     QTimer::singleShot(kPatienceMilliseconds, &loop, &QEventLoop::quit);
     process->start();
-    // A program that could not be started may have told so by now.
+    // A failed start may have been reported already.
     if (process->state() != QProcess::NotRunning) loop.exec(QEventLoop::ExcludeUserInputEvents);
     return isTaken;
 }

@@ -29,8 +29,8 @@ SingleInstance::Role SingleInstance::begin(const QStringList& paths, const QStri
 
 std::optional<SingleInstance::Role> SingleInstance::settle(std::unique_ptr<InstanceWay> way,
                                                            const QStringList& paths, const QString& token) {
-    // The first one may be on its way in, and cannot be reached yet, or on its way out, and the place gets
-    // free.
+    // The first instance may be starting, and not reachable yet, or quitting, so that the claim becomes free:
+    // retry.
     constexpr unsigned long kStepMilliseconds = 10;
     const QDeadlineTimer deadline(m_patienceMilliseconds);
     while (true) {

@@ -51,7 +51,7 @@ std::optional<QString> runAsTaskWithTerminationStatus(const QStringList& command
                  command.join(u' '));
         return std::nullopt;
     }
-    // Waiting collects both outputs as they come, so that a child which fills one pipe is never stuck.
+    // The waits read both outputs continuously, so that a full pipe never blocks the child.
     if (polling == Polling::On) {
         childprocess::waitForEnd(process, limitMilliseconds);
     } else {

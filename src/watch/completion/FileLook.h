@@ -24,8 +24,7 @@ struct FileLook {
         quint64 device = 0;
         quint64 inode = 0;
         qint64 size = 0;
-        std::chrono::nanoseconds modified{
-            0};  ///< Since 1970, by the clock of the machine that stores the file.
+        std::chrono::nanoseconds modified{0};  ///< Since 1970, by the file server's clock.
         bool operator==(const Shape&) const = default;
     };
 

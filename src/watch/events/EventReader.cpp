@@ -7,7 +7,7 @@
 
 namespace {
 
-/// A name that is given to a file by link(2), or a symbolic link: nobody will write and close it.
+/// A hard link or a symbolic link: no write and close will follow.
 bool cameWithContents(const std::string& path) {
     struct stat info = {};
     return ::lstat(path.c_str(), &info) == 0 &&
@@ -68,7 +68,7 @@ bool EventReader::takeAboutFolder(const Inotify::Event& event) {
         else if ((event.mask & (IN_DELETE_SELF | IN_IGNORED)) != 0)
             m_endReason = Texts::tr("The watched folder “%1” was removed.").arg(path);
     } else if ((event.mask & IN_UNMOUNT) != 0) {
-        // What the mount hid comes to light; it is not new.
+        // The folder that the mount hid is visible again; it is not new.
         const int parent = m_watch.tree().parent(event.watch);
         const std::string name = m_watch.tree().name(event.watch);
         m_watch.forgetRemoved(event.watch);
@@ -92,14 +92,14 @@ void EventReader::takeMove(const Inotify::Event& event, const std::string& folde
     m_batch.add(folder, name, flags, isFolder ? EventContents::Unfinished : EventContents::Whole,
                 cameFromOutside ? std::string() : departure->second.path);
     if (isFolder) m_scan.enter(event.watch, name, TreeScan::Report::MovedHere, cameFromOutside);
-    // Something else may have this place or the old one by now; then settleDepartures() looks at the old one.
+    // If another item is at this place or the old one by now, settleDepartures() checks the old one.
     if (!cameFromOutside &&
         m_watch.tree().child(departure->second.parent, departure->second.name) == PathTree::kNone)
         m_departures.erase(departure);
 }
 
-/// What has not turned up elsewhere by the next turn has left the tree, unless it is back in its place. A
-/// folder that turns up later still is a new one, so nothing is lost.
+/// An item that did not arrive elsewhere by the next turn has left the tree, unless it is back in its place.
+/// A folder that arrives even later is treated as new, so nothing is lost.
 void EventReader::settleDepartures() {
     for (auto at = m_departures.begin(); at != m_departures.end();) {
         const Departure& departure = at->second;

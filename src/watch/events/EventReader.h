@@ -44,8 +44,7 @@ private:
     TreeWatch& m_watch;
     TreeScan& m_scan;
     EventBatch& m_batch;
-    std::unordered_map<uint32_t, Departure>
-        m_departures;  ///< By the cookie that both events of a move share.
+    std::unordered_map<uint32_t, Departure> m_departures;  ///< By the cookie of the move.
     unsigned m_turn = 0;
     bool m_overflowed = false;
     QString m_endReason;

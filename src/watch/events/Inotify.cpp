@@ -19,12 +19,12 @@ QString describedLimit(const char* name) {
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll().trimmed()) : QString("?");
 }
 
-/// Twice of what is allowed, and no less than what systems with room to spare allow from the start.
+/// Twice the current limit, but at least `least`, a common default of systems with more memory.
 QString enough(const QString& limit, long least) {
     return QString::number(std::max(2 * limit.toLong(), least));
 }
 
-/// EMFILE stands for either limit.
+/// EMFILE can mean either limit.
 bool isOutOfFiles() {
     const int file = ::open("/", O_PATH | O_CLOEXEC);
     if (file < 0) return true;
@@ -75,7 +75,7 @@ bool Inotify::read(const QDeadlineTimer& deadline, const std::function<bool(cons
         const ssize_t size = ::read(m_file, buffer.data(), buffer.size());
         if (size < 0 && errno == EINTR) continue;
         if (size <= 0) return true;
-        // What was read is gone from the kernel's queue, so all of it is handed over.
+        // Events that were read have left the kernel's queue, so handle all of them.
         for (const char* at = buffer.data(); at < buffer.data() + size;) {
             inotify_event event;
             std::memcpy(&event, at, sizeof event);

@@ -4,7 +4,7 @@
 #include <QSocketNotifier>
 
 ReturnWatch::ReturnWatch(QObject* parent) : QObject(parent), m_mounts("/proc/self/mountinfo") {
-    constexpr int kLatencyMilliseconds = 100;  // A busy folder above is not to cost a look for each file.
+    constexpr int kLatencyMilliseconds = 100;  // Limits the checks caused by a busy parent folder.
     m_latency.setSingleShot(true);
     m_latency.setInterval(kLatencyMilliseconds);
     connect(&m_latency, &QTimer::timeout, this, &ReturnWatch::look);
@@ -50,7 +50,7 @@ void ReturnWatch::watchFoldersAbove() {
         list.removeIf([&](const QString& path) { return others.contains(path); });
         return list;
     };
-    // What is made between the look and the watch would be missed: again until nothing is new.
+    // A folder created between the check and the watch would be missed: repeat until nothing changes.
     QStringList before;
     for (QStringList wanted = foldersAbove(); wanted != before; wanted = foldersAbove()) {
         const QStringList watched = m_watcher.directories();

@@ -1,7 +1,7 @@
 #include "watch/events/TreeScan.h"
 
 TreeScan::TreeScan(TreeWatch& watch, EventBatch& batch) : m_watch(watch), m_batch(batch) {
-    ::clock_gettime(CLOCK_REALTIME_COARSE, &m_made);  // The one that file systems take their times from.
+    ::clock_gettime(CLOCK_REALTIME_COARSE, &m_made);  // The clock of file systems' times.
 }
 
 TreeWatch::Found TreeScan::enter(int parent, const std::string& name, Report report, bool again) {
@@ -47,7 +47,7 @@ void TreeScan::open(Task task) {
     m_path = m_watch.tree().path(task.watch);
     const bool isRoot = task.watch == m_watch.root();
     m_reader.emplace(m_path, isRoot);
-    // The root is watched from the first moment: what arrived in it is told by events.
+    // The root is watched from the start: arrivals in it are reported by events.
     m_changed = task.report == Report::Arrivals && !isRoot && m_reader->changedSince(m_made);
     if (task.report == Report::Missed) m_known = m_watch.tree().childNames(task.watch);
 }
@@ -85,7 +85,7 @@ quint32 TreeScan::arrivalFlags(const FolderReader::Entry& entry, Report& below) 
     const Arrival arrival = m_reader->arrival(entry, m_made);
     if (entry.kind != FolderReader::Kind::Folder)
         return arrival == Arrival::Before ? 0U : kEventItemCreated | kEventItemModified;
-    // A folder that is as new as its times may be an old one into which something was put.
+    // A folder with new times may be an old one in which a file was created.
     if (arrival != Arrival::MovedHere) return 0;
     below = Report::MovedHere;
     return kEventItemRenamed;

@@ -11,8 +11,8 @@
 
 namespace {
 
-/// IN_ATTRIB: a folder may become readable. IN_EXCL_UNLINK: a removed file is of no interest, though somebody
-/// writes on. IN_MASK_ADD: a folder that is met again, by way of a mount, keeps what was asked of it.
+/// IN_ATTRIB: a folder may become readable. IN_EXCL_UNLINK: ignore writes to removed files. IN_MASK_ADD: a
+/// folder found again through a mount keeps its mask.
 constexpr uint32_t kFolder = IN_CREATE | IN_MODIFY | IN_CLOSE_WRITE | IN_DELETE | IN_MOVED_FROM |
                              IN_MOVED_TO | IN_ATTRIB | IN_ONLYDIR | IN_EXCL_UNLINK | IN_MASK_ADD;
 
