@@ -35,7 +35,7 @@ void DocumentBuilder::endParagraph(const ParagraphStyle& style) {
     m_paragraph.style = style;
     const QString label = std::exchange(m_label, {}).trimmed();
     if (label.isEmpty())
-        takeBulletFromText();
+        extractBulletFromText();
     else if (label.size() == 1 && (isBullet(label.front()) || QStringView(u"-\u2013o").contains(label)))
         m_paragraph.isListItem = true;
     else
@@ -44,7 +44,7 @@ void DocumentBuilder::endParagraph(const ParagraphStyle& style) {
     m_linksBefore = m_document.links.size();
 }
 
-void DocumentBuilder::takeBulletFromText() {
+void DocumentBuilder::extractBulletFromText() {
     if (m_paragraph.runs.isEmpty()) return;
     QString& text = m_paragraph.runs.first().text;
     qsizetype start = 0;

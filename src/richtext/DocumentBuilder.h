@@ -4,7 +4,8 @@
 
 namespace richtext {
 
-/// Builds runs and paragraphs from pieces of text, and detects list items by their bullets.
+/// Builds runs and paragraphs from pieces of text, and detects list items by their bullets. Each instance is
+/// for one thread.
 class DocumentBuilder {
 public:
     void appendText(QStringView text, const TextStyle& style);
@@ -20,7 +21,7 @@ public:
     Document finish(const ParagraphStyle& style);
 
 private:
-    void takeBulletFromText();
+    void extractBulletFromText();
     void putBeforeText(const QString& label);
 
     Document m_document;

@@ -16,7 +16,7 @@ struct Format {
 };
 
 /// Applies the control word `word`, whose meaning is `meaning`; ignores words that do not format text or
-/// paragraphs.
+/// paragraphs. Callable from any thread.
 void apply(Meaning meaning, const Token& word, const ColorTable& colors, Format& format);
 
 }  // namespace richtext

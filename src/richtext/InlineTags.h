@@ -7,7 +7,7 @@
 namespace richtext {
 
 /// Writes the tags around the runs of a paragraph. Adjacent runs share common tags, so that a long address is
-/// written once.
+/// written once. Each instance is for one thread.
 class InlineTags {
 public:
     /// Runs of the size `bodyHalfPoints` get no explicit size. `document` must outlive this.

@@ -14,7 +14,7 @@ namespace richtext {
 /// Where the text of a group goes.
 enum class Destination : quint8 { Text, Skipped, FontTable, ColorTable, Instruction, Label };
 
-/// Parses the tokens of one document, group by group.
+/// Parses the tokens of one document, group by group. Each instance is for one thread.
 class Reader {
 public:
     explicit Reader(QByteArrayView rtf) : m_tokens(rtf) {}

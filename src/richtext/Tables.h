@@ -16,7 +16,7 @@ struct Font {
     int codePage = 0;  ///< 0: derived from the character set.
 };
 
-/// The font table, by font number.
+/// The font table, by font number. Each instance is for one thread.
 class FontTable {
 public:
     void read(Meaning meaning, int parameter);
@@ -31,7 +31,7 @@ private:
     QByteArray m_name;
 };
 
-/// The colour table, by index.
+/// The colour table, by index. Each instance is for one thread.
 class ColorTable {
 public:
     void read(Meaning meaning, int parameter);

@@ -21,7 +21,8 @@ struct Token {
     int parameter = 0;  ///< Clamped if the number is out of range.
 };
 
-/// Splits rich text into tokens, one at a time. Skips the raw data after \bin.
+/// Splits rich text into tokens, one at a time. Skips the raw data after \bin. Each instance is for one
+/// thread; the input must outlive it.
 class Tokenizer {
 public:
     explicit Tokenizer(QByteArrayView input) : m_rest(input) {}

@@ -56,7 +56,7 @@ struct Word {
     char16_t character = 0;
 };
 
-/// Looks up a control word by its name without the backslash.
+/// Looks up a control word by its name without the backslash. Callable from any thread.
 Word wordNamed(QByteArrayView name);
 
 }  // namespace richtext

@@ -9,8 +9,7 @@ class UpdateCheckTest : public QObject {
 
 private Q_SLOTS:
     void feeds_data() {
-        // The feed is null where the download failed; `newest` is what the alert calls it, "none" or
-        // "failed".
+        // A null feed: the download failed; `newest` is the version in the alert, "none" or "failed".
         const Table<QByteArray, QString> table("feed", "newest");
         const auto row = [&](const QByteArray& feed, const char* newest) {
             table(feed.isNull() ? "no page" : feed.constData(), feed, newest);

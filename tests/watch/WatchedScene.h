@@ -21,7 +21,8 @@ inline fs::path native(const QString& path) {
     return QFile::encodeName(path).toStdString();
 }
 
-/// The times of files go in ticks: what is made from now on is newer than what was made before.
+/// File times have the resolution of the kernel's ticks: files created after this are newer than files
+/// created before.
 inline void waitForNextTick() {
     const auto now = [] {
         timespec time = {};
@@ -32,7 +33,7 @@ inline void waitForNextTick() {
     if (!QTest::qWaitFor([&] { return now() != before; })) qFatal("the clock stands still");
 }
 
-/// A folder that is watched with a short latency, and what was told of it, by path below it.
+/// A folder that is watched with a short latency, and the reported records by path below it.
 class Scene {
 public:
     explicit Scene(bool withFileLevelEvents = true) : m_fileLevel(withFileLevelEvents) {
@@ -43,7 +44,7 @@ public:
         return m_home.filePath(name.isEmpty() ? "root" : "root/" + name);
     }
     /// Each step is "+file" to write to one, "/folder", "-item" to remove it with everything below, "a > b"
-    /// to move or "a = b" to link. Paths are below the watched folder; "../outside" is there as well.
+    /// to move or "a = b" to link. Paths are relative to the watched folder; "../outside" exists, too.
     void act(const QStringList& steps) const {
         for (const QString& step : steps) {
             const QStringList ends = step.split(QRegularExpression(" [>=] "));
@@ -62,7 +63,7 @@ public:
 
     enum class Wait { No, Yes };
 
-    /// Waits, if told so, until the folders below are watched, too.
+    /// With Wait::Yes, waits until the folders below are watched, too.
     void start(Wait wait = Wait::Yes, std::chrono::milliseconds latency = std::chrono::milliseconds(20)) {
         waitForNextTick();
         QString error;
@@ -74,13 +75,13 @@ public:
         if (wait == Wait::Yes && !watching.wait()) qFatal("never watching");
     }
 
-    /// Everything that happened until now is told: an item that is made last is.
+    /// Waits until all events so far are reported: those of a last item are.
     bool settle() {
         const QString last = QString("settled %1").arg(++m_settled);
         act({'+' + last});
-        const QString told = m_fileLevel ? last : QString();
-        if (!m_fileLevel) records.remove(told);
-        const bool known = QTest::qWaitFor([&] { return records.contains(told); });
+        const QString reported = m_fileLevel ? last : QString();
+        if (!m_fileLevel) records.remove(reported);
+        const bool known = QTest::qWaitFor([&] { return records.contains(reported); });
         records.remove(last);
         return known;
     }
@@ -92,7 +93,7 @@ public:
     std::unique_ptr<DirectoryObserver> observer;
     QMap<QString, EventRecord> records;
     int batches = 0;
-    bool twice = false;  ///< A path stood in one batch twice.
+    bool twice = false;  ///< Whether a batch contained a path twice.
 
 private:
     void handleEvents(const QList<EventRecord>& batch) {

@@ -73,7 +73,7 @@ std::unique_ptr<WebPage> PXWebView::makePage(const QUrl& address, bool mayRunScr
         page->settings()->setAttribute(QWebEngineSettings::ShowScrollBars, false);
         page->runWhenReady(pagescripts::forbidScrolling());
     }
-    connect(page.get(), &WebPage::leaving, this, &PXWebView::leave);
+    connect(page.get(), &WebPage::leaving, this, &PXWebView::openOutside);
     connect(page.get(), &QWebEnginePage::renderProcessTerminated, this,
             [this, page = page.get()](QWebEnginePage::RenderProcessTerminationStatus status, int code) {
                 if (status != QWebEnginePage::NormalTerminationStatus) processHasEnded(page, code);
@@ -91,7 +91,7 @@ void PXWebView::load() {
         return;
     }
     m_localPage = QUrl::fromLocalFile(m_services.documentsFolder + u'/' + m_localHTMLName);
-    use(makePage(m_localPage, false));
+    setPage(makePage(m_localPage, false));
     // Load the online copy only after the local page, so that the local page is shown at once.
     connect(m_page.get(), &QWebEnginePage::loadFinished, this,
             [this] { QTimer::singleShot(0, this, &PXWebView::loadRemote); });
@@ -105,7 +105,7 @@ void PXWebView::loadRemote() {
     connect(
         m_remotePage.get(), &WebPage::arrived, this,
         [this] {
-            if (m_remotePage) use(std::move(m_remotePage));
+            if (m_remotePage) setPage(std::move(m_remotePage));
         },
         Qt::QueuedConnection);
     connect(
@@ -118,7 +118,7 @@ void PXWebView::loadRemote() {
         Qt::QueuedConnection);
 }
 
-void PXWebView::use(std::unique_ptr<WebPage> page) {
+void PXWebView::setPage(std::unique_ptr<WebPage> page) {
     m_view->setPage(page.get());
     m_page = std::move(page);
     connect(m_page.get(), &WebPage::arrived, this, &PXWebView::pageHasLoaded);
@@ -130,20 +130,20 @@ void PXWebView::pageHasLoaded() {
         m_page->run(navigation::zoomScript(*factor));
         m_zoomFactor.clear();
     }
-    if (engine::isDarkNow() != engine::startedDark()) useColours();
+    if (engine::isDarkNow() != engine::startedDark()) applyColours();
 }
 
-void PXWebView::useColours() {
+void PXWebView::applyColours() {
     m_page->setBackgroundColor(palette().color(QPalette::Base));
-    m_page->run(pagescripts::useColours(engine::isDarkNow()));
+    m_page->run(pagescripts::applyColours(engine::isDarkNow()));
 }
 
 void PXWebView::changeEvent(QEvent* event) {
-    if (event->type() == QEvent::PaletteChange && m_page) useColours();
+    if (event->type() == QEvent::PaletteChange && m_page) applyColours();
     QFrame::changeEvent(event);
 }
 
-void PXWebView::leave(const QUrl& address) {
+void PXWebView::openOutside(const QUrl& address) {
     if (m_services.openInBrowser) m_services.openInBrowser(address);
 }
 

@@ -41,10 +41,10 @@ private:
     void load();
     void loadRemote();
     std::unique_ptr<WebPage> makePage(const QUrl& address, bool mayRunScripts);
-    void use(std::unique_ptr<WebPage> page);
+    void setPage(std::unique_ptr<WebPage> page);
     void pageHasLoaded();
-    void useColours();
-    void leave(const QUrl& address);
+    void applyColours();
+    void openOutside(const QUrl& address);
     void fail(const QString& reason);
     void processHasEnded(const WebPage* page, int code);
     void showContextMenu(const QPoint& position);

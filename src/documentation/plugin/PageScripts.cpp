@@ -11,7 +11,7 @@ QString hideListOfPages() {
         "for (const list of document.querySelectorAll('nav.pages')) list.style.display = 'none'");
 }
 
-QString useColours(bool dark) {
+QString applyColours(bool dark) {
     // The result of the colour-scheme media query is fixed, so each rule's query is replaced by one with the
     // wanted result.
     return QStringLiteral(R"js((wanted => {

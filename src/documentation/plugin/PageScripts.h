@@ -13,6 +13,6 @@ QString forbidScrolling();
 QString hideListOfPages();
 
 /// Selects the light or dark colours of a page that supports both, independent of the engine's colour scheme.
-QString useColours(bool dark);
+QString applyColours(bool dark);
 
 }  // namespace pagescripts

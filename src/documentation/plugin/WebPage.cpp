@@ -19,7 +19,7 @@ WebPage::WebPage(QWebEngineProfile* profile, navigation::Home home, Scripts scri
     settings()->setAttribute(QWebEngineSettings::PdfViewerEnabled, false);
     settings()->setAttribute(QWebEngineSettings::FullScreenSupportEnabled, false);
     settings()->setAttribute(QWebEngineSettings::FocusOnNavigationEnabled, false);
-    connect(this, &QWebEnginePage::loadingChanged, this, &WebPage::judge);
+    connect(this, &QWebEnginePage::loadingChanged, this, &WebPage::handleLoading);
     connect(this, &QWebEnginePage::newWindowRequested, this, [this](QWebEngineNewWindowRequest& request) {
         if (isLinkClick(request.isUserInitiated())) Q_EMIT leaving(request.requestedUrl());
     });
@@ -52,7 +52,7 @@ bool WebPage::isLinkClick(bool engineSaysSo) const {
     return navigation::isLinkClick(engineSaysSo, sinceInput);
 }
 
-void WebPage::judge(const QWebEngineLoadingInfo& info) {
+void WebPage::handleLoading(const QWebEngineLoadingInfo& info) {
     // A page missing on the server is a failure, too.
     constexpr int kAborted = -3;  // Rejected, or replaced by the next navigation.
     if (info.status() == QWebEngineLoadingInfo::LoadSucceededStatus) {

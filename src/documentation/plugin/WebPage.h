@@ -41,7 +41,7 @@ protected:
 
 private:
     bool isLinkClick(bool engineSaysSo) const;
-    void judge(const QWebEngineLoadingInfo& info);
+    void handleLoading(const QWebEngineLoadingInfo& info);
 
     const navigation::Home m_home;
     const Scripts m_scripts;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 
+/// Algorithms on collections. Callable from any thread.
 namespace collections {
 
 /// The elements for which `keep` returns true, in order.

@@ -26,7 +26,7 @@ qsizetype extensionPoint(const QString& path) {
 }
 
 /// A broken symbolic link occupies its name, too.
-bool isThere(const QString& path) {
+bool isOccupied(const QString& path) {
     return QFileInfo::exists(path) || QFileInfo(path).isSymLink();
 }
 
@@ -92,13 +92,13 @@ QString uniqueFile(const QString& path, const std::function<bool(const QString&)
 }
 
 QString uniqueFile(const QString& path) {
-    return uniqueFile(path, isThere);
+    return uniqueFile(path, isOccupied);
 }
 
 QString claimUniqueFile(const QString& path, const std::function<bool(const QString&)>& taken) {
     for (;;) {
         const QString candidate =
-            uniqueFile(path, [&](const QString& name) { return isThere(name) || (taken && taken(name)); });
+            uniqueFile(path, [&](const QString& name) { return isOccupied(name) || (taken && taken(name)); });
         const int file = createNew(candidate);
         if (file >= 0) ::close(file);
         if (file >= 0 || errno != EEXIST) return candidate;

@@ -51,18 +51,18 @@ bool DBusDesktop::isInsideFlatpak() {
 
 DBusDesktop::~DBusDesktop() {
     // Pending messages would be lost with the connection.
-    const auto underWay = std::exchange(m_underWay, {});
-    for (QDBusPendingCallWatcher* call : underWay)
+    const auto pendingCalls = std::exchange(m_pendingCalls, {});
+    for (QDBusPendingCallWatcher* call : pendingCalls)
         call->waitForFinished();
 }
 
 void DBusDesktop::sendForSure(const QDBusConnection& bus, const QDBusMessage& call,
                               const std::function<void(const QDBusPendingCall&)>& handler) {
     auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, kPatienceMilliseconds), this);
-    m_underWay.insert(watcher);
+    m_pendingCalls.insert(watcher);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, handler] {
         if (handler) handler(*watcher);
-        m_underWay.remove(watcher);
+        m_pendingCalls.remove(watcher);
         watcher->deleteLater();
     });
 }
@@ -146,7 +146,7 @@ void DBusDesktop::notifyThroughPortal(const QDBusConnection& bus, const Notifica
 }
 
 void DBusDesktop::listenForActions(QDBusConnection bus) {
-    if (std::exchange(m_listens, true)) return;
+    if (std::exchange(m_isListening, true)) return;
     // No service name: with a name, QtDBus blocks to look up its owner first.
     if (m_insideFlatpak) {
         bus.connect({}, kPortalPath, "org.freedesktop.portal.Notification", "ActionInvoked", this,
@@ -198,7 +198,7 @@ bool DBusDesktop::openUrl(const QUrl& url) {
     // application quits right afterwards.
     if (!m_insideFlatpak && !isMail && openingprogram::start(url)) return true;
     if (!m_insideFlatpak && isMail) {
-        if (const auto isTaken = openingprogram::startAndSee(url)) return *isTaken;
+        if (const auto isOpened = openingprogram::startAndWait(url)) return *isOpened;
     }
     const auto bus = buses::session();
     if (!bus) return false;

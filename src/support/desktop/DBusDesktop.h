@@ -70,8 +70,8 @@ private:
     QHash<quint32, Assertion> m_assertions;
     QHash<QString, QString> m_pathsOfNotifications;  ///< Notification's identifier -> file.
     int m_lastPortalNotification = 0;
-    bool m_listens = false;
+    bool m_isListening = false;
     std::optional<double> m_launcherProgress;
     DesktopAppearance m_appearance;
-    QSet<QDBusPendingCallWatcher*> m_underWay;
+    QSet<QDBusPendingCallWatcher*> m_pendingCalls;
 };

@@ -37,10 +37,10 @@ void DesktopAppearance::watch(QDBusConnection connection) {
                        SLOT(onSettingChanged(QString, QString, QDBusVariant)));
     connection.connect({}, "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameOwnerChanged", {kService},
                        {}, this, SLOT(onOwnerChanged(QString, QString, QString)));
-    ask(connection);
+    requestSettings(connection);
 }
 
-void DesktopAppearance::ask(const QDBusConnection& connection) {
+void DesktopAppearance::requestSettings(const QDBusConnection& connection) {
     QDBusMessage call = QDBusMessage::createMethodCall(kService, kPath, kInterface, "ReadAll");
     call.setArguments({QStringList{kAppearance, kInterfaceSettings}});
     call.setAutoStartService(false);
@@ -65,7 +65,7 @@ void DesktopAppearance::onSettingChanged(const QString& group, const QString& ke
 /// Queries a portal that starts after the application.
 void DesktopAppearance::onOwnerChanged(const QString&, const QString&, const QString& now) {
     if (now.isEmpty()) return;
-    if (const auto connection = buses::session()) ask(*connection);
+    if (const auto connection = buses::session()) requestSettings(*connection);
 }
 
 bool DesktopAppearance::applySetting(const QString& group, const QString& key, const QVariant& packed) {

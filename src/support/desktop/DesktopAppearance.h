@@ -27,7 +27,7 @@ private Q_SLOTS:
     void onOwnerChanged(const QString& name, const QString& before, const QString& now);
 
 private:
-    void ask(const QDBusConnection& connection);
+    void requestSettings(const QDBusConnection& connection);
     /// Returns whether a value changed.
     bool applySetting(const QString& group, const QString& key, const QVariant& value);
 

@@ -64,8 +64,8 @@ bool isOursAlone(const QByteArray& folder) {
            status.st_uid == ::geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
 }
 
-/// $XDG_RUNTIME_DIR, else a folder below /tmp, created if it is missing. Null if another user owns a file of
-/// that name.
+/// $XDG_RUNTIME_DIR, else a folder below /tmp, created if it is missing. Null if that folder is not
+/// exclusively ours.
 std::optional<QString> runtimeFolder(const QString& applicationId) {
     const QByteArray ofSession = qgetenv("XDG_RUNTIME_DIR");
     const qsizetype longestName = applicationId.toUtf8().size() + qsizetype(qstrlen(kSocketEnding)) + 1;

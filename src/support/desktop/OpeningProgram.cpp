@@ -32,7 +32,7 @@ bool start(const QUrl& url) {
     return prepare(process, url) && process.startDetached();
 }
 
-std::optional<bool> startAndSee(const QUrl& url) {
+std::optional<bool> startAndWait(const QUrl& url) {
     // Deleted only after its process has exited: deleting a running QProcess would kill it, and the mail
     // program that it became. So its owner is never destroyed.
     static auto* const owner = new QObject;
@@ -44,14 +44,14 @@ std::optional<bool> startAndSee(const QUrl& url) {
     process->setChildProcessModifier([] { ::setsid(); });  // Survives closing the terminal.
     QObject::connect(process, &QProcess::finished, process, &QObject::deleteLater);
     QEventLoop loop;
-    std::optional<bool> isTaken = true;
+    std::optional<bool> isOpened = true;
     QObject::connect(process, &QProcess::finished, &loop, [&](int status, QProcess::ExitStatus how) {
-        isTaken = how == QProcess::NormalExit && status == 0;
+        isOpened = how == QProcess::NormalExit && status == 0;
         loop.quit();
     });
     QObject::connect(process, &QProcess::errorOccurred, &loop, [&](QProcess::ProcessError error) {
         if (error != QProcess::FailedToStart) return;
-        isTaken = std::nullopt;
+        isOpened = std::nullopt;
         process->deleteLater();
         loop.quit();
     });
@@ -59,7 +59,7 @@ std::optional<bool> startAndSee(const QUrl& url) {
     process->start();
     // A failed start may have been reported already.
     if (process->state() != QProcess::NotRunning) loop.exec(QEventLoop::ExcludeUserInputEvents);
-    return isTaken;
+    return isOpened;
 }
 
 }  // namespace openingprogram

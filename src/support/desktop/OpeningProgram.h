@@ -13,6 +13,6 @@ bool start(const QUrl& url);
 /// Like start(), but waits at most two seconds, in the event loop, for its exit status. False: no program
 /// opened the address. True: one did, or xdg-open still runs, which it may do for the whole life of the
 /// program that it started. Null: xdg-open is missing.
-std::optional<bool> startAndSee(const QUrl& url);
+std::optional<bool> startAndWait(const QUrl& url);
 
 }  // namespace openingprogram

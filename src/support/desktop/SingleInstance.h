@@ -48,8 +48,8 @@ Q_SIGNALS:
 private:
     void handlePaths(const QStringList& paths, const QString& token);
     /// Null: this mechanism does not work here.
-    std::optional<Role> settle(std::unique_ptr<InstanceWay> way, const QStringList& paths,
-                               const QString& token);
+    std::optional<Role> negotiate(std::unique_ptr<InstanceWay> way, const QStringList& paths,
+                                  const QString& token);
 
     const QString m_applicationId;
     const int m_patienceMilliseconds;

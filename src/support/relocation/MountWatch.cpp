@@ -36,10 +36,10 @@ MountWatch::MountWatch(int descriptor, QObject* parent) : QObject(parent), m_tab
     }
     m_volume = *own;
     const auto* notifier = new QSocketNotifier(m_table.handle(), QSocketNotifier::Exception, this);
-    connect(notifier, &QSocketNotifier::activated, this, &MountWatch::look);
+    connect(notifier, &QSocketNotifier::activated, this, &MountWatch::checkMount);
 }
 
-void MountWatch::look() {
+void MountWatch::checkMount() {
     const auto now = mounttable::found(*m_volume, currentTable());
     if (!now) return;  // Unmounted; it may be mounted elsewhere later.
     const Mount before = *std::exchange(m_volume, now);

@@ -22,7 +22,7 @@ Q_SIGNALS:
     void renamed(const QString& oldVolume, const QString& newVolume);
 
 private:
-    void look();
+    void checkMount();
 
     QFile m_table;
     std::optional<Mount> m_volume;

@@ -28,7 +28,7 @@ MoveWatch::MoveWatch(const QString& folder, int latencyMilliseconds, QObject* pa
     connect(&m_latency, &QTimer::timeout, this, &MoveWatch::report);
     const auto* notifier = new QSocketNotifier(m_inotify, QSocketNotifier::Read, this);
     connect(notifier, &QSocketNotifier::activated, this, &MoveWatch::read);
-    watchFoldersAbove();
+    watchParentFolders();
 }
 
 MoveWatch::~MoveWatch() {
@@ -36,7 +36,7 @@ MoveWatch::~MoveWatch() {
     if (m_folder >= 0) ::close(m_folder);
 }
 
-void MoveWatch::watchFoldersAbove() {
+void MoveWatch::watchParentFolders() {
     // A folder that is already watched keeps its watch.
     for (QString path = currentPath(); !path.isEmpty(); path = QFileInfo(path).path()) {
         ::inotify_add_watch(m_inotify, QFile::encodeName(path).constData(), IN_MOVE_SELF | IN_ONLYDIR);
@@ -82,10 +82,10 @@ void MoveWatch::read() {
     if (flags == 0) return;
     m_flags |= flags;
     if (!m_latency.isActive()) m_latency.start();
-    Q_EMIT stirred();
+    Q_EMIT mayHaveMoved();
 }
 
 void MoveWatch::report() {
-    watchFoldersAbove();  // Its parent folders may have changed.
+    watchParentFolders();  // Its parent folders may have changed.
     Q_EMIT reported(std::exchange(m_flags, 0));
 }

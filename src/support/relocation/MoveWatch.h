@@ -32,12 +32,12 @@ public:
 
 Q_SIGNALS:
     /// Emitted at once on a move, which may be temporary.
-    void stirred();
+    void mayHaveMoved();
     /// Emitted after the latency with all flags since the first event.
     void reported(quint32 flags);
 
 private:
-    void watchFoldersAbove();
+    void watchParentFolders();
     void read();
     void report();
 

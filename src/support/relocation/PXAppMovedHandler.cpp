@@ -27,7 +27,7 @@ PXAppMovedHandler::PXAppMovedHandler(Restart restart, const QString& bundle, int
     const QString path = m_moveWatch.currentPath();  // Canonical, to compare with later values.
     m_volumeObserver = {path.isEmpty() ? bundle : path,
                         [this](const QString& newPath) { offerRestart(newPath); }};
-    connect(&m_moveWatch, &MoveWatch::stirred, this, [this] { follow(m_moveWatch.currentPath()); });
+    connect(&m_moveWatch, &MoveWatch::mayHaveMoved, this, [this] { follow(m_moveWatch.currentPath()); });
     connect(&m_moveWatch, &MoveWatch::reported, this, &PXAppMovedHandler::MoveCallbackFunction);
     if (m_moveWatch.descriptor() < 0) return;
     m_mountWatch = std::make_unique<MountWatch>(m_moveWatch.descriptor());

@@ -145,7 +145,7 @@ void writeReport(int signal, const siginfo_t& information) {
 }
 
 /// Restores the signal handlers from before install().
-void handBack() {
+void restoreFormerHandlers() {
     for (size_t i = 0; i < kCrashes.size(); ++i)
         ::sigaction(kCrashes[i].signal, &theFormerActions[i], nullptr);
 }
@@ -163,7 +163,7 @@ void onCrash(int signal, siginfo_t* information, void*) {
         writeReport(signal, *information);
         ::alarm(0);
     }
-    handBack();
+    restoreFormerHandlers();
     // The signal stays blocked until this returns to the place of the crash, so that a core dump shows that
     // place.
     if (::syscall(SYS_rt_tgsigqueueinfo, ::getpid(), ::gettid(), signal, information) != 0) ::raise(signal);
@@ -180,7 +180,7 @@ long secondsEastOfGreenwich() {
 }
 
 /// Keeps an existing alternate stack.
-void useOwnStack() {
+void installAlternateStack() {
     stack_t stack{};
     if (::sigaltstack(nullptr, &stack) != 0 || (stack.ss_flags & SS_DISABLE) == 0) return;
     stack = {};
@@ -201,7 +201,7 @@ void crashreport::install() {
     theSecondsEastOfGreenwich = secondsEastOfGreenwich();
     void* frame = nullptr;
     ::backtrace(&frame, 1);  // The first call loads the unwinder library.
-    useOwnStack();
+    installAlternateStack();
     struct sigaction action = {};
     action.sa_sigaction = onCrash;
     action.sa_flags = SA_SIGINFO | SA_ONSTACK;

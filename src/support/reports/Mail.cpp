@@ -53,7 +53,7 @@ bool opened(const Message& message, const QString& body) {
 }
 
 /// `file` is the file that already contains the text; null: none.
-void tellNotOpened(const Message& message, std::optional<QString> file) {
+void showNotOpened(const Message& message, std::optional<QString> file) {
     const QString text = written(message, message.body);
     if (sharedDesktop().copyToClipboard(text)) {
         if (file) QFile::remove(*file);
@@ -97,7 +97,7 @@ QString link(const QString& address, const QString& subject, const QString& body
 void open(const Message& message) {
     if (message.readableBody && !userAgrees(message)) return;
     if (link(message.address, message.subject, message.body).size() <= kLongestLink) {
-        if (!opened(message, message.body)) tellNotOpened(message, std::nullopt);
+        if (!opened(message, message.body)) showNotOpened(message, std::nullopt);
         return;
     }
     const auto file = saved(message);
@@ -105,7 +105,7 @@ void open(const Message& message) {
     if (file && opened(message, hint)) {
         sharedDesktop().reveal(*file);
     } else {
-        tellNotOpened(message, file);
+        showNotOpened(message, file);
     }
 }
 

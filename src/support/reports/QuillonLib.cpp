@@ -43,11 +43,11 @@ QUrl url(const QString& path) {
 }
 
 /// Does nothing after the library was destroyed, which saved everything.
-void planToSave(float seconds, std::atomic<bool>& isPlanned) {
-    if (isPlanned.exchange(true)) return;
+void scheduleSave(float seconds, std::atomic<bool>& isScheduled) {
+    if (isScheduled.exchange(true)) return;
     dispatch_after_main(
-        [&isPlanned] {
-            isPlanned = false;
+        [&isScheduled] {
+            isScheduled = false;
             if (qn) saveSettings();
         },
         seconds);
@@ -114,17 +114,17 @@ void QuillonLib::verifyFrameworks() const {
 }
 
 void QuillonLib::saveSettingsAfterChanges() const {
-    static std::atomic<bool> isPlanned = false;
-    static std::atomic<bool> isUrgentlyPlanned = false;
+    static std::atomic<bool> isScheduled = false;
+    static std::atomic<bool> isUrgentlyScheduled = false;
     standardUserDefaults().setChangeHandler([](SettingsStore::Urgency urgency) {
         if (urgency == SettingsStore::Urgency::Soon) {
-            planToSave(kUrgentSaveDelaySeconds, isUrgentlyPlanned);
+            scheduleSave(kUrgentSaveDelaySeconds, isUrgentlyScheduled);
         } else {
-            planToSave(kSaveDelaySeconds, isPlanned);
+            scheduleSave(kSaveDelaySeconds, isScheduled);
         }
     });
     // The store does not report earlier changes.
-    if (standardUserDefaults().hasChanges()) planToSave(kSaveDelaySeconds, isPlanned);
+    if (standardUserDefaults().hasChanges()) scheduleSave(kSaveDelaySeconds, isScheduled);
 }
 
 QString QuillonLib::appName() const {

@@ -1,6 +1,6 @@
 #pragma once
 
-/// Default values about the vendor, for information files without them.
+/// Default values about the vendor, for information files without them. Constants, usable from any thread.
 namespace vendor {
 
 inline constexpr auto kSupportAddress = "support@ravelin.example";

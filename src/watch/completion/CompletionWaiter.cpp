@@ -13,7 +13,7 @@ using WaitsFor = completion::Rule::WaitsFor;
 namespace {
 
 /// A turn ends after the file check during which this time passes, to keep the event loop responsive.
-constexpr milliseconds kTurn = 5ms;
+constexpr milliseconds kSliceLength = 5ms;
 
 }  // namespace
 
@@ -21,7 +21,7 @@ CompletionWaiter::CompletionWaiter(const Times& times, FileLook::Sources sources
     : QObject(parent), m_times(times), m_sources(std::move(sources)) {
     m_timer.setSingleShot(true);
     m_timer.setTimerType(Qt::PreciseTimer);
-    connect(&m_timer, &QTimer::timeout, this, &CompletionWaiter::turn);
+    connect(&m_timer, &QTimer::timeout, this, &CompletionWaiter::checkDueFiles);
 }
 
 void CompletionWaiter::wait(const QString& path, Known known) {
@@ -62,10 +62,10 @@ void CompletionWaiter::cancelAll() {
     arm();
 }
 
-void CompletionWaiter::turn() {
+void CompletionWaiter::checkDueFiles() {
     const QPointer<CompletionWaiter> alive(this);
     const auto begin = Clock::now();
-    while (!m_schedule.empty() && m_schedule.begin()->first <= begin && Clock::now() - begin < kTurn) {
+    while (!m_schedule.empty() && m_schedule.begin()->first <= begin && Clock::now() - begin < kSliceLength) {
         const QString path = m_schedule.begin()->second;
         const Outcome outcome = look(path, m_entries[path]);
         if (outcome == Outcome::Waits) continue;

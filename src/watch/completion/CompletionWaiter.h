@@ -61,7 +61,7 @@ private:
         std::optional<Clock::time_point> due;  // Null: waits for an event.
     };
 
-    void turn();
+    void checkDueFiles();
     Outcome look(const QString& path, Entry& entry);
     Outcome lookWhenStill(const QString& path, Entry& entry, const FileLook& found,
                           const completion::Rule& rule);

@@ -30,7 +30,7 @@ FileLook::Found foundBy(int error) {
     }
 }
 
-void tell(FileLook& look, const struct stat& status) {
+void applyStatus(FileLook& look, const struct stat& status) {
     look.found = S_ISREG(status.st_mode) ? FileLook::Found::File : FileLook::Found::NoFile;
     look.shape = {status.st_dev, status.st_ino, status.st_size, since1970(status.st_mtim)};
     look.changed = since1970(status.st_ctim);
@@ -47,7 +47,7 @@ FileLook lookAt(const QString& path, const FileLook::Sources& sources) {
         look.found = foundBy(errno);
         return look;
     }
-    tell(look, status);
+    applyStatus(look, status);
     if (look.found != FileLook::Found::File) return look;
     look.sight = sources.sight(path);
     look.isSymbolicLink = ::lstat(name.constData(), &status) == 0 && S_ISLNK(status.st_mode);
@@ -66,7 +66,7 @@ FileLook lookAt(const QString& path, const FileLook::Sources& sources) {
     if (look.sight != Sight::None) look.writers = sources.writers(file);
     // After the lease, so that the times include any writes since then.
     if (::fstat(file, &status) == 0)
-        tell(look, status);
+        applyStatus(look, status);
     else
         look.found = FileLook::Found::Unclear;
     ::close(file);

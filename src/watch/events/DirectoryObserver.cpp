@@ -57,9 +57,9 @@ DirectoryObserver::DirectoryObserver(std::unique_ptr<Watch> watch, Block block,
     }
     connect(&m_delivery, &QTimer::timeout, this, &DirectoryObserver::deliver);
     connect(&m_scanAgain, &QTimer::timeout, this, &DirectoryObserver::scanAgain);
-    connect(&m_slices, &QTimer::timeout, this, &DirectoryObserver::takeTurn);
+    connect(&m_slices, &QTimer::timeout, this, &DirectoryObserver::processSlice);
     m_notifier = new QSocketNotifier(m_watch->tree.inotify().descriptor(), QSocketNotifier::Read, this);
-    connect(m_notifier, &QSocketNotifier::activated, this, &DirectoryObserver::takeTurn);
+    connect(m_notifier, &QSocketNotifier::activated, this, &DirectoryObserver::processSlice);
     m_watch->scan.readTree(TreeScan::Report::Arrivals);
     m_slices.start(0);
 }
@@ -90,7 +90,7 @@ void DirectoryObserver::simulateOverflow() {
     m_slices.start(0);
 }
 
-void DirectoryObserver::takeTurn() {
+void DirectoryObserver::processSlice() {
     const QPointer<DirectoryObserver> self(this);
     m_watch->events.read(QDeadlineTimer(kSliceMilliseconds));
     const QString reason = m_watch->events.endReason();

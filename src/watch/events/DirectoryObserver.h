@@ -70,7 +70,7 @@ private:
 
     DirectoryObserver(std::unique_ptr<Watch> watch, Block block, std::chrono::milliseconds latency);
 
-    void takeTurn();
+    void processSlice();
     void scanAgain();
     void deliver();
     QString movedAway() const;

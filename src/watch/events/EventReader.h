@@ -37,9 +37,9 @@ private:
 
     void handleEvent(const Inotify::Event& event);
     /// Handles events about watched folders themselves. Returns true if that completes the event.
-    bool takeAboutFolder(const Inotify::Event& event);
-    void takeMove(const Inotify::Event& event, const std::string& folder, const std::string& name);
-    void settleDepartures();
+    bool handleFolderEvent(const Inotify::Event& event);
+    void handleMove(const Inotify::Event& event, const std::string& folder, const std::string& name);
+    void resolveDepartures();
 
     TreeWatch& m_watch;
     TreeScan& m_scan;

@@ -25,9 +25,9 @@ Q_SIGNALS:
     void stirred();
 
 private:
-    void look();
-    QStringList foldersAbove() const;
-    void watchFoldersAbove();
+    void checkFolders();
+    QStringList existingParentFolders() const;
+    void watchParentFolders();
 
     QStringList m_folders;
     QFileSystemWatcher m_watcher;

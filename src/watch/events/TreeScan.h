@@ -27,9 +27,9 @@ public:
     /// Checks a folder. Schedules reading it if it was unknown or `again` is set.
     TreeWatch::Found enter(int parent, const std::string& name, Report report, bool again = false);
 
-    void readTree(Report report) { m_waiting.push_back({m_watch.root(), report}); }
+    void readTree(Report report) { m_pending.push_back({m_watch.root(), report}); }
 
-    bool hasWork() const { return m_reader || !m_known.empty() || !m_waiting.empty(); }
+    bool hasWork() const { return m_reader || !m_known.empty() || !m_pending.empty(); }
     /// Continues until the deadline has passed or the batch is full.
     void work(const QDeadlineTimer& deadline);
 
@@ -45,8 +45,8 @@ private:
 
     TreeWatch& m_watch;
     EventBatch& m_batch;
-    timespec m_made = {};
-    std::vector<Task> m_waiting;
+    timespec m_createdAt = {};
+    std::vector<Task> m_pending;
     /// The folder being read; its path may change between two slices.
     Task m_task = {};
     std::string m_path;

@@ -44,7 +44,7 @@ public:
     void forget(int watch);
     /// Handles the kernel's removal of a watch.
     void forgetRemoved(int watch);
-    bool hasToRemove() const { return !m_leaving.empty(); }
+    bool hasToRemove() const { return !m_pendingRemovals.empty(); }
     /// Removes some of the pending watches. Each removal causes an event: all at once they would overflow the
     /// kernel's queue.
     void removeSome();
@@ -63,8 +63,8 @@ private:
     int m_root = PathTree::kNone;
     dev_t m_rootDevice = 0;
     ino_t m_rootNode = 0;
-    std::unordered_set<int> m_leaving;
+    std::unordered_set<int> m_pendingRemovals;
     std::set<std::string> m_unreadable;
-    bool m_limitTold = false;
+    bool m_isLimitReported = false;
     QStringList m_problems;
 };

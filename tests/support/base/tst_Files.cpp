@@ -48,7 +48,7 @@ private Q_SLOTS:
         QCOMPARE(files::uniqueFile(home.write("movie")), home.path("movie-0."));
     }
 
-    void aDanglingLinkTakesItsName() {
+    void brokenLinkOccupiesItsName() {
         const TestHome home;
         QVERIFY(QFile::link(home.path("nowhere"), home.path("movie.mp4")));
         QCOMPARE(files::uniqueFile(home.path("movie.mp4")), home.path("movie-0.mp4"));
@@ -123,7 +123,7 @@ private Q_SLOTS:
         QCOMPARE(size(home.write("movie.mkv", "movie")), 5U);
     }
 
-    void temporaryPlacesArePrivate() {
+    void temporaryFilesArePrivate() {
         const QString file = files::makeTempFilepath("txt");
         const QString folder = files::makeTempDirectory();
         const auto removed = qScopeGuard([&] { QFile::remove(file), QDir().rmdir(folder); });

@@ -26,7 +26,7 @@ class LogTest : public QObject {
     }
 
 private Q_SLOTS:
-    /// First, since the positions count through the whole run.
+    /// Must run first: the positions count through the whole run.
     void ringsOverwriteTheirOldest() {
         const TestHome home;
         for (int i = 0; i < 10; ++i)
@@ -69,7 +69,7 @@ private Q_SLOTS:
         for (int i = 0; i < 300; ++i)
             logError("Error: number %i", i);
         QVERIFY(!QFile::exists(path));
-        // Sooner than usual changes, which are saved after five seconds.
+        // Earlier than normal changes, which are saved after five seconds.
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(path), 4000);
         QVERIFY(files::contents(path)->contains("Error: number 299"));
     }
@@ -123,7 +123,7 @@ private Q_SLOTS:
             fatal({});
         }) << QByteArray("Info: last words");
         QTest::newRow("problem report") << End([](TestHome& home) {
-            home.presenter.answer.response = kAlertSecondButton;  // A mail to support would save, too.
+            home.presenter.answer.response = kAlertSecondButton;  // No mail, which would save, too.
             alert_feedback_fatal("name", "details");
         }) << QByteArray("Alert: Fatal Error");
         QTest::newRow("no folder") << End([](TestHome& home) {

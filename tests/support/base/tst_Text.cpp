@@ -71,7 +71,7 @@ private Q_SLOTS:
     void reportsAreStrictUtf8() { QVERIFY(!text::fromUtf8("Gr\xfc\xdf")); }
 
     void durations() {
-        QCOMPARE(text::formattedTimeFromTimeInterval(59.9), "59s");  // Cut, not rounded.
+        QCOMPARE(text::formattedTimeFromTimeInterval(59.9), "59s");  // Truncated, not rounded.
         QCOMPARE(text::formattedTimeFromTimeInterval(61), "1m 1s");
         QCOMPARE(text::formattedTimeFromTimeInterval(18000), "300m 0s");
         QCOMPARE(text::formattedTimeFromTimeInterval(0), "0s");

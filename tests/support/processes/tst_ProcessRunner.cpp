@@ -35,7 +35,7 @@ private Q_SLOTS:
                  "a b|$HOME|*|'\"|| ");
     }
 
-    void aChildThatFillsBothPipesIsNotStuck() {
+    void fullPipesDoNotBlockTheChild() {
         const auto text = runAsTask(
             shell("head -c 300000 /dev/zero | tr '\\0' e >&2; head -c 300000 /dev/zero | tr '\\0' o"));
         QCOMPARE(text->size(), 600001);
@@ -80,7 +80,7 @@ private Q_SLOTS:
     void timeLimit() {
         QProcess quick;
         quick.start("/bin/true", QStringList());
-        for (int i = 0; i < 2; ++i)  // The second time it has ended before.
+        for (int i = 0; i < 2; ++i)  // The second time, it has already exited.
             QVERIFY(!waitUntilExitWithTimeout(quick, 60));
         QProcess slow;
         slow.start("/bin/sleep", {"60"});
@@ -97,7 +97,7 @@ private Q_SLOTS:
         QVERIFY(!readInt(buffer));
     }
 
-    /// Last: an interruption is for good.
+    /// Must run last: an interruption is permanent.
     void interruptionEndsAWait() {
         std::thread interrupting([] { childprocess::interruptWaits(); });
         QVERIFY(runAsTaskWithTerminationStatus({"/bin/sleep", "60"}, nullptr, Polling::On));

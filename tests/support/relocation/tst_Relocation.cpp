@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kLatencyMilliseconds = 50;
 
-/// An application folder, and what came of its restart.
+/// An application folder, and the record of its restarts.
 struct Place : TestHome {
     explicit Place(int latencyMilliseconds = kLatencyMilliseconds) {
         write("disk/app/bin/program");
@@ -38,7 +38,7 @@ struct Place : TestHome {
     }
 
     bool startsAnew = true;
-    QStringList restarts;  ///< The new path when it gave way, and when it was launched.
+    QStringList restarts;  ///< The new path at giveWay and at launch.
     std::unique_ptr<PXAppMovedHandler> handler;
 };
 
@@ -64,7 +64,7 @@ private Q_SLOTS:
         QCOMPARE(point(other + moved), "/media/my disk\\");
         QCOMPARE(point(other + again), "/media/b");
         QCOMPARE(point(moved + again), "/media/my disk\\");
-        QCOMPARE(point(other), "");  // Detached, and its number given anew.
+        QCOMPARE(point(other), "");  // Unmounted, and its identifier reused.
         QCOMPARE(point("\n36 22 8:17\n\\04"), "");
     }
 
@@ -82,14 +82,14 @@ private Q_SLOTS:
         QCOMPARE(pathAfter(""), "");
     }
 
-    void onlyAMoveAndNothingElseCounts_data() {
+    void onlyMovesCount_data() {
         const Table<quint32, bool> row("flags", "counts");
         row("move", MoveWatch::flagsOf(IN_MOVE_SELF | IN_ISDIR), true);
         row("move and unmount", MoveWatch::flagsOf(IN_MOVE_SELF | IN_UNMOUNT), false);
         row("move and loss of events", MoveWatch::flagsOf(IN_MOVE_SELF | IN_Q_OVERFLOW), false);
         row("nothing", MoveWatch::flagsOf(IN_IGNORED), false);
     }
-    void onlyAMoveAndNothingElseCounts() {
+    void onlyMovesCount() {
         const auto [flags, counts] = fetch<quint32, bool>("flags", "counts");
         const Place place(1'000'000);
         place.move("disk/app", "app");
@@ -109,7 +109,7 @@ private Q_SLOTS:
         const QString& newPath = fromToAndNewPath[2];
         Place place;
         place.startsAnew = startsAnew;
-        // While the user thinks, the tool is found, and a further move is followed but not told.
+        // While the alert is open, the tool is found, and a further move is followed but not reported.
         QString resources;
         place.presenter.whileShown = [&] {
             if (place.presenter.shown.size() > 1) return;
@@ -127,7 +127,7 @@ private Q_SLOTS:
         QCOMPARE(place.told(), told);
     }
 
-    void movedAwayAndBackIsNoMove() {
+    void movingAwayAndBackIsIgnored() {
         const Place place;
         place.move("disk/app", "a");
         place.move("a", "disk/app");

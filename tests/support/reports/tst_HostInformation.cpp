@@ -28,7 +28,7 @@ private Q_SLOTS:
         };
         QVERIFY(isTranslated(0, 1));
         QVERIFY(!isTranslated(0, 0));
-        QVERIFY(!isTranslated(ENOENT, 0) && logged().isEmpty());  // This processor knows of none.
+        QVERIFY(!isTranslated(ENOENT, 0) && logged().isEmpty());  // This processor has no such setting.
         QVERIFY(!isTranslated(EPERM, 1));
         QVERIFY(logged().join(' ').contains("Error:    sysctl.proctranslated returned 1"));
     }
@@ -37,11 +37,11 @@ private Q_SLOTS:
         const auto others = [](const QString& who) { return hostrules::otherUsers(who, "me"); };
         QCOMPARE(others(""), QStringList());
         QCOMPARE(others("me console Nov 1\nanna console Nov 2\n"), QStringList{"anna"});
-        // A name around mine.
+        // A name that contains mine.
         QCOMPARE(others("me2 console Nov 1\nanna console Nov 2 (me)\n"), QStringList());
         QCOMPARE(others("anna tty2   2026-11-01 09:00\nbob   :1   2026-11-01 09:00 (:1)\n"),
                  (QStringList{"anna", "bob"}));
-        // From elsewhere, and without a terminal.
+        // Remote users, and users without a terminal.
         QCOMPARE(others("a pts/0 09:00 (10.0.0.7)\nb ttyS0 09:00\nc ttys001 09:00\nd seat0 09:00\n"),
                  QStringList());
         QCOMPARE(others("anna\n tty2\n"), QStringList());
@@ -86,7 +86,7 @@ private Q_SLOTS:
             return hostrules::hasDefaultRoute("Iface\tDestination\tGateway\tFlags\n" + row + '\n');
         };
         QVERIFY(isOnline("eth0\t00000000\t010200C0\t0003\t0\t0\t0\t00000000\t0\t0\t0"));
-        // Rejecting ones, up or not; the own network; one that is cut off.
+        // Rejecting routes, up or not; the own network; a truncated line.
         for (const char* row :
              {"*\t00000000\t00000000\t0200\t0\t0\t0\t00000000\t0\t0\t0",
               "*\t00000000\t00000000\t0201\t0\t0\t0\t00000000\t0\t0\t0",
@@ -170,7 +170,7 @@ private Q_SLOTS:
     }
 
     void volumes() {
-        // Every visible volume's own mark against the flag that is asked for.
+        // Compares the read-only flag with that of every visible volume.
         const auto volumes = QStorageInfo::mountedVolumes();
         for (const QStorageInfo& volume : volumes)
             QCOMPARE(hostrules::isOnReadOnlyVolume(volume.rootPath()), volume.isReadOnly());
@@ -184,7 +184,7 @@ private Q_SLOTS:
         QCOMPARE(hostrules::localName(""), "");
     }
 
-    void thisMachineAnswers() {
+    void thisMachine() {
         QVERIFY(PXHostInformation::runningProcesses().contains(QCoreApplication::applicationFilePath()));
         QVERIFY(PXHostInformation::ipName().endsWith(".local"));
         QVERIFY(PXHostInformation::ipAddress(false).count(u'.') == 3);

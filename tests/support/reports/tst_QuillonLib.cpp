@@ -88,7 +88,7 @@ private Q_SLOTS:
         const QuillonLib& library = QuillonLib::shared();
         for (const int choice : {0, 4, 7})
             library.openURL(choice);
-        QVERIFY(home.desktop.opened.isEmpty());  // Of these pages there is none.
+        QVERIFY(home.desktop.opened.isEmpty());  // These pages do not exist.
         library.openURL(6);
         QCOMPARE(home.desktop.opened.takeFirst(), QUrl("https://filehorse.example/ravelin/"));
         library.openURL(3);

@@ -19,7 +19,7 @@ class SettingsStoreTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void valuesComeBackAsWhatTheyWere_data() {
+    void valuesKeepTheirTypes_data() {
         const Table<QVariant> row("value");
         row("integer", QVariant(qint64{9007199254740993}));
         row("negative", QVariant(qint64{-1}));
@@ -34,7 +34,7 @@ private Q_SLOTS:
         row("dictionary", QVariant(QVariantMap{{"a", qint64{1}}, {"b", QVariantList{2.5}}}));
         row("dictionary that looks marked", QVariant(QVariantMap{{"$data", "not data"}}));
     }
-    void valuesComeBackAsWhatTheyWere() {
+    void valuesKeepTheirTypes() {
         QFETCH(QVariant, value);
         const QVariantMap map = settingsfile::decoded(settingsfile::encoded({{"key", value}})).value();
         QCOMPARE(map["key"].metaType(), value.metaType());
@@ -42,7 +42,7 @@ private Q_SLOTS:
     }
 
     void coercion_data() {
-        // A null text: there is none.
+        // A null text: no value.
         const Table<QVariant, qint64, float, QString> row("value", "integer", "real", "text");
         row("missing", QVariant(), 0, 0.0F, {});
         row("number", QVariant(qint64{7}), 7, 7.0F, "7");
@@ -124,10 +124,10 @@ private Q_SLOTS:
         QCOMPARE(result.object("second").toInt(), 2);
         QCOMPARE(result.object("shared").toString(), "new");
         QVERIFY(!result.object("removed").isValid());
-        QCOMPARE(first.object("shared").toString(), "new");  // What the other one wrote is taken over.
+        QCOMPARE(first.object("shared").toString(), "new");  // The other store's value is read.
     }
 
-    void damagedFileIsKeptAside() {
+    void damagedFileIsRenamed() {
         for (const QByteArray& bytes :
              {QByteArray("{\"a\": 1, \"b"), QByteArray(""), QByteArray("[1]"), QByteArray("\0\x01\xff", 3)}) {
             const TestHome home;
@@ -141,7 +141,7 @@ private Q_SLOTS:
         }
     }
 
-    void unwritablePlace() {
+    void unwritableFolder() {
         const TestHome home;
         home.write("file");
         SettingsStore store(home.path("file/store.json"));
@@ -152,8 +152,8 @@ private Q_SLOTS:
         QVERIFY(store.hasChanges());
     }
 
-    /// Whatever moment the process is killed at, the file is an old or a new one, whole. The child says when
-    /// it is done with one, and goes on with the next until it is killed.
+    /// Whenever the process is killed, the file is a complete old or new one. The child reports each finished
+    /// write, and continues until it is killed.
     void killedWhileWriting() {
         const TestHome home;
         const QString path = home.path("store.json");
@@ -178,7 +178,7 @@ private Q_SLOTS:
             QVERIFY(map);
             QCOMPARE((*map)["long"].toString().size(), 20000);
         }
-        SettingsStore after(path);  // The lock that the killed one held is no obstacle.
+        SettingsStore after(path);  // The killed process's lock was released.
         after.setObject("key", 1);
         QVERIFY(after.synchronise());
     }
@@ -199,7 +199,7 @@ private Q_SLOTS:
         QCOMPARE(settingsfile::decoded(files::contents(store.filePath()).value())->size(), 200);
     }
 
-    void changesAreToldOnceUntilTheyAreSaved() {
+    void changesAreReportedOnceUntilSaved() {
         const TestHome home;
         SettingsStore store(home.path("store.json"));
         int told = 0;
