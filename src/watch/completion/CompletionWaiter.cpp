@@ -12,7 +12,7 @@ using WaitsFor = completion::Rule::WaitsFor;
 
 namespace {
 
-/// A turn ends after the file check during which this time passes, to keep the event loop responsive.
+/// A slice ends after the file check during which this time passes, to keep the event loop responsive.
 constexpr milliseconds kSliceLength = 5ms;
 
 }  // namespace
