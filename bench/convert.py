@@ -1,6 +1,6 @@
 """Times ravelin-cli against the bare tool commands that it runs. Usage: convert.py RAVELIN_CLI
 
-Every figure is the median of pairs (ours, bare) taken in turn, so that a machine whose speed drifts does not matter.
+Each figure is the median of alternating pairs (ours, bare), so that changes of the machine's speed cancel out.
 """
 import json
 import os
@@ -40,7 +40,7 @@ def convert(movie, output):
 
 
 def bare_commands(movie, output):
-    """The commands that a conversion starts, as one run of it tells them."""
+    """The commands that a conversion starts, as reported by one run."""
     events = subprocess.run([CLI, "convert", "--json", "--style", "fast", "--output", output, movie],
                             capture_output=True, text=True, check=True).stdout.splitlines()
     started = next(e for e in map(json.loads, events) if e["event"] == "started")
@@ -78,7 +78,7 @@ def peak_memory(pid):
 
 
 def batch(folder, clip, count):
-    """Memory over a batch, and what queueing a movie costs at its begin and at its end."""
+    """Memory during a batch, and the cost of queueing a movie at its beginning and at its end."""
     movies = folder / "batch"
     movies.mkdir()
     for number in range(count):

@@ -1,4 +1,4 @@
-// The least that a program with a window can be.
+// The smallest Qt program with a window, for comparison.
 #include <QApplication>
 #include <QMainWindow>
 

@@ -1,6 +1,6 @@
-"""What it costs to watch a folder. Usage: watch.py RAVELIN_CLI [SECONDS]
+"""Measures the costs of watching a folder. Usage: watch.py RAVELIN_CLI [SECONDS]
 
-SECONDS is how long it is left alone on a tree of 20,000 folders (default 60; the figures are for a minute).
+SECONDS is the idle time on a tree of 20,000 folders (default 60; the figures are per minute).
 """
 import json
 import os
@@ -57,7 +57,7 @@ class Watch:
         return total
 
     def memory(self, kind):
-        """In MiB. Anonymous is the process's own; Pss is also what others share with it just then."""
+        """In MiB. Anonymous is private memory; Pss includes a share of the memory shared with other processes."""
         text = Path(f"/proc/{self.process.pid}/smaps_rollup").read_text()
         return int(next(line for line in text.splitlines() if line.startswith(kind + ":")).split()[1]) / 1024
 

@@ -1,6 +1,6 @@
-// Linked into a program with windows: notes when its first window is painted and what it costs, and how long
-// the event loop lets others wait. BENCH_BEGIN holds the monotonic clock's nanoseconds of the start,
-// BENCH_SECONDS how long to watch after that. Prints one JSON object and ends the program.
+// Linked into a program with windows: measures when its first window is painted, its memory, and how long the
+// event loop is blocked. BENCH_BEGIN is the start time in nanoseconds of the monotonic clock, BENCH_SECONDS
+// the duration of the measurement. Prints one JSON object and ends the program.
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QFile>
@@ -37,7 +37,7 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override {
         const auto* widget = qobject_cast<QWidget*>(watched);
         if (event->type() != QEvent::Paint || !widget || !widget->isWindow() || m_paintedAt > 0) return false;
-        // When the paint is on its way to the display server.
+        // Measured after the paint was sent to the display server.
         m_paintedAt = -1;
         QTimer::singleShot(0, this, [this] {
             m_paintedAt = millisecondsSinceBegin();
@@ -50,9 +50,8 @@ public:
 private:
     void begin() {
         m_sinceTick.start();
-        connect(&m_tick, &QTimer::timeout, this, [this] {
-            m_longestGap = std::max(m_longestGap, m_sinceTick.restart());
-        });
+        connect(&m_tick, &QTimer::timeout, this,
+                [this] { m_longestGap = std::max(m_longestGap, m_sinceTick.restart()); });
         m_tick.start(1);
         const double seconds = qEnvironmentVariable("BENCH_SECONDS").toDouble();
         QTimer::singleShot(static_cast<int>(seconds * 1000), this, [this] {

@@ -1,7 +1,7 @@
-"""Costs of the window beside an empty Qt window, on the display it is started on. Usage: window.py BIN_FOLDER
+"""Measures the costs of the window relative to an empty Qt window, on the current display. Usage: window.py BIN_FOLDER
 
-Every figure is the median of pairs (ours, empty) taken in turn; the longest gap between two turns of the event loop is
-taken while a thousand movies come in.
+Each figure is the median of alternating pairs (ours, empty); the longest gap between two iterations of the event loop
+is measured while a thousand movies are added.
 """
 import json
 import os

@@ -80,7 +80,7 @@ void PXApplicationDelegate::showRatingWindow(QString feedbackText, qint32 feedba
     if (!m_ratingWindowController) {
         m_ratingWindowController = std::make_unique<PXRatingWindowController>();
         m_ratingWindowController->setCloseBlock([self = QPointer(this)] {
-            // It is one of its own methods that calls.
+            // Delete it later: one of its own methods is the caller.
             if (self && self->m_ratingWindowController)
                 self->m_ratingWindowController.release()->deleteLater();
         });

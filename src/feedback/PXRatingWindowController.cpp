@@ -45,7 +45,7 @@ PXRatingWindowController::ReviewButton PXRatingWindowController::reviewButton(
 }
 
 PXRatingWindowController::ReviewButton PXRatingWindowController::appStoreButton() const {
-    // The blanks leave room for the icon.
+    // The blanks reserve space for the icon.
     return reviewButton("StoreProductPage", "AlternativetoProductPage",
                         RAVELIN_TEXT("    Rate on AlternativeTo"), "icon-appstore", "icon-alternativeto");
 }

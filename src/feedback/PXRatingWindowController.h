@@ -5,8 +5,8 @@
 
 #include <functional>
 
-/// What the rating window says and does; the window itself only shows it. First it asks for the mood, then it
-/// points to review pages or offers a mail to support. Main thread only.
+/// The state and the actions of the rating window, which only shows them. It first asks for the user's mood,
+/// then offers review pages or a mail to support. Main thread only.
 class PXRatingWindowController : public QObject {
     Q_OBJECT
 
@@ -16,20 +16,20 @@ public:
     enum class View { Initial, Happy, Angry };
 
     struct ReviewButton {
-        QString title;  ///< Empty: the one of the interface file.
+        QString title;  ///< Empty: the title in the interface file.
         QString icon;   ///< Name of a symbolic icon.
         bool isEnabled = true;
     };
 
-    /// An address or text of the application's information file; empty: there is none.
+    /// Returns an address or text of the application's information file; empty: none.
     using PageLookup = std::function<QString(const char* key)>;
-    /// Where the buttons lead: one of the maker's pages by its number, and a mail to support.
+    /// What the buttons open: one of the vendor's pages by its number, and a mail to support.
     struct Actions {
         std::function<void(int choice)> openURL;
         std::function<void(const QString& text)> sendSupportRequestMail;
     };
 
-    /// With the application's own pages and mails.
+    /// Uses the application's own pages and mails.
     PXRatingWindowController();
     PXRatingWindowController(PageLookup page, Actions actions);
 
@@ -38,11 +38,11 @@ public:
     const QString& introText() const { return m_introText; }
     void setIntroText(const QString& text);
 
-    /// Disabled where the application has no such page.
+    /// Disabled if the application has no such page.
     ReviewButton appStoreButton() const;
     ReviewButton macUpdateButton() const;
 
-    /// Run once, when the window closes.
+    /// Sets the block that is called once, when the window closes.
     void setCloseBlock(std::function<void()> block) { m_closeBlock = std::move(block); }
 
     void happyClicked();
@@ -53,10 +53,10 @@ public:
     void rateappstoreClicked();
     void ratemacupdateClicked();
     void sendfeedbackClicked(const QString& text);
-    /// Closes, then has the user confirm that they are never asked again.
+    /// Closes the window, then asks the user to confirm that they are never asked again.
     void dontshowClicked();
 
-    /// The window tells that it closes, by whatever means.
+    /// To be called by the window when it closes for any reason.
     void windowWillClose();
 
 Q_SIGNALS:

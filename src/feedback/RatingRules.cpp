@@ -4,7 +4,7 @@ namespace rating {
 
 bool isDue(const History& history, qint64 threshold, const QDateTime& now) {
     if (history.dontAskAgain || history.versionHasAsked || history.usagesOfVersion < threshold) return false;
-    // Milliseconds: secsTo() cuts the fraction off.
+    // Milliseconds, because secsTo() truncates.
     return !history.lastAsked.isValid() || history.lastAsked.msecsTo(now) > kSecondsBetweenQuestions * 1000;
 }
 

@@ -2,11 +2,11 @@
 
 #include <QDateTime>
 
-/// When the user is asked how they like the application: at most once for each version, rarely, and never
-/// again after they turned it off.
+/// When to ask the user for a rating: at most once per version, rarely, and never after they turned it off.
+/// Callable from any thread.
 namespace rating {
 
-/// Between two questions, whatever versions came meanwhile: 98 days.
+/// The minimum time between two questions, independent of versions: 98 days.
 inline constexpr qint64 kSecondsBetweenQuestions = 8'467'200;
 
 struct History {
@@ -16,7 +16,7 @@ struct History {
     QDateTime lastAsked;  ///< Invalid: never.
 };
 
-/// Whether to ask now by itself, the version having been used `threshold` times or more.
+/// Whether to ask now without a request; requires `threshold` usages of this version.
 bool isDue(const History& history, qint64 threshold, const QDateTime& now);
 
 /// Whether the user knows the application well enough to rate it. A minimum below 1: never.

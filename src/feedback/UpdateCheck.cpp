@@ -32,14 +32,14 @@ std::optional<qint32> buildNumber(QStringView build) {
 
 namespace {
 
-// None of these texts is translated.
+// These texts are not translated.
 
-void tellFailure() {
+void showFailure() {
     alert("Update Check Failed",
           "The update-check failed - please check your internet connection and try again.", "OK");
 }
 
-void tellUpdate(const QString& version, qint32 build) {
+void showUpdate(const QString& version, qint32 build) {
     const QString message = makeString(
         "An Update is available! You have version '%@ (%i)' but the newest version is '%@ (%i)'. Please use our 'Fettle' to update to the newest version - it can also update your other apps!",
         ApplicationInfo::version(), ApplicationInfo::buildNumber(), version, build);
@@ -47,14 +47,14 @@ void tellUpdate(const QString& version, qint32 build) {
         sharedDesktop().openUrl(QUrl(ApplicationInfo::value("FettleHomepage")));
 }
 
-void tell(const QString& feed) {
+void showResult(const QString& feed) {
     const auto text = feed::attribute(feed, u"sparkle:version");
     const auto build = text ? feed::buildNumber(*text) : std::nullopt;
     if (!build) {
-        tellFailure();
+        showFailure();
     } else if (*build > ApplicationInfo::buildNumber()) {
-        // An item without a version of its own for people is known by its build.
-        tellUpdate(feed::attribute(feed, u"sparkle:shortVersionString").value_or(*text), *build);
+        // An item without a readable version is named by its build.
+        showUpdate(feed::attribute(feed, u"sparkle:shortVersionString").value_or(*text), *build);
     } else {
         alert("No Update Available", "This app is fully up-to-date.", "Cool");
     }
@@ -64,13 +64,13 @@ void tell(const QString& feed) {
 
 void checkForUpdates(const Fetcher& fetcher) {
     static bool isUnderWay = false;
-    if (isUnderWay) return;  // Events are handled while the feed and the user are waited for.
+    if (isUnderWay) return;  // The waits below run the event loop.
     const QScopedValueRollback guard(isUnderWay, true);
     const download::Page page = fetcher(QUrl(ApplicationInfo::value("SUFeedURL")));
     if (page.isAbandoned) return;
     if (const auto feed = page.text()) {
-        tell(*feed);
+        showResult(*feed);
     } else {
-        tellFailure();
+        showFailure();
     }
 }

@@ -8,23 +8,22 @@
 #include <functional>
 #include <optional>
 
-/// Asks the maker's feed whether a newer build exists, and tells the user. Nothing is downloaded or installed
-/// beyond the feed: updating is the work of a program of its own, "Fettle". Only when the user asks; there is
-/// no periodic check.
+/// Checks the vendor's feed for a newer build and shows the result to the user. Downloads only the feed:
+/// another program, "Fettle", installs updates. Runs only on the user's command; there is no periodic check.
 
-/// What is read in an appcast, whose newest item comes first.
+/// Parses an appcast, whose newest item is the first. Callable from any thread.
 namespace feed {
 
-/// What the first attribute of this name says: the text between its quotes. Nothing: it is not there.
+/// The value of the first attribute of this name: the text between its quotes. Null: there is none.
 std::optional<QString> attribute(QStringView feed, QStringView name);
-/// The build as a number; empty text is build 0, and a number beyond 32 bits the largest that there is.
-/// Nothing: there is something else than the digits 0 to 9.
+/// The build as a number; empty text is build 0, and a number beyond 32 bits becomes the largest one. Null if
+/// there are other characters than the digits 0 to 9.
 std::optional<qint32> buildNumber(QStringView build);
 
 }  // namespace feed
 
 using Fetcher = std::function<download::Page(const QUrl&)>;
 
-/// `fetcher` is handed the address of the feed on the maker's site. Returns when the user has answered; main
-/// thread only. While one check is under way, another does nothing.
+/// `fetcher` receives the address of the feed on the vendor's site. Blocks until the user has answered; main
+/// thread only. Does nothing while another check is running.
 void checkForUpdates(const Fetcher& fetcher);

@@ -15,17 +15,17 @@ namespace {
 constexpr quint64 kHeader = 0x1A45DFA3;
 constexpr quint64 kSegment = 0x18538067;
 constexpr quint64 kVoid = 0xEC;
-constexpr int kElementsBeforeSegment = 16;  // A header and some padding; more is no movie.
+constexpr int kElementsBeforeSegment = 16;  // A header and some padding; a movie has no more.
 
-using Bytes = std::array<unsigned char, 12>;  // The longest id and the longest size.
+using Bytes = std::array<unsigned char, 12>;  // Sum of the maximum lengths of an id and a size.
 
 struct Number {
     quint64 value = 0;
     unsigned length = 0;
 };
 
-/// The first byte's leading zeros tell how many bytes follow. An id is told with the marker bit, a size
-/// without.
+/// The number of leading zero bits in the first byte is the number of following bytes. An id includes the
+/// marker bit, a size does not.
 Number numberAt(const Bytes& bytes, unsigned offset, bool withMarker) {
     const unsigned char first = bytes.at(offset);
     const auto length = static_cast<unsigned>(std::countl_zero(first)) + 1;

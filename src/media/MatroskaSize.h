@@ -6,10 +6,10 @@
 
 namespace matroska {
 
-/// The size in bytes that a Matroska file has at least when it is whole: where its segment ends, as the
-/// segment's own header declares it, or, while that header is not there yet, one byte more than there is.
-/// Nothing for any other file, and where the writer left the segment's size open. Reads a few bytes; a file
-/// that is no regular file does not block.
+/// The minimum size in bytes of the complete Matroska file: the end of its segment as declared in the
+/// segment's header, or, if that header was not written yet, one byte more than the current size. Null for
+/// other files, and if the writer left the segment's size open. Reads a few bytes; does not block on FIFOs or
+/// devices. Callable from any thread.
 std::optional<quint64> declaredSize(const QString& path);
 
 }  // namespace matroska

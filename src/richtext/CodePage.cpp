@@ -49,7 +49,7 @@ int codePageOfCharset(int charset, int ofDocument) {
 }
 
 QString CodePages::decode(QByteArrayView bytes, int codePage) {
-    // All of these code pages hold ASCII as it is.
+    // All of these code pages are supersets of ASCII.
     if (std::ranges::all_of(bytes, [](char byte) { return static_cast<signed char>(byte) >= 0; }))
         return QString::fromLatin1(bytes);
     if (codePage == kSymbolCodePage) return decodedSigns(bytes);
@@ -59,7 +59,7 @@ QString CodePages::decode(QByteArrayView bytes, int codePage) {
     if (decoder == m_decoders.end())
         decoder = m_decoders.emplace(known->codePage, QStringDecoder(known->name)).first;
     if (!decoder->second.isValid()) return QString::fromLatin1(bytes);
-    decoder->second.resetState();  // Of half a character at the end of the last text.
+    decoder->second.resetState();  // Drops half a character at the end of the previous text.
     return decoder->second.decode(bytes);
 }
 

@@ -9,20 +9,20 @@
 namespace richtext {
 
 constexpr int kWesternCodePage = 1252;
-/// Of fonts that show signs where others have letters; of these only bullets are known.
+/// Code page of symbol fonts; only bullets are decoded.
 constexpr int kSymbolCodePage = 42;
 
-/// The code page of a font by its character set; `ofDocument` where the font does not decide.
+/// The code page for a font's character set; `ofDocument` if the character set implies none.
 int codePageOfCharset(int charset, int ofDocument);
 
-/// Turns bytes in Windows' code pages into text. What they do not define becomes U+FFFD or a control
-/// character; a code page that is not known is taken for the western one.
+/// Decodes bytes in Windows code pages. Undefined bytes become U+FFFD or a control character; an unknown code
+/// page is decoded as the western one. Each instance is for one thread.
 class CodePages {
 public:
     QString decode(QByteArrayView bytes, int codePage);
 
 private:
-    std::map<int, QStringDecoder> m_decoders;  ///< Costly to make, and rich text changes often.
+    std::map<int, QStringDecoder> m_decoders;  ///< Cached: expensive to create, and rich text switches often.
 };
 
 }  // namespace richtext

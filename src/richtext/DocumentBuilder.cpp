@@ -10,7 +10,7 @@ bool isBullet(QChar c) {
     return QStringView(u"\u2022\u25E6\u25AA\u25AB\u25CF\u25CB\u25A0\u2023\u2043\u00B7").contains(c);
 }
 
-/// The gap behind a bullet, of which one belongs to the list and not to the text.
+/// The separator after a bullet, which belongs to the list and not to the text.
 bool isGap(QChar c) {
     return c == u'\t' || c.isSpace();
 }
@@ -35,7 +35,7 @@ void DocumentBuilder::endParagraph(const ParagraphStyle& style) {
     m_paragraph.style = style;
     const QString label = std::exchange(m_label, {}).trimmed();
     if (label.isEmpty())
-        takeBulletFromText();
+        extractBulletFromText();
     else if (label.size() == 1 && (isBullet(label.front()) || QStringView(u"-\u2013o").contains(label)))
         m_paragraph.isListItem = true;
     else
@@ -44,7 +44,7 @@ void DocumentBuilder::endParagraph(const ParagraphStyle& style) {
     m_linksBefore = m_document.links.size();
 }
 
-void DocumentBuilder::takeBulletFromText() {
+void DocumentBuilder::extractBulletFromText() {
     if (m_paragraph.runs.isEmpty()) return;
     QString& text = m_paragraph.runs.first().text;
     qsizetype start = 0;
@@ -68,7 +68,7 @@ void DocumentBuilder::putBeforeText(const QString& label) {
 
 Document DocumentBuilder::finish(const ParagraphStyle& style) {
     if (!m_paragraph.runs.isEmpty() || !m_label.isEmpty()) endParagraph(style);
-    // Nothing is gained by a page that ends in blank lines.
+    // Remove trailing blank lines.
     QList<Paragraph>& paragraphs = m_document.paragraphs;
     while (!paragraphs.isEmpty() && paragraphs.constLast().runs.isEmpty())
         paragraphs.removeLast();

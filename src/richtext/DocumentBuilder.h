@@ -4,23 +4,24 @@
 
 namespace richtext {
 
-/// Puts runs and paragraphs together from text as it comes, and tells list items by their bullets.
+/// Builds runs and paragraphs from pieces of text, and detects list items by their bullets. Each instance is
+/// for one thread.
 class DocumentBuilder {
 public:
     void appendText(QStringView text, const TextStyle& style);
-    /// A bullet or a number that a list gave to the paragraph.
+    /// Appends the bullet or number that a list gives to the paragraph.
     void appendLabel(QStringView text) { m_label.append(text); }
     void endParagraph(const ParagraphStyle& style);
 
-    /// The index for TextStyle::link. A link ends with the paragraph in which it began: were it repeated in
-    /// each that its field holds, a long address would make the document grow faster than its source.
+    /// Returns the index for TextStyle::link. A link ends with the paragraph in which it began: repeating a
+    /// long address in each paragraph of its field would make the document grow faster than its source.
     int addLink(const QString& address);
 
-    /// `style` is that of the last paragraph, which nothing has to end.
+    /// `style` is that of the last paragraph, which may lack an end mark.
     Document finish(const ParagraphStyle& style);
 
 private:
-    void takeBulletFromText();
+    void extractBulletFromText();
     void putBeforeText(const QString& label);
 
     Document m_document;

@@ -6,7 +6,7 @@ namespace richtext {
 
 namespace {
 
-// Further than this is out of the page. In twips, and half points.
+// Limits of lengths on a page, in twips, and of sizes, in half points.
 constexpr int kWidest = 7200;
 constexpr int kHighestGap = 1440;
 constexpr int kSmallest = 8;

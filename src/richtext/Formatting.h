@@ -7,16 +7,16 @@
 
 namespace richtext {
 
-/// How text looks that comes next; each group has its own and gives back what was before it.
+/// The format of the following text; each group has its own, and its end restores the previous one.
 struct Format {
     TextStyle text;
     ParagraphStyle paragraph;
-    int font = -1;  ///< Its number; -1: the document's default.
+    int font = -1;  ///< Font number; -1: the document's default.
     bool isHidden = false;
 };
 
-/// Does what `word` asks for, which means `meaning`; words that are not for text or paragraphs change
-/// nothing.
+/// Applies the control word `word`, whose meaning is `meaning`; ignores words that do not format text or
+/// paragraphs. Callable from any thread.
 void apply(Meaning meaning, const Token& word, const ColorTable& colors, Format& format);
 
 }  // namespace richtext

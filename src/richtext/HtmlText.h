@@ -4,8 +4,8 @@
 
 namespace richtext {
 
-/// Appends `text` as it stands between tags or in an attribute: halves of characters replaced, without the
-/// characters that XML forbids and those that QTextDocument takes for marks of its own.
+/// Appends `text` escaped for element contents and attributes. Replaces unpaired surrogates and removes
+/// characters that XML forbids or that QTextDocument uses as its own markers. Callable from any thread.
 void appendEscaped(QString& html, QStringView text);
 
 }  // namespace richtext

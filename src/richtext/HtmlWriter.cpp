@@ -12,7 +12,7 @@ namespace {
 
 constexpr qsizetype kDeepestList = 8;
 
-/// The size of most of the text.
+/// The most frequent size, by characters.
 int bodyHalfPoints(const Document& document) {
     QHash<int, qsizetype> lengths;
     int most = TextStyle{}.halfPoints;
@@ -58,9 +58,10 @@ private:
             appendEscaped(m_html, run.text);
         }
         m_tags.close(m_html);
-        // Without it, nothing would be seen of a blank line.
+        // Makes a blank line visible.
         if (paragraph.runs.isEmpty()) m_html.append(u"<br/>");
-        if (!paragraph.isListItem) m_html.append(u"</p>");  // An item may hold a list.
+        if (!paragraph.isListItem)
+            m_html.append(u"</p>");  // A list item is closed later, as it may contain a list.
     }
 
     void appendAttributes(const Paragraph& paragraph) {
@@ -77,7 +78,7 @@ private:
         m_html.append(u'"');
     }
 
-    /// An item that stands further in than the one before begins a list within it.
+    /// An item with a larger indent than the previous one begins a nested list.
     void openItem(int indent) {
         closeLists(indent);
         const bool isFull = m_indents.size() >= kDeepestList;
@@ -89,7 +90,7 @@ private:
         }
     }
 
-    /// Closes the lists that stand further in than `indent`.
+    /// Closes the lists with a larger indent than `indent`.
     void closeLists(int indent) {
         while (!m_indents.isEmpty() && m_indents.constLast() > indent) {
             m_html.append(u"</li></ul>");
@@ -100,7 +101,7 @@ private:
     const Document& m_document;
     InlineTags m_tags;
     QString m_html;
-    QList<int> m_indents;  ///< Of the lists that are open.
+    QList<int> m_indents;  ///< Indents of the open lists.
 };
 
 }  // namespace

@@ -12,12 +12,12 @@ namespace {
 enum Level : size_t { kLink, kSpan, kUnderline, kItalic, kBold };
 constexpr std::array<QStringView, 5> kClosing{u"</a>", u"</span>", u"</u>", u"</i>", u"</b>"};
 
-// The parts of a span's key.
+// Bit fields of a span's key.
 constexpr quint64 kHasColor = 1ULL << 24U;
 constexpr quint64 kIsMonospaced = 1ULL << 25U;
 constexpr unsigned kSizeShift = 32;
 
-/// As web pages are checked for contrast.
+/// The relative luminance of the web's contrast guidelines.
 double luminance(quint32 color) {
     const auto linear = [color](unsigned shift) {
         const double share = static_cast<double>(color >> shift & 0xFFU) / 0xFF;
@@ -106,7 +106,7 @@ void InlineTags::appendSpan(QString& html, quint64 key) const {
 
 bool InlineTags::isReadable(quint32 color) const {
     if (!m_look.background) return true;
-    constexpr double kLeastContrast = 3;  // What the web asks of large text.
+    constexpr double kLeastContrast = 3;  // The web guidelines' minimum for large text.
     const auto [darker, lighter] = std::minmax({luminance(color), m_background});
     return (lighter + 0.05) / (darker + 0.05) >= kLeastContrast;
 }

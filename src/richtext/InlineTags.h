@@ -6,19 +6,19 @@
 
 namespace richtext {
 
-/// The tags around the runs of a paragraph. Neighbours stay within the tags that they have in common, so that
-/// a long address stands there once.
+/// Writes the tags around the runs of a paragraph. Adjacent runs share common tags, so that a long address is
+/// written once. Each instance is for one thread.
 class InlineTags {
 public:
-    /// Runs of `bodyHalfPoints` get no size of their own. `document` outlives the tags.
+    /// Runs of the size `bodyHalfPoints` get no explicit size. `document` must outlive this.
     InlineTags(const Document& document, const HtmlLook& look, int bodyHalfPoints);
 
-    /// Appends what has to be closed and opened before text of this style.
+    /// Appends the closing and opening tags before text of this style.
     void change(QString& html, const TextStyle& style);
     void close(QString& html);
 
 private:
-    /// What tells the tags of a level apart, from the outermost to the innermost; 0: none.
+    /// The key of the open tag per level, from the outermost to the innermost; 0: no tag.
     using Levels = std::array<quint64, 5>;
 
     Levels levelsOf(const TextStyle& style) const;

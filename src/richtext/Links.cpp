@@ -9,9 +9,9 @@ namespace richtext {
 
 namespace {
 
-constexpr qsizetype kLongest = 2048;  // What browsers take; no address is a whole document.
+constexpr qsizetype kLongest = 2048;  // The usual limit of browsers.
 
-/// The first argument, in quotation marks or without; switches before it (\h) are passed over.
+/// The first argument, with or without quotation marks; skips switches before it (\h).
 QStringView argumentOf(QStringView rest) {
     for (;;) {
         rest = rest.trimmed();
@@ -21,7 +21,7 @@ QStringView argumentOf(QStringView rest) {
             std::ranges::find_if(rest, [=](QChar c) { return isQuoted ? c == u'"' : c.isSpace(); });
         const QStringView argument = rest.first(end - rest.begin());
         if (isQuoted || !argument.startsWith(u'\\')) return argument;
-        // A place within the document itself is no address.
+        // A link to a place within the document is not supported.
         if (argument == u"\\l") return {};
         rest = rest.sliced(argument.size());
     }

@@ -4,8 +4,8 @@
 
 namespace richtext {
 
-/// The encoded address that a field's instruction (`HYPERLINK "http://example.com"`) links to. Empty when it
-/// links nowhere, or to something that a text has no business to start, such as a script.
+/// The encoded address in a field instruction (`HYPERLINK "http://example.com"`). Empty if there is none or
+/// its scheme is not allowed, such as a script. Callable from any thread.
 QString linkOfInstruction(const QString& instruction);
 
 }  // namespace richtext

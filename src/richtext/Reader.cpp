@@ -9,7 +9,7 @@ namespace richtext {
 
 namespace {
 
-constexpr size_t kDeepest = 1000;  // Documents nest a dozen groups.
+constexpr size_t kDeepest = 1000;  // Real documents nest about twelve groups.
 
 bool isDestination(Meaning meaning) {
     return meaning >= Meaning::Skipped && meaning <= Meaning::Label;
@@ -72,7 +72,7 @@ void Reader::readWord(const Token& token) {
     if (std::exchange(group().isOptional, false) && !isDestination(word.meaning))
         return enter(Destination::Skipped);
     if (word.meaning == Meaning::Character) return readCharacter(word.character);
-    m_fallback = 0;  // What is no character does not stand for one, whatever was announced.
+    m_fallback = 0;  // Only characters are fallback; any other token ends it.
     switch (word.meaning) {
         case Meaning::Unicode:
             return readUnicode(token.parameter);
@@ -168,7 +168,7 @@ void Reader::readBytes(QByteArrayView bytes) {
 
 void Reader::readUnicode(int code) {
     m_fallback = group().fallbackLength;
-    if (code < 0) code += 0x10000;  // Written as a signed number of 16 bits.
+    if (code < 0) code += 0x10000;  // RTF writes it as a signed 16-bit number.
     const bool isSign = code > 0xF000 && code <= 0xF0FF && codePage() == kSymbolCodePage;
     if (isSign) {
         m_bytes.append(static_cast<char>(code & 0xFF));
@@ -193,13 +193,13 @@ void Reader::readCharacter(char16_t character) {
 }
 
 void Reader::enter(Destination destination) {
-    // Only a group is a destination: a stray word must not have the whole document passed over.
+    // Only a group can be a destination: a stray word must not skip the whole document.
     if (m_groups.size() > 1) group().destination = destination;
 }
 
 void Reader::enterFieldResult() {
     const QString address = linkOfInstruction(std::exchange(m_instruction, {}));
-    // A link within a link is the outer one.
+    // Inside a link, the outer link is kept.
     int& link = group().format.text.link;
     if (!address.isEmpty() && link < 0) link = m_document.addLink(address);
 }
@@ -211,7 +211,7 @@ void Reader::endParagraph() {
 void Reader::writeBytes() {
     if (m_bytes.isEmpty()) return;
     write(m_codePages.decode(m_bytes, codePage()));
-    m_bytes.resize(0);  // Keeps its memory for the next.
+    m_bytes.resize(0);  // Keeps the capacity for the next bytes.
 }
 
 void Reader::write(QStringView text) {

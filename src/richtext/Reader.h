@@ -14,7 +14,7 @@ namespace richtext {
 /// Where the text of a group goes.
 enum class Destination : quint8 { Text, Skipped, FontTable, ColorTable, Instruction, Label };
 
-/// Follows the tokens from group to group. Reads one document.
+/// Parses the tokens of one document, group by group. Each instance is for one thread.
 class Reader {
 public:
     explicit Reader(QByteArrayView rtf) : m_tokens(rtf) {}
@@ -25,8 +25,8 @@ private:
     struct Group {
         Format format;
         Destination destination = Destination::Text;
-        int fallbackLength = 1;   ///< How many characters for older readers follow one of Unicode.
-        bool isOptional = false;  ///< Its first word, if it is not known, has the group passed over.
+        int fallbackLength = 1;   ///< Fallback characters after a Unicode character.
+        bool isOptional = false;  ///< Skip the group if its first word is unknown.
     };
 
     Group& group() { return m_groups.back(); }
@@ -52,12 +52,12 @@ private:
     FontTable m_fonts;
     ColorTable m_colors;
     CodePages m_codePages;
-    std::vector<Group> m_groups;    ///< Those that are open; never empty while reading.
-    qsizetype m_groupsTooDeep = 0;  ///< That are open, too; what they hold is left out.
+    std::vector<Group> m_groups;    ///< The open groups; never empty while reading.
+    qsizetype m_groupsTooDeep = 0;  ///< Number of open groups beyond the limit; their contents are skipped.
     bool m_isComplete = false;
-    QByteArray m_bytes;     ///< Of text, not decoded yet: a character may have two of them.
-    QString m_instruction;  ///< Of the field that was begun last.
-    int m_fallback = 0;     ///< Characters to pass over, which stand for one that was read.
+    QByteArray m_bytes;     ///< Text bytes not decoded yet: a character may have two bytes.
+    QString m_instruction;  ///< Instruction of the current field.
+    int m_fallback = 0;     ///< Remaining fallback characters to skip.
     int m_codePage = kWesternCodePage;
     int m_defaultFont = 0;
 };

@@ -7,10 +7,10 @@
 
 #include <optional>
 
-/// Reads the rich text of word processors (RTF) and tells it as HTML: paragraphs with alignment, indentation
-/// and bullets; bold, italic, underline, size, colour, monospaced fonts; links. Letters come by Unicode
-/// escapes or in any usual code page. Pictures, tables' frames, headers, notes and everything unknown are
-/// left out. Callable from any thread.
+/// Converts the rich text of word processors (RTF) to HTML: paragraphs with alignment, indentation and
+/// bullets; bold, italic, underline, size, colour, monospaced fonts; links. Supports Unicode escapes and the
+/// usual code pages. Omits pictures, table borders, headers, notes and everything unknown. Callable from any
+/// thread.
 namespace richtext {
 
 struct TextStyle {
@@ -19,13 +19,13 @@ struct TextStyle {
     bool isUnderlined = false;
     bool isMonospaced = false;
     int halfPoints = 24;           ///< 8 to 144
-    std::optional<quint32> color;  ///< 0xRRGGBB; nothing: the colour that text has where it is shown.
+    std::optional<quint32> color;  ///< 0xRRGGBB; null: the default text colour.
     int link = -1;                 ///< Index into Document::links; -1: none.
 
     bool operator==(const TextStyle&) const = default;
 };
 
-/// Text of one style. U+2028 breaks the line, a tab is a tab.
+/// Text of one style. U+2028 is a line break; tabs are kept.
 struct Run {
     QString text;
     TextStyle style;
@@ -33,18 +33,18 @@ struct Run {
 
 enum class Alignment { Left, Center, Right, Justified };
 
-/// Lengths are in twips, of which 20 are a point; none reaches out of the page.
+/// Lengths are in twips (1/20 point), limited to the page.
 struct ParagraphStyle {
     Alignment alignment = Alignment::Left;
     int indent = 0;
-    int firstLineIndent = 0;  ///< Added to `indent`; negative: the first line hangs out.
+    int firstLineIndent = 0;  ///< Added to `indent`; negative: hanging indent.
     int spaceBefore = 0;
     int spaceAfter = 0;
 };
 
 struct Paragraph {
     ParagraphStyle style;
-    bool isListItem = false;  ///< Has a bullet, which is not in its text.
+    bool isListItem = false;  ///< Has a bullet, which is not part of the runs.
     QList<Run> runs;
 };
 
@@ -54,19 +54,19 @@ struct Document {
         links;  ///< Encoded addresses: http, https, mailto, file, or relative. Nothing else is a link.
 };
 
-/// Nothing when the bytes are no rich text. Whatever else they are, this reads what can be read, in time and
-/// memory in proportion to their number: it neither fails nor recurses, however the bytes are truncated or
-/// nested. Texts hold what the bytes say, control characters included; toHtml() leaves these out.
+/// Parses RTF; null if the bytes do not begin as rich text. Truncated or deeply nested input is read as far
+/// as possible, without recursion, in time and memory proportional to its size. Texts may contain control
+/// characters, which toHtml() removes.
 std::optional<Document> read(QByteArrayView rtf);
 
-/// How the place where a document is shown looks.
+/// The appearance of the view that shows a document.
 struct HtmlLook {
-    double bodyPoints = 0;              ///< The size that the document's ordinary text gets; 0: its own.
-    std::optional<quint32> background;  ///< 0xRRGGBB; colours that cannot be read on it are left out.
+    double bodyPoints = 0;              ///< The size in points for the document's body text; 0: its own size.
+    std::optional<quint32> background;  ///< 0xRRGGBB; text colours that are unreadable on it are omitted.
 };
 
-/// The document as a page that is well-formed XML, too. The ordinary text, which is the size that most of it
-/// has, names no size, and links name no colour, so that both are as they are elsewhere in the application.
+/// Returns the document as an HTML page that is also well-formed XML. Body text (of the most frequent size)
+/// gets no size and links get no colour, so that both look as elsewhere in the application.
 QString toHtml(const Document& document, const HtmlLook& look = {});
 
 }  // namespace richtext

@@ -6,13 +6,13 @@ namespace richtext {
 
 namespace {
 
-// More than any document has; a table of billions would be an attack.
+// More than any real document has; limits the memory for malicious input.
 constexpr qsizetype kMaximumFonts = 4096;
 constexpr qsizetype kMaximumColors = 4096;
 constexpr qsizetype kLongestName = 64;
 
-/// Many writers say the family of none of their fonts.
-bool soundsMonospaced(const QByteArray& name) {
+/// Many writers declare no font family.
+bool hasMonospacedName(const QByteArray& name) {
     const QByteArray lowered = name.toLower();
     const auto isPart = [&lowered](const char* part) { return lowered.contains(part); };
     return std::ranges::any_of(std::initializer_list<const char*>{"mono", "courier", "menlo", "consolas",
@@ -40,7 +40,7 @@ void FontTable::readText(QByteArrayView text) {
     const QByteArrayView piece = isComplete ? text.first(end) : text;
     if (m_name.size() < kLongestName) m_name.append(piece.first(std::min(piece.size(), kLongestName)));
     if (!isComplete) return;
-    if (soundsMonospaced(m_name)) read(Meaning::FontIsMonospaced, 0);
+    if (hasMonospacedName(m_name)) read(Meaning::FontIsMonospaced, 0);
     m_name.clear();
 }
 

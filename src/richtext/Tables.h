@@ -13,14 +13,14 @@ namespace richtext {
 struct Font {
     bool isMonospaced = false;
     int charset = 0;
-    int codePage = 0;  ///< 0: as the character set says.
+    int codePage = 0;  ///< 0: derived from the character set.
 };
 
-/// The fonts that the text names by their numbers.
+/// The font table, by font number. Each instance is for one thread.
 class FontTable {
 public:
     void read(Meaning meaning, int parameter);
-    /// A piece of a font's name, which a semicolon ends.
+    /// Reads a piece of a font's name; a semicolon ends the name.
     void readText(QByteArrayView text);
 
     Font font(int number) const { return m_fonts.value(number); }
@@ -31,14 +31,14 @@ private:
     QByteArray m_name;
 };
 
-/// The colours that the text names by their places.
+/// The colour table, by index. Each instance is for one thread.
 class ColorTable {
 public:
     void read(Meaning meaning, int parameter);
-    /// Each semicolon ends a colour.
+    /// Reads text; each semicolon ends a colour.
     void readText(QByteArrayView text);
 
-    /// 0xRRGGBB; nothing: the colour that text has by itself.
+    /// 0xRRGGBB; null: the default text colour.
     std::optional<quint32> color(int index) const;
 
 private:

@@ -9,24 +9,25 @@ struct Token {
         End,
         GroupBegin,
         GroupEnd,
-        Word,    ///< A backslash and letters, in most cases with a number.
-        Symbol,  ///< A backslash and one character, which `text` holds.
-        Byte,    ///< A byte of text written as two hexadecimal digits.
-        Text,    ///< Bytes of text; never empty, without line ends, which mean nothing.
+        Word,    ///< A control word: a backslash and letters, usually with a number.
+        Symbol,  ///< A control symbol: a backslash and one character, which is in `text`.
+        Byte,    ///< A text byte written as two hexadecimal digits.
+        Text,    ///< Text bytes; never empty, without line ends, which RTF ignores.
     };
 
     Kind kind = Kind::End;
     QByteArrayView text;  ///< The word, the symbol, or the bytes. Points into the input.
     bool hasParameter = false;
-    int parameter = 0;  ///< The nearest limit, where the number is out of range.
+    int parameter = 0;  ///< Clamped if the number is out of range.
 };
 
-/// Cuts rich text into its tokens, one at a time. Raw data, which \bin announces, is passed over.
+/// Splits rich text into tokens, one at a time. Skips the raw data after \bin. Each instance is for one
+/// thread; the input must outlive it.
 class Tokenizer {
 public:
     explicit Tokenizer(QByteArrayView input) : m_rest(input) {}
 
-    /// Always goes forward; at the end, and ever after, Kind::End.
+    /// Returns the next token; Kind::End at the end and on every call after that.
     Token next();
 
 private:
@@ -34,7 +35,7 @@ private:
     Token word();
 
     QByteArrayView m_rest;
-    char m_byte = 0;  ///< What the text of a Byte points to.
+    char m_byte = 0;  ///< Storage for the text of a Byte token.
 };
 
 }  // namespace richtext

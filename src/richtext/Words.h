@@ -4,14 +4,14 @@
 
 namespace richtext {
 
-/// What a control word means to the reader.
+/// The meaning of a control word.
 enum class Meaning : quint8 {
     Unknown,
     Character,  ///< Stands for `Word::character`.
     Unicode,
     FallbackLength,
     EndOfParagraph,
-    // Destinations: where the text of a group goes.
+    // Destinations of the text of a group
     Skipped,
     FontTable,
     ColorTable,
@@ -20,7 +20,7 @@ enum class Meaning : quint8 {
     FieldResult,
     Label,
     // The document
-    CodePage,  ///< `Word::character` is the code page, or 0: the parameter is.
+    CodePage,  ///< `Word::character` is the code page; if 0, the parameter is.
     DefaultFont,
     // The tables
     FontIsMonospaced,
@@ -56,7 +56,7 @@ struct Word {
     char16_t character = 0;
 };
 
-/// The control word of this name, which is told without its backslash.
+/// Looks up a control word by its name without the backslash. Callable from any thread.
 Word wordNamed(QByteArrayView name);
 
 }  // namespace richtext

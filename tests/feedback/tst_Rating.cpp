@@ -14,7 +14,7 @@ namespace {
 
 const QDateTime kNow = QDateTime::fromString("2026-03-01T12:00:00Z", Qt::ISODate);
 
-/// The delegate at a time that the test sets.
+/// The delegate with a clock set by the test.
 class Counting : public TestHome {
 public:
     Counting() {
@@ -76,7 +76,7 @@ private Q_SLOTS:
         app.now = kNow.addYears(1);
         app.use(1);
         QCOMPARE(app.requests, 1);
-        // The next version starts to count anew.
+        // The next version starts at zero.
         setDefaultInt("quillonlib_" + ApplicationInfo::version() + "_asked", 0);
         app.use(1);
         QCOMPARE(app.requests, 2);
@@ -89,7 +89,7 @@ private Q_SLOTS:
         setDefaultInt("quillonlib_dontaskagain", 1);
         app.use(0, true, true);
         QCOMPARE(app.requests, 1);
-        // Not by itself: the version may still ask.
+        // A manual request does not count as the version's own.
         QVERIFY(!defaultObject("quillonlib_askdate").isValid());
         const QPointer<PXRatingWindowController> first = app.delegate.ratingWindowController();
         app.use(0, true, true);

@@ -14,7 +14,7 @@ const QByteArray kHead =
     "{\\f2\\fcharset204 A;}{\\f3\\fcharset128 M;}{\\f4\\fcharset2 S;}{\\f5\\fnil Menlo;}}"
     "{\\colortbl;\\red255\\green0\\blue16;\\red250\\green250\\blue250;}";
 
-/// What stands between the body's tags; paragraphs without any style of their own as plain <p>.
+/// The contents of the body element; paragraphs without a style as plain <p>.
 QString bodyOf(const QByteArray& content, const richtext::HtmlLook& look = {}) {
     const auto document = richtext::read(kHead + content + '}');
     if (!document) return "no rich text";
@@ -28,7 +28,7 @@ QByteArray link(const QByteArray& address) {
     return "{\\field{\\*\\fldinst{HYPERLINK \"" + address + "\"}}{\\fldrslt x}}";
 }
 
-/// What makes a document of these bytes wrong; empty: nothing.
+/// The fault in the document read from these bytes; empty: none.
 QString faultIn(const QByteArray& bytes) {
     const auto document = richtext::read(bytes);
     if (!document) return u"not read"_s;
@@ -49,7 +49,7 @@ QString faultIn(const QByteArray& bytes) {
     return xml.errorString();
 }
 
-/// A few pieces put in, repeated, taken out, or a bit turned.
+/// Inserts, repeats or removes a few pieces, or flips bits.
 QByteArray mutated(QByteArray bytes, QRandomGenerator& random) {
     static const QByteArrayList kPieces =
         QByteArray(
@@ -61,7 +61,7 @@ QByteArray mutated(QByteArray bytes, QRandomGenerator& random) {
             .split('|');
     const auto any = [&random](qsizetype limit) { return limit > 0 ? random.bounded(limit) : 0; };
     for (auto changes = 1 + any(8); changes > 0; --changes) {
-        const qsizetype at = 6 + any(bytes.size() - 6);  // It stays rich text.
+        const qsizetype at = 6 + any(bytes.size() - 6);  // Keeps the header.
         const QByteArray inserts[] = {bytes.mid(any(bytes.size()), any(200)), kPieces.at(any(kPieces.size())),
                                       kPieces.at(any(kPieces.size()))};
         const auto change = any(6);
@@ -158,7 +158,7 @@ private Q_SLOTS:
         QVERIFY(richtext::read("{\\rtf")->paragraphs.isEmpty());
     }
 
-    void nestedForEver() {
+    void deepNesting() {
         constexpr qsizetype kMany = 1'000'000;
         const QByteArray deep = "{\\rtf1 a" + QByteArray(kMany, '{') + "b" + QByteArray(kMany, '}') + "c}d";
         QVERIFY(richtext::toHtml(richtext::read(deep).value()).contains(">ac</p>"));
@@ -178,7 +178,7 @@ private Q_SLOTS:
         QRandomGenerator random(20240229);
         QByteArray bytes = source;
         for (int round = 0; round < rounds; ++round) {
-            // Each eighth starts anew, the others pile up.
+            // Each eighth round starts with a new sample, the others mutate further.
             bytes = mutated(round % 8 == 0 || bytes.size() > 20'000 ? source : bytes, random);
             const QString fault = faultIn(bytes);
             QVERIFY2(fault.isEmpty(), qPrintable(fault + " in " + bytes.toPercentEncoding()));

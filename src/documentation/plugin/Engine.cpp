@@ -19,24 +19,24 @@ namespace engine {
 
 namespace {
 
-bool theStartWasDark = false;
+bool isStartedDark = false;
 
-/// Sets a variable of the environment for as long as this lives: what we start later does not see it.
-class PassingVariable {
+/// Sets an environment variable during its lifetime, so that later child processes do not inherit it.
+class ScopedVariable {
 public:
-    PassingVariable(const char* name, const QByteArray& value)
+    ScopedVariable(const char* name, const QByteArray& value)
         : m_name(name), m_wasSet(qEnvironmentVariableIsSet(name)), m_before(qgetenv(name)) {
         qputenv(name, value);
     }
-    ~PassingVariable() {
+    ~ScopedVariable() {
         if (m_wasSet) {
             qputenv(m_name, m_before);
         } else {
             qunsetenv(m_name);
         }
     }
-    PassingVariable(const PassingVariable&) = delete;
-    PassingVariable& operator=(const PassingVariable&) = delete;
+    ScopedVariable(const ScopedVariable&) = delete;
+    ScopedVariable& operator=(const ScopedVariable&) = delete;
 
 private:
     const char* m_name;
@@ -44,8 +44,8 @@ private:
     const QByteArray m_before;
 };
 
-/// Where there is no room for shared memory, the engine ends the process, or each page dies.
-bool sharedMemoryHasRoom() {
+/// Without enough shared memory, the engine ends the process, or each page crashes.
+bool hasEnoughSharedMemory() {
     constexpr const char* kFolder = "/dev/shm";
     constexpr unsigned long kEnough = 32UL << 20U;  // bytes
     struct statvfs volume {};
@@ -57,7 +57,7 @@ QByteArray flags() {
     QByteArray flags = qgetenv("QTWEBENGINE_CHROMIUM_FLAGS");
     flags +=
         isDarkNow() ? " --blink-settings=preferredColorScheme=0" : " --blink-settings=preferredColorScheme=1";
-    if (!sharedMemoryHasRoom()) flags += " --disable-dev-shm-usage";
+    if (!hasEnoughSharedMemory()) flags += " --disable-dev-shm-usage";
     return flags;
 }
 
@@ -69,19 +69,19 @@ bool isDarkNow() {
 }
 
 bool startedDark() {
-    return theStartWasDark;
+    return isStartedDark;
 }
 
 void start() {
-    theStartWasDark = isDarkNow();
-    // Text needs no graphics hardware, and its drivers are what engines crash on.
+    isStartedDark = isDarkNow();
+    // Text needs no graphics hardware, and graphics drivers cause most crashes of engines.
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-    // The engine looks at the context that all others share. An attribute set before the application starts
-    // would make one, and load the drivers in every run; this one is never created and does as well.
+    // The engine requires a global share context. Qt::AA_ShareOpenGLContexts would create one and load the
+    // drivers in every run; a context object that is never created is sufficient.
     if (!QOpenGLContext::globalShareContext()) qt_gl_set_global_share_context(new QOpenGLContext);
-    const PassingVariable chromium("QTWEBENGINE_CHROMIUM_FLAGS", flags());
-    // It asks what OpenGL can do, too, which would load the drivers only to hear it: 57 MiB.
-    const PassingVariable xcb("QT_XCB_GL_INTEGRATION", "none");
+    const ScopedVariable chromium("QTWEBENGINE_CHROMIUM_FLAGS", flags());
+    // The engine also queries OpenGL's features, which would load the drivers (57 MiB) only for this.
+    const ScopedVariable xcb("QT_XCB_GL_INTEGRATION", "none");
     const QWebEngineProfile first;
 }
 
@@ -89,7 +89,7 @@ std::shared_ptr<QWebEngineProfile> profile() {
     static std::weak_ptr<QWebEngineProfile> kept;
     std::shared_ptr<QWebEngineProfile> profile = kept.lock();
     if (!profile) {
-        // One without a name keeps cookies and files in memory only.
+        // A profile without a name stores cookies and files in memory only.
         profile = std::make_shared<QWebEngineProfile>();
         kept = profile;
     }

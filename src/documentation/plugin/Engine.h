@@ -4,17 +4,17 @@
 
 class QWebEngineProfile;
 
-/// The engine of this process. Main thread only.
+/// The process's web engine. Main thread only.
 namespace engine {
 
-/// Starts it: without graphics hardware, in the colours of the application's palette. Once.
+/// Starts it without graphics hardware, in the colour scheme of the application's palette. Call once.
 void start();
 
-/// The pages' scheme of colours is that of the palette at the start; the engine cannot change it.
+/// The engine's colour scheme is that of the palette at start(); it cannot be changed later.
 bool startedDark();
 bool isDarkNow();
 
-/// What the views of now have in common. Nothing of it is written to disk, and it goes with the last view.
+/// The profile that all open views share. It stores nothing on disk and is deleted with the last view.
 std::shared_ptr<QWebEngineProfile> profile();
 
 }  // namespace engine

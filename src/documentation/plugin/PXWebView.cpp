@@ -26,17 +26,17 @@ PXWebView::PXWebView(WebViewServices services, QWidget* parent)
     layout->setContentsMargins({});
     layout->addWidget(m_view);
     setFocusProxy(m_view);
-    m_view->setAcceptDrops(false);  // A movie that is dropped here would be played.
+    m_view->setAcceptDrops(false);  // The page would play a dropped movie.
     m_view->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(m_view, &QWidget::customContextMenuRequested, this, &PXWebView::showContextMenu);
     m_view->installEventFilter(this);
 }
 
 PXWebView::~PXWebView() {
-    delete m_view;  // Before its page.
+    delete m_view;  // Must be deleted before its page.
 }
 
-/// Watches what the user does in the page. The events go to a widget of the engine's, which comes with a
+/// Observes the user's input in the page. The events go to a widget of the engine, which is created with a
 /// page.
 bool PXWebView::eventFilter(QObject* watched, QEvent* event) {
     static const QSet<QEvent::Type> inputs = {QEvent::MouseButtonPress, QEvent::MouseButtonRelease,
@@ -68,12 +68,12 @@ std::unique_ptr<WebPage> PXWebView::makePage(const QUrl& address, bool mayRunScr
     auto page = std::make_unique<WebPage>(
         m_profile.get(), home, mayRunScripts ? WebPage::Scripts::Allowed : WebPage::Scripts::Forbidden);
     page->setBackgroundColor(palette().color(QPalette::Base));
-    page->runWhenReady(pagescripts::hideListOfPages());  // The window has tabs for them.
+    page->runWhenReady(pagescripts::hideListOfPages());  // The window has tabs instead.
     if (m_isScrollingForbidden) {
         page->settings()->setAttribute(QWebEngineSettings::ShowScrollBars, false);
         page->runWhenReady(pagescripts::forbidScrolling());
     }
-    connect(page.get(), &WebPage::leaving, this, &PXWebView::leave);
+    connect(page.get(), &WebPage::leaving, this, &PXWebView::openOutside);
     connect(page.get(), &QWebEnginePage::renderProcessTerminated, this,
             [this, page = page.get()](QWebEnginePage::RenderProcessTerminationStatus status, int code) {
                 if (status != QWebEnginePage::NormalTerminationStatus) processHasEnded(page, code);
@@ -91,8 +91,8 @@ void PXWebView::load() {
         return;
     }
     m_localPage = QUrl::fromLocalFile(m_services.documentsFolder + u'/' + m_localHTMLName);
-    use(makePage(m_localPage, false));
-    // Not before: one page after the other, and the local one is seen at once.
+    setPage(makePage(m_localPage, false));
+    // Load the online copy only after the local page, so that the local page is shown at once.
     connect(m_page.get(), &QWebEnginePage::loadFinished, this,
             [this] { QTimer::singleShot(0, this, &PXWebView::loadRemote); });
     connect(m_page.get(), &WebPage::failed, this, &PXWebView::fail);
@@ -101,11 +101,11 @@ void PXWebView::load() {
 void PXWebView::loadRemote() {
     if (m_remoteHTMLURL.isEmpty() || std::exchange(m_isRemoteBegun, true)) return;
     m_remotePage = makePage(QUrl(navigation::expanded(m_remoteHTMLURL, m_services.bundleIdentifier)), true);
-    // Queued: the page is not to be touched from inside its own signals.
+    // Queued: do not change the page during its own signals.
     connect(
         m_remotePage.get(), &WebPage::arrived, this,
         [this] {
-            if (m_remotePage) use(std::move(m_remotePage));
+            if (m_remotePage) setPage(std::move(m_remotePage));
         },
         Qt::QueuedConnection);
     connect(
@@ -118,7 +118,7 @@ void PXWebView::loadRemote() {
         Qt::QueuedConnection);
 }
 
-void PXWebView::use(std::unique_ptr<WebPage> page) {
+void PXWebView::setPage(std::unique_ptr<WebPage> page) {
     m_view->setPage(page.get());
     m_page = std::move(page);
     connect(m_page.get(), &WebPage::arrived, this, &PXWebView::pageHasLoaded);
@@ -130,25 +130,25 @@ void PXWebView::pageHasLoaded() {
         m_page->run(navigation::zoomScript(*factor));
         m_zoomFactor.clear();
     }
-    if (engine::isDarkNow() != engine::startedDark()) useColours();
+    if (engine::isDarkNow() != engine::startedDark()) applyColours();
 }
 
-void PXWebView::useColours() {
+void PXWebView::applyColours() {
     m_page->setBackgroundColor(palette().color(QPalette::Base));
-    m_page->run(pagescripts::useColours(engine::isDarkNow()));
+    m_page->run(pagescripts::applyColours(engine::isDarkNow()));
 }
 
 void PXWebView::changeEvent(QEvent* event) {
-    if (event->type() == QEvent::PaletteChange && m_page) useColours();
+    if (event->type() == QEvent::PaletteChange && m_page) applyColours();
     QFrame::changeEvent(event);
 }
 
-void PXWebView::leave(const QUrl& address) {
+void PXWebView::openOutside(const QUrl& address) {
     if (m_services.openInBrowser) m_services.openInBrowser(address);
 }
 
 void PXWebView::processHasEnded(const WebPage* page, int code) {
-    if (page != m_page.get() && m_page) return;  // The online copy; the local page stays.
+    if (page != m_page.get() && m_page) return;  // The online copy failed; keep the local page.
     fail(QStringLiteral("the page's process ended with %1").arg(code));
 }
 

@@ -12,9 +12,9 @@ class QWebEngineProfile;
 class QWebEngineView;
 class WebPage;
 
-/// The view of a page that comes with the application. It loads when it is first shown: the local page, and
-/// when that is there its online copy beside it, unseen. The copy takes the page's place when it has arrived;
-/// without a network it never does, and nothing is told.
+/// Shows a page that is installed with the application. When it is first shown, it loads the local page and
+/// then, hidden, its online copy, which replaces the local page once it is loaded. A failure to load the copy
+/// is ignored. Main thread only.
 class PXWebView : public QFrame, public WebView {
     Q_OBJECT
     Q_PROPERTY(QString localHTMLName MEMBER m_localHTMLName)
@@ -41,10 +41,10 @@ private:
     void load();
     void loadRemote();
     std::unique_ptr<WebPage> makePage(const QUrl& address, bool mayRunScripts);
-    void use(std::unique_ptr<WebPage> page);
+    void setPage(std::unique_ptr<WebPage> page);
     void pageHasLoaded();
-    void useColours();
-    void leave(const QUrl& address);
+    void applyColours();
+    void openOutside(const QUrl& address);
     void fail(const QString& reason);
     void processHasEnded(const WebPage* page, int code);
     void showContextMenu(const QPoint& position);
@@ -59,8 +59,8 @@ private:
 
     QWebEngineView* m_view = nullptr;
     const std::shared_ptr<QWebEngineProfile> m_profile;  ///< Outlives the pages.
-    std::unique_ptr<WebPage> m_page;                     ///< The one in the view.
-    std::unique_ptr<WebPage> m_remotePage;               ///< While it is on its way.
+    std::unique_ptr<WebPage> m_page;                     ///< The page in the view.
+    std::unique_ptr<WebPage> m_remotePage;               ///< The online copy, while it is loading.
     QUrl m_localPage;
     QString m_place;
     bool m_isScrollingForbidden = false;

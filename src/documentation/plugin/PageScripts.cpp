@@ -11,8 +11,9 @@ QString hideListOfPages() {
         "for (const list of document.querySelectorAll('nav.pages')) list.style.display = 'none'");
 }
 
-QString useColours(bool dark) {
-    // The media query's answer is fixed, so each rule's question is replaced by one with the answer wanted.
+QString applyColours(bool dark) {
+    // The result of the colour-scheme media query is fixed, so each rule's query is replaced by one with the
+    // wanted result.
     return QStringLiteral(R"js((wanted => {
     const before = window.queriesBefore ??= new Map();
     const answer = list => {

@@ -2,16 +2,17 @@
 
 #include <QString>
 
-/// Scripts that the view runs in a page, in a world of their own, also where the page may not run any.
+/// Scripts that the view runs in a page, isolated from the page's own scripts
+/// (QWebEngineScript::ApplicationWorld), even if the page may run none. Callable from any thread.
 namespace pagescripts {
 
-/// The page cannot be scrolled.
+/// Prevents scrolling.
 QString forbidScrolling();
 
-/// A page does without its list of all pages.
+/// Hides the page's list of all pages.
 QString hideListOfPages();
 
-/// Shows a page that knows light and dark colours in those wanted, whatever the engine was started with.
-QString useColours(bool dark);
+/// Selects the light or dark colours of a page that supports both, independent of the engine's colour scheme.
+QString applyColours(bool dark);
 
 }  // namespace pagescripts

@@ -12,14 +12,14 @@ WebPage::WebPage(QWebEngineProfile* profile, navigation::Home home, Scripts scri
     const bool mayRun = scripts == Scripts::Allowed;
     settings()->setAttribute(QWebEngineSettings::JavascriptEnabled, mayRun);
     settings()->setAttribute(QWebEngineSettings::LocalContentCanAccessRemoteUrls, false);
-    // Our own scripts read the rules of the style sheet beside a local page; the page itself runs none.
+    // Our own scripts read the style sheet of a local page; the page itself runs no scripts.
     settings()->setAttribute(QWebEngineSettings::LocalContentCanAccessFileUrls, !mayRun);
     settings()->setAttribute(QWebEngineSettings::ErrorPageEnabled, false);
     settings()->setAttribute(QWebEngineSettings::PluginsEnabled, false);
     settings()->setAttribute(QWebEngineSettings::PdfViewerEnabled, false);
     settings()->setAttribute(QWebEngineSettings::FullScreenSupportEnabled, false);
     settings()->setAttribute(QWebEngineSettings::FocusOnNavigationEnabled, false);
-    connect(this, &QWebEnginePage::loadingChanged, this, &WebPage::judge);
+    connect(this, &QWebEnginePage::loadingChanged, this, &WebPage::handleLoading);
     connect(this, &QWebEnginePage::newWindowRequested, this, [this](QWebEngineNewWindowRequest& request) {
         if (isLinkClick(request.isUserInitiated())) Q_EMIT leaving(request.requestedUrl());
     });
@@ -45,16 +45,16 @@ bool WebPage::acceptNavigationRequest(const QUrl& url, NavigationType type, bool
 }
 
 bool WebPage::isLinkClick(bool engineSaysSo) const {
-    // Without scripts nothing but the user follows a link, be it by a screen reader that sends no key.
+    // Without scripts, only the user can follow a link, possibly by a screen reader that sends no key events.
     if (m_scripts == Scripts::Forbidden) return engineSaysSo;
     std::optional<std::chrono::milliseconds> sinceInput;
     if (m_sinceInput.isValid()) sinceInput = std::chrono::milliseconds(m_sinceInput.elapsed());
     return navigation::isLinkClick(engineSaysSo, sinceInput);
 }
 
-void WebPage::judge(const QWebEngineLoadingInfo& info) {
-    // A page that the server does not have counts as failed, too.
-    constexpr int kAborted = -3;  // Not let in, or overtaken by the next address.
+void WebPage::handleLoading(const QWebEngineLoadingInfo& info) {
+    // A page missing on the server is a failure, too.
+    constexpr int kAborted = -3;  // Rejected, or replaced by the next navigation.
     if (info.status() == QWebEngineLoadingInfo::LoadSucceededStatus) {
         Q_EMIT arrived();
     } else if (info.status() == QWebEngineLoadingInfo::LoadFailedStatus && info.errorCode() != kAborted) {

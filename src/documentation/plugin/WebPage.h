@@ -5,29 +5,29 @@
 #include <QElapsedTimer>
 #include <QWebEnginePage>
 
-/// A page that stays at home: what leads elsewhere goes to the user's browser, and nothing opens windows,
-/// asks the user, takes files, or speaks to our terminal.
+/// A page restricted to its own addresses: all others are emitted by leaving(). Pages cannot open windows or
+/// dialogs, choose files, or print to the terminal. Main thread only.
 class WebPage : public QWebEnginePage {
     Q_OBJECT
 
 public:
     enum class Scripts { Forbidden, Allowed };
 
-    /// `profile` outlives the page.
+    /// `profile` must outlive the page.
     WebPage(QWebEngineProfile* profile, navigation::Home home, Scripts scripts);
 
-    /// The user pressed or released something in the view that shows this page.
+    /// Reports that the user pressed or released a key or button in the view that shows this page.
     void noteInput() { m_sinceInput.start(); }
-    /// Runs `script` in a world of its own, whether the page may run scripts or not.
+    /// Runs `script` isolated from the page's scripts, even if the page may run none.
     void run(const QString& script);
-    /// The same for every page that is loaded from now on, before it is seen.
+    /// The same for each page loaded from now on, before it is shown.
     void runWhenReady(const QString& script);
 
 Q_SIGNALS:
-    /// An address that does not belong into the view.
+    /// The page wants to open an address that does not belong to the view.
     void leaving(const QUrl& address);
     void arrived();
-    /// The address could not be loaded, by the network's or the server's fault, or was not let in.
+    /// The address could not be loaded, because of the network or the server, or was rejected.
     void failed(const QString& reason);
 
 protected:
@@ -41,7 +41,7 @@ protected:
 
 private:
     bool isLinkClick(bool engineSaysSo) const;
-    void judge(const QWebEngineLoadingInfo& info);
+    void handleLoading(const QWebEngineLoadingInfo& info);
 
     const navigation::Home m_home;
     const Scripts m_scripts;

@@ -4,7 +4,7 @@
 
 #include <QObject>
 
-/// The way into the plugin.
+/// The plugin's entry point. Main thread only.
 class WebViewPlugin : public QObject, public WebViewFactory {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID WebViewFactory_iid)

@@ -22,7 +22,7 @@ QList<DocumentationPage> pages() {
             html(Texts::tr("Subtitles"), "subtitles.html"),
             html(Texts::tr("Troubleshooting"), "troubleshooting.html"),
             html(Texts::tr("What's New"), "whats-new.html"),
-            // What was licensed with this very copy: no newer one replaces it.
+            // The licences of this very version: no newer copy replaces them.
             {Texts::tr("Licences"), "licences.rtf", {}, DocumentationPage::Kind::Rtf}};
 }
 

@@ -6,26 +6,26 @@
 
 #include <optional>
 
-/// A page of the documentation that comes with the application.
+/// A page of the installed documentation.
 struct DocumentationPage {
     enum class Kind { Html, Rtf };
 
     QString title;          ///< In the user's language.
-    QString name;           ///< Its file in the documents folder.
-    QString remoteHTMLURL;  ///< Its online copy, not expanded; empty: none.
+    QString name;           ///< File name in the documents folder.
+    QString remoteHTMLURL;  ///< Address of its online copy, not expanded; empty: none.
     Kind kind = Kind::Html;
 };
 
 namespace documentation {
 
-/// In the order of their tabs: a page's place is the tag of its menu item.
+/// In the order of the tabs; a page's index is the tag of its menu item. Callable from any thread.
 QList<DocumentationPage> pages();
 
 /// `documents` in the resource folder.
 QString folder();
 QString pathOf(const DocumentationPage& page);
 
-/// The place of the page whose file `address` names, whatever stands behind "#"; nothing: it is none of them.
+/// The index of the page whose file `address` refers to, ignoring the fragment; null: none of them.
 std::optional<int> indexOf(const QUrl& address);
 
 }  // namespace documentation

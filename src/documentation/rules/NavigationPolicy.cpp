@@ -10,11 +10,11 @@ namespace {
 
 bool beginsWith(const QUrl& address, const QUrl& own) {
     if (own.isEmpty()) return false;
-    // Which characters of a path are percent-encoded differs between the engine and us.
+    // The engine and Qt percent-encode different characters of a path.
     if (own.isLocalFile())
         return address.isLocalFile() && address.toLocalFile().startsWith(own.toLocalFile());
     QUrl beginning = own;
-    // The end of the host: "https://maker.example" is not the beginning of "https://maker.example.org".
+    // Marks the end of the host: "https://maker.example" must not match "https://maker.example.org".
     if (beginning.path().isEmpty()) beginning.setPath(QStringLiteral("/"));
     return address.toString(QUrl::FullyEncoded).startsWith(beginning.toString(QUrl::FullyEncoded));
 }
@@ -42,7 +42,7 @@ QString expanded(const QString& address, const QString& bundleIdentifier) {
 }
 
 bool needsZoom(std::optional<double> factor) {
-    // A factor of 1.0001 is one, though its difference from 1 comes out a little smaller in binary.
+    // 1.0001 counts as a factor, although its binary difference from 1 is slightly smaller than 0.0001.
     constexpr double kLeast = 0.0001 - 1e-9;
     return factor && std::abs(*factor - 1) >= kLeast;
 }

@@ -8,20 +8,20 @@
 
 class QWidget;
 
-/// What a web view needs of the application around it. The plugin has no part of the application in it: no
-/// log, no settings, no desktop. Everything is called on the main thread.
+/// Services of the application for a web view. The plugin does not link the application's log, settings or
+/// desktop. All functions are called on the main thread.
 struct WebViewServices {
-    QString documentsFolder;   ///< Where the local pages are.
+    QString documentsFolder;   ///< The folder of the local pages.
     QString bundleIdentifier;  ///< For "$(CFBundleIdentifier)" in addresses.
-    /// Opens an address that does not belong into the view, as the user's browser does.
+    /// Opens an address that does not belong to the view, in the user's browser.
     std::function<void(const QUrl&)> openInBrowser;
-    /// The page cannot be shown, and why, for the log. Called at most once, from inside the view: do not
-    /// delete it before control is back in the event loop.
+    /// Reports why the page cannot be shown, for the log. Called at most once, from inside the view: do not
+    /// delete the view before control returns to the event loop.
     std::function<void(const QString& reason)> failed;
 };
 
-/// A view of one page. It is a widget of the class PXWebView with these properties, to be set before it is
-/// first shown, which loads the page:
+/// A view of one page, on the main thread only. It is a widget of the class PXWebView with these properties,
+/// to be set before it is first shown and loads the page:
 ///
 ///     localHTMLName           QString  a file in the documents folder; empty: none
 ///     remoteHTMLURL           QString  an online copy, which replaces the local page when it arrives;
@@ -36,18 +36,19 @@ public:
     WebView& operator=(const WebView&) = delete;
     virtual ~WebView() = default;
 
-    /// The widget itself, owned by its parent; it takes this along.
+    /// The widget, owned by its parent; this object is deleted with it.
     virtual QWidget* widget() = 0;
-    /// Scrolls to the place that stands behind "#" in an address.
+    /// Scrolls to the place with this URL fragment.
     virtual void showPlace(const QString& fragment) = 0;
-    /// Marks the next place that has `text`, and all others; empty: marks none. `found` gets how many there
-    /// are, later.
+    /// Highlights all matches of `text` and moves to the next one; empty: clears the highlights. `found` is
+    /// called later with the number of matches.
     virtual void find(const QString& text, bool backwards, const std::function<void(int)>& found) = 0;
-    /// 1: the page's own size. Beside the zoom factor, and not ended by another page.
+    /// Sets the magnification; 1 is the page's own size. It applies in addition to the zoom factor, to all
+    /// pages of the view.
     virtual void magnify(double factor) = 0;
 };
 
-/// What the plugin is to those who load it.
+/// The plugin's interface. Main thread only.
 class WebViewFactory {
 public:
     WebViewFactory() = default;
@@ -55,10 +56,10 @@ public:
     WebViewFactory& operator=(const WebViewFactory&) = delete;
     virtual ~WebViewFactory() = default;
 
-    /// Starts the engine; call once, before the first view, when nothing speaks against it: an engine that
-    /// cannot run ends the process. Takes a tenth of a second and more.
+    /// Starts the engine; call once, before the first view, and only after the checks in WebEngineCheck: an
+    /// engine that cannot run ends the process. Takes at least 0.1 s.
     virtual void start() = 0;
-    /// Owned by `parent`. The last view that goes takes with it what was kept of the pages.
+    /// The view is owned by `parent`. Cached pages are deleted with the last view.
     virtual WebView* makeView(const WebViewServices& services, QWidget* parent) = 0;
 };
 

@@ -32,12 +32,12 @@ void Documentation::open(int tag) {
                 &Documentation::mainWindowRequested);
         connect(m_window, &DocumentationWindow::engineFailed, this, [this](int index, const QString& why) {
             m_window->close();
-            m_window = nullptr;  // It is deleted a moment later.
+            m_window = nullptr;  // It is deleted later.
             openInBrowser(index, why);
         });
     }
     m_window->bringToFront();
-    m_window->selectTab(tag);  // Last: a page without an engine ends the window.
+    m_window->selectTab(tag);  // Last: the window closes if the engine fails.
 }
 
 void Documentation::openInBrowser(int tag, const QString& why) {

@@ -8,13 +8,13 @@
 class AppDelegate;
 class WebEngine;
 
-/// Follows the command that opens the documentation: in its window, or where no engine can show it there in
-/// the user's browser.
+/// Executes the command that opens the documentation: in its window, or in the user's browser if the engine
+/// cannot run. Main thread only.
 class Documentation : public QObject {
     Q_OBJECT
 
 public:
-    /// Delegate and engine outlive this.
+    /// `delegate` and `engine` must outlive this.
     Documentation(AppDelegate& delegate, WebEngine& engine, WindowParts parts);
     ~Documentation() override;
 
@@ -22,7 +22,7 @@ public:
     DocumentationWindow* documentationWindow() const { return m_window; }
 
 Q_SIGNALS:
-    /// Tell the user in passing.
+    /// Message for the status area.
     void message(const QString& text);
     /// The user wants the main window, which may be closed.
     void mainWindowRequested();

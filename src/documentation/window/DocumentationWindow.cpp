@@ -61,7 +61,8 @@ DocumentationWindow::DocumentationWindow(WebEngine& engine, const WindowParts& p
 }
 
 DocumentationWindow::~DocumentationWindow() {
-    // Tabs that go show the next one, and pages may still speak: while all that they reach is there.
+    // Deleting tabs changes the current tab, and pages may still emit signals: delete them while all members
+    // exist.
     m_tabView->disconnect(this);
     delete m_tabView;
 }
@@ -72,7 +73,7 @@ void DocumentationWindow::setUpTabs() {
     for (const DocumentationPage& page : m_pages) {
         auto* tab = new QWidget;
         tab->setAccessibleName(page.title);
-        // The page's own background until it is there: nothing flashes.
+        // Show the page's background colour until it is loaded, to avoid flashing.
         tab->setBackgroundRole(QPalette::Base);
         tab->setAutoFillBackground(true);
         auto* layout = new QVBoxLayout(tab);
@@ -140,8 +141,8 @@ DocumentationWindow::Tab& DocumentationWindow::currentTab() {
 }
 
 void DocumentationWindow::openAddress(const QUrl& address) {
-    // By the rules of navigation a page's view lets in that page alone. Links between our own pages would all
-    // open in the browser; they lead to their tabs instead.
+    // A view accepts only its own page. Links between our own pages would open in the browser; show their
+    // tabs instead.
     if (const auto index = documentation::indexOf(address)) {
         Tab& tab = m_tabs[*index];
         if (tab.view) {
@@ -185,14 +186,14 @@ void DocumentationWindow::fillWithWebView(int index) {
     services.openInBrowser = [this](const QUrl& address) { openAddress(address); };
     services.failed = [self = QPointer(this), index](const QString& reason) {
         if (!self) return;
-        // The view is not to be taken away while it speaks.
+        // Do not delete the view during its own call.
         QTimer::singleShot(0, self, [self, index, reason] { self->pageFailed(index, reason); });
     };
     WebView* view = factory->makeView(services, this);
     QWidget* widget = view->widget();
     widget->setProperty("localHTMLName", m_pages[index].name);
     widget->setProperty("remoteHTMLURL", m_pages[index].remoteHTMLURL);
-    // The maker may move a page; that is no reason to open a browser that nobody asked for.
+    // The vendor may redirect a page, which must not open a browser unasked.
     widget->setProperty("openOnlyClicksInBrowser", true);
     if (!m_tabs[index].place.isEmpty()) view->showPlace(m_tabs[index].place);
     view->magnify(m_magnification);
@@ -246,7 +247,7 @@ void DocumentationWindow::find(const QString& text, bool backwards) {
         if (text.isEmpty()) {
             browser->setTextCursor(QTextCursor(browser->document()));
         } else if (!browser->find(text, flags)) {
-            // From the other end again.
+            // Continue from the other end.
             browser->moveCursor(backwards ? QTextCursor::End : QTextCursor::Start);
             browser->find(text, flags);
         }

@@ -13,37 +13,36 @@ class QTabWidget;
 class WebEngine;
 class WebView;
 
-/// What the window has in common with the application's other windows.
+/// Parts that the application provides for the window.
 struct WindowParts {
     using AddMenu =
         std::function<void(QWidget& window, QAction& close, const std::function<void()>& showMainWindow)>;
 
-    QIcon closeIcon;  ///< On the find bar's close button.
-    /// Puts a menu on top that has `close` and leads to the main window; may be null.
+    QIcon closeIcon;  ///< Icon of the find bar's close button.
+    /// Adds a menu bar with `close` and a command for the main window; may be null.
     AddMenu addMenu;
 };
 
-/// The documentation: a tab for each page. A page is loaded when its tab is first shown, the first one after
-/// the window itself was drawn. The window deletes itself when it is closed, and takes with it what its pages
-/// need.
+/// The documentation window, with a tab for each page. A page is loaded when its tab is first shown, the
+/// first page after the window was painted. The window deletes itself and its views when it is closed. Main
+/// thread only.
 class DocumentationWindow : public QWidget {
     Q_OBJECT
 
 public:
-    /// `engine` outlives the window.
+    /// `engine` must outlive the window.
     DocumentationWindow(WebEngine& engine, const WindowParts& parts);
     ~DocumentationWindow() override;
 
     void bringToFront();
-    /// Shows the tab at `index`; one that is not there, or negative, leaves the tab as it is.
+    /// Shows the tab at `index`; ignores an invalid index.
     void selectTab(int index);
-    /// What the user clicked in a page, or what leads out of it: another page of ours is shown in its tab,
-    /// anything else in the browser.
+    /// Opens an address that a page links to: another documentation page in its tab, anything else in the
+    /// browser.
     void openAddress(const QUrl& address);
 
 Q_SIGNALS:
-    /// The engine does not start; the page at `index` is to be shown elsewhere. Nothing more comes of the
-    /// window.
+    /// The engine does not start; show the page at `index` elsewhere. The window emits nothing after this.
     void engineFailed(int index, const QString& why);
     /// The user wants the main window, which may be closed.
     void mainWindowRequested();
@@ -66,11 +65,11 @@ private:
     void find(const QString& text, bool backwards);
     void magnify(double factor);
 
-    /// What stands in a tab. `view` is null but for web pages.
+    /// The contents of a tab. `view` is null except for web pages.
     struct Tab {
         QWidget* content = nullptr;
         WebView* view = nullptr;
-        QString place;  ///< Where in the page to begin.
+        QString place;  ///< URL fragment to scroll to after loading.
     };
     Tab& currentTab();
 

@@ -6,23 +6,23 @@
 class QLabel;
 class QLineEdit;
 
-/// The line below a page for finding text in it. Return finds the next place, Shift+Return the one before,
-/// Escape closes.
+/// The search bar below a page. Return finds the next match, Shift+Return the previous one, Escape closes the
+/// bar. Main thread only.
 class FindBar : public QWidget {
     Q_OBJECT
 
 public:
     explicit FindBar(const QIcon& closeIcon, QWidget* parent = nullptr);
 
-    /// Shows it with its text selected, so that typing replaces it.
+    /// Shows the bar with its text selected, so that typing replaces it.
     void open();
     void close();
     QString text() const;
-    /// What the last search found.
+    /// Shows the number of matches of the last search.
     void setFound(int places);
 
 Q_SIGNALS:
-    /// An empty text: nothing is looked for any more.
+    /// The user searches for `text`; empty: end the search.
     void searched(const QString& text, bool backwards);
     void closed();
 

@@ -18,9 +18,9 @@ namespace {
 
 constexpr int kMargin = 16;
 constexpr int kListIndent = 24;
-constexpr qint64 kLargest = 8 << 20;  // Bytes; no text that somebody reads has more.
+constexpr qint64 kLargest = 8 << 20;  // Bytes; no readable document is larger.
 
-/// Where the first line hangs out, a tab behind its number leads to where the other lines begin.
+/// With a hanging indent, a tab after the paragraph's number moves to the start of the other lines.
 void setTabsOfHangingLines(const QTextDocument& document) {
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
         QTextBlockFormat format = block.blockFormat();
@@ -40,7 +40,7 @@ std::optional<richtext::Document> readDocument(const QString& path) {
     return richtext::read(file.read(kLargest));
 }
 
-/// The file in the documents folder that `url` names, wherever links lead; empty: none.
+/// The file in the documents folder that `url` refers to, symbolic links resolved; empty: none.
 QString fileInDocuments(const QUrl& url) {
     const QUrl folder = QUrl::fromLocalFile(documentsFolder() + '/');
     const QString path = QFileInfo(folder.resolved(url).toLocalFile()).canonicalFilePath();
@@ -90,7 +90,7 @@ void PXRTFView::download() {
     QString address = m_remoteHTMLURL;
     const QUrl url(address.replace("$(CFBundleIdentifier)", QuillonLib::shared().appBundleIdentifier()));
     m_downloader(url, [view = QPointer(this), url](const QString& html) {
-        // A page without a word would only take away what can be read.
+        // Do not replace the document by an empty page.
         if (!view || QTextDocumentFragment::fromHtml(html).toPlainText().trimmed().isEmpty()) return;
         view->m_page = html;
         view->m_base = url;
@@ -102,7 +102,7 @@ void PXRTFView::render() {
     const richtext::HtmlLook look{.bodyPoints = QFontInfo(font()).pointSizeF(),
                                   .background = palette().color(QPalette::Base).rgb() & RGB_MASK};
     const int position = verticalScrollBar()->value();
-    // Links would be in the colour of the application's palette when they were read.
+    // Otherwise links would keep the palette's colour of the time when they were parsed.
     document()->setDefaultStyleSheet("a { color: " + palette().color(QPalette::Link).name() + " }");
     setHtml(m_page.isEmpty() ? richtext::toHtml(m_document, look) : m_page);
     setTabsOfHangingLines(*document());
@@ -118,7 +118,7 @@ void PXRTFView::changeEvent(QEvent* event) {
 void PXRTFView::openLink(const QUrl& link) {
     if (link.isRelative() && link.path().isEmpty()) return scrollToAnchor(link.fragment());
     const QUrl url = m_base.resolved(link);
-    // A page from elsewhere has no business with the files of this machine.
+    // A downloaded page must not open local files.
     const bool isFile = url.isLocalFile() && m_base.isLocalFile();
     if (isFile || QStringList{"http", "https", "mailto"}.contains(url.scheme())) sharedDesktop().openUrl(url);
 }
@@ -127,7 +127,7 @@ QVariant PXRTFView::loadResource(int type, const QUrl& name) {
     const QString path = fileInDocuments(name);
     QFile file(path);
     if (!path.isEmpty() && file.open(QIODevice::ReadOnly) && file.size() <= kLargest) return file.readAll();
-    // What it is not given, QTextDocument itself looks for, wherever that is.
+    // Return an empty value, or QTextDocument loads the resource itself from anywhere.
     if (type != QTextDocument::ImageResource) return QByteArray("");
     QImage unseen(1, 1, QImage::Format_ARGB32);
     unseen.fill(Qt::transparent);

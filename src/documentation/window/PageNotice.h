@@ -2,12 +2,12 @@
 
 #include <QWidget>
 
-/// What stands in the place of a page that cannot be shown: one sentence, and a way out where there is one.
+/// Placeholder for a page that cannot be shown: one sentence and an optional button. Main thread only.
 class PageNotice : public QWidget {
     Q_OBJECT
 
 public:
-    /// With `canOpenInBrowser` there is a button that does.
+    /// `canOpenInBrowser` adds a button that emits browserRequested().
     PageNotice(const QString& sentence, bool canOpenInBrowser, QWidget* parent = nullptr);
 
 Q_SIGNALS:

@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* kPluginFile = "libravelin_webview.so";
 
-/// Empty: it is not installed.
+/// Empty if the plugin is not installed.
 QString pluginPath() {
     const QDir program(QCoreApplication::applicationDirPath());
     for (const char* folder : {"../lib/ravelin", "../" RAVELIN_LIBRARY_FOLDER "/ravelin"}) {
@@ -22,8 +22,8 @@ QString pluginPath() {
     return {};
 }
 
-/// Keeps off standard error what the engine says while it starts and what is as we want it: that it comes
-/// late, in a plugin, and draws without graphics hardware.
+/// Suppresses the engine's expected warnings on standard error while it starts: that it is loaded late, by a
+/// plugin, and renders without graphics hardware.
 class QuietStart {
 public:
     QuietStart() { theNextHandler = qInstallMessageHandler(handle); }

@@ -4,7 +4,7 @@
 
 class WebViewFactory;
 
-/// Where windows get their web views from.
+/// Provides windows with the factory of web views. Main thread only.
 class WebEngine {
 public:
     WebEngine() = default;
@@ -12,14 +12,14 @@ public:
     WebEngine& operator=(const WebEngine&) = delete;
     virtual ~WebEngine() = default;
 
-    /// What speaks against using it, for the log; empty: nothing. Quick, and loads nothing.
+    /// Why the engine cannot be used, for the log; empty if it can. Quick; loads nothing.
     virtual QString obstacle() const = 0;
-    /// Loads and starts the engine at the first call, which takes its time. Null, and `why` for the log,
-    /// where that fails. Not owned by the caller.
+    /// Loads and starts the engine at the first call, which is slow. On failure returns null and sets `why`,
+    /// for the log. The caller does not own the factory.
     virtual WebViewFactory* factory(QString& why) = 0;
 };
 
-/// The engine in our plugin, which lies beside the program in the build tree and in an installed tree.
+/// The engine in our plugin, which is installed next to the program, in the build tree, too.
 class PluginWebEngine : public WebEngine {
 public:
     QString obstacle() const override;

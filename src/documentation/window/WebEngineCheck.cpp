@@ -19,7 +19,7 @@ namespace webengine {
 
 namespace {
 
-/// The places where the engine looks for a part: a variable of the environment alone, where it is set.
+/// The paths where the engine looks for a component: only the environment variable's, if it is set.
 QStringList placesOf(const char* variable, QLibraryInfo::LibraryPath path, const QString& below) {
     if (qEnvironmentVariableIsSet(variable)) return {qEnvironmentVariable(variable)};
     return {QLibraryInfo::path(path) + below, QCoreApplication::applicationDirPath()};
@@ -47,14 +47,14 @@ bool sandboxIsSwitchedOff() {
            qgetenv("QTWEBENGINE_CHROMIUM_FLAGS").split(' ').contains("--no-sandbox");
 }
 
-/// In the child: system calls only.
+/// Runs in the forked child: system calls only.
 bool writes(const char* path, const char* text, size_t length) {
     const int file = ::open(path, O_WRONLY | O_CLOEXEC);
     return file >= 0 && ::write(file, text, length) == static_cast<ssize_t>(length);
 }
 
-/// Whether an unprivileged process may shut itself in, as the engine does with its pages: systems and
-/// containers forbid it in many ways, and only trying tells.
+/// Whether an unprivileged process may create a sandbox, as the engine does for its pages. Systems and
+/// containers forbid it in many ways, so the only test is to try.
 bool sandboxCanBeBuilt() {
     const QByteArray users = QByteArray::number(::geteuid()) + ' ' + QByteArray::number(::geteuid()) + " 1";
     const QByteArray groups = QByteArray::number(::getegid()) + ' ' + QByteArray::number(::getegid()) + " 1";

@@ -2,11 +2,11 @@
 
 #include <QString>
 
-/// Whether the engine of the documentation pages can run here. It ends the whole process where it cannot, and
-/// conversions with it, so everything that it is known to need is looked at before.
+/// Checks whether the web engine can run here. An engine that cannot run ends the whole process and all
+/// conversions, so its known requirements are checked first. Main thread only.
 namespace webengine {
 
-/// What speaks against it, for the log; empty: nothing. Starts nothing but a child that ends at once.
+/// Why the engine cannot run, for the log; empty if it can. Starts only a child process that exits at once.
 QString obstacle();
 
 }  // namespace webengine

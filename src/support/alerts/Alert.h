@@ -2,11 +2,11 @@
 
 #include "support/alerts/AlertPresenter.h"
 
-/// The alert family: each decides whether to show, has the alert shown by the presenter, logs the question
-/// and the answer at level 3, and returns the answer (1000, 1001 or 1002 is the button's position). Main
-/// thread only, but for the don't-warn-again alerts by identifier, which may be called from any thread.
+/// Functions that show an alert through the presenter, log the question and the answer at level 3, and return
+/// the answer: 1000, 1001 or 1002 for the first, second or third button. Main thread only; all but the
+/// non-modal ones block until the user answers.
 ///
-/// A button whose title is empty is not added. Of an array of buttons the first three are used.
+/// A button with an empty title is not added. Only the first three of a list of buttons are used.
 
 long alert_customicon(const QString& title, const QString& message, const AlertButton& defaultButton,
                       const AlertButton& alternate, const AlertButton& other, const QString& icon);
@@ -15,8 +15,8 @@ long alert(const QString& title, const QString& message, const AlertButton& defa
 /// With the application's name as the title.
 long alert_apptitled(const QString& message, const AlertButton& defaultButton,
                      const AlertButton& alternate = QString(), const AlertButton& other = QString());
-/// The same over a window of the caller's choice, for what a panel of that window led to: while a panel
-/// closes, no window is active.
+/// The same over a given window, for a result of that window's panel: no window is active while a panel
+/// closes.
 long alert_apptitled_over(AlertWindow window, const QString& message, const AlertButton& button);
 
 long alert_input(const QString& prompt, const QStringList& buttons, QString& text);
@@ -29,7 +29,7 @@ long alert_inputtext(const QString& prompt, const QStringList& buttons, QString&
 long alert_outputtext(const QString& prompt, const QString& text, const QStringList& buttons);
 long alert_selection_popup(const QString& prompt, const QStringList& buttons, const QStringList& titles,
                            qsizetype& index);
-/// A title of more than 150 characters is shown as its first and its last 70.
+/// Titles of more than 150 characters are shortened to their first and last 70.
 long alert_selection_matrix(const QString& prompt, const QStringList& buttons, const QStringList& titles,
                             qsizetype& index);
 

@@ -8,14 +8,14 @@
 #include <functional>
 #include <vector>
 
-/// A button's title with its key equivalent (empty: none), in the form of QKeySequence's portable text.
+/// A button's title and its key equivalent as portable text of QKeySequence (empty: none).
 struct AlertButton {
     AlertButton(const char* buttonTitle)
         : title(QString::fromUtf8(buttonTitle)) {}      // NOLINT(google-explicit-constructor)
     AlertButton(QString buttonTitle, QString key = {})  // NOLINT(google-explicit-constructor)
         : title(std::move(buttonTitle)), keyEquivalent(std::move(key)) {}
 
-    /// A button that is also the answer of a user who gives none; see Alert::cancelResponse().
+    /// A button that is also the answer to Escape and the like; see Alert::cancelResponse().
     static AlertButton cancelling(QString buttonTitle) {
         AlertButton button(std::move(buttonTitle));
         button.cancels = true;
@@ -27,8 +27,8 @@ struct AlertButton {
     bool cancels = false;
 };
 
-/// The control between an alert's message and its buttons. `value` goes in as what the control shows first
-/// and comes back as what the user made of it.
+/// The control between an alert's message and its buttons. Alert::value is its initial value,
+/// AlertAnswer::value its final one. Sizes are in points.
 enum class AlertControl {
     None,
     Input,           ///< One line of text, 310 x 24 points; value: text.
@@ -41,7 +41,7 @@ enum class AlertControl {
     SelectionMatrix  ///< Radio buttons, 269 wide, 17 a row, the items; value: index.
 };
 
-/// The window that an alert belongs to. One that is not shown is replaced by the window at work.
+/// The window that an alert belongs to; AtWork is used instead of one that is not shown.
 enum class AlertWindow {
     AtWork,  ///< The active one, else the main window.
     Main,
@@ -53,7 +53,7 @@ inline constexpr long kAlertFirstButton = 1000;
 inline constexpr long kAlertSecondButton = 1001;
 inline constexpr long kAlertThirdButton = 1002;
 
-/// A modal alert with all that is needed to show it.
+/// The description of a modal alert.
 struct Alert {
     QString title;
     QString message;
@@ -65,11 +65,11 @@ struct Alert {
     QString controlTitle;
     QStringList items;
     QVariant value;
-    bool activatesApplication = true;  ///< Whether the application comes to the front first.
+    bool activatesApplication = true;  ///< Whether to bring the application to the front first.
     AlertWindow window = AlertWindow::AtWork;
 
-    /// What Escape, the close button, the end of the application and a presenter without a user answer: the
-    /// button that says so, else the last. It must never do what only a user may decide.
+    /// The answer for Escape, the close button, the end of the application and presenters without a user: the
+    /// button with `cancels`, else the last. It must never do what only the user may decide.
     long cancelResponse() const {
         const auto saysSo = std::ranges::find(buttons, true, &AlertButton::cancels);
         const auto position =
@@ -80,32 +80,32 @@ struct Alert {
 
 struct AlertAnswer {
     long response = kAlertFirstButton;
-    bool suppressed = false;  ///< The don't-warn-again box was ticked.
+    bool suppressed = false;  ///< Whether the don't-warn-again box was ticked.
     QVariant value;
 };
 
-/// A panel that does not hold the application up: 420 points wide.
+/// A panel that does not block the application; 420 points wide.
 struct NonModalAlert {
     QString title;
     QString message;
     QString button;
     QString icon;           ///< Empty: "AppIcon".
     QString checkboxTitle;  ///< Empty: no check box.
-    /// Called on the main thread when the button is pressed: with a check box before the panel closes,
-    /// without one after. May be null.
+    /// Called on the main thread when the button is pressed: before the panel closes if it has a check box,
+    /// else afterwards. May be null.
     std::function<void(bool checked)> completion;
 };
 
-/// Shows alerts. The window, the command line and the tests each bring one. Main thread only.
+/// Shows alerts; implemented by the window, the command line and the tests. Main thread only.
 class AlertPresenter {
 public:
     virtual ~AlertPresenter() = default;
-    /// Whether present() lets the user think, while the event loop goes on.
+    /// Whether present() waits for a user and runs the event loop meanwhile.
     virtual bool waitsForUser() const { return false; }
-    /// Returns when the alert is answered.
+    /// Blocks until the alert is answered.
     virtual AlertAnswer present(const Alert& alert) = 0;
     /// Shows the alert attached to the main window and returns at once; `dismissed` is called with the
-    /// answer. A presenter without a window answers as present() does.
+    /// answer. A presenter without a window calls present() instead.
     virtual void presentSheet(const Alert& alert, const std::function<void(const AlertAnswer&)>& dismissed) {
         dismissed(present(alert));
     }
@@ -113,7 +113,7 @@ public:
     virtual void presentNonModal(const NonModalAlert& alert) = 0;
 };
 
-/// The presenter that the alert functions use; not owned. Without one, an alert is logged and answered with
-/// its cancelResponse().
+/// The presenter that the alert functions use; not owned. If none is set, alerts are logged and answered with
+/// their cancelResponse().
 void setAlertPresenter(AlertPresenter* presenter);
 AlertPresenter& alertPresenter();

@@ -8,17 +8,17 @@
 
 namespace {
 
-struct Waiting {
+struct PendingAlert {
     Block show;
     QString key;
 };
 
-QList<Waiting>& queue() {
-    static QList<Waiting> waiting;
-    return waiting;
+QList<PendingAlert>& queue() {
+    static QList<PendingAlert> pending;
+    return pending;
 }
 
-bool isShowing = false;  // The first of the queue.
+bool isShowing = false;  // Whether the first alert of the queue is open.
 
 void showNext() {
     if (isShowing || queue().isEmpty()) return;
@@ -37,7 +37,7 @@ void showInTurn(Block show, const QString& key) {
         show();
         return;
     }
-    const auto isSame = [&](const Waiting& waiting) { return !key.isEmpty() && waiting.key == key; };
+    const auto isSame = [&](const PendingAlert& pending) { return !key.isEmpty() && pending.key == key; };
     if (std::ranges::any_of(queue(), isSame)) return;
     queue().append({std::move(show), key});
     dispatch_async_main(showNext);

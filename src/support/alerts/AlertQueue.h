@@ -4,9 +4,9 @@
 
 #include <QString>
 
-/// For alerts that tell something and decide nothing: `show`, which shows one, runs when nobody is in the
-/// middle of anything, one after the other, so that a hundred bad files do not put a hundred windows over
-/// each other, and what waits for an answer stands on no object that may go meanwhile. `show` keeps its own
-/// copies. Of several with the same `key` that wait or are shown one is enough; an empty key is like no
-/// other. Where the presenter does not wait for a user, `show` runs at once. Main thread only.
+/// Queues `show`, which shows an informational alert without a decision. Queued alerts run one at a time from
+/// the event loop, so that a hundred bad files do not open a hundred windows, and the caller may be deleted
+/// while an alert is open: `show` must capture copies only. An alert is dropped if one with the same
+/// non-empty `key` is queued or shown. If the presenter does not wait for a user, `show` runs at once. Main
+/// thread only.
 void showInTurn(Block show, const QString& key = {});

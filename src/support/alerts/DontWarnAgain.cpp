@@ -8,8 +8,8 @@
 
 namespace {
 
-/// Shows `alert` and stores under `key` whether the user ticked its box.
-long askOnce(const QString& key, const Alert& alert) {
+/// Shows `alert`; stores 1 under `key` if the user ticked its box.
+long showAndStore(const QString& key, const Alert& alert) {
     const AlertAnswer answer = alertPresenter().present(alert);
     setDefaultInt(key, answer.suppressed ? 1 : 0);
     return answer.response;
@@ -23,7 +23,7 @@ void onMainThread(const Block& block) {
     }
 }
 
-Alert silenceable(const QString& title, const QString& message, const QString& suppressionTitle) {
+Alert suppressibleAlert(const QString& title, const QString& message, const QString& suppressionTitle) {
     Alert alert;
     alert.title = title;
     alert.message = message;
@@ -35,10 +35,10 @@ QString logged(const QString& text) {
     return text::strippedOfNewlines(text);
 }
 
-void askUnlessSilenced(const QString& key, const Alert& alert, const QString& logName) {
+void showUnlessSuppressed(const QString& key, const Alert& alert, const QString& logName) {
     if (defaultInt(key) != 0) return;
     logError("%@: %@ - %@", logName, logged(alert.title), logged(alert.message));
-    askOnce(key, alert);
+    showAndStore(key, alert);
     logError("%@: finished", logName);
 }
 
@@ -47,19 +47,19 @@ void askUnlessSilenced(const QString& key, const Alert& alert, const QString& lo
 void alert_dontwarnagain_version(const QString& identifier, const QString& title, const QString& message,
                                  const QString& button, const QString& suppressionTitle) {
     const QString key = makeString("_%@_%@_asked", identifier, ApplicationInfo::version());
-    Alert alert = silenceable(title, message, suppressionTitle);
+    Alert alert = suppressibleAlert(title, message, suppressionTitle);
     alert.buttons = {button};
     alert.key = identifier;
-    onMainThread([=] { askUnlessSilenced(key, alert, "Alert Dontwarnagain"); });
+    onMainThread([=] { showUnlessSuppressed(key, alert, "Alert Dontwarnagain"); });
 }
 
 void alert_dontwarnagain_ever(const QString& identifier, const QString& title, const QString& message,
                               const QString& button, const QString& suppressionTitle) {
     const QString key = makeString("_%@_asked", identifier);
-    Alert alert = silenceable(title, message, suppressionTitle);
+    Alert alert = suppressibleAlert(title, message, suppressionTitle);
     alert.buttons = {button};
     alert.key = identifier;
-    onMainThread([=] { askUnlessSilenced(key, alert, "Alert Dontwarnagainever"); });
+    onMainThread([=] { showUnlessSuppressed(key, alert, "Alert Dontwarnagainever"); });
 }
 
 // NOLINTNEXTLINE(bugprone-reserved-identifier)
@@ -67,13 +67,13 @@ long _alert_dontwarnagain_prefs(const QString& key, const QString& title, const 
                                 const AlertButton& defaultButton, const AlertButton& alternate,
                                 const QString& suppressionTitle) {
     if (defaultInt(key) != 0) return -1;
-    Alert alert = silenceable(title, message, suppressionTitle);
+    Alert alert = suppressibleAlert(title, message, suppressionTitle);
     for (const AlertButton& button : {defaultButton, alternate}) {
         if (!button.title.isEmpty()) alert.buttons.push_back(button);
     }
     alert.key = key;
     logError("Alert: %@ - %@", logged(title), logged(message));
-    const long response = askOnce(key, alert);
+    const long response = showAndStore(key, alert);
     logError("Alert: finished %li", response);
     return response;
 }

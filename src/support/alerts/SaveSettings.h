@@ -1,7 +1,7 @@
 #pragma once
 
-/// Writes the settings now. Why they cannot be saved is shown once a run. Main thread only.
+/// Saves the settings now. A failure is shown in an alert, once per run. Main thread only.
 void saveSettings();
 
-/// What is wrong with the settings file, if anything, in an alert; once a run. Main thread only.
+/// Shows the problem with the settings file, if there is one, in an alert; once per run. Main thread only.
 void reportSettingsProblemOnce();

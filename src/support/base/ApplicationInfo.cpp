@@ -32,17 +32,17 @@ const QJsonObject& information() {
 
 struct Move {
     QMutex guard;
-    QString before;  ///< Empty: nothing was moved.
+    QString before;  ///< Empty if no folder was moved.
     QString now;
 };
 
-Move& theMove() {
+Move& folderMove() {
     static Move move;
     return move;
 }
 
-QString whereItIs(const QString& path) {
-    Move& move = theMove();
+QString currentPathOf(const QString& path) {
+    Move& move = folderMove();
     const QMutexLocker locker(&move.guard);
     return move.before.isEmpty() ? path : files::withFolderMoved(path, move.before, move.now);
 }
@@ -87,7 +87,7 @@ QString bundlePath() {
 }
 
 void followMove(const QString& before, const QString& now) {
-    Move& move = theMove();
+    Move& move = folderMove();
     const QMutexLocker locker(&move.guard);
     move.before = before;
     move.now = now;
@@ -95,9 +95,9 @@ void followMove(const QString& before, const QString& now) {
 
 QString resourceFolder() {
     const QString named = qEnvironmentVariable("RAVELIN_RESOURCES");
-    if (!named.isEmpty()) return whereItIs(QDir(named).absolutePath());
+    if (!named.isEmpty()) return currentPathOf(QDir(named).absolutePath());
     // <build>/bin beside <build>/resources, or <prefix>/bin beside <prefix>/share/ravelin.
-    const QDir program(whereItIs(QCoreApplication::applicationDirPath()));
+    const QDir program(currentPathOf(QCoreApplication::applicationDirPath()));
     const QString built = QDir::cleanPath(program.filePath("../resources"));
     return QFileInfo(built).isDir() ? built : QDir::cleanPath(program.filePath("../share/ravelin"));
 }

@@ -2,10 +2,11 @@
 
 #include <QString>
 
-/// What the application is and where its things are. Asked anew at every call; callable from any thread.
+/// The application's name, version and folders. Nothing is cached; callable from any thread.
 namespace ApplicationInfo {
 
-/// The text under `key` in the application's information file, which is built into the program; empty: none.
+/// The value of `key` in the application's information file, which is built into the program; empty if there
+/// is none.
 QString value(const char* key);
 
 QString name();
@@ -15,16 +16,17 @@ QString bundleIdentifier();
 
 /// `$XDG_CONFIG_HOME/<bundle identifier>/settings.json`
 QString settingsFilePath();
-/// `$XDG_DATA_HOME/<bundle identifier>`: everything that the application keeps for itself.
+/// `$XDG_DATA_HOME/<bundle identifier>`: the application's private data.
 QString homeInsideSandbox();
-/// `Documents` in it, made when it is missing.
+/// `Documents` in homeInsideSandbox(); created if it is missing.
 QString documentsFolder();
-/// The folder that holds the application and what belongs to it: the one above `bin` where the program lies
-/// in a `bin` (of an installed tree, of the build tree), else the program's own. As it was at the start.
+/// The application's root folder: the parent of `bin` if the program is in a folder `bin` (installed tree,
+/// build tree), else the program's folder. The path at the start of the process.
 QString bundlePath();
-/// `$RAVELIN_RESOURCES`, else the folder beside the program: of the build tree or of an installed tree.
+/// `$RAVELIN_RESOURCES`, else the resource folder next to the program, in the build tree or the installed
+/// tree.
 QString resourceFolder();
-/// What was in the folder `before` is in `now`: resources that lay there are found again.
+/// Reports that the folder `before` was moved to `now`, so that resourceFolder() follows.
 void followMove(const QString& before, const QString& now);
 
 }  // namespace ApplicationInfo

@@ -5,9 +5,10 @@
 #include <algorithm>
 #include <iterator>
 
+/// Algorithms on collections. Callable from any thread.
 namespace collections {
 
-/// The elements for which `keep` is true, in order.
+/// The elements for which `keep` returns true, in order.
 template <typename T, typename Predicate>
 QList<T> filtered(const QList<T>& list, Predicate keep) {
     QList<T> result;
@@ -24,7 +25,7 @@ qint64 reduce(const List& list, Function number) {
     return sum;
 }
 
-/// What the interface enables a control by: whether `value` is there, is a collection and holds something.
+/// Whether `value` exists and is a non-empty collection; controls are enabled by this.
 template <typename T>
 bool isNonEmptyCollection(const T& value) {
     if constexpr (requires { value.has_value(); }) {
@@ -36,7 +37,7 @@ bool isNonEmptyCollection(const T& value) {
     }
 }
 
-/// Removes duplicates; of equal elements the first stays where it is.
+/// Removes duplicates; keeps the first of equal elements.
 template <typename List>
 List withoutDuplicates(const List& list) {
     List result;

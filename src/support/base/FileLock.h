@@ -2,8 +2,8 @@
 
 #include <QString>
 
-/// A lock between processes on a file of its own, which is made when it is missing and stays. The kernel
-/// releases it with the process, at whatever moment that dies.
+/// A lock between processes, on a lock file that is created if it is missing and never removed. The kernel
+/// releases it when the process dies. Each instance is for one thread; lock() blocks.
 class FileLock {
 public:
     explicit FileLock(const QString& path);
@@ -11,7 +11,8 @@ public:
     FileLock(const FileLock&) = delete;
     FileLock& operator=(const FileLock&) = delete;
 
-    /// Waits for the lock. False: another process held it all the time, or the file cannot be made.
+    /// Waits for the lock. Returns false if another process held it for the whole time, or if the file cannot
+    /// be created.
     bool lock(int limitMilliseconds);
 
 private:

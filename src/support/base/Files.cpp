@@ -18,20 +18,20 @@ namespace {
 
 constexpr qsizetype kLongestName = 255;  // bytes
 
-/// Where the extension's point stands, -1 without an extension.
+/// Index of the extension's dot, -1 without an extension.
 qsizetype extensionPoint(const QString& path) {
     const qsizetype name = path.lastIndexOf(u'/') + 1;
     const qsizetype point = path.lastIndexOf(u'.');
     return point > name ? point : -1;
 }
 
-/// A link that leads nowhere takes its name all the same.
-bool isThere(const QString& path) {
+/// A broken symbolic link occupies its name, too.
+bool isOccupied(const QString& path) {
     return QFileInfo::exists(path) || QFileInfo(path).isSymLink();
 }
 
-/// Looks and creates in one step, so that a file that appears meanwhile is never written over. The
-/// descriptor, or -1.
+/// Checks and creates atomically, so that a file created by others meanwhile is never overwritten. Returns
+/// the descriptor, or -1.
 int createNew(const QString& path) {
     return ::open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
 }
@@ -92,13 +92,13 @@ QString uniqueFile(const QString& path, const std::function<bool(const QString&)
 }
 
 QString uniqueFile(const QString& path) {
-    return uniqueFile(path, isThere);
+    return uniqueFile(path, isOccupied);
 }
 
 QString claimUniqueFile(const QString& path, const std::function<bool(const QString&)>& taken) {
     for (;;) {
         const QString candidate =
-            uniqueFile(path, [&](const QString& name) { return isThere(name) || (taken && taken(name)); });
+            uniqueFile(path, [&](const QString& name) { return isOccupied(name) || (taken && taken(name)); });
         const int file = createNew(candidate);
         if (file >= 0) ::close(file);
         if (file >= 0 || errno != EEXIST) return candidate;

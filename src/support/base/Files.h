@@ -7,52 +7,52 @@
 #include <functional>
 #include <optional>
 
-/// Operations on paths. Paths are UTF-8 on disk; nothing here throws.
+/// Operations on paths. Paths are UTF-8 on disk. Callable from any thread; throws nothing.
 namespace files {
 
 bool fileExists(const QString& path);
-/// False for an address that is not a file's.
+/// False for a URL that is not a file URL.
 bool fileExists(const QUrl& url);
-/// The file's bytes; nothing when it cannot be read.
+/// The file's bytes; null if it cannot be read.
 std::optional<QByteArray> contents(const QString& path);
-/// Size in bytes; 0 when it cannot be read, and for a folder.
+/// Size in bytes; 0 if it is not known, and for a folder.
 quint64 fileSize(const QUrl& url);
 
-/// The last path component's text after its last point, without the point. A name that only begins with a
-/// point has no extension.
+/// The text after the last dot of the last path component, without the dot. A name that only begins with a
+/// dot has no extension.
 QString pathExtension(const QString& path);
 QString withoutExtension(const QString& path);
 
-/// `path` if `taken` says no to it, else the first of "stem-0.extension", "stem-1.extension" ... that is
-/// free. A stem is cut where the name would not fit into the 255 bytes that file systems allow.
+/// `path` if `taken` returns false for it, else the first free one of "stem-0.extension", "stem-1.extension"
+/// ... The stem is cut to fit the file systems' limit of 255 bytes.
 QString uniqueFile(const QString& path, const std::function<bool(const QString&)>& taken);
-/// The same, taken meaning that something exists there.
+/// The same; a path is taken if it exists.
 QString uniqueFile(const QString& path);
 
-/// uniqueFile() as an empty file that is there when this returns: nobody else can take the name meanwhile.
-/// Where no file can be made, only the name.
+/// Like uniqueFile(), but creates the empty file, so that no other process can take the name. Returns only
+/// the name if the file cannot be created.
 QString claimUniqueFile(const QString& path, const std::function<bool(const QString&)>& taken = {});
 
-/// `stem` + `ending`, the stem cut (never inside a character) to fit into the 255 bytes of a file name.
+/// `stem` + `ending`; the stem is cut (never inside a character) to fit the 255 bytes of a file name.
 QString fittingFileName(const QString& stem, const QString& ending);
 
-/// Whether `path` is `folder` or lies below it, by whole components: "/media/ab" does not lie below
-/// "/media/a". Both absolute, without a slash at the end.
+/// Whether `path` is `folder` or below it, by whole components: "/media/ab" is not below "/media/a". Both are
+/// absolute, without a trailing slash.
 bool isAtOrBelow(const QString& path, const QString& folder);
-/// Where a path is when `folder` is at `newFolder`: one at or below the folder goes along, any other stays.
+/// The new path of a file after `folder` was moved to `newFolder`; a path outside `folder` is unchanged.
 QString withFolderMoved(const QString& path, const QString& folder, const QString& newFolder);
 
-/// Whether a new file can be written at `path`. A path where something exists counts as not writeable, so
-/// that a finished output is never taken for a free place. Leaves nothing behind.
+/// Whether a new file can be created at `path`. Returns false for an existing file, so that finished outputs
+/// are never overwritten. Leaves no file behind.
 bool isWriteablePath(const QString& path);
 
-/// The path of a new, empty file, or of a new folder, among the temporary files, which only the user can
-/// read. Empty where none can be made. Whoever asked deletes it.
+/// Creates an empty file, or a folder, in the temporary folder, readable by the user only. Returns its path,
+/// or an empty one on failure. The caller deletes it.
 QString makeTempFilepath(const QString& extension = {});
 QString makeTempDirectory();
 
-/// A link that cannot be opened, or an alias file of the kind that shared volumes hold. A symbolic link to a
-/// readable file is no alias: it is followed as everywhere.
+/// Whether it is a broken symbolic link, or an alias file as found on shared volumes. A symbolic link to a
+/// readable file is no alias.
 bool fileIsAlias(const QUrl& url);
 
 }  // namespace files

@@ -14,7 +14,7 @@ QString describe(const QUrl& url) {
 
 namespace {
 
-/// A text inside a list: plain words as they are, everything else in quotation marks.
+/// A text inside a list: plain words are unchanged, all others are put in quotation marks.
 QString listElement(const QString& text) {
     const bool plain = !text.isEmpty() && std::all_of(text.cbegin(), text.cend(), [](QChar c) {
         return c.unicode() < 0x80 && (c.isLetterOrNumber() || c == u'_' || c == u'.' || c == u'/');

@@ -14,8 +14,8 @@
 #include <type_traits>
 #include <variant>
 
-/// Formatting with object placeholders. Texts for the user and for the log are written with them, as they
-/// stand in the translations:
+/// Formatting with typed placeholders, for log lines and for texts that are not translated. Callable from any
+/// thread.
 ///
 ///     %@        an object: text, address, list, date, variant; a missing optional prints as "(null)"
 ///     %i %d     an integer of up to 32 bits, %u the same without sign
@@ -24,9 +24,9 @@
 ///     %p        a pointer
 ///     %%        a percent sign
 ///
-/// The number and the types of the arguments are checked when the program is compiled.
+/// The compiler checks the number and the types of the arguments.
 
-/// The text of an object as "%@" shows it.
+/// The text that "%@" shows for an object.
 QString describe(const QString& text);
 QString describe(const QUrl& url);
 QString describe(const QStringList& list);
@@ -80,10 +80,10 @@ constexpr bool fits(Kind kind) {
 struct Placeholder {
     Kind kind = Kind::Object;
     int precision = 6;
-    size_t length = 0;  ///< Characters of the placeholder; 0: not a placeholder that is known.
+    size_t length = 0;  ///< Characters of the placeholder; 0: unknown placeholder.
 };
 
-/// Reads the placeholder that begins at text[0] == '%' (never "%%").
+/// Parses the placeholder that begins at text[0] == '%' (never "%%").
 constexpr Placeholder readPlaceholder(const char* text) {
     Placeholder result;
     const char* at = text + 1;
@@ -120,7 +120,7 @@ constexpr Placeholder readPlaceholder(const char* text) {
     return result;
 }
 
-/// Never defined: a call during compilation is an error that shows its name.
+/// Never defined: a call at compile time is an error that shows this name.
 void theFormatAndItsArgumentsDoNotMatch();
 
 template <typename... Args>
@@ -163,7 +163,7 @@ QString fill(const char* text, std::span<const Value> values);
 
 }  // namespace format_detail
 
-/// A format whose placeholders fit `Args`. Made from a literal; a format that does not fit does not compile.
+/// A format literal whose placeholders match `Args`; any other format does not compile.
 template <typename... Args>
 class BasicFormat {
 public:
@@ -182,7 +182,7 @@ private:
 template <typename... Args>
 using Format = BasicFormat<std::type_identity_t<Args>...>;
 
-/// The format with each placeholder replaced by its argument, in order. The format is UTF-8.
+/// Replaces each placeholder of the UTF-8 format by its argument, in order.
 template <typename... Args>
 QString makeString(Format<Args...> format, const Args&... arguments) {
     const std::array<format_detail::Value, sizeof...(Args)> values{format_detail::value(arguments)...};

@@ -22,7 +22,8 @@ struct Line {
 };
 
 std::array<Line, kLines> theLines;
-std::atomic<std::uint64_t> theCount = 0;  ///< Of all lines so far; the next one's place is its remainder.
+std::atomic<std::uint64_t> theCount =
+    0;  ///< Number of lines so far; modulo the capacity, the index of the next one.
 std::mutex theWriter;
 
 }  // namespace
@@ -31,7 +32,7 @@ void lastlines::add(int level, const QString& message) {
     QByteArray bytes = makeString("%@ <%i> %@", QDateTime::currentDateTime(), level, message).toUtf8();
     if (static_cast<size_t>(bytes.size()) > kLongest) {
         qsizetype end = kLongest;
-        while ((bytes[end] & 0xC0) == 0x80)  // Never inside a character.
+        while ((bytes[end] & 0xC0) == 0x80)  // Never cut inside a UTF-8 character.
             --end;
         bytes.truncate(end);
     }
@@ -39,7 +40,7 @@ void lastlines::add(int level, const QString& message) {
 
     const std::lock_guard lock(theWriter);
     Line& line = theLines[theCount % kLines];
-    line.size = 0;  // A crash meanwhile finds no line rather than parts of two.
+    line.size = 0;  // If a crash interrupts this, it finds no line instead of parts of two.
     std::memcpy(line.text.data(), bytes.constData(), static_cast<size_t>(bytes.size()));
     line.size = static_cast<size_t>(bytes.size());
     ++theCount;

@@ -2,16 +2,16 @@
 
 #include <QString>
 
-/// The log's newest lines in memory that is there from the beginning, so that a crash handler can still write
-/// them when the heap and the locks are not to be relied upon.
+/// The newest log lines in static memory, so that a crash handler can write them without using the heap or
+/// locks.
 namespace lastlines {
 
-/// Keeps `message` as one line with the time and its level; of more than 1000 bytes the beginning, of more
-/// than ten lines the newest. Callable from any thread.
+/// Stores `message` as one line with the time and its level, cut to 1000 bytes. Keeps the newest ten lines.
+/// Callable from any thread.
 void add(int level, const QString& message);
 
-/// Writes the lines to an open file descriptor, the oldest first. For signal handlers: takes no lock and no
-/// memory; a line that is being added at this moment may be missing.
+/// Writes the lines to a file descriptor, the oldest first. Async-signal-safe: takes no lock and allocates
+/// nothing; a line that is just being added may be missing.
 void write(int file);
 
 }  // namespace lastlines

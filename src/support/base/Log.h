@@ -5,9 +5,9 @@
 #include <QString>
 #include <QUrl>
 
-/// Every diagnostic line goes through qn_log_level(). A message goes, in this order, to the capture file if
-/// one is enabled, to the sink that was handed in (support/store/LogRings), and to the system log; a crash
-/// report has the newest lines of any level. Callable from any thread; no failure reaches the caller.
+/// The application's log. A message goes, in this order, to the capture file if one is enabled, to the sink
+/// (see support/store/LogRings), and to the system log; crash reports contain the newest lines of any level.
+/// Callable from any thread; failures are ignored.
 
 enum LogLevel : int {
     kLogEmergency = 0,
@@ -20,8 +20,8 @@ enum LogLevel : int {
     kLogDebug = 7,
 };
 
-/// Hands a finished message to the sinks. A level outside 0 to 7 reaches the system log only if its low eight
-/// bits are such a level.
+/// Logs a formatted message. A level outside 0 to 7 reaches the system log only if its low eight bits are
+/// such a level.
 void qn_log_message(int level, const QString& message);
 
 template <typename... Args>
@@ -44,11 +44,11 @@ void logEmergency(Format<Args...> format, const Args&... arguments) {
     qn_log_message(kLogEmergency, makeString<Args...>(format, arguments...));
 }
 
-/// Copies messages of `minimumLevel` and more severe ones (smaller numbers) into `file`, from now on. A file
-/// of more than `maximumSize` bytes is first cut to its newest ones; 0: never cut.
+/// Copies further messages of `minimumLevel` and more severe ones (smaller numbers) to `file`. A file of more
+/// than `maximumSize` bytes is first cut to its newest bytes; 0: never cut.
 void qn_log_enablecapturetofile(const QUrl& file, quint64 maximumSize, int minimumLevel);
 
-/// Called with each message and its level, on the thread that logs.
+/// Receives each message and its level, on the thread that logs.
 using LogSink = void (*)(int level, const QString& message);
-/// Null: none, as at the start. From any thread.
+/// Replaces the sink; null, the default: none.
 void qn_log_setsink(LogSink sink);

@@ -27,7 +27,7 @@ QString levelName(int level) {
     return known ? QString::fromLatin1(kNames[static_cast<size_t>(level)]) : QString();
 }
 
-/// Keeps the newest `size` bytes. False when the disk did not take it.
+/// Keeps the newest `size` bytes. Returns false if writing failed.
 bool shrinkToTail(const QString& path, qint64 size) {
     QFile file(path);
     if (!file.open(QIODevice::ReadWrite) || !file.seek(file.size() - size)) return false;

@@ -2,17 +2,17 @@
 
 #include <QString>
 
-/// The optional copy of the log in a file. Not guarded against concurrent writers: lines may interleave.
+/// The optional copy of the log in a file. Callable from any thread, but without a lock: lines of several
+/// threads may interleave.
 namespace logcapture {
 
-/// Cuts the file, if it has more bytes, to its newest `maximumSize` (0: never). False: the disk did not take
-/// it.
+/// Cuts the file to its newest `maximumSize` bytes; 0: never. Returns false if writing failed.
 bool shrink(const QString& path, quint64 maximumSize);
-/// Writes messages whose level is at most `minimumLevel` into the file from now on. False, and no capture at
-/// all, when it cannot be opened.
+/// Starts capturing messages whose level is at most `minimumLevel`. Returns false, and captures nothing, if
+/// the file cannot be opened.
 bool open(const QString& path, int minimumLevel);
 
-/// Appends one line when capture is on for this level. A line that cannot be written is lost.
+/// Appends one line if capture is on for this level. Write errors are ignored.
 void write(int level, const QString& message);
 
 }  // namespace logcapture

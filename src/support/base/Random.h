@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
-// Random numbers between two limits, in either order. Callable from any thread.
+// Random numbers between two limits, given in either order. Callable from any thread.
 
-/// Both limits included.
+/// Includes both limits.
 inline int generateRandomIntBetween(int a, int b) {
     const auto [least, greatest] = std::minmax(qint64{a}, qint64{b});
     return static_cast<int>(QRandomGenerator::global()->bounded(least, greatest + 1));

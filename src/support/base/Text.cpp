@@ -97,7 +97,7 @@ QString clamp(const QString& text, qsizetype length) {
 }
 
 QString escaped(const QString& text) {
-    // What RFC 3986 allows in a query: unreserved characters, sub-delimiters and ":@/?".
+    // RFC 3986 allows in a query: unreserved characters, sub-delimiters and ":@/?".
     return QString::fromLatin1(QUrl::toPercentEncoding(text, "!$&'()*+,;=:@/?"));
 }
 
@@ -140,7 +140,7 @@ double doubleValue(QStringView text) {
 
 namespace {
 
-/// The bytes of a unit of the encoding.
+/// The size of a code unit in bytes.
 qsizetype unitOf(QStringConverter::Encoding encoding) {
     switch (encoding) {
         case QStringConverter::Utf16:
@@ -157,7 +157,7 @@ qsizetype unitOf(QStringConverter::Encoding encoding) {
 }
 
 std::optional<QString> decoded(const QByteArray& data, QStringConverter::Encoding encoding) {
-    if (data.size() % unitOf(encoding) != 0) return std::nullopt;  // Half a unit is no error to the decoder.
+    if (data.size() % unitOf(encoding) != 0) return std::nullopt;  // The decoder accepts half a unit.
     QStringDecoder decoder(encoding, QStringDecoder::Flag::Stateless);
     QString result = decoder(data);
     if (decoder.hasError()) return std::nullopt;

@@ -2,11 +2,11 @@
 
 #include <QCoreApplication>
 
-/// Where texts for people are looked up for translation, outside of Qt's own classes, which have a tr() of
-/// their own. `Texts::tr("The file '%1' is gone.").arg(name)`: placeholders are numbered, so a translation
-/// can order them anew, and `Texts::tr("%n movie(s)", nullptr, count)` has the forms of the plural. A text
-/// that stands in a table is marked with RAVELIN_TEXT there and looked up by text::localized() where it is
-/// shown. Lines of the log and mails to support are not translated.
+/// Translates texts for the user outside of QObject classes, which have their own tr(). `Texts::tr("The file
+/// '%1' is gone.").arg(name)`: numbered placeholders, which a translation can reorder; `Texts::tr("%n
+/// movie(s)", nullptr, count)` has plural forms. Mark texts in tables with RAVELIN_TEXT and pass them to
+/// text::localized() where they are shown. Log lines and mails to support are not translated. Callable from
+/// any thread.
 struct Texts {
     Q_DECLARE_TR_FUNCTIONS(Ravelin)
 };

@@ -23,7 +23,7 @@ void installTranslations() {
     auto ours = std::make_unique<QTranslator>();
     const bool isTranslated = ours->load(QLocale(), "ravelin", "_", folder);
     if (isTranslated || ours->load("ravelin_en", folder)) install(std::move(ours));
-    // Dialogs of Qt's in another language than ours would be a mixture.
+    // Load Qt's translation only for our language, to avoid mixed languages in dialogs.
     auto qt = std::make_unique<QTranslator>();
     if (isTranslated &&
         qt->load(QLocale(), "qtbase", "_", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))

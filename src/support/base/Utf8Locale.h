@@ -1,5 +1,5 @@
 #pragma once
 
-/// Names of files are UTF-8. Where the locale says otherwise (a cron job, a bare ssh), the languages that the
-/// user prefers stay and only the encoding changes. First thing in main(), before there are threads.
+/// Sets the locale's encoding to UTF-8, which file names use, if it is another one (a cron job, a bare ssh);
+/// keeps the user's languages. Call first in main(), before threads are started.
 void makeSureOfUtf8();

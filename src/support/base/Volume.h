@@ -4,16 +4,16 @@
 
 #include <optional>
 
-/// What the volume that holds a folder can take.
+/// Limits of the volume that contains a folder. Callable from any thread; may block on network volumes.
 namespace volume {
 
-/// Bytes that the user may still write; nothing when the folder is not there.
+/// Bytes that are available to the user; null if the folder does not exist.
 std::optional<quint64> freeBytes(const QString& folder);
 
-/// The largest file in bytes; nothing when the volume has no limit worth telling.
+/// The largest file size in bytes; null if the volume has no relevant limit.
 std::optional<quint64> maximumFileSize(const QString& folder);
 
-/// The same from the file system's magic number, as statfs(2) tells it.
+/// The same by the file system's magic number from statfs(2).
 std::optional<quint64> maximumFileSizeOfType(long magic);
 
 }  // namespace volume

@@ -4,7 +4,7 @@
 
 namespace {
 
-/// An empty variable announces nothing, and "autolaunch:" asks for a bus to be started.
+/// An empty variable announces no bus, and "autolaunch:" would start one.
 bool isAnnounced(const char* variable, const QString& socket) {
     const QString address = qEnvironmentVariable(variable);
     return address.isEmpty() ? QFileInfo::exists(socket) : !address.contains("autolaunch:");

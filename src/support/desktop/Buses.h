@@ -7,18 +7,18 @@
 
 #include <optional>
 
-/// The buses, where they are announced. One that is not is never asked for: asking could start it, or wait
-/// for an X server. Main thread only.
+/// The D-Bus connections. A bus is used only if the environment announces its address: connecting to any
+/// other could start one, or wait for an X server. Main thread only.
 namespace buses {
 
-/// Nothing: none is announced, or nobody answers there.
+/// Null if no bus is announced or the connection fails.
 std::optional<QDBusConnection> session();
 std::optional<QDBusConnection> system();
 
-/// The object that stands for the application with this reverse-DNS identifier.
+/// Path of the D-Bus object that represents the application with this reverse-DNS identifier.
 QString objectPath(const QString& applicationId);
 
-/// Calls `handler` with the answer or the error, unless `context` is gone by then.
+/// Calls `handler` with the reply or the error from the event loop; never after `context` was deleted.
 template <typename Handler>
 void whenAnswered(const QDBusConnection& connection, const QDBusMessage& call, QObject* context,
                   Handler handler) {

@@ -30,7 +30,7 @@ QDBusMessage portalCall(const char* interface, const char* method, const QVarian
     return call;
 }
 
-/// Whether somebody took the call, or may still take it.
+/// Whether the call was accepted, or may still be accepted after a timeout.
 bool isAnswered(const QDBusConnection& bus, const QDBusMessage& call) {
     const QDBusMessage answer = bus.call(call, QDBus::Block, kPatienceMilliseconds);
     return answer.type() != QDBusMessage::ErrorMessage || QDBusError(answer).type() == QDBusError::NoReply;
@@ -50,19 +50,19 @@ bool DBusDesktop::isInsideFlatpak() {
 }
 
 DBusDesktop::~DBusDesktop() {
-    // What was said last would be lost with the connection.
-    const auto underWay = std::exchange(m_underWay, {});
-    for (QDBusPendingCallWatcher* call : underWay)
+    // Pending messages would be lost with the connection.
+    const auto pendingCalls = std::exchange(m_pendingCalls, {});
+    for (QDBusPendingCallWatcher* call : pendingCalls)
         call->waitForFinished();
 }
 
 void DBusDesktop::sendForSure(const QDBusConnection& bus, const QDBusMessage& call,
                               const std::function<void(const QDBusPendingCall&)>& handler) {
     auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, kPatienceMilliseconds), this);
-    m_underWay.insert(watcher);
+    m_pendingCalls.insert(watcher);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, handler] {
         if (handler) handler(*watcher);
-        m_underWay.remove(watcher);
+        m_pendingCalls.remove(watcher);
         watcher->deleteLater();
     });
 }
@@ -90,7 +90,7 @@ quint32 DBusDesktop::acquireSleepAssertion(const QString& reason) {
     call.setArguments({QString("sleep:idle"), m_applicationName, reason, QString("block")});
     buses::whenAnswered(*bus, call, this, [this, assertion](const QDBusPendingCall& answer) {
         const QDBusPendingReply<QDBusUnixFileDescriptor> reply = answer;
-        // Released meanwhile: the descriptor closes with the reply.
+        // If the assertion was released meanwhile, the descriptor closes with the reply.
         const auto held = m_assertions.find(assertion);
         if (!reply.isError() && held != m_assertions.end()) held->descriptor = reply.value();
     });
@@ -146,8 +146,8 @@ void DBusDesktop::notifyThroughPortal(const QDBusConnection& bus, const Notifica
 }
 
 void DBusDesktop::listenForActions(QDBusConnection bus) {
-    if (std::exchange(m_listens, true)) return;
-    // From no named service: naming one makes the bus look up its owner first, and that is waited for.
+    if (std::exchange(m_isListening, true)) return;
+    // No service name: with a name, QtDBus blocks to look up its owner first.
     if (m_insideFlatpak) {
         bus.connect({}, kPortalPath, "org.freedesktop.portal.Notification", "ActionInvoked", this,
                     SLOT(onPortalActionInvoked(QString, QString, QVariantList)));
@@ -194,11 +194,11 @@ void DBusDesktop::reveal(const QString& path) {
 bool DBusDesktop::openUrl(const QUrl& url) {
     if (url.scheme().isEmpty()) return false;
     const bool isMail = url.scheme() == u"mailto";
-    // The program first: it has been started when this returns, so that a page or a mail still opens when the
-    // application ends right after.
+    // Prefer the program: it is already started when this returns, so that a page or a mail opens even if the
+    // application quits right afterwards.
     if (!m_insideFlatpak && !isMail && openingprogram::start(url)) return true;
     if (!m_insideFlatpak && isMail) {
-        if (const auto isTaken = openingprogram::startAndSee(url)) return *isTaken;
+        if (const auto isOpened = openingprogram::startAndWait(url)) return *isOpened;
     }
     const auto bus = buses::session();
     if (!bus) return false;
@@ -209,7 +209,7 @@ bool DBusDesktop::openUrl(const QUrl& url) {
         sendForSure(*bus, call);
         return true;
     }
-    // Outside the sandbox a path means another file; a descriptor means the same.
+    // Outside the sandbox a path may name another file; a descriptor does not.
     QDBusUnixFileDescriptor descriptor;
     descriptor.giveFileDescriptor(
         ::open(QFile::encodeName(url.toLocalFile()).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));

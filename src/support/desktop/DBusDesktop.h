@@ -15,32 +15,32 @@ class QDBusPendingCall;
 class QDBusPendingCallWatcher;
 
 /// The desktop over D-Bus: logind, the notification daemon and the file manager, or inside a Flatpak the
-/// desktop portal. A bus is connected to at the first use and only where one is announced; no reply is waited
-/// for, but by openUrl().
+/// desktop portal. Connects to a bus at the first use and only if one is announced. Only openUrl() and the
+/// destructor wait for replies. Main thread only.
 class DBusDesktop : public Desktop {
     Q_OBJECT
 
 public:
-    /// `applicationName` is told to the services, which may show it to the user; `desktopEntry` is the
+    /// `applicationName` is passed to the services, which may show it to the user; `desktopEntry` is the
     /// application's reverse-DNS identifier.
     DBusDesktop(QString applicationName, QString desktopEntry, bool insideFlatpak = isInsideFlatpak());
-    /// Waits, two seconds at the most, until what was posted and opened has arrived.
+    /// Waits at most two seconds until pending messages were delivered.
     ~DBusDesktop() override;
 
     quint32 acquireSleepAssertion(const QString& reason) override;
     void releaseSleepAssertion(quint32 assertion) override;
     void notify(const Notification& notification) override;
     void reveal(const QString& path) override;
-    /// By xdg-open, inside a Flatpak and where that is missing by the portal. True: it was handed over. Of a
-    /// mail it is waited for, two seconds at the most, whether a program takes it; where the portal has taken
-    /// it, the portal tells the user when there is none.
+    /// Uses xdg-open, or the portal inside a Flatpak or if xdg-open is missing. Returns true if the address
+    /// was handed over. For a mailto link, xdg-open's exit status is awaited for at most two seconds; the
+    /// portal itself informs the user if no program is installed.
     bool openUrl(const QUrl& url) override;
     bool isSandboxed() const override { return m_insideFlatpak; }
     void setLauncherProgress(std::optional<double> fraction) override;
     bool prefersDark() const override { return m_appearance.prefersDark(); }
     bool prefersReducedMotion() const override { return m_appearance.prefersReducedMotion(); }
 
-    /// Call once, where the appearance matters; what the user prefers is told by appearanceChanged().
+    /// Call once, in programs that have windows; appearanceChanged() reports the user's preferences.
     void watchAppearance();
 
     static bool isInsideFlatpak();
@@ -51,13 +51,13 @@ private Q_SLOTS:
     void onPortalActionInvoked(const QString& id, const QString& action, const QVariantList& parameters);
 
 private:
-    /// What keeps the machine awake: logind's descriptor, or the handle of the portal's request.
+    /// An inhibitor of sleep: logind's descriptor, or the handle of the portal's request.
     struct Assertion {
         QDBusUnixFileDescriptor descriptor;
         QString portalRequest;
     };
 
-    /// For a message that has to arrive also when the application ends right after.
+    /// Sends a message that must be delivered even if the application quits right afterwards.
     void sendForSure(const QDBusConnection& bus, const QDBusMessage& call,
                      const std::function<void(const QDBusPendingCall&)>& handler = {});
     void notifyThroughPortal(const QDBusConnection& bus, const Notification& notification);
@@ -70,8 +70,8 @@ private:
     QHash<quint32, Assertion> m_assertions;
     QHash<QString, QString> m_pathsOfNotifications;  ///< Notification's identifier -> file.
     int m_lastPortalNotification = 0;
-    bool m_listens = false;
+    bool m_isListening = false;
     std::optional<double> m_launcherProgress;
     DesktopAppearance m_appearance;
-    QSet<QDBusPendingCallWatcher*> m_underWay;
+    QSet<QDBusPendingCallWatcher*> m_pendingCalls;
 };

@@ -14,19 +14,19 @@ struct Notification {
     QString path;    ///< File that the action shows; empty: none.
 };
 
-/// What the application asks of the desktop around it. Every request is answered at once and none fails
-/// loudly: where nobody listens, nothing happens. Main thread only.
+/// Interface to the desktop's services. Requests return at once unless noted; where a service is missing,
+/// they do nothing. Main thread only.
 class Desktop : public QObject {
     Q_OBJECT
 
 public:
     using QObject::QObject;
 
-    /// Keeps the machine from going to sleep until the assertion is released.
-    /// Returns its identifier, which is never 0.
+    /// Prevents the machine from sleeping until the assertion is released. Returns its identifier, which is
+    /// never 0.
     virtual quint32 acquireSleepAssertion(const QString& reason) = 0;
 
-    /// Releasing 0 or an identifier that was released before does nothing.
+    /// Does nothing for 0 and for identifiers that were already released.
     virtual void releaseSleepAssertion(quint32 assertion) = 0;
 
     /// Posts `notification` with the default sound.
@@ -35,36 +35,36 @@ public:
     /// Shows the file selected in the file manager, or its folder where the file manager cannot select.
     virtual void reveal(const QString& path) = 0;
 
-    /// Moves the file to the user's trash. False: it is where it was.
+    /// Moves the file to the user's trash. Returns false if it could not be moved.
     virtual bool moveToTrash(const QString& path);
 
-    /// Opens a page, a folder or a mail link with the user's program for it. False: there is none, as far as
-    /// that is known at once; of a mail link it is waited for.
+    /// Opens a web page, a folder or a mailto link with the user's program for it. Returns false if there is
+    /// known to be none; only a mailto link is awaited to find out.
     virtual bool openUrl(const QUrl& url) = 0;
 
-    /// Puts the text where the user can paste it from. False: there is no such place.
+    /// Copies the text to the clipboard. Returns false if there is no clipboard.
     virtual bool copyToClipboard(const QString& /*text*/) { return false; }
 
     /// Whether the Option key (Alt) is held down now.
     virtual bool isOptionKeyHeld() const { return false; }
 
-    /// Whether a sandbox lets us reach only the folders that the user opened.
+    /// Whether a sandbox limits the application to folders that the user opened.
     virtual bool isSandboxed() const { return false; }
 
-    /// Shows at the application's place in the launcher how far the work is, 0 to 1; nothing: none.
+    /// Shows the progress, 0 to 1, on the application's launcher icon; null removes it.
     virtual void setLauncherProgress(std::optional<double> /*fraction*/) {}
 
-    /// What the user told the desktop; false as long as it is not known.
+    /// The user's appearance preferences; false until they are known.
     virtual bool prefersDark() const { return false; }
     virtual bool prefersReducedMotion() const { return false; }
 
 Q_SIGNALS:
-    /// prefersDark() or prefersReducedMotion() tells something else now.
+    /// The value of prefersDark() or prefersReducedMotion() changed.
     void appearanceChanged();
-    /// The user chose a notification (its button or its body) that was posted with a path.
+    /// The user clicked a notification (its button or its body) that was posted with a path.
     void notificationActivated(const QString& path);
 };
 
-/// The desktop that the application talks to; not owned. Without one, a desktop on which nothing happens.
+/// The desktop that the application uses; not owned. If none is set, sharedDesktop() returns a NullDesktop.
 void setSharedDesktop(Desktop* desktop);
 Desktop& sharedDesktop();

@@ -20,7 +20,7 @@ constexpr auto kInterfaceSettings = "org.gnome.desktop.interface";
 
 using Groups = QMap<QString, QVariantMap>;
 
-/// Some portals pack a value twice.
+/// Some portals wrap a value in two variants.
 QVariant unpacked(QVariant value) {
     while (value.canConvert<QDBusVariant>())
         value = value.value<QDBusVariant>().variant();
@@ -31,16 +31,16 @@ QVariant unpacked(QVariant value) {
 
 void DesktopAppearance::watch(QDBusConnection connection) {
     qDBusRegisterMetaType<Groups>();
-    qRegisterMetaType<QDBusVariant>();  // Else the slot that takes one is not found.
-    // From no named service: naming one makes the bus look up its owner first, and that is waited for.
+    qRegisterMetaType<QDBusVariant>();  // Otherwise connect() does not find the slot with this type.
+    // No service name: with a name, QtDBus blocks to look up its owner first.
     connection.connect({}, kPath, kInterface, "SettingChanged", this,
                        SLOT(onSettingChanged(QString, QString, QDBusVariant)));
     connection.connect({}, "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameOwnerChanged", {kService},
                        {}, this, SLOT(onOwnerChanged(QString, QString, QString)));
-    ask(connection);
+    requestSettings(connection);
 }
 
-void DesktopAppearance::ask(const QDBusConnection& connection) {
+void DesktopAppearance::requestSettings(const QDBusConnection& connection) {
     QDBusMessage call = QDBusMessage::createMethodCall(kService, kPath, kInterface, "ReadAll");
     call.setArguments({QStringList{kAppearance, kInterfaceSettings}});
     call.setAutoStartService(false);
@@ -62,10 +62,10 @@ void DesktopAppearance::onSettingChanged(const QString& group, const QString& ke
     if (applySetting(group, key, value.variant())) Q_EMIT changed();
 }
 
-/// A portal that starts later than the application is asked then.
+/// Queries a portal that starts after the application.
 void DesktopAppearance::onOwnerChanged(const QString&, const QString&, const QString& now) {
     if (now.isEmpty()) return;
-    if (const auto connection = buses::session()) ask(*connection);
+    if (const auto connection = buses::session()) requestSettings(*connection);
 }
 
 bool DesktopAppearance::applySetting(const QString& group, const QString& key, const QVariant& packed) {

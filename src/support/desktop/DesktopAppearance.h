@@ -5,15 +5,15 @@
 #include <QObject>
 #include <QString>
 
-/// How the user wants applications to look, as the desktop portal tells it. False is what everything is until
-/// it has told otherwise, and stays where there is no portal; none is started for it.
+/// The user's appearance preferences from the desktop portal. All values are false until the portal replies,
+/// and stay false without a portal; no portal is started for this. Main thread only.
 class DesktopAppearance : public QObject {
     Q_OBJECT
 
 public:
     using QObject::QObject;
 
-    /// Asks, and follows the user's changes from now on; once. The answer comes as changed().
+    /// Requests the values and follows their changes. Call once. The reply is reported by changed().
     void watch(QDBusConnection connection);
 
     bool prefersDark() const { return m_prefersDark; }
@@ -27,8 +27,8 @@ private Q_SLOTS:
     void onOwnerChanged(const QString& name, const QString& before, const QString& now);
 
 private:
-    void ask(const QDBusConnection& connection);
-    /// Whether that changed something.
+    void requestSettings(const QDBusConnection& connection);
+    /// Returns whether a value changed.
     bool applySetting(const QString& group, const QString& key, const QVariant& value);
 
     bool m_prefersDark = false;

@@ -18,7 +18,7 @@ QString tokenIn(const QVariantMap& platformData) {
     return token.isEmpty() ? platformData.value("desktop-startup-id").toString() : token;
 }
 
-/// Not by QUrl::fromLocalFile(), which takes the beginning of "//movies/a" for a host.
+/// Not QUrl::fromLocalFile(), which parses "//movies/a" as a host and a path.
 QString uriOf(const QString& path) {
     return QString::fromLatin1("file://" + QUrl::toPercentEncoding(path, "/"));
 }
@@ -38,7 +38,7 @@ QStringList localPaths(const QStringList& uris) {
     return paths;
 }
 
-/// The methods and their names are those by which desktops start and activate applications.
+/// The org.freedesktop.Application interface, by which desktops start and activate applications.
 class ApplicationInterface : public QDBusAbstractAdaptor {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
@@ -56,11 +56,11 @@ public Q_SLOTS:
         answer(call);
         m_handler(localPaths(uris), tokenIn(platformData));
     }
-    /// There are no actions.
+    /// The application has no actions.
     void ActivateAction(const QString&, const QVariantList&, const QVariantMap&) {}
 
 private:
-    /// Before the work: it may show a question, and the caller waits only so long.
+    /// Reply before handling the call: that may show a question, and the caller's wait is limited.
     void answer(const QDBusMessage& call) {
         call.setDelayedReply(true);
         if (call.isReplyRequired()) m_connection.send(call.createReply());
@@ -74,7 +74,7 @@ private:
 
 InstanceOnBus::InstanceOnBus(const QDBusConnection& connection, QString applicationId, Handler handler)
     : m_connection(connection), m_applicationId(std::move(applicationId)) {
-    // Before the name: whoever finds the name finds the object, too.
+    // Register the object before the name, so that a caller who finds the name finds the object.
     new ApplicationInterface(m_connection, std::move(handler), &m_object);
     m_connection.registerObject(buses::objectPath(m_applicationId), &m_object,
                                 QDBusConnection::ExportAdaptors);
@@ -101,7 +101,7 @@ bool InstanceOnBus::handOver(const QStringList& paths, const QString& token, QDe
     if (!token.isEmpty()) platformData = {{"activation-token", token}, {"desktop-startup-id", token}};
     QDBusMessage call = QDBusMessage::createMethodCall(m_applicationId, buses::objectPath(m_applicationId),
                                                        kInterface, paths.isEmpty() ? "Activate" : "Open");
-    // Gone meanwhile: this process takes the place, the bus must not start another one for it.
+    // If the instance has quit meanwhile, this process replaces it; the bus must not start another one.
     call.setAutoStartService(false);
     if (!paths.isEmpty()) {
         QStringList uris;

@@ -5,8 +5,8 @@
 #include <QDBusConnection>
 #include <QObject>
 
-/// The application's name on the session bus is the place; its object there can be called by anyone in the
-/// session: by a second start, and by the desktop, which opens files so.
+/// Finds the running instance by the application's name on the session bus. Its D-Bus object is called by a
+/// second instance, and by the desktop to open files. Main thread only.
 class InstanceOnBus : public InstanceWay {
 public:
     InstanceOnBus(const QDBusConnection& connection, QString applicationId, Handler handler);

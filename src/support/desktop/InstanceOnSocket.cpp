@@ -13,20 +13,20 @@
 
 namespace {
 
-// A message: magic, length, and that many bytes of texts: the token, then the paths. The answer: the magic.
+// A message: magic, length, and that many bytes of texts: the token, then the paths. The reply: the magic.
 constexpr quint32 kMagic = 0x5276'0001;
 constexpr qint64 kHeaderSize = 8;
 constexpr qint64 kPayloadLimit = 16 * 1024 * 1024;
 constexpr int kSilenceLimitMilliseconds = 10'000;
 constexpr auto kSocketEnding = ".socket";
-constexpr qsizetype kLongestAddress = 107;  ///< Bytes that the kernel takes as a socket's path.
+constexpr qsizetype kLongestAddress = 107;  ///< The kernel's limit for a socket's path, in bytes.
 
 struct Message {
     QString token;
     QStringList paths;
 };
 
-/// Fixed: an old version may run while a new one is installed.
+/// Fixed, because instances of different versions may communicate.
 constexpr auto kStreamVersion = QDataStream::Qt_6_0;
 
 QByteArray framed(const Message& message) {
@@ -42,7 +42,7 @@ QByteArray framed(const Message& message) {
     return payload.size() > kPayloadLimit ? QByteArray() : frame + payload;
 }
 
-/// Text by text instead of as a list, whose announced length would be allocated unseen.
+/// Reads text by text: QStringList would allocate the announced length unchecked.
 std::optional<Message> parsed(const QByteArray& payload) {
     QDataStream content(payload);
     content.setVersion(kStreamVersion);
@@ -57,15 +57,15 @@ std::optional<Message> parsed(const QByteArray& payload) {
     return content.status() == QDataStream::Ok ? std::optional(message) : std::nullopt;
 }
 
-/// Whether nobody else can put or replace anything there.
+/// Whether no other user can create or replace files in the folder.
 bool isOursAlone(const QByteArray& folder) {
     struct stat status = {};
     return ::lstat(folder.constData(), &status) == 0 && S_ISDIR(status.st_mode) &&
            status.st_uid == ::geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
 }
 
-/// The session's folder for running programs, else one below /tmp that is made when it is missing. Nothing:
-/// somebody else has that name there.
+/// $XDG_RUNTIME_DIR, else a folder below /tmp, created if it is missing. Null if that folder is not
+/// exclusively ours.
 std::optional<QString> runtimeFolder(const QString& applicationId) {
     const QByteArray ofSession = qgetenv("XDG_RUNTIME_DIR");
     const qsizetype longestName = applicationId.toUtf8().size() + qsizetype(qstrlen(kSocketEnding)) + 1;
@@ -88,7 +88,7 @@ InstanceOnSocket::InstanceOnSocket(const QString& applicationId, Handler handler
     }
     const QString lockPath = *folder + "/" + applicationId + ".lock";
     m_socketPath = *folder + "/" + applicationId + kSocketEnding;
-    // A lock that cannot be made looks like one that another process holds.
+    // FileLock does not distinguish a lock file that cannot be created from a lock held by another process.
     if (QFile(lockPath).open(QIODevice::ReadWrite)) {
         m_lock.emplace(lockPath);
     } else {
@@ -101,7 +101,7 @@ InstanceOnSocket::~InstanceOnSocket() = default;
 InstanceWay::Claim InstanceOnSocket::claim() {
     if (!m_lock) return Claim::Impossible;
     if (!m_lock->lock(0)) return Claim::Taken;
-    QLocalServer::removeServer(m_socketPath);  // Of an instance that was killed.
+    QLocalServer::removeServer(m_socketPath);  // Left by an instance that was killed.
     m_server = std::make_unique<QLocalServer>();
     QObject::connect(m_server.get(), &QLocalServer::newConnection, m_server.get(), [this] {
         while (QLocalSocket* client = m_server->nextPendingConnection())
@@ -137,7 +137,7 @@ void InstanceOnSocket::read(QLocalSocket* client) {
         client->abort();
         return;
     }
-    // Before the work: it may show a question, and the sender waits only so long.
+    // Reply before handling the message: that may show a question, and the sender's wait is limited.
     QDataStream(client) << kMagic;
     client->flush();
     client->disconnectFromServer();

@@ -10,8 +10,8 @@
 class QLocalServer;
 class QLocalSocket;
 
-/// The way where there is no session bus: a locked file is the place, the socket beside it leads there. Both
-/// lie in a folder that only this user can enter.
+/// Finds the running instance without a session bus: the instance holds a file lock and listens on the socket
+/// beside that file. Both are in a folder that only this user can access. Main thread only.
 class InstanceOnSocket : public InstanceWay {
 public:
     InstanceOnSocket(const QString& applicationId, Handler handler);
@@ -27,5 +27,5 @@ private:
     const Handler m_handler;
     QString m_socketPath;
     std::optional<FileLock> m_lock;
-    std::unique_ptr<QLocalServer> m_server;  ///< Deleted before the lock, under which its socket was made.
+    std::unique_ptr<QLocalServer> m_server;  ///< Deleted before the lock, which protects its socket.
 };

@@ -2,7 +2,7 @@
 
 #include "support/desktop/Desktop.h"
 
-/// For programs and tests without a desktop: nothing happens.
+/// For programs and tests without a desktop: every request does nothing. Main thread only.
 class NullDesktop : public Desktop {
 public:
     using Desktop::Desktop;

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kPatienceMilliseconds = 2000;
 
-/// False: it is missing.
+/// Returns false if xdg-open is missing.
 bool prepare(QProcess& process, const QUrl& url) {
     const QString opener = QStandardPaths::findExecutable("xdg-open");
     process.setProgram(opener);
@@ -32,34 +32,34 @@ bool start(const QUrl& url) {
     return prepare(process, url) && process.startDetached();
 }
 
-std::optional<bool> startAndSee(const QUrl& url) {
-    // Destroyed when it has ended, and never before: that would kill it, and the mail program that it became.
-    // So what owns it is not destroyed when the application ends.
+std::optional<bool> startAndWait(const QUrl& url) {
+    // Deleted only after its process has exited: deleting a running QProcess would kill it, and the mail
+    // program that it became. So its owner is never destroyed.
     static auto* const owner = new QObject;
     auto* process = new QProcess(owner);
     if (!prepare(*process, url)) {
         delete process;
         return std::nullopt;
     }
-    process->setChildProcessModifier([] { ::setsid(); });  // Goes on when the terminal is closed.
+    process->setChildProcessModifier([] { ::setsid(); });  // Survives closing the terminal.
     QObject::connect(process, &QProcess::finished, process, &QObject::deleteLater);
     QEventLoop loop;
-    std::optional<bool> isTaken = true;
+    std::optional<bool> isOpened = true;
     QObject::connect(process, &QProcess::finished, &loop, [&](int status, QProcess::ExitStatus how) {
-        isTaken = how == QProcess::NormalExit && status == 0;
+        isOpened = how == QProcess::NormalExit && status == 0;
         loop.quit();
     });
     QObject::connect(process, &QProcess::errorOccurred, &loop, [&](QProcess::ProcessError error) {
         if (error != QProcess::FailedToStart) return;
-        isTaken = std::nullopt;
+        isOpened = std::nullopt;
         process->deleteLater();
         loop.quit();
     });
     QTimer::singleShot(kPatienceMilliseconds, &loop, &QEventLoop::quit);
     process->start();
-    // A program that could not be started may have told so by now.
+    // A failed start may have been reported already.
     if (process->state() != QProcess::NotRunning) loop.exec(QEventLoop::ExcludeUserInputEvents);
-    return isTaken;
+    return isOpened;
 }
 
 }  // namespace openingprogram

@@ -4,16 +4,15 @@
 
 class QUrl;
 
-/// The program that opens addresses with the user's programs for them, xdg-open. Main thread only.
+/// Runs xdg-open, which opens addresses with the user's programs for them. Main thread only.
 namespace openingprogram {
 
-/// Has it open the address, and returns at once. Its chatter does not come between the application's own
-/// lines. False: it is missing.
+/// Starts it for the address and returns at once. Its output is discarded. Returns false if it is missing.
 bool start(const QUrl& url);
 
-/// The same, and waits, two seconds at the most, in the event loop, for what it says of it. False: no program
-/// took the address. True: one took it, or it still runs, as it does for the whole life of a program that is
-/// not started yet. Nothing: it is missing.
-std::optional<bool> startAndSee(const QUrl& url);
+/// Like start(), but waits at most two seconds, in the event loop, for its exit status. False: no program
+/// opened the address. True: one did, or xdg-open still runs, which it may do for the whole life of the
+/// program that it started. Null: xdg-open is missing.
+std::optional<bool> startAndWait(const QUrl& url);
 
 }  // namespace openingprogram

@@ -22,15 +22,17 @@ SingleInstance::Role SingleInstance::begin(const QStringList& paths, const QStri
     };
     std::optional<Role> role;
     if (const auto connection = buses::session())
-        role = settle(std::make_unique<InstanceOnBus>(*connection, m_applicationId, handler), paths, token);
-    if (!role) role = settle(std::make_unique<InstanceOnSocket>(m_applicationId, handler), paths, token);
+        role =
+            negotiate(std::make_unique<InstanceOnBus>(*connection, m_applicationId, handler), paths, token);
+    if (!role) role = negotiate(std::make_unique<InstanceOnSocket>(m_applicationId, handler), paths, token);
     return role.value_or(Role::First);
 }
 
-std::optional<SingleInstance::Role> SingleInstance::settle(std::unique_ptr<InstanceWay> way,
-                                                           const QStringList& paths, const QString& token) {
-    // The first one may be on its way in, and cannot be reached yet, or on its way out, and the place gets
-    // free.
+std::optional<SingleInstance::Role> SingleInstance::negotiate(std::unique_ptr<InstanceWay> way,
+                                                              const QStringList& paths,
+                                                              const QString& token) {
+    // The first instance may be starting, and not reachable yet, or quitting, so that the claim becomes free:
+    // retry.
     constexpr unsigned long kStepMilliseconds = 10;
     const QDeadlineTimer deadline(m_patienceMilliseconds);
     while (true) {

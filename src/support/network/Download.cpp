@@ -17,7 +17,7 @@ namespace download {
 namespace {
 
 void logFailure(const QUrl& url, const QString& reason) {
-    // A server words some of the reasons, as long as it likes.
+    // Some reasons contain text from the server.
     constexpr qsizetype kLongestReason = 200;  // characters
     logError("Error: could not download %@: %@", url.toDisplayString(QUrl::RemoveUserInfo),
              text::clamp(text::strippedOfNewlines(reason), kLongestReason));
@@ -31,12 +31,12 @@ QNetworkRequest requestFor(const QUrl& url) {
     QNetworkRequest request(url);
     request.setHeader(QNetworkRequest::UserAgentHeader,
                       makeString("%@/%@", ApplicationInfo::name(), ApplicationInfo::version()));
-    // Sent as it is, a page can't grow beyond its length, and one that is cut off is seen.
+    // Without compression, the length limits the page's size, and truncation is detected.
     request.setRawHeader("Accept-Encoding", "identity");
     request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-    // Following by itself, Qt at times adds the headers of one answer to those of the next.
+    // Follow redirects ourselves: Qt sometimes mixes the headers of successive responses.
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
-    // Also the proxies on the way shall ask anew.
+    // Also bypasses the caches of proxies.
     request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
@@ -55,7 +55,7 @@ QString tooLarge(const Limits& limits) {
     return makeString("larger than %li bytes", limits.bytes);
 }
 
-/// Why what a reply's head announces is not taken; empty: it is.
+/// Why the response is refused by its headers; empty if it is accepted.
 QString refusal(const QNetworkReply& reply, const Limits& limits) {
     constexpr int kFirstGood = 200;
     constexpr int kLastGood = 299;
@@ -66,8 +66,8 @@ QString refusal(const QNetworkReply& reply, const Limits& limits) {
     const QString encoding = QString::fromLatin1(reply.rawHeader("Content-Encoding")).toLower();
     if (!encoding.isEmpty() && encoding != u"identity")
         return makeString("sent in the encoding %@, which was not asked for", encoding);
-    // Without TLS, and only then, Qt at times takes a connection that breaks for the page's last chunk: where
-    // the whole answer is there before Qt has noticed that its request is sent.
+    // Without TLS, Qt sometimes treats a broken connection as the last chunk, if the whole response arrives
+    // before Qt has registered that its request was sent.
     if (isChunked(reply) && reply.url().scheme() == u"http")
         return "sent in chunks without TLS, so that its end can't be told";
     if (reply.header(QNetworkRequest::ContentLengthHeader).toLongLong() > limits.bytes)
@@ -75,7 +75,7 @@ QString refusal(const QNetworkReply& reply, const Limits& limits) {
     return {};
 }
 
-/// One download. Belongs to its context and deletes itself when it is done.
+/// One download. Owned by its context; deletes itself when it has finished.
 class Fetching : public QObject {
 public:
     Fetching(const QUrl& url, QObject* context, std::function<void(const Page&)> done, const Limits& limits)
@@ -93,7 +93,7 @@ public:
 private:
     void get(const QUrl& url) {
         m_reply = m_manager->get(requestFor(url));
-        // A server that sends faster than we read waits.
+        // Limits the memory if the server sends faster than we read.
         m_reply->setReadBufferSize(m_limits.bytes);
         connect(m_reply, &QNetworkReply::metaDataChanged, this, &Fetching::look);
         connect(m_reply, &QNetworkReply::readyRead, this, &Fetching::readBody);
@@ -148,7 +148,7 @@ private:
         end();
     }
 
-    /// Whoever is told may delete this, and the reply can't be deleted while it emits.
+    /// The callback may delete this, and the reply must not be deleted while it emits a signal.
     void end() {
         m_isDone = true;
         if (m_reply) m_reply->disconnect(this);
@@ -170,7 +170,7 @@ private:
     int m_redirects = 0;
     bool m_isDone = false;
     std::unique_ptr<QNetworkAccessManager> m_manager;
-    QNetworkReply* m_reply = nullptr;  ///< Deleted with its manager.
+    QNetworkReply* m_reply = nullptr;  ///< Owned by its manager.
 };
 
 }  // namespace

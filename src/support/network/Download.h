@@ -9,12 +9,12 @@
 #include <functional>
 #include <optional>
 
-/// Fetches a page of the maker's site: whole or not at all. Only http and https, never from https down to
-/// http, and only from servers whose certificate is in order. Nothing is kept between two downloads: no
-/// cookies, no cache, no connection; a server that asks for a password gets none. Main thread only.
+/// Fetches a page of the vendor's site, completely or not at all. Uses http and https only, never redirects
+/// from https to http, and requires a valid certificate. Keeps nothing between downloads: no cookies, cache
+/// or connection; sends no passwords. Main thread only.
 ///
-/// A page that is cut off is a failure. It can't be told of one that comes with neither length nor chunks;
-/// one in chunks is taken over https only.
+/// A truncated page is a failure. Truncation cannot be detected in a response with neither a length nor
+/// chunks; chunked responses are accepted over https only.
 namespace download {
 
 struct Limits {
@@ -24,26 +24,26 @@ struct Limits {
     qint64 bytes = 1024 * 1024;
 };
 
-/// What came of a download.
+/// The result of a download.
 struct Page {
-    QUrl url;                        ///< The address that was asked for.
-    std::optional<QByteArray> body;  ///< Nothing: it failed, which was logged.
-    bool isAbandoned = false;        ///< The application quits: nobody is there any more to be told.
+    QUrl url;                        ///< The requested address.
+    std::optional<QByteArray> body;  ///< Null: the download failed, which was logged.
+    bool isAbandoned = false;        ///< The application quits: show no messages.
 
-    /// The body as UTF-8. Nothing, and a line in the log, when it is not valid.
+    /// The body decoded as UTF-8. Null if it is not valid, which is logged.
     std::optional<QString> text() const;
 };
 
-/// Returns at once; `done` is called later, once, in the event loop. Whoever deletes `context` calls the
-/// download off and gets no call; `done` may delete it, too.
+/// Returns at once; `done` is called once from the event loop. Deleting `context` cancels the download
+/// without a call; `done` may delete it, too.
 void start(const QUrl& url, QObject* context, std::function<void(const Page&)> done,
            const Limits& limits = {});
 
-/// Returns when the page is there. Meanwhile everything goes on, windows are painted, but the user's clicks
-/// and keys wait. The end of the application ends the wait.
+/// Blocks until the download has finished, in an event loop that excludes user input: windows are painted,
+/// clicks and keys are queued. Quitting the application ends the wait.
 Page fetch(const QUrl& url, const Limits& limits = {});
 
 }  // namespace download
 
-/// The text of a page, by download::fetch(); nothing when there is none or it is not UTF-8.
+/// The text of a page, by download::fetch(); null if that fails or it is not UTF-8.
 std::optional<QString> downloadWithCurl(const QUrl& url);

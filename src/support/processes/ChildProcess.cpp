@@ -25,17 +25,17 @@ void prepare(QProcess& process) {
     environment.remove("LANGUAGE");
     process.setProcessEnvironment(environment);
     process.setStandardInputFile(QProcess::nullDevice());
-    // Between fork and exec: system calls only.
+    // Runs between fork and exec: system calls only.
     process.setChildProcessModifier([parent = ::getpid()] {
         ::setpgid(0, 0);
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (::getppid() != parent) ::_exit(1);  // The application died before it could be watched.
+        if (::getppid() != parent) ::_exit(1);  // The application died before prctl() took effect.
     });
 }
 
 void signalGroup(const QProcess& process, int signal) {
     const auto id = static_cast<pid_t>(process.processId());
-    // The child makes itself the group's leader; until it has, only the child itself can be reached.
+    // The child becomes the group's leader by itself; until then, only the child can be signalled.
     if (id > 0 && ::kill(-id, signal) != 0) ::kill(id, signal);
 }
 

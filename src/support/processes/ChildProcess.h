@@ -4,24 +4,24 @@
 
 #include <atomic>
 
-/// What every child of the application has in common, whoever starts it.
+/// Common set-up and control of all child processes. Call each function on the thread that owns the QProcess.
 namespace childprocess {
 
-/// To be called before the start. The child reads nothing (the null device), speaks English in UTF-8, leads a
-/// process group of its own, so that a Ctrl-C in the terminal is the application's to handle, and is killed
-/// by the kernel when the application dies. The kernel watches the thread that starts the child: that thread
-/// has to live as long as the child.
+/// Call before start(). The child reads from the null device, prints English in UTF-8, leads its own process
+/// group, so that Ctrl-C in the terminal reaches only the application, and is killed by the kernel when the
+/// application dies. The kernel ties this to the thread that starts the child: that thread must live as long
+/// as the child.
 void prepare(QProcess& process);
 
-/// Sends `signal` to the child and all that it started. Nothing when it is not running.
+/// Sends `signal` to the child and its descendants. Does nothing if the child is not running.
 void signalGroup(const QProcess& process, int signal);
 
-/// Blocks until the started child has ended and its output is read. Looks every 0.05 s whether the
-/// application was interrupted, and then ends the child. A limit of 0: none. True when the child ended by
-/// itself in time. `isCancelled` becoming true ends it, too; may be null.
+/// Blocks until the started child has exited and its output is read. Every 0.05 s it checks for an
+/// interruption of the application or `isCancelled` (may be null), and then terminates the child. A limit of
+/// 0: none. Returns true if the child exited by itself in time.
 bool waitForEnd(QProcess& process, int limitMilliseconds = 0, const std::atomic<bool>* isCancelled = nullptr);
 
-/// Ends every wait of waitForEnd(), now and from now on. May be called from a signal handler.
+/// Ends all current and future calls of waitForEnd(). Callable from any thread and from signal handlers.
 void interruptWaits();
 bool waitsAreInterrupted();
 

@@ -57,7 +57,7 @@ void dispatch_sync_back(const Block& block) {
 }
 
 void dispatch_async_to_sync(std::function<void(Block done)> work) {
-    // Owned by whoever still holds `done`: the call may return while `work` goes on.
+    // Shared with all copies of `done`: this call may return while `work` is still running.
     const auto finished = std::make_shared<QSemaphore>();
     dispatch_async_back([finished, work = std::move(work)] { work([finished] { finished->release(); }); });
     finished->acquire();

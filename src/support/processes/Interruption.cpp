@@ -45,7 +45,7 @@ Interruption::Interruption(QObject* parent) : QObject(parent) {
     });
     for (const int number : kSignals)
         setHandler(number, onSignal);
-    setHandler(SIGPIPE, SIG_IGN);  // A reader that went away shows as a failed write.
+    setHandler(SIGPIPE, SIG_IGN);  // A closed pipe is reported as a failed write.
 }
 
 Interruption::~Interruption() {

@@ -3,7 +3,8 @@
 #include <QObject>
 #include <QSocketNotifier>
 
-/// Ctrl-C, SIGTERM and a closed terminal, as an event in the loop. One instance at a time.
+/// Turns SIGINT, SIGTERM and SIGHUP into a signal of the event loop. One instance at a time, on the main
+/// thread.
 class Interruption : public QObject {
     Q_OBJECT
 
@@ -11,7 +12,7 @@ public:
     explicit Interruption(QObject* parent = nullptr);
     ~Interruption() override;
 
-    /// The first signal that came; 0: none.
+    /// The number of the first signal received; 0: none.
     static int signal();
 
 Q_SIGNALS:

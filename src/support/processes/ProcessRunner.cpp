@@ -51,7 +51,7 @@ std::optional<QString> runAsTaskWithTerminationStatus(const QStringList& command
                  command.join(u' '));
         return std::nullopt;
     }
-    // Waiting collects both outputs as they come, so that a child which fills one pipe is never stuck.
+    // The waits read both outputs continuously, so that a full pipe never blocks the child.
     if (polling == Polling::On) {
         childprocess::waitForEnd(process, limitMilliseconds);
     } else {
@@ -94,15 +94,15 @@ QString runAsTaskWithProgressBlock(const QStringList& command,
 
 bool waitUntilExitWithTimeout(QProcess& process, double seconds) {
     const QDeadlineTimer deadline(static_cast<qint64>(seconds * 1000), Qt::PreciseTimer);
-    bool told = false;
+    bool wasTerminated = false;
     while (process.state() != QProcess::NotRunning) {
         if (deadline.hasExpired()) {
             process.terminate();
-            told = true;
+            wasTerminated = true;
         }
         process.waitForFinished(kStepMilliseconds);
     }
-    return told;
+    return wasTerminated;
 }
 
 std::optional<quint32> readInt(QIODevice& device) {

@@ -10,7 +10,7 @@ bool isOctal(char c) {
     return c >= '0' && c <= '7';
 }
 
-/// The kernel writes blanks, newlines and backslashes as a backslash and three octal digits.
+/// The kernel escapes blanks, newlines and backslashes as a backslash and three octal digits.
 QByteArray unescaped(const QByteArray& text) {
     QByteArray result;
     for (qsizetype i = 0; i < text.size(); ++i) {

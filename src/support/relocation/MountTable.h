@@ -5,24 +5,24 @@
 
 #include <optional>
 
-/// A volume in its place: a line of proc(5)'s mountinfo.
+/// A mounted volume: one line of mountinfo, see proc(5).
 struct Mount {
-    int id = 0;         ///< Given anew once the mount is gone for good.
+    int id = 0;         ///< Reused by the kernel after the mount was removed.
     QByteArray device;  ///< "8:1"
-    QByteArray root;    ///< The folder on the device that is seen at `point`.
+    QByteArray root;    ///< The folder of the device that is mounted at `point`.
     QByteArray point;
 
     bool operator==(const Mount&) const = default;
 };
 
-/// Which volumes are where.
+/// Parses and searches the mount table. Callable from any thread.
 namespace mounttable {
 
-/// The lines of mountinfo; such as are no mounts are passed over.
+/// Parses mountinfo; skips invalid lines.
 QList<Mount> parsed(const QByteArray& mountinfo);
 
-/// Where `volume` is by a later table: the very mount, at whatever place, else the newest of the same device
-/// and folder. Nothing: it is nowhere.
+/// Finds `volume` in a later table: the same mount at any mount point, else the newest of the same device and
+/// root. Null: it is not mounted.
 std::optional<Mount> found(const Mount& volume, const QList<Mount>& table);
 
 }  // namespace mounttable

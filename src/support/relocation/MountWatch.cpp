@@ -13,7 +13,7 @@ QList<Mount> currentTable() {
     return mounttable::parsed(files::contents("/proc/self/mountinfo").value_or(QByteArray()));
 }
 
-/// The mount that an open file was reached through.
+/// The identifier of the mount through which an open file was reached.
 int mountId(int descriptor) {
     const QByteArray facts =
         files::contents("/proc/self/fdinfo/" + QString::number(descriptor)).value_or(QByteArray());
@@ -26,7 +26,7 @@ int mountId(int descriptor) {
 }  // namespace
 
 MountWatch::MountWatch(int descriptor, QObject* parent) : QObject(parent), m_table("/proc/self/mountinfo") {
-    // What changes from here on is told of, so the table is opened before it is read.
+    // Changes are reported from open() on, so open the table before reading it.
     const bool isOpen = m_table.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     const QList<Mount> table = currentTable();
     const auto own = std::ranges::find(table, mountId(descriptor), &Mount::id);
@@ -36,12 +36,12 @@ MountWatch::MountWatch(int descriptor, QObject* parent) : QObject(parent), m_tab
     }
     m_volume = *own;
     const auto* notifier = new QSocketNotifier(m_table.handle(), QSocketNotifier::Exception, this);
-    connect(notifier, &QSocketNotifier::activated, this, &MountWatch::look);
+    connect(notifier, &QSocketNotifier::activated, this, &MountWatch::checkMount);
 }
 
-void MountWatch::look() {
+void MountWatch::checkMount() {
     const auto now = mounttable::found(*m_volume, currentTable());
-    if (!now) return;  // Detached; it may come back elsewhere.
+    if (!now) return;  // Unmounted; it may be mounted elsewhere later.
     const Mount before = *std::exchange(m_volume, now);
     if (before.point != now->point)
         Q_EMIT renamed(QFile::decodeName(before.point), QFile::decodeName(now->point));

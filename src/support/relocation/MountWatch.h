@@ -8,21 +8,21 @@
 
 #include <optional>
 
-/// Notices when the volume that holds a folder gets another mount point: moved there, or detached and mounted
-/// again, however much later. Idle, nothing wakes up: the kernel tells when any mount changed. Main thread
-/// only.
+/// Detects when the volume that contains a folder gets another mount point: it was moved, or unmounted and
+/// mounted again at any later time. Uses the kernel's notification about changed mounts, without polling.
+/// Main thread only.
 class MountWatch : public QObject {
     Q_OBJECT
 
 public:
-    /// `descriptor` is the folder's; it is needed only now.
+    /// `descriptor` is an open descriptor of the folder, used only in the constructor.
     explicit MountWatch(int descriptor, QObject* parent = nullptr);
 
 Q_SIGNALS:
     void renamed(const QString& oldVolume, const QString& newVolume);
 
 private:
-    void look();
+    void checkMount();
 
     QFile m_table;
     std::optional<Mount> m_volume;

@@ -28,7 +28,7 @@ MoveWatch::MoveWatch(const QString& folder, int latencyMilliseconds, QObject* pa
     connect(&m_latency, &QTimer::timeout, this, &MoveWatch::report);
     const auto* notifier = new QSocketNotifier(m_inotify, QSocketNotifier::Read, this);
     connect(notifier, &QSocketNotifier::activated, this, &MoveWatch::read);
-    watchFoldersAbove();
+    watchParentFolders();
 }
 
 MoveWatch::~MoveWatch() {
@@ -36,8 +36,8 @@ MoveWatch::~MoveWatch() {
     if (m_folder >= 0) ::close(m_folder);
 }
 
-void MoveWatch::watchFoldersAbove() {
-    // A folder that is watched already keeps its watch.
+void MoveWatch::watchParentFolders() {
+    // A folder that is already watched keeps its watch.
     for (QString path = currentPath(); !path.isEmpty(); path = QFileInfo(path).path()) {
         ::inotify_add_watch(m_inotify, QFile::encodeName(path).constData(), IN_MOVE_SELF | IN_ONLYDIR);
         if (path == u"/") return;
@@ -48,7 +48,7 @@ QString MoveWatch::currentPath() const {
     std::array<char, PATH_MAX> path{};
     const QByteArray link = "/proc/self/fd/" + QByteArray::number(m_folder);
     if (m_folder < 0 || ::readlink(link.constData(), path.data(), path.size() - 1) <= 0) return {};
-    // Of a folder that was deleted or whose volume was detached the kernel tells a path, too.
+    // The kernel also returns a path for a folder that was deleted or whose volume was unmounted.
     struct stat there = {};
     struct stat folder = {};
     const bool isThere = ::stat(path.data(), &there) == 0 && ::fstat(m_folder, &folder) == 0 &&
@@ -82,10 +82,10 @@ void MoveWatch::read() {
     if (flags == 0) return;
     m_flags |= flags;
     if (!m_latency.isActive()) m_latency.start();
-    Q_EMIT stirred();
+    Q_EMIT mayHaveMoved();
 }
 
 void MoveWatch::report() {
-    watchFoldersAbove();  // It may lie below others now.
+    watchParentFolders();  // Its parent folders may have changed.
     Q_EMIT reported(std::exchange(m_flags, 0));
 }

@@ -6,38 +6,38 @@
 
 #include <cstdint>
 
-/// Notices when a folder gets another path: it or a folder above it is moved or renamed. What happens in
-/// these folders wakes nobody up, and no timer runs until something moved. Main thread only.
+/// Detects when a folder gets another path: it or a folder above it is moved or renamed. Changes inside these
+/// folders cause no wake-ups, and no timer runs until a move. Main thread only.
 class MoveWatch : public QObject {
     Q_OBJECT
 
 public:
-    // What happened to the folder, as bits.
-    static constexpr quint32 kEventsDropped = 4;  ///< More than the kernel keeps; nobody knows of what.
-    static constexpr quint32 kRootChanged = 32;   ///< It is found at another path, or was for a moment.
+    // Flags of what happened to the folder.
+    static constexpr quint32 kEventsDropped = 4;  ///< The kernel's queue overflowed; events were lost.
+    static constexpr quint32 kRootChanged = 32;   ///< It is, or was for a moment, at another path.
     static constexpr quint32 kUnmounted = 128;
 
-    /// `folder` is absolute. What comes within `latencyMilliseconds` of a first event is reported as one. A
-    /// folder that cannot be watched is logged; one above that may not be read is passed over.
+    /// `folder` is absolute. Events within `latencyMilliseconds` after the first one are reported together.
+    /// If the folder cannot be watched, that is logged; parent folders without read access are skipped.
     MoveWatch(const QString& folder, int latencyMilliseconds, QObject* parent = nullptr);
     ~MoveWatch() override;
 
-    /// The folder, held open (O_PATH) from the start; -1: it could not be.
+    /// A descriptor (O_PATH) of the folder, open while this object lives; -1 if opening failed.
     int descriptor() const { return m_folder; }
-    /// Where the folder is now. Empty: nowhere that it can be reached, such as deleted.
+    /// The folder's current path; empty if it was deleted or cannot be reached.
     QString currentPath() const;
 
-    /// The bits for what inotify(7) tells; 0: nothing of interest.
+    /// The flags for an event mask of inotify(7); 0: not relevant.
     static quint32 flagsOf(uint32_t mask);
 
 Q_SIGNALS:
-    /// At once: something moved, perhaps not for good.
-    void stirred();
-    /// After the latency: all that happened since the first event.
+    /// Emitted at once on a move, which may be temporary.
+    void mayHaveMoved();
+    /// Emitted after the latency with all flags since the first event.
     void reported(quint32 flags);
 
 private:
-    void watchFoldersAbove();
+    void watchParentFolders();
     void read();
     void report();
 

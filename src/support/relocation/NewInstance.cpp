@@ -29,7 +29,7 @@ bool launch(const QString& newBundle) {
     QProcess process;
     process.setProgram(start.program);
     process.setProcessEnvironment(start.environment);
-    // The folder that this one was started in may be on a volume that is only waiting to be let go.
+    // Our working directory may be on a volume that the user wants to unmount.
     process.setWorkingDirectory(QDir::home().exists() ? QDir::homePath() : QDir::rootPath());
     const bool isStarted = process.startDetached();
     if (!isStarted) logError("Error: %@ could not be started: %@", start.program, process.errorString());

@@ -3,7 +3,7 @@
 #include <QProcessEnvironment>
 #include <QString>
 
-/// Starts the application once more, from the place that its folder was moved to.
+/// Starts another instance of the application from the new place of its folder. Callable from any thread.
 namespace newinstance {
 
 struct Start {
@@ -11,13 +11,13 @@ struct Start {
     QProcessEnvironment environment;
 };
 
-/// How to start `program`, which lay in the application folder `bundle`, from `newBundle`. What the
-/// environment names in the old place goes along.
+/// How to start `program`, which was in the application folder `bundle`, from `newBundle`. Paths in the
+/// environment that were in the old folder are adapted.
 Start startAt(const QString& newBundle, const QString& bundle, const QString& program,
               QProcessEnvironment environment);
 
-/// Starts this program, without arguments, on its own feet. False: it cannot be started from there; empty:
-/// there is no such place.
+/// Starts this program detached, without arguments. Returns false if it cannot be started there; an empty
+/// `newBundle` means that the folder does not exist.
 bool launch(const QString& newBundle);
 
 }  // namespace newinstance

@@ -24,10 +24,10 @@ std::unique_ptr<PXAppMovedHandler> PXAppMovedHandler::startMoveObservation(Resta
 
 PXAppMovedHandler::PXAppMovedHandler(Restart restart, const QString& bundle, int latencyMilliseconds)
     : m_restart(std::move(restart)), m_moveWatch(bundle, latencyMilliseconds) {
-    const QString path = m_moveWatch.currentPath();  // Without links, as it will be asked for again.
+    const QString path = m_moveWatch.currentPath();  // Canonical, to compare with later values.
     m_volumeObserver = {path.isEmpty() ? bundle : path,
                         [this](const QString& newPath) { offerRestart(newPath); }};
-    connect(&m_moveWatch, &MoveWatch::stirred, this, [this] { follow(m_moveWatch.currentPath()); });
+    connect(&m_moveWatch, &MoveWatch::mayHaveMoved, this, [this] { follow(m_moveWatch.currentPath()); });
     connect(&m_moveWatch, &MoveWatch::reported, this, &PXAppMovedHandler::MoveCallbackFunction);
     if (m_moveWatch.descriptor() < 0) return;
     m_mountWatch = std::make_unique<MountWatch>(m_moveWatch.descriptor());
@@ -40,18 +40,17 @@ PXAppMovedHandler::PXAppMovedHandler(Restart restart, const QString& bundle, int
 PXAppMovedHandler::~PXAppMovedHandler() = default;
 
 void PXAppMovedHandler::MoveCallbackFunction(quint32 flags) {
-    // For equality: a root that changed while more happened to it is nothing to restart from.
+    // Test for equality: with other flags set, too, the folder is not safe to restart from.
     if (flags != MoveWatch::kRootChanged) return;
     const QString newPath = m_moveWatch.currentPath();
-    // Moved away and back, or together with folders that were: everything is where it was, and a restart
-    // would only cut conversions off.
+    // Moved away and back, or a parent folder was: the path is unchanged, and a restart would only cancel
+    // conversions.
     if (newPath == m_volumeObserver.path) return;
     logInformation("Info: move detection triggered, offering to restart app");
     offerRestart(newPath);
 }
 
-/// What still starts tools while the user thinks finds them in the new place; otherwise every movie whose
-/// turn comes would fail.
+/// Queued conversions start tools while the alert is open; without the new path, they would all fail.
 void PXAppMovedHandler::follow(const QString& newPath) const {
     if (!newPath.isEmpty()) ApplicationInfo::followMove(m_volumeObserver.path, newPath);
 }
@@ -65,7 +64,7 @@ void PXAppMovedHandler::offerRestart(const QString& newPath) {
             .arg(ApplicationInfo::name()),
         Texts::tr("Restart %1").arg(ApplicationInfo::name()));
     if (!self) return;
-    // It may have been moved again before the user answered.
+    // The folder may have been moved again before the user answered.
     const QString now = m_moveWatch.currentPath();
     const QString place = now.isEmpty() ? newPath : now;
     m_restart.giveWay(place, [launch = m_restart.launch, place] {

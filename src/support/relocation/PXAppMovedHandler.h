@@ -13,10 +13,10 @@
 
 class MountWatch;
 
-/// Takes note when the volume that holds the application gets another mount point.
+/// Handles a new mount point of the volume that contains the application.
 class PXAppVolumeRenamedObserver {
 public:
-    /// A volume is at `newVolume` now. Nothing happens unless it holds the application.
+    /// Reports that a volume is now at `newVolume`. Does nothing unless it contains the application.
     void watch(const QString& oldVolume, const QString& newVolume) const;
 
     QString path;  ///< The application folder at the start.
@@ -24,31 +24,31 @@ public:
     std::function<void(const QString& newPath)> moved;
 };
 
-/// An application that is moved while it runs does not find what belongs to it any more. This notices it,
-/// tells the user, who cannot decline, and has the application started again from the new place. It happens
-/// once; what is noticed after that changes nothing. Main thread only.
+/// A running application that is moved no longer finds its resources. This class detects the move, informs
+/// the user, who cannot decline, and restarts the application from its new place. Only the first move is
+/// handled. Main thread only.
 class PXAppMovedHandler : public QObject {
     Q_OBJECT
 
 public:
     struct Restart {
-        /// Ends this instance, whatever comes of the other one, and runs `launch` when nothing of this one
-        /// stands in the way of it any more. May return before.
+        /// Ends this instance in any case, and runs `launch` as soon as this instance no longer blocks a new
+        /// one. May return before that.
         std::function<void(const QString& newPath, Block launch)> giveWay;
-        /// Starts the application in the folder `newPath`; false: it cannot be. Empty: there is no such
-        /// folder.
+        /// Starts the application in the folder `newPath`; returns false on failure. An empty path: the
+        /// folder no longer exists.
         std::function<bool(const QString& newPath)> launch = newinstance::launch;
     };
 
     static constexpr int kLatencyMilliseconds = 3000;
 
-    /// Observes as long as the result lives.
+    /// Observes while the returned object lives.
     static std::unique_ptr<PXAppMovedHandler> startMoveObservation(
         Restart restart, const QString& bundle = ApplicationInfo::bundlePath(),
         int latencyMilliseconds = kLatencyMilliseconds);
     ~PXAppMovedHandler() override;
 
-    /// Something moved; `flags` are MoveWatch's.
+    /// Handles a move; `flags` are those of MoveWatch.
     void MoveCallbackFunction(quint32 flags);
 
 private:

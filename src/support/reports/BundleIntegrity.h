@@ -4,7 +4,7 @@
 
 #include <optional>
 
-/// The first entry of the folder of private frameworks that was not unpacked as it should be, as the path
-/// that is wrong: a framework keeps its program as a symbolic link, or an alias, at its top. Nothing: all are
-/// intact, or there is no such folder.
+/// Checks that private frameworks were unpacked correctly: a framework has its program as a symbolic link, or
+/// an alias, at its top level. Returns the first wrong path; null if all are intact or the folder does not
+/// exist. Callable from any thread.
 std::optional<QString> damagedFramework(const QString& folder);

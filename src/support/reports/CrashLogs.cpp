@@ -14,7 +14,7 @@ namespace {
 
 constexpr qsizetype kMaximumKept = 20;
 
-/// Without letter case and accents.
+/// Removes case and accents.
 QString folded(const QString& text) {
     QString result = text.normalized(QString::NormalizationForm_D);
     result.removeIf([](QChar c) { return c.category() == QChar::Mark_NonSpacing; });

@@ -3,30 +3,30 @@
 #include <QString>
 #include <QStringList>
 
-/// The reports that crashes leave, files whose names begin with the application's and end with ".crash".
+/// Crash reports on disk: files whose names begin with the application's name and end with ".crash". Callable
+/// from any thread.
 namespace crashlogs {
 
-/// `<private data>/DiagnosticReports`, where the application's own crashes are reported; missing before the
-/// first.
+/// `<private data>/DiagnosticReports`, the folder of the application's own reports; missing before the first
+/// crash.
 QString ownFolder();
-/// Where services of the system put what they report of crashes.
+/// The folder in which system services store crash reports.
 QString systemFolder();
 
-/// Whether a file is a report of the application's: letter case and accents of the beginning do not matter,
-/// the ending is exact. An application without a name has none.
+/// Whether a file is a report of the application. The application's name is compared without case and
+/// accents, the ending exactly. False if `appName` is empty.
 bool isReport(const QString& fileName, const QString& appName);
 
-/// The paths of the reports in the folders, folder after folder, the oldest name of each first.
+/// The paths of the reports, folder by folder, each sorted from the oldest name.
 QStringList paths(const QStringList& folders, const QString& appName);
 
-/// The report up to the first "/System/Library/".
+/// Cuts a report at the first "/System/Library/".
 QString shortened(const QString& report);
 
-/// What the reports say, each shortened(); empty where one cannot be read.
+/// The text of each report, shortened(); empty if it cannot be read.
 QStringList contents(const QStringList& paths);
 
-/// Removes the oldest of the application's own reports, so that the newest twenty stay, and has the log name
-/// the newest.
+/// Keeps the newest twenty of the application's own reports, removes the others, and logs the newest.
 void tidyUp();
 
 }  // namespace crashlogs

@@ -23,8 +23,7 @@
 #include <sys/utsname.h>
 #include <unistd.h>
 
-// While the program crashes, its heap, its locks and Qt cannot be relied upon: the handler only uses memory
-// that is there from the beginning, and system calls.
+// In a crash, the heap, locks and Qt are unreliable: the handler uses only static memory and system calls.
 
 namespace {
 
@@ -38,7 +37,7 @@ constexpr std::array kCrashes{Crash{SIGSEGV, "SIGSEGV"}, Crash{SIGBUS, "SIGBUS"}
 
 constexpr unsigned kPatienceSeconds = 10;
 
-/// Text of limited length; what does not fit is cut off.
+/// Text of limited length; longer text is truncated.
 class FixedText {
 public:
     FixedText& add(const char* text) {
@@ -69,14 +68,14 @@ private:
     size_t m_size = 0;
 };
 
-// What is known before a crash.
+// Prepared before a crash.
 FixedText theFolder;  ///< Ends with a slash.
-FixedText thePrefix;  ///< Of the file's name.
-FixedText theHead;    ///< The report's first lines.
+FixedText thePrefix;  ///< Prefix of the file's name.
+FixedText theHead;    ///< First lines of the report.
 long theSecondsEastOfGreenwich = 0;
 std::array<struct sigaction, kCrashes.size()> theFormerActions;
 
-// What is written in a crash; here, because a stack that is full has no room.
+// Buffers of the handler; static, because the alternate stack is small.
 FixedText thePath;
 FixedText theReport;
 alignas(16) std::array<char, 65536> theStack;
@@ -96,7 +95,7 @@ void addTime(FixedText& text, const char* between, const char* colon) {
     text.add(colon).add(clock.seconds().count(), 2);
 }
 
-/// The descriptor, or -1.
+/// Returns the descriptor, or -1.
 int createFile() {
     for (char* at = theFolder.data() + 1; *at; ++at) {
         if (*at != '/') continue;
@@ -134,7 +133,7 @@ void writeReport(int signal, const siginfo_t& information) {
     theReport.add(" ").add(system.machine).add("\n");
     addCrash(signal, information);
     theReport.add("\nLast messages:\n");
-    // Written first: to look into a broken stack may end the process.
+    // Write this first: unwinding a damaged stack may end the process.
     [[maybe_unused]] auto written = ::write(file, theReport.data(), theReport.size());
     lastlines::write(file);
     constexpr std::string_view kTitle = "\nBack-trace:\n";
@@ -145,8 +144,8 @@ void writeReport(int signal, const siginfo_t& information) {
     ::close(file);
 }
 
-/// From now on a crash is what it was before install().
-void handBack() {
+/// Restores the signal handlers from before install().
+void restoreFormerHandlers() {
     for (size_t i = 0; i < kCrashes.size(); ++i)
         ::sigaction(kCrashes[i].signal, &theFormerActions[i], nullptr);
 }
@@ -155,16 +154,18 @@ void onCrash(int signal, siginfo_t* information, void*) {
     pid_t crashed = 0;
     const bool isFirst = theCrashedThread.compare_exchange_strong(crashed, ::gettid());
     while (!isFirst && crashed != ::gettid())
-        ::pause();  // The process ends when the thread that crashed first has reported.
+        ::pause();  // Wait for the thread that crashed first: it ends the process after its report.
     if (isFirst) {
-        // The names of functions are behind a lock, which the crash may have left held: what hangs ends, too.
+        // Looking up function names takes a lock, which the crash may have left locked: the alarm ends a
+        // deadlock.
         std::signal(SIGALRM, SIG_DFL);
         ::alarm(kPatienceSeconds);
         writeReport(signal, *information);
         ::alarm(0);
     }
-    handBack();
-    // It waits until this returns, to where the crash was, so that a core dump shows that place.
+    restoreFormerHandlers();
+    // The signal stays blocked until this returns to the place of the crash, so that a core dump shows that
+    // place.
     if (::syscall(SYS_rt_tgsigqueueinfo, ::getpid(), ::gettid(), signal, information) != 0) ::raise(signal);
 }
 
@@ -178,8 +179,8 @@ long secondsEastOfGreenwich() {
     return ::localtime_r(&now, &local) ? local.tm_gmtoff : 0;
 }
 
-/// Leaves one that is there already.
-void useOwnStack() {
+/// Keeps an existing alternate stack.
+void installAlternateStack() {
     stack_t stack{};
     if (::sigaltstack(nullptr, &stack) != 0 || (stack.ss_flags & SS_DISABLE) == 0) return;
     stack = {};
@@ -199,12 +200,12 @@ void crashreport::install() {
                     .constData());
     theSecondsEastOfGreenwich = secondsEastOfGreenwich();
     void* frame = nullptr;
-    ::backtrace(&frame, 1);  // The first call loads what unwinds the stack.
-    useOwnStack();
+    ::backtrace(&frame, 1);  // The first call loads the unwinder library.
+    installAlternateStack();
     struct sigaction action = {};
     action.sa_sigaction = onCrash;
     action.sa_flags = SA_SIGINFO | SA_ONSTACK;
-    ::sigfillset(&action.sa_mask);  // A crash of the handler ends the process at once.
+    ::sigfillset(&action.sa_mask);  // A crash inside the handler ends the process at once.
     ::sigdelset(&action.sa_mask, SIGALRM);
     for (size_t i = 0; i < kCrashes.size(); ++i)
         ::sigaction(kCrashes[i].signal, &action, &theFormerActions[i]);

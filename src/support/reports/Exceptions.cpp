@@ -46,7 +46,7 @@ QStringList callStackSymbols() {
             std::rethrow_exception(current);
         } catch (const std::exception& exception) {
             reason = QString::fromUtf8(exception.what());
-        } catch (...) {  // NOLINT(bugprone-empty-catch): its type is all that can be told of it.
+        } catch (...) {  // NOLINT(bugprone-empty-catch): only its type is known.
         }
     }
     exceptionHandler(name, reason);

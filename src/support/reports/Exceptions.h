@@ -2,9 +2,11 @@
 
 #include <QString>
 
-/// Has an exception that nobody catches remembered in the settings ("quillonlib_exception_info", the newest
-/// ten), told to the user in the problem-report alert, and end the process with status 1.
+/// Installs the handler of uncaught exceptions of all threads: it stores them in the settings
+/// ("quillonlib_exception_info", the newest ten), shows the problem-report alert, and ends the process with
+/// status 1.
 void installExceptionHandler();
 
-/// What the handler does: `name` is the exception's type, `information` what is known of it. Never returns.
+/// The handler itself: `name` is the exception's type, `reason` its message. Callable from any thread; never
+/// returns.
 [[noreturn]] void exceptionHandler(const QString& name, const QString& reason);

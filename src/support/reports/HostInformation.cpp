@@ -23,7 +23,7 @@
 
 namespace {
 
-/// Moves on to the value of `key` in the dictionary that is being read. False: the dictionary ended.
+/// Advances to the value of `key` in the current dictionary. Returns false at the dictionary's end.
 bool enterValue(QXmlStreamReader& xml, QStringView key) {
     bool isNext = false;
     while (xml.readNextStartElement()) {
@@ -37,7 +37,7 @@ bool enterValue(QXmlStreamReader& xml, QStringView key) {
     return false;
 }
 
-/// A serial line or a pseudo-terminal may be anybody's, anywhere; these are in front of the machine.
+/// Only the machine's own consoles and displays; users of serial lines and pseudo-terminals may be remote.
 bool isOfTheMachine(QStringView whoLine) {
     if (whoLine.contains(u"console")) return true;
     const QList<QStringView> words = whoLine.split(u' ', Qt::SkipEmptyParts);
@@ -56,7 +56,7 @@ QString firstModel(const QStringList& files) {
     for (const QString& path : files) {
         QFile file(path);
         if (!file.open(QIODevice::ReadOnly)) continue;
-        // Firmware hands its texts over with the zero byte at their end.
+        // Firmware texts end with a zero byte.
         QString model = QString::fromUtf8(file.read(kLongest).constData()).trimmed();
         if (!model.isEmpty()) return model;
     }
@@ -98,7 +98,7 @@ QStringList otherUsers(const QString& whoOutput, const QString& me) {
 
 int diskNumber(const QString& device) {
     const QString prefix = "/dev/disk";
-    // The folder of that name holds links to disks, under names that are no numbers.
+    // The folder of that name contains links with names that are no numbers.
     if (!device.startsWith(prefix) || device.startsWith(prefix + u'/')) return -1;
     return text::integerValue(
         text::piece(QStringView(device).mid(prefix.size()), u"s", 0).value_or(QStringView()));
@@ -162,7 +162,7 @@ QStringList PXHostInformation::otherLoggedInUsers() {
 }
 
 QStringList PXHostInformation::runningProcesses() {
-    // The kernel's mark for a program whose file was replaced since it was started.
+    // The kernel's suffix for a running program whose file was deleted or replaced.
     const QString deleted = " (deleted)";
     QStringList paths;
     const QStringList entries = QDir("/proc").entryList(QDir::Dirs | QDir::NoDotAndDotDot);

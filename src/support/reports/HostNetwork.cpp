@@ -23,7 +23,7 @@ QString firstAddress(const ifaddrs* list, bool ipv6) {
     const int family = ipv6 ? AF_INET6 : AF_INET;
     const socklen_t length = ipv6 ? sizeof(sockaddr_in6) : sizeof(sockaddr_in);
     for (const ifaddrs* interface = list; interface; interface = interface->ifa_next) {
-        // An interface without an address is listed too.
+        // Interfaces without an address are listed, too.
         if (!interface->ifa_addr || interface->ifa_addr->sa_family != family) continue;
         if ((interface->ifa_flags & IFF_UP) == 0) continue;
         if (QByteArrayView(interface->ifa_name).startsWith("lo")) continue;

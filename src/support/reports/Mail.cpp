@@ -16,7 +16,7 @@ namespace mail {
 
 namespace {
 
-/// In bytes. The kernel hands no argument of more than 128 KiB to a program, and mail programs take less.
+/// In bytes. The kernel limits a program's argument to 128 KiB, and mail programs accept less.
 constexpr qsizetype kLongestLink = 100 * 1024;
 
 QString escaped(const QString& text, const QByteArray& allowed = {}) {
@@ -34,7 +34,7 @@ bool userAgrees(const Message& message) {
                             {Texts::tr("Open Mail"), Texts::tr("Cancel")}) == kAlertFirstButton;
 }
 
-/// The file's path; nothing when it could not be written.
+/// Saves the message to a file and returns its path; null on failure.
 std::optional<QString> saved(const Message& message) {
     const QString path =
         files::claimUniqueFile(ApplicationInfo::documentsFolder() + u'/' +
@@ -52,8 +52,8 @@ bool opened(const Message& message, const QString& body) {
            sharedDesktop().openUrl(QUrl::fromEncoded(address.toLatin1(), QUrl::StrictMode));
 }
 
-/// `file` holds the text already, if any does.
-void tellNotOpened(const Message& message, std::optional<QString> file) {
+/// `file` is the file that already contains the text; null: none.
+void showNotOpened(const Message& message, std::optional<QString> file) {
     const QString text = written(message, message.body);
     if (sharedDesktop().copyToClipboard(text)) {
         if (file) QFile::remove(*file);
@@ -90,14 +90,14 @@ Message withSettings(const QString& address, const QString& subject,
 }
 
 QString link(const QString& address, const QString& subject, const QString& body) {
-    // Each on its own: an "&" or "#" of theirs would end them.
+    // Escape each part separately: an unescaped "&" or "#" would end it.
     return makeString("mailto:%@?subject=%@&body=%@", escaped(address, "@"), escaped(subject), escaped(body));
 }
 
 void open(const Message& message) {
     if (message.readableBody && !userAgrees(message)) return;
     if (link(message.address, message.subject, message.body).size() <= kLongestLink) {
-        if (!opened(message, message.body)) tellNotOpened(message, std::nullopt);
+        if (!opened(message, message.body)) showNotOpened(message, std::nullopt);
         return;
     }
     const auto file = saved(message);
@@ -105,7 +105,7 @@ void open(const Message& message) {
     if (file && opened(message, hint)) {
         sharedDesktop().reveal(*file);
     } else {
-        tellNotOpened(message, file);
+        showNotOpened(message, file);
     }
 }
 

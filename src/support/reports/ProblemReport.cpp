@@ -53,7 +53,7 @@ void alert_feedback(const QString& message, const QString& details, bool isFatal
                                     isFatal ? Texts::tr("Quit") : Texts::tr("Continue"));
         if (response == kAlertFirstButton) mail::open(problemreport::compose(message, details, isFatal));
         if (!isFatal) return;
-        standardUserDefaults().synchronise();  // With what was logged since.
+        standardUserDefaults().synchronise();  // Saves the latest log messages, too.
         std::exit(1);
     });
 }

@@ -30,24 +30,24 @@ namespace {
 QuillonLib* qn = nullptr;
 
 constexpr float kSaveDelaySeconds = 5;
-constexpr float kUrgentSaveDelaySeconds = 0.2F;  // Many messages in a row make few writes.
+constexpr float kUrgentSaveDelaySeconds = 0.2F;  // Combines many successive messages into few writes.
 
 QUrl url(const QString& path) {
     return QUrl::fromLocalFile(path);
 }
 
-/// Where the application cannot be used.
+/// The application is unusable.
 [[noreturn]] void endWithFailure() {
-    standardUserDefaults().synchronise();  // With the messages that say why.
+    standardUserDefaults().synchronise();  // Saves the log messages with the reason, too.
     std::exit(1);
 }
 
-/// Nothing once the library is gone, which saved everything.
-void planToSave(float seconds, std::atomic<bool>& isPlanned) {
-    if (isPlanned.exchange(true)) return;
+/// Does nothing after the library was destroyed, which saved everything.
+void scheduleSave(float seconds, std::atomic<bool>& isScheduled) {
+    if (isScheduled.exchange(true)) return;
     dispatch_after_main(
-        [&isPlanned] {
-            isPlanned = false;
+        [&isScheduled] {
+            isScheduled = false;
             if (qn) saveSettings();
         },
         seconds);
@@ -73,7 +73,7 @@ QuillonLib::~QuillonLib() {
 QuillonLib& QuillonLib::shared() {
     if (!qn) {
         static QuillonLib instance;
-        qn = &instance;  // Also after one that the application made came and went.
+        qn = &instance;  // Also needed after an earlier instance was destroyed.
     }
     return *qn;
 }
@@ -111,17 +111,17 @@ void QuillonLib::verifyFrameworks() const {
 }
 
 void QuillonLib::saveSettingsAfterChanges() const {
-    static std::atomic<bool> isPlanned = false;
-    static std::atomic<bool> isUrgentlyPlanned = false;
+    static std::atomic<bool> isScheduled = false;
+    static std::atomic<bool> isUrgentlyScheduled = false;
     standardUserDefaults().setChangeHandler([](SettingsStore::Urgency urgency) {
         if (urgency == SettingsStore::Urgency::Soon) {
-            planToSave(kUrgentSaveDelaySeconds, isUrgentlyPlanned);
+            scheduleSave(kUrgentSaveDelaySeconds, isUrgentlyScheduled);
         } else {
-            planToSave(kSaveDelaySeconds, isPlanned);
+            scheduleSave(kSaveDelaySeconds, isScheduled);
         }
     });
-    // Of what changed before, the store reports nothing any more.
-    if (standardUserDefaults().hasChanges()) planToSave(kSaveDelaySeconds, isPlanned);
+    // The store does not report earlier changes.
+    if (standardUserDefaults().hasChanges()) scheduleSave(kSaveDelaySeconds, isScheduled);
 }
 
 QString QuillonLib::appName() const {

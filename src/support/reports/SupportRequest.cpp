@@ -21,12 +21,12 @@ constexpr bool kIsBuiltForArm = false;
 constexpr int kSupportRequest = 1;
 
 QString vendorPage(const QString& appName) {
-    // "Ravelin-Pro Max" has its page under "ravelin".
+    // The page of "Ravelin-Pro Max" is named "ravelin".
     const QString word = appName.toLower().section(u' ', 0, 0).section(u'-', 0, 0);
     return makeString("%@%@/", QString(vendor::kSiteRoot), word);
 }
 
-/// The address at which the store's own program shows the page.
+/// The address that opens the page in the store's own program.
 QString inStore(QString page) {
     return page.replace("https", "macappstore") + "&at=" + vendor::kAffiliateToken;
 }
@@ -54,7 +54,7 @@ QString address(int choice, const QString& appName, const QString& supportAddres
     const QString storePage = information("StoreProductPage");
     switch (choice) {
         case 2:
-            // Written so since the first version: no mail program takes it for an address.
+            // Format of the first version; mail programs do not parse it as an address.
             return makeString(
                 "s%@?subject=%@ Beta Versions&body=Hello\nI would like to test upcoming beta versions of %@.\nBye\n",
                 supportAddress, appName, appName);
@@ -94,7 +94,7 @@ void openPage(int choice) {
     }
     const QString chosen =
         address(choice, ApplicationInfo::name(), appidentity::supportAddress(), ApplicationInfo::value);
-    // Escapes what may not stand in an address, and nothing that is escaped already.
+    // Escapes invalid characters, but nothing that is already escaped.
     const QUrl url(chosen, QUrl::TolerantMode);
     if (!url.isEmpty() && url.isValid()) sharedDesktop().openUrl(url);
 }

@@ -4,10 +4,10 @@
 
 #include <functional>
 
-/// What a request to support says, and which pages the maker's menu opens; both as texts made from texts.
+/// Composes requests to support and the addresses of the vendor's menu.
 namespace supportrequest {
 
-/// What a request tells of the machine it comes from.
+/// The machine as described in a request.
 struct Machine {
     QString type;
     QString architecture;
@@ -16,22 +16,23 @@ struct Machine {
     QString checksums;
 };
 
-/// Whether the program is built for ARM, is translated for it while it runs, or is at home on Intel.
+/// The architecture's name: built for ARM, translated for ARM while it runs, or native on Intel. Callable
+/// from any thread.
 QString architecture(bool isBuiltForArm, bool isTranslated);
 
-/// `attachment` is the last thing in it; empty: none.
+/// The body of a request, which ends with `attachment`; empty: none. Callable from any thread.
 QString body(const QString& text, const Machine& machine, const QString& attachment);
 
-/// What choices 2 to 6 open, unescaped; empty where there is nothing to open. `information` gives the text
-/// under a key of the application's information file, empty where it has none.
+/// The unescaped address for choices 2 to 6; empty if there is none. `information` returns the value of a key
+/// in the application's information file, or an empty text. Callable from any thread.
 QString address(int choice, const QString& appName, const QString& supportAddress,
                 const std::function<QString(const char* key)>& information);
 
-/// Opens a mail to support that begins with `text` and describes the machine. With the Option key held, the
-/// settings go with it. Main thread only.
+/// Opens a mail to support that begins with `text` and describes the machine. If the Option key is held, the
+/// settings are included. Main thread only.
 void send(const QString& text);
-/// Opens what a choice of the maker's menu stands for: 1 a request, else address(). Nothing where there is no
-/// such page. Main thread only.
+/// Opens a choice of the vendor's menu: 1 a request, else address(). Does nothing if there is no such page.
+/// Main thread only.
 void openPage(int choice);
 
 }  // namespace supportrequest

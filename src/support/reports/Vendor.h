@@ -1,12 +1,12 @@
 #pragma once
 
-/// What the application knows of its maker when its information file does not say.
+/// Default values about the vendor, for information files without them. Constants, usable from any thread.
 namespace vendor {
 
 inline constexpr auto kSupportAddress = "support@ravelin.example";
-/// The root of the web site, with the slash at its end.
+/// The root of the web site, with a trailing slash.
 inline constexpr auto kSiteRoot = "https://ravelin.example/";
-/// Tells the store by whom a buyer was sent.
+/// Identifies us to the store as the referrer of a buyer.
 inline constexpr auto kAffiliateToken = "ravelin";
 
 }  // namespace vendor

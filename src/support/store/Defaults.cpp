@@ -11,7 +11,7 @@
 
 namespace {
 
-// Not destroyed at exit: threads and other static objects may still log, and so write, by then.
+// Never destroyed: threads and other static objects may still log, and so write settings, at exit.
 std::unique_ptr<SettingsStore>& theStore() {
     static auto& store = *new std::unique_ptr<SettingsStore>;
     return store;

@@ -21,7 +21,7 @@ QString dated(const QString& message) {
     return makeString("date: %@ message: %@", QDateTime::currentDateTime(), message);
 }
 
-/// The positions start anew with every launch; so do the slots that are overwritten first.
+/// Each launch starts at position 0 and overwrites those slots first.
 void writeToPreferenceRing(int level, const QString& message) {
     static auto& lock = *new QRecursiveMutex;
     static std::array<quint32, 8> positions{};
@@ -38,7 +38,7 @@ void writeToPreferenceRing(int level, const QString& message) {
 void logrings::install() {
     qn_log_setsink([](int level, const QString& message) {
         writeToPreferenceRing(level, message);
-        // What went wrong may be what the program crashes of next.
+        // An error may precede a crash.
         if (level <= kLogError) standardUserDefaults().askToSaveSoon();
     });
 }

@@ -47,7 +47,7 @@ QJsonValue toJson(const QVariant& value) {
             return wrapped("$date", value.toDateTime().toUTC().toString(Qt::ISODateWithMs));
         case QMetaType::Float:
         case QMetaType::Double: {
-            // JSON does not tell 100.0 from 100, and has no word for what is not a number.
+            // JSON does not distinguish 100.0 from 100, and cannot represent NaN and infinity.
             const double number = value.toDouble();
             if (!std::isfinite(number) || std::trunc(number) == number)
                 return wrapped("$real", QString::number(number, 'g', 17));

@@ -102,7 +102,7 @@ void SettingsStore::setOverride(const QString& key, const QVariant& value) {
 }
 
 bool SettingsStore::synchronise() {
-    QStringList foreign;  // keys that another instance changed
+    QStringList foreign;  // Keys that another process changed.
     std::function<void(const QString&)> valueHandler;
     bool isSaved = false;
     {

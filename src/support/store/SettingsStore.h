@@ -9,48 +9,48 @@
 
 #include <functional>
 
-/// The settings of one user: values by key. A read looks at the overrides of this run, then at what is
-/// stored, then at the registered defaults. Writes change the stored values in memory and reach the file with
-/// synchronise(). Several instances may use one file: each writes only the keys that it changed itself, over
-/// what the file holds by then, under a lock. Callable from any thread.
+/// The settings of one user: values by key. A read looks at the overrides of this run, then at the stored
+/// values, then at the registered defaults. Writes change the stored values in memory; synchronise() writes
+/// them to the file. Several processes may share one file: each updates only the keys that it changed itself,
+/// under a lock. Callable from any thread.
 class SettingsStore {
 public:
-    /// Reads `filePath`, which need not exist. A damaged file is kept aside under a new name and the store
-    /// starts empty; a file that cannot be read is left alone and never written over. Either is told by
-    /// problem().
+    /// Reads `filePath`, which need not exist. A damaged file is renamed and the store starts empty; a file
+    /// that cannot be read is never overwritten. problem() reports both.
     explicit SettingsStore(QString filePath);
 
     const QString& filePath() const { return m_filePath; }
 
-    /// An invalid variant when no place has the key.
+    /// An invalid variant if the key has no value, override or default.
     QVariant object(const QString& key) const;
     /// An invalid variant removes the stored value.
     void setObject(const QString& key, const QVariant& value);
-    /// The stored value alone, without overrides and defaults.
+    /// The stored value only, without overrides and defaults.
     QVariant storedObject(const QString& key) const;
 
-    /// Registered defaults answer reads of keys that were never set; they are not written to the file.
+    /// Sets the values of keys that are not stored. Defaults are never written to the file.
     void registerDefaults(const QVariantMap& defaults);
-    /// Read before everything else for the life of this store and never written.
+    /// Sets a value that precedes the stored one for the life of this store. Overrides are never written to
+    /// the file.
     void setOverride(const QString& key, const QVariant& value);
 
-    /// Writes what changed. True when the file holds everything; false: problem() says why, the changes are
-    /// kept for the next call.
+    /// Writes the changes. Returns true if the file is up to date. On failure, problem() has the reason and
+    /// the changes are kept for the next call.
     bool synchronise();
     bool hasChanges() const;
 
-    /// What went wrong with the file, for the user; empty: nothing.
+    /// The problem with the file, for the user; empty if there is none.
     QString problem() const;
 
-    /// How soon changes are to be saved.
+    /// How soon to save changes.
     enum class Urgency { Later, Soon };
-    /// Called after a write to the store that had nothing to save before (Later), and by askToSaveSoon()
-    /// (Soon), in the caller's thread and outside the store's lock: the moment to plan a synchronise().
+    /// Sets the handler that schedules synchronise(). Called after the first unsaved change (Later) and by
+    /// askToSaveSoon() (Soon), on the thread of that call and outside the store's lock.
     void setChangeHandler(std::function<void(Urgency)> handler);
-    /// What was written is wanted on the disk soon, as the process may crash. Nothing where nothing changed.
+    /// Requests an early save of the changes, as the process may crash. Does nothing if there are none.
     void askToSaveSoon() const;
-    /// Called after the stored value of a key has changed, by a write or by what synchronise() found in the
-    /// file, in that call's thread and outside the store's lock.
+    /// Sets the handler that is called after the stored value of a key changed, by a write or because
+    /// synchronise() read a new value from the file; on the thread of that call and outside the store's lock.
     void setValueHandler(std::function<void(const QString& key)> handler);
 
 private:

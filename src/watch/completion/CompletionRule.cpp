@@ -10,31 +10,31 @@ using writercheck::Writers;
 using WaitsFor = Rule::WaitsFor;
 
 Rule ruleFor(const FileLook& look, Known known, const Times& times) {
-    // Events tell of a symbolic link itself, nothing of those who write what it points to.
-    const bool eventsTell = look.sight == Sight::All && !look.isSymbolicLink;
+    // Events of a symbolic link do not include writes to its target.
+    const bool eventsCoverWrites = look.sight == Sight::All && !look.isSymbolicLink;
     if (look.writers == Writers::Some && look.sight != Sight::None) return {WaitsFor::Closing};
-    // Holds the place for a download. Filling it is an event.
-    if (look.shape.size == 0) return {eventsTell ? WaitsFor::Event : WaitsFor::Closing};
+    // A placeholder for a download. Filling it causes an event.
+    if (look.shape.size == 0) return {eventsCoverWrites ? WaitsFor::Event : WaitsFor::Closing};
 
     const Rule nobodyWrites = {WaitsFor::Stillness, times.still};
     const Rule notKnown = {WaitsFor::Stillness, times.longStill, true};
     if (look.sight != Sight::All) return notKnown;
     if (look.writers == Writers::None) return nobodyWrites;
-    if (!eventsTell || known == Known::Unknown) return notKnown;
+    if (!eventsCoverWrites || known == Known::Unknown) return notKnown;
     if (known == Known::SeenWhole) return nobodyWrites;
-    // A hard link is made without being opened, so it is never closed either.
+    // A hard link is created without opening it, so no close event follows.
     if (known == Known::Created && look.hasOtherNames) return notKnown;
-    return {WaitsFor::Event};  // It was opened for writing; it will be closed, however late.
+    return {WaitsFor::Event};  // It was opened for writing; a close event follows, however late.
 }
 
 std::chrono::nanoseconds stoodStillFor(const FileLook& look, Known known, std::chrono::nanoseconds now) {
     if (look.sight != Sight::All) return 0ns;
-    // Anybody can set the time of modification back, but not that of the last change. What was seen whole
-    // needs no such caution, and a move changes the latter.
+    // Programs can set the modification time back, but not the change time. A file that was seen whole needs
+    // no such caution, and a move updates the change time.
     const auto last =
         known == Known::SeenWhole ? look.shape.modified : std::max(look.shape.modified, look.changed);
-    const auto untold = last % 1s == 0ns ? 2s : 0s;  // Some file systems round to one second or two.
-    return std::max<std::chrono::nanoseconds>(0ns, now - last - untold);
+    const auto rounding = last % 1s == 0ns ? 2s : 0s;  // Some file systems round times to one or two seconds.
+    return std::max<std::chrono::nanoseconds>(0ns, now - last - rounding);
 }
 
 }  // namespace completion

@@ -12,8 +12,8 @@ using WaitsFor = completion::Rule::WaitsFor;
 
 namespace {
 
-/// A turn ends after the look during which this is over; others want the event loop, too.
-constexpr milliseconds kTurn = 5ms;
+/// A slice ends after the file check during which this time passes, to keep the event loop responsive.
+constexpr milliseconds kSliceLength = 5ms;
 
 }  // namespace
 
@@ -21,7 +21,7 @@ CompletionWaiter::CompletionWaiter(const Times& times, FileLook::Sources sources
     : QObject(parent), m_times(times), m_sources(std::move(sources)) {
     m_timer.setSingleShot(true);
     m_timer.setTimerType(Qt::PreciseTimer);
-    connect(&m_timer, &QTimer::timeout, this, &CompletionWaiter::turn);
+    connect(&m_timer, &QTimer::timeout, this, &CompletionWaiter::checkDueFiles);
 }
 
 void CompletionWaiter::wait(const QString& path, Known known) {
@@ -37,7 +37,7 @@ void CompletionWaiter::wait(const QString& path, Known known) {
         found->interval = 0ms;
         schedule(path, *found, now);
     } else if (!found->due) {
-        // Who writes goes on writing: no look for each piece.
+        // The writer probably continues: do not check after each write.
         schedule(path, *found, now + m_times.still);
     }
     arm();
@@ -62,14 +62,14 @@ void CompletionWaiter::cancelAll() {
     arm();
 }
 
-void CompletionWaiter::turn() {
+void CompletionWaiter::checkDueFiles() {
     const QPointer<CompletionWaiter> alive(this);
     const auto begin = Clock::now();
-    while (!m_schedule.empty() && m_schedule.begin()->first <= begin && Clock::now() - begin < kTurn) {
+    while (!m_schedule.empty() && m_schedule.begin()->first <= begin && Clock::now() - begin < kSliceLength) {
         const QString path = m_schedule.begin()->second;
         const Outcome outcome = look(path, m_entries[path]);
         if (outcome == Outcome::Waits) continue;
-        // A receiver may begin the wait anew, or run an event loop with turns of its own.
+        // Remove first: a slot may start the wait again, or run a nested event loop with further turns.
         remove(path);
         arm();
         Q_EMIT outcome == Outcome::Complete ? complete(path) : droppedOut(path);
@@ -119,8 +119,7 @@ CompletionWaiter::Outcome CompletionWaiter::lookWhenStill(const QString& path, E
     return Outcome::Waits;
 }
 
-/// After the interval at the latest and half of it at the earliest: where many files are waited for, the
-/// looks fall together, and one wake-up serves all.
+/// Between half of the interval and all of it, so that the checks of many files coincide in one wake-up.
 void CompletionWaiter::lookLater(const QString& path, Entry& entry, milliseconds interval) {
     const auto step = std::max<Clock::duration>(interval / 2, 1ms);
     const auto latest = Clock::now() + std::max(interval, 2ms);

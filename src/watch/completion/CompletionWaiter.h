@@ -13,10 +13,10 @@
 #include <set>
 #include <utility>
 
-/// Waits for files to be complete: nobody has them open for writing, and they stand still. Any number of
-/// files with one timer, which rests while only an event can change anything; one descriptor at a time. Lives
-/// in one thread and needs its event loop; every signal comes from there, never from within a call. A
-/// receiver may call anything, also delete the waiter.
+/// Waits until files are complete: no process has them open for writing, and they no longer change. Handles
+/// any number of files with one timer, which stops while all files wait for events, and one descriptor at a
+/// time. Use it on one thread with an event loop; signals are emitted from the event loop, never during a
+/// call. A slot may call any function and delete the waiter.
 class CompletionWaiter : public QObject {
     Q_OBJECT
 
@@ -27,26 +27,26 @@ public:
     explicit CompletionWaiter(QObject* parent = nullptr) : CompletionWaiter(Times(), {}, parent) {}
     CompletionWaiter(const Times& times, FileLook::Sources sources, QObject* parent = nullptr);
 
-    /// `known`: the last event of the name; it replaces what was known of it before, so that after lost
-    /// events Unknown is right. Again for a path that is waited for it is the same wait. `path` is absolute.
+    /// Starts to wait for a file, or continues with the new `known`. `known` is the file's last event and
+    /// replaces the previous one; pass Unknown after lost events. `path` is absolute.
     void wait(const QString& path, Known known);
-    /// Something else happened to the name, such as its removal: looks again, if it is waited for.
+    /// Reports another event of the file, such as its removal: checks it again if it is waited for.
     void lookAgain(const QString& path);
-    /// Ends the wait without a signal of its own.
+    /// Ends the wait without complete() or droppedOut().
     void cancel(const QString& path);
     void cancelAll();
 
     QStringList waiting() const { return m_entries.keys(); }
     qsizetype waitingCount() const { return m_entries.size(); }
-    /// How often a file was looked at, since the beginning.
+    /// The total number of file checks.
     quint64 looks() const { return m_looks; }
 
 Q_SIGNALS:
-    /// The wait for `path` ended: the file can be taken.
+    /// The wait for `path` ended: the file is complete.
     void complete(const QString& path);
-    /// The wait for `path` ended: it is gone, out of reach, or no regular file.
+    /// The wait for `path` ended: the file was removed, is inaccessible, or is no regular file.
     void droppedOut(const QString& path);
-    /// waiting() changed. Once for many changes.
+    /// waiting() changed; emitted once for many changes.
     void waitingChanged();
 
 private:
@@ -56,12 +56,12 @@ private:
     struct Entry {
         Known known = Known::Unknown;
         FileLook::Shape shape;
-        Clock::time_point sameSince;  // `shape` is so at least since then.
+        Clock::time_point sameSince;  // `shape` is unchanged at least since then.
         std::chrono::milliseconds interval{0};
-        std::optional<Clock::time_point> due;  // None: waits for an event.
+        std::optional<Clock::time_point> due;  // Null: waits for an event.
     };
 
-    void turn();
+    void checkDueFiles();
     Outcome look(const QString& path, Entry& entry);
     Outcome lookWhenStill(const QString& path, Entry& entry, const FileLook& found,
                           const completion::Rule& rule);
@@ -73,7 +73,7 @@ private:
     const Times m_times;
     const FileLook::Sources m_sources;
     QHash<QString, Entry> m_entries;
-    std::set<std::pair<Clock::time_point, QString>> m_schedule;  // The entries that have a `due`.
+    std::set<std::pair<Clock::time_point, QString>> m_schedule;  // The entries with a `due`, sorted by it.
     QTimer m_timer{this};
     bool m_waitingChanged = false;
     quint64 m_looks = 0;

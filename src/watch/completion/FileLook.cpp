@@ -22,15 +22,15 @@ FileLook::Found foundBy(int error) {
         case ENOTDIR:
         case ELOOP:
         case ENAMETOOLONG:
-        case EACCES:  // Of a folder on the way.
-        case ENXIO:   // A socket took the name meanwhile.
+        case EACCES:  // A parent folder is not accessible.
+        case ENXIO:   // The file was replaced by a socket meanwhile.
             return FileLook::Found::NoFile;
         default:
             return FileLook::Found::Unclear;
     }
 }
 
-void tell(FileLook& look, const struct stat& status) {
+void applyStatus(FileLook& look, const struct stat& status) {
     look.found = S_ISREG(status.st_mode) ? FileLook::Found::File : FileLook::Found::NoFile;
     look.shape = {status.st_dev, status.st_ino, status.st_size, since1970(status.st_mtim)};
     look.changed = since1970(status.st_ctim);
@@ -47,26 +47,26 @@ FileLook lookAt(const QString& path, const FileLook::Sources& sources) {
         look.found = foundBy(errno);
         return look;
     }
-    tell(look, status);
+    applyStatus(look, status);
     if (look.found != FileLook::Found::File) return look;
     look.sight = sources.sight(path);
     look.isSymbolicLink = ::lstat(name.constData(), &status) == 0 && S_ISLNK(status.st_mode);
 
-    // Opened on network volumes, too: that makes the client ask the server for the size, of which it may
-    // otherwise tell what it knew a minute ago.
+    // Open it on network volumes, too: this makes the client request the size from the server; otherwise it
+    // may be a minute old.
     const int file = ::open(name.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (file < 0) {
         if (errno == EWOULDBLOCK)
-            look.writers = Writers::Some;  // A file server had a lease on it, and gives it back now.
-        else if (errno != EACCES && errno != EPERM)  // What is not readable is told of without.
+            look.writers = Writers::Some;  // A file server held a lease on it, and is releasing it now.
+        else if (errno != EACCES && errno != EPERM)  // For an unreadable file, the writers stay unknown.
             look.found = foundBy(errno);
         return look;
     }
-    // A network client refuses a lease for reasons of its own, which would look like a writer.
+    // A network client may refuse a lease for other reasons, which would look like a writer.
     if (look.sight != Sight::None) look.writers = sources.writers(file);
-    // After the lease: who opened and wrote since then shows in the times.
+    // After the lease, so that the times include any writes since then.
     if (::fstat(file, &status) == 0)
-        tell(look, status);
+        applyStatus(look, status);
     else
         look.found = FileLook::Found::Unclear;
     ::close(file);

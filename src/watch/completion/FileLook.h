@@ -7,35 +7,36 @@
 #include <chrono>
 #include <functional>
 
-/// One look at a file: what can be told of it at this moment. Opens it for reading for some microseconds at
-/// the most; a file that cannot be opened for reading is told of as far as its folder tells.
+/// A snapshot of a file's state. Opens the file for reading for a few microseconds; of a file that cannot be
+/// opened, it has only what stat(2) returns.
 struct FileLook {
-    /// Who is asked. The tests ask others.
+    /// The functions that query the kernel; replaced in tests.
     struct Sources {
         std::function<writercheck::Writers(int file)> writers = writercheck::writersOf;
         std::function<writercheck::Sight(const QString& path)> sight = writercheck::sightOf;
     };
 
-    /// Unclear: an error that may pass, such as a lack of descriptors. Only with File the rest is valid.
+    /// Unclear: a temporary error, such as a lack of descriptors. The other members are valid for File only.
     enum class Found { File, NoFile, Unclear };
 
-    /// What changes when the file is written or replaced.
+    /// The attributes that change when the file is written or replaced.
     struct Shape {
         quint64 device = 0;
         quint64 inode = 0;
         qint64 size = 0;
-        std::chrono::nanoseconds modified{0};  ///< Since 1970, by the clock of whoever holds the file.
+        std::chrono::nanoseconds modified{0};  ///< Since 1970, by the file server's clock.
         bool operator==(const Shape&) const = default;
     };
 
     Found found = Found::Unclear;
     Shape shape;
-    std::chrono::nanoseconds changed{0};  ///< As `modified`, of contents, name or attributes.
+    std::chrono::nanoseconds changed{0};  ///< Like `modified`, but of contents, name or attributes.
     writercheck::Writers writers = writercheck::Writers::NotKnown;
     writercheck::Sight sight = writercheck::Sight::All;
     bool isSymbolicLink = false;
     bool hasOtherNames = false;
 };
 
-/// Symbolic links are followed. Neither FIFOs nor devices are opened: some do things when they are.
+/// Follows symbolic links. Never opens FIFOs or devices: opening some has side effects. Callable from any
+/// thread.
 FileLook lookAt(const QString& path, const FileLook::Sources& sources);

@@ -13,10 +13,10 @@
 namespace writercheck {
 
 Writers writersOf(int file) {
-    // Who opens the file for writing while the lease is held waits until it is given back, microseconds
-    // later, and the kernel sends the holder a signal: SIGIO, which would end the process. SIGURG is
-    // ignored unless somebody handles it, so that no disposition of the process has to be changed; and
-    // unlike a real-time signal it cannot fail to be queued, upon which the kernel would fall back to SIGIO.
+    // A process that opens the file for writing while we hold the lease blocks until we release it,
+    // microseconds later, and the kernel sends us a signal: by default SIGIO, which would end the process.
+    // SIGURG is ignored by default, so no signal handler is needed; and unlike a real-time signal, it never
+    // fails to be queued, in which case the kernel would send SIGIO.
     if (::fcntl(file, F_SETSIG, SIGURG) != 0) return Writers::NotKnown;
     if (::fcntl(file, F_SETLEASE, F_RDLCK) != 0) return errno == EAGAIN ? Writers::Some : Writers::NotKnown;
     ::fcntl(file, F_SETLEASE, F_UNLCK);
@@ -42,7 +42,7 @@ Sight sightOfType(long magic) {
         0x786F4256,  // Folders of a virtual machine's host
         0xBACBACBC,  // The same
     };
-    const auto type = static_cast<quint32>(magic);  // Told with its sign extended by some.
+    const auto type = static_cast<quint32>(magic);  // Some kernels sign-extend it.
     if (std::find(kNetwork.begin(), kNetwork.end(), type) != kNetwork.end()) return Sight::None;
     return type == FUSE_SUPER_MAGIC ? Sight::Local : Sight::All;
 }

@@ -2,23 +2,24 @@
 
 #include <QString>
 
-/// What the kernel knows of those who write a file.
+/// Asks the kernel whether a file is open for writing. Callable from any thread.
 namespace writercheck {
 
 enum class Writers { None, Some, NotKnown };
 
-/// Whether anybody on this machine has the file open for writing. `file` is a descriptor for reading only.
-/// Not known for another user's file (unless the process may lease any file) and where the file system has no
+/// Whether any process on this machine has the file open for writing. `file` is a read-only descriptor.
+/// NotKnown for another user's file (unless the process may lease any file) and on file systems without
 /// leases. Meaningless on a network volume.
 Writers writersOf(int file);
 
-/// Whose writers the kernel sees. All: every write comes through it. Local: it may be a program's or another
-/// machine's file system, so it sees only some. None: what it says of writers says nothing.
+/// Which writers the kernel sees. All: every write passes through it. Local: the file system may be
+/// implemented by a program or another machine, so it sees only some. None: its information about writers is
+/// worthless.
 enum class Sight { All, Local, None };
 
-/// Of the volume that holds `path`. A path that is not there counts as seen.
+/// For the volume that contains `path`. All if the path does not exist.
 Sight sightOf(const QString& path);
-/// The same from the file system's magic number, as statfs(2) tells it.
+/// The same by the file system's magic number from statfs(2).
 Sight sightOfType(long magic);
 
 }  // namespace writercheck

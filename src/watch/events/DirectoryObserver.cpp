@@ -13,7 +13,7 @@
 
 namespace {
 
-/// For events and for the scan each, so that neither holds up the other.
+/// For events and for the scan separately, so that neither delays the other.
 constexpr int kSliceMilliseconds = 10;
 
 std::string expanded(const QString& path) {
@@ -53,13 +53,13 @@ DirectoryObserver::DirectoryObserver(std::unique_ptr<Watch> watch, Block block,
     for (QTimer* timer : {&m_delivery, &m_scanAgain}) {
         timer->setSingleShot(true);
         timer->setInterval(latency);
-        timer->setTimerType(Qt::PreciseTimer);  // A coarse one is late by up to a twentieth.
+        timer->setTimerType(Qt::PreciseTimer);  // A coarse timer may be 5 % late.
     }
     connect(&m_delivery, &QTimer::timeout, this, &DirectoryObserver::deliver);
     connect(&m_scanAgain, &QTimer::timeout, this, &DirectoryObserver::scanAgain);
-    connect(&m_slices, &QTimer::timeout, this, &DirectoryObserver::takeTurn);
+    connect(&m_slices, &QTimer::timeout, this, &DirectoryObserver::processSlice);
     m_notifier = new QSocketNotifier(m_watch->tree.inotify().descriptor(), QSocketNotifier::Read, this);
-    connect(m_notifier, &QSocketNotifier::activated, this, &DirectoryObserver::takeTurn);
+    connect(m_notifier, &QSocketNotifier::activated, this, &DirectoryObserver::processSlice);
     m_watch->scan.readTree(TreeScan::Report::Arrivals);
     m_slices.start(0);
 }
@@ -71,7 +71,7 @@ DirectoryObserver::~DirectoryObserver() {
 void DirectoryObserver::stopObserving() {
     for (QTimer* timer : {&m_delivery, &m_slices, &m_scanAgain})
         timer->stop();
-    m_notifier->setEnabled(false);  // Before its descriptor is closed.
+    m_notifier->setEnabled(false);  // Must precede closing its descriptor.
     m_watch.reset();
     m_block = nullptr;
 }
@@ -90,7 +90,7 @@ void DirectoryObserver::simulateOverflow() {
     m_slices.start(0);
 }
 
-void DirectoryObserver::takeTurn() {
+void DirectoryObserver::processSlice() {
     const QPointer<DirectoryObserver> self(this);
     m_watch->events.read(QDeadlineTimer(kSliceMilliseconds));
     const QString reason = m_watch->events.endReason();
@@ -101,7 +101,8 @@ void DirectoryObserver::takeTurn() {
     m_watch->scan.work(QDeadlineTimer(kSliceMilliseconds));
     m_watch->tree.removeSome();
 
-    // Later, and once for all overflows until then: a flood that goes on would only make the next one.
+    // Later, and once for all overflows until then: scanning during a flood of events would only cause the
+    // next overflow.
     if (m_watch->events.takeOverflow() && !m_scanAgain.isActive()) m_scanAgain.start();
     if (m_watch->batch.isPending() && !m_delivery.isActive()) m_delivery.start();
     if (!m_watch->hasWork())
@@ -133,12 +134,12 @@ void DirectoryObserver::scanAgain() {
 
 void DirectoryObserver::deliver() {
     m_delivery.stop();
-    // Events of a folder above the watched one do not reach us.
+    // Moves of a parent folder cause no events here.
     if (!m_watch->tree.isRootInPlace()) {
         end(movedAway());
         return;
     }
-    const Block block = m_block;  // It may delete us while it runs.
+    const Block block = m_block;  // The block may delete this object.
     block(m_watch->batch.drain());
 }
 

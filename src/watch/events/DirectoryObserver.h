@@ -11,27 +11,28 @@
 
 class QSocketNotifier;
 
-/// Tells of what happens in a folder and everywhere below it, from now on, as long as the observer lives.
+/// Reports changes in a folder and all folders below it while the observer lives. Use it on one thread, which
+/// needs an event loop.
 ///
-/// Records come in batches: the block is called `latency` after the first thing that happened, or sooner when
-/// there are thousands of records; nothing wakes up while nothing happens. It is called on the thread that
+/// Records are delivered in batches: the block is called `latency` after the first event, or earlier if there
+/// are thousands of records; there are no wake-ups without events. The block is called on the thread that
 /// started the observer, from its event loop, and may stop or delete the observer. A batch in which no name
 /// was valid UTF-8 is an empty list.
 ///
-/// The folder itself is watched when startObserving() returns, those below it within the next turns of the
-/// event loop (20,000 folders: about half a second, in slices of some 20 ms); a file that arrives in one of
-/// them meanwhile is reported from the times of folder and file. Folders that come are watched at once. The
-/// files that are in one by then are reported as created and modified, or as renamed when it was moved here
-/// from elsewhere; a folder that moves within the tree is reported alone, see EventRecord::renamedFrom.
-/// Linked folders are not followed, only `path` itself may be a link.
+/// The folder itself is watched when startObserving() returns, those below it within the next iterations of
+/// the event loop (20,000 folders: about half a second, in slices of about 20 ms); a file that arrives there
+/// earlier is detected by the times of folder and file. New folders are watched at once. Files that are
+/// already in a new folder are reported as created and modified, or as renamed if the folder was moved here
+/// from elsewhere. A folder that moves within the tree is reported without its files, see
+/// EventRecord::renamedFrom. Symbolic links to folders are not followed, except `path` itself.
 ///
-/// When the kernel's queue overflows, the whole tree is read again, and every file that changed, by its
-/// times, since the observer was started is reported as modified, also when it was reported before: nobody
-/// knows what was missed. So are all files of folders that come to light. Files that only lay there stay
-/// untold.
+/// If the kernel's queue overflows, the whole tree is read again, and every file whose times changed since
+/// the observer was started is reported as modified, even if it was reported before: the lost events are
+/// unknown. The same holds for all files in folders that were unknown until then. Older files are not
+/// reported.
 ///
-/// The kernel tells only of what this machine does: changes that others make on a network share go unseen,
-/// and so does what is mounted below the folder later on.
+/// The kernel reports only changes made on this machine: changes that other machines make on a network share
+/// are not seen, nor are volumes mounted below the folder later.
 class DirectoryObserver : public QObject {
     Q_OBJECT
 
@@ -39,29 +40,29 @@ public:
     using Block = std::function<void(const QList<EventRecord>& records)>;
 
     /// `path` may begin with "~". Without file-level events a record names the folder in which something
-    /// changed. Nothing: `error` says why, for the user.
+    /// changed. Null on failure; `error` has the reason, for the user.
     static std::unique_ptr<DirectoryObserver> startObserving(
         const QString& path, bool withFileLevelEvents, Block block, QString* error = nullptr,
         std::chrono::milliseconds latency = std::chrono::seconds(2));
     ~DirectoryObserver() override;
 
-    /// Now: what waits to be told is dropped.
+    /// Stops at once; pending records are dropped.
     void stopObserving();
 
-    /// Folders that are watched.
+    /// The number of watched folders.
     size_t folderCount() const;
-    /// Events that made no record, because their path is not valid UTF-8.
+    /// The number of events without a record, because their path is not valid UTF-8.
     quint64 skippedNames() const;
 
-    /// What a full queue in the kernel leads to.
+    /// Simulates a full kernel queue, for tests.
     void simulateOverflow();
 
 Q_SIGNALS:
-    /// Every folder that there is is watched, for the first time or again after an overflow.
+    /// All existing folders are watched, for the first time or again after an overflow.
     void watching();
-    /// The watch goes on, but not everything is seen. Each problem is told once.
+    /// The watch continues, but is incomplete. Each problem is reported once.
     void problem(const QString& message);
-    /// The folder was removed, moved or unmounted. What had happened is told before; nothing comes after.
+    /// The folder was removed, moved or unmounted. All records are delivered before, none after this.
     void ended(const QString& reason);
 
 private:
@@ -69,7 +70,7 @@ private:
 
     DirectoryObserver(std::unique_ptr<Watch> watch, Block block, std::chrono::milliseconds latency);
 
-    void takeTurn();
+    void processSlice();
     void scanAgain();
     void deliver();
     QString movedAway() const;

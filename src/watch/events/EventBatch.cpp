@@ -40,7 +40,7 @@ void EventBatch::add(const std::string& folder, const std::string& name, quint32
     item.flags |= flags;
     if (contents == EventContents::Untold) return;
     item.contents = contents;
-    // An item that is moved on keeps its first step; the next one has a record of its own.
+    // An item that is moved again keeps its first source here; the next move has its own record.
     if (!renamedFrom.empty()) item.renamedFrom = decoded(renamedFrom).value_or(QString());
 }
 

@@ -7,8 +7,8 @@
 
 namespace {
 
-/// A name that is given to a file by link(2), or a symbolic link: nobody will write and close it.
-bool cameWithContents(const std::string& path) {
+/// A hard link or a symbolic link: no write and close will follow.
+bool isCreatedWithContents(const std::string& path) {
     struct stat info = {};
     return ::lstat(path.c_str(), &info) == 0 &&
            (S_ISLNK(info.st_mode) || (S_ISREG(info.st_mode) && info.st_size > 0));
@@ -21,23 +21,23 @@ EventReader::EventReader(TreeWatch& watch, TreeScan& scan, EventBatch& batch)
 
 void EventReader::read(const QDeadlineTimer& deadline) {
     ++m_turn;
-    const bool nothingWaits = m_watch.inotify().read(deadline, [this](const Inotify::Event& event) {
+    const bool isDrained = m_watch.inotify().read(deadline, [this](const Inotify::Event& event) {
         handleEvent(event);
         return !m_batch.isFull() && m_endReason.isEmpty();
     });
-    if (nothingWaits) settleDepartures();
+    if (isDrained) resolveDepartures();
 }
 
 void EventReader::handleEvent(const Inotify::Event& event) {
-    if (!m_endReason.isEmpty() || takeAboutFolder(event)) return;
+    if (!m_endReason.isEmpty() || handleFolderEvent(event)) return;
     const bool isFolder = (event.mask & IN_ISDIR) != 0;
     const quint32 kind = isFolder ? kEventItemIsFolder : kEventItemIsFile;
     const std::string folder = m_watch.tree().path(event.watch);
     const std::string name(event.name);
     if ((event.mask & (IN_MOVED_FROM | IN_MOVED_TO)) != 0) {
-        takeMove(event, folder, name);
+        handleMove(event, folder, name);
     } else if ((event.mask & IN_CREATE) != 0) {
-        const bool whole = !isFolder && cameWithContents(joinedPath(folder, name));
+        const bool whole = !isFolder && isCreatedWithContents(joinedPath(folder, name));
         m_batch.add(folder, name, kind | kEventItemCreated | (whole ? kEventItemModified : 0U),
                     EventContents::Unfinished);
         if (isFolder) m_scan.enter(event.watch, name, TreeScan::Report::New);
@@ -53,7 +53,7 @@ void EventReader::handleEvent(const Inotify::Event& event) {
     }
 }
 
-bool EventReader::takeAboutFolder(const Inotify::Event& event) {
+bool EventReader::handleFolderEvent(const Inotify::Event& event) {
     if ((event.mask & IN_Q_OVERFLOW) != 0) {
         m_overflowed = true;
         return true;
@@ -68,7 +68,7 @@ bool EventReader::takeAboutFolder(const Inotify::Event& event) {
         else if ((event.mask & (IN_DELETE_SELF | IN_IGNORED)) != 0)
             m_endReason = Texts::tr("The watched folder “%1” was removed.").arg(path);
     } else if ((event.mask & IN_UNMOUNT) != 0) {
-        // What the mount hid comes to light; it is not new.
+        // The folder that the mount hid is visible again; it is not new.
         const int parent = m_watch.tree().parent(event.watch);
         const std::string name = m_watch.tree().name(event.watch);
         m_watch.forgetRemoved(event.watch);
@@ -79,7 +79,8 @@ bool EventReader::takeAboutFolder(const Inotify::Event& event) {
     return event.name.empty();
 }
 
-void EventReader::takeMove(const Inotify::Event& event, const std::string& folder, const std::string& name) {
+void EventReader::handleMove(const Inotify::Event& event, const std::string& folder,
+                             const std::string& name) {
     const bool isFolder = (event.mask & IN_ISDIR) != 0;
     const quint32 flags = kEventItemRenamed | (isFolder ? kEventItemIsFolder : kEventItemIsFile);
     if ((event.mask & IN_MOVED_FROM) != 0) {
@@ -88,19 +89,19 @@ void EventReader::takeMove(const Inotify::Event& event, const std::string& folde
         return;
     }
     const auto departure = m_departures.find(event.cookie);
-    const bool cameFromOutside = departure == m_departures.end();
+    const bool isFromOutside = departure == m_departures.end();
     m_batch.add(folder, name, flags, isFolder ? EventContents::Unfinished : EventContents::Whole,
-                cameFromOutside ? std::string() : departure->second.path);
-    if (isFolder) m_scan.enter(event.watch, name, TreeScan::Report::MovedHere, cameFromOutside);
-    // Something else may have this place or the old one by now; then settleDepartures() looks at the old one.
-    if (!cameFromOutside &&
+                isFromOutside ? std::string() : departure->second.path);
+    if (isFolder) m_scan.enter(event.watch, name, TreeScan::Report::MovedHere, isFromOutside);
+    // If another item is at this place or the old one by now, resolveDepartures() checks the old one.
+    if (!isFromOutside &&
         m_watch.tree().child(departure->second.parent, departure->second.name) == PathTree::kNone)
         m_departures.erase(departure);
 }
 
-/// What has not turned up elsewhere by the next turn has left the tree, unless it is back in its place. A
-/// folder that turns up later still is a new one, so nothing is lost.
-void EventReader::settleDepartures() {
+/// An item that did not arrive elsewhere by the next turn has left the tree, unless it is back in its place.
+/// A folder that arrives even later is treated as new, so nothing is lost.
+void EventReader::resolveDepartures() {
     for (auto at = m_departures.begin(); at != m_departures.end();) {
         const Departure& departure = at->second;
         if (departure.turn == m_turn) {

@@ -10,21 +10,20 @@
 #include <unordered_map>
 #include <utility>
 
-/// Turns the kernel's events into records and keeps the watched tree in step with them.
+/// Converts the kernel's events to records and updates the watched tree. For the observer's thread only.
 class EventReader {
 public:
     EventReader(TreeWatch& watch, TreeScan& scan, EventBatch& batch);
 
-    /// Until nothing waits, time is over or the batch is full.
+    /// Reads until no event is pending, the deadline has passed or the batch is full.
     void read(const QDeadlineTimer& deadline);
 
-    /// Something was moved away and it is not known yet whether its new place is in the tree; the next read()
-    /// knows.
+    /// Whether an item was moved away and its destination is not known yet; the next read() resolves this.
     bool awaitsMoves() const { return !m_departures.empty(); }
-    /// Events were lost since the last call.
+    /// Whether events were lost since the last call.
     bool takeOverflow() { return std::exchange(m_overflowed, false); }
     void overflow() { m_overflowed = true; }
-    /// Why the root is watched no longer; empty while it is.
+    /// Why the root is no longer watched; empty while it is.
     QString endReason() const { return m_endReason; }
 
 private:
@@ -37,15 +36,15 @@ private:
     };
 
     void handleEvent(const Inotify::Event& event);
-    /// True: the event is no more than that.
-    bool takeAboutFolder(const Inotify::Event& event);
-    void takeMove(const Inotify::Event& event, const std::string& folder, const std::string& name);
-    void settleDepartures();
+    /// Handles events about watched folders themselves. Returns true if that completes the event.
+    bool handleFolderEvent(const Inotify::Event& event);
+    void handleMove(const Inotify::Event& event, const std::string& folder, const std::string& name);
+    void resolveDepartures();
 
     TreeWatch& m_watch;
     TreeScan& m_scan;
     EventBatch& m_batch;
-    std::unordered_map<uint32_t, Departure> m_departures;  ///< By the cookie that both ends of a move have.
+    std::unordered_map<uint32_t, Departure> m_departures;  ///< By the cookie of the move.
     unsigned m_turn = 0;
     bool m_overflowed = false;
     QString m_endReason;

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Some file systems keep whole seconds.
+/// Some file systems store whole seconds only.
 bool isSince(const timespec& when, const timespec& time) {
     if (when.tv_sec != time.tv_sec) return when.tv_sec > time.tv_sec;
     return when.tv_nsec == 0 || when.tv_nsec >= time.tv_nsec;

@@ -8,26 +8,27 @@
 #include <string>
 #include <string_view>
 
-/// The entries of one folder, read one by one. Holds a descriptor as long as it lives.
+/// Reads the entries of one folder one by one. Holds a descriptor while it lives. Each instance is for one
+/// thread.
 class FolderReader {
 public:
-    enum class Kind { File, Folder, Other };  ///< A symbolic link counts as a file: it may stand for one.
+    enum class Kind { File, Folder, Other };  ///< A symbolic link counts as a file: it may refer to one.
     struct Entry {
-        std::string_view name;  ///< Until the next entry.
+        std::string_view name;  ///< Valid until the next entry is read.
         Kind kind;
     };
     enum class Arrival { Before, New, MovedHere };
 
-    /// `mayBeLink`: a symbolic link at the end of `path` is followed.
+    /// `mayBeLink`: whether to follow a symbolic link at the end of `path`.
     explicit FolderReader(const std::string& path, bool mayBeLink);
 
-    /// Without "." and ".."; nothing: the end, or the folder cannot be read.
+    /// The next entry except "." and ".."; null at the end or if the folder cannot be read.
     std::optional<Entry> next();
 
-    /// Whether names came or went at `time` (of CLOCK_REALTIME) or later.
+    /// Whether entries were added or removed at `time` (of CLOCK_REALTIME) or later.
     bool changedSince(const timespec& time) const;
-    /// How an entry came here, as far as its times tell. A folder that came after `time` with its contents
-    /// is MovedHere.
+    /// How an entry arrived, judged by its times. A folder that arrived after `time` with its contents is
+    /// MovedHere.
     Arrival arrival(const Entry& entry, const timespec& time) const;
 
 private:

@@ -19,12 +19,12 @@ QString describedLimit(const char* name) {
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll().trimmed()) : QString("?");
 }
 
-/// Twice of what is allowed, and no less than what systems with room to spare allow from the start.
-QString enough(const QString& limit, long least) {
+/// Twice the current limit, but at least `least`, a common default of systems with more memory.
+QString sufficientLimit(const QString& limit, long least) {
     return QString::number(std::max(2 * limit.toLong(), least));
 }
 
-/// EMFILE stands for either limit.
+/// EMFILE can mean either limit.
 bool isOutOfFiles() {
     const int file = ::open("/", O_PATH | O_CLOEXEC);
     if (file < 0) return true;
@@ -48,14 +48,14 @@ QString Inotify::problem() const {
     const QString limit = describedLimit("max_user_instances");
     return Texts::
         tr("Folders cannot be watched: this system allows %1 watching programs per user, and there are as many. An administrator can allow more: sysctl fs.inotify.max_user_instances=%2")
-            .arg(limit, enough(limit, 1024));
+            .arg(limit, sufficientLimit(limit, 1024));
 }
 
 QString Inotify::limitOfWatches(const QString& folder) {
     const QString limit = describedLimit("max_user_watches");
     return Texts::
         tr("Not every folder in “%1” can be watched: this system allows %2 watched folders per user, and there are more. What arrives in the others is not noticed. An administrator can allow more: sysctl fs.inotify.max_user_watches=%3")
-            .arg(folder, limit, enough(limit, 524'288));
+            .arg(folder, limit, sufficientLimit(limit, 524'288));
 }
 
 int Inotify::watch(const std::string& path, uint32_t mask) {
@@ -70,17 +70,18 @@ void Inotify::remove(int watch) {
 bool Inotify::read(const QDeadlineTimer& deadline, const std::function<bool(const Event&)>& handle) {
     constexpr size_t kBufferSize = 16 * 1024;
     alignas(inotify_event) std::array<char, kBufferSize> buffer;
-    bool goesOn = true;
-    while (goesOn && !deadline.hasExpired()) {
+    bool isContinuing = true;
+    while (isContinuing && !deadline.hasExpired()) {
         const ssize_t size = ::read(m_file, buffer.data(), buffer.size());
         if (size < 0 && errno == EINTR) continue;
         if (size <= 0) return true;
-        // What was read is gone from the kernel's queue, so all of it is handed over.
+        // Events that were read have left the kernel's queue, so handle all of them.
         for (const char* at = buffer.data(); at < buffer.data() + size;) {
             inotify_event event;
             std::memcpy(&event, at, sizeof event);
             at += sizeof event;
-            goesOn = handle({event.wd, event.mask, event.cookie, {at, ::strnlen(at, event.len)}}) && goesOn;
+            isContinuing =
+                handle({event.wd, event.mask, event.cookie, {at, ::strnlen(at, event.len)}}) && isContinuing;
             at += event.len;
         }
     }

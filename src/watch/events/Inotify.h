@@ -8,14 +8,14 @@
 #include <string>
 #include <string_view>
 
-/// One instance of inotify(7).
+/// Wraps an instance of inotify(7). Each instance is for one thread.
 class Inotify {
 public:
     struct Event {
         int watch = 0;
         uint32_t mask = 0;
         uint32_t cookie = 0;
-        std::string_view name;  ///< Bytes, for the time of the call; empty: the watched folder itself.
+        std::string_view name;  ///< Bytes, valid during the call; empty: the watched folder itself.
     };
 
     Inotify();
@@ -24,18 +24,19 @@ public:
     Inotify& operator=(const Inotify&) = delete;
 
     int descriptor() const { return m_file; }
-    /// Why there is no instance, for the user; empty: there is one.
+    /// Why the kernel's instance could not be created, for the user; empty on success.
     QString problem() const;
 
-    /// The watch of the folder at `path`, which is the same one as long as the folder is, wherever it moves.
-    /// Negative: an error number. ENOSPC: the limit of watches.
+    /// Watches the folder at `path` and returns the watch, which stays the same for a folder even if it is
+    /// moved. Negative: an error number. ENOSPC: the limit of watches is reached.
     int watch(const std::string& path, uint32_t mask);
     void remove(int watch);
 
-    /// Hands over what waits until `handle` says no or time is over. True: nothing waits any more.
+    /// Passes pending events to `handle` until it returns false or the deadline has passed. Returns true if
+    /// no events are pending.
     bool read(const QDeadlineTimer& deadline, const std::function<bool(const Event&)>& handle);
 
-    /// What to tell the user when watches run out under `folder`.
+    /// The message for the user when the limit of watches is reached below `folder`.
     static QString limitOfWatches(const QString& folder);
 
 private:

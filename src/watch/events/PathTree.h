@@ -8,8 +8,8 @@
 
 std::string joinedPath(std::string_view folder, std::string_view name);
 
-/// Which folder each watch descriptor stands for. A folder is kept as its name and its parent's watch, so a
-/// folder that moves takes everything below it along at no cost; 20,000 folders take about 3 MiB.
+/// Maps watch descriptors to folders. A folder is stored as its name and its parent's watch, so moving a
+/// folder with everything below it is cheap; 20,000 folders use about 3 MiB. Each instance is for one thread.
 class PathTree {
 public:
     static constexpr int kNone = 0;  ///< The kernel counts watches from 1.
@@ -19,19 +19,19 @@ public:
     bool contains(int watch) const { return m_places.contains(watch); }
     size_t size() const { return m_places.size(); }
 
-    /// Absolute; empty for a watch that is not there.
+    /// The absolute path; empty for an unknown watch.
     std::string path(int watch) const;
     int parent(int watch) const;
     std::string name(int watch) const;
-    /// kNone: no watched folder has this place.
+    /// kNone if there is no watched folder of this name.
     int child(int parent, std::string_view name) const;
     std::vector<std::string> childNames(int parent) const;
-    /// `folder` is `ancestor` or somewhere below it.
+    /// Whether `folder` is `ancestor` or below it.
     bool isWithin(int folder, int ancestor) const;
 
-    /// A new folder, or one that moves here. The place is free, and not within the folder itself.
+    /// Adds a folder or moves it here. The place must be free, and not inside the folder itself.
     void place(int watch, int parent, std::string_view name);
-    /// With everything below: all the watches that are gone now.
+    /// Removes a folder and everything below it; returns all removed watches.
     std::vector<int> remove(int watch);
 
 private:

@@ -4,10 +4,10 @@
 #include <QSocketNotifier>
 
 ReturnWatch::ReturnWatch(QObject* parent) : QObject(parent), m_mounts("/proc/self/mountinfo") {
-    constexpr int kLatencyMilliseconds = 100;  // A busy folder above is not to cost a look for each file.
+    constexpr int kLatencyMilliseconds = 100;  // Limits the checks caused by a busy parent folder.
     m_latency.setSingleShot(true);
     m_latency.setInterval(kLatencyMilliseconds);
-    connect(&m_latency, &QTimer::timeout, this, &ReturnWatch::look);
+    connect(&m_latency, &QTimer::timeout, this, &ReturnWatch::checkFolders);
     const auto wait = [this] {
         if (!m_latency.isActive()) m_latency.start();
     };
@@ -22,19 +22,19 @@ void ReturnWatch::setFolders(const QStringList& folders) {
     if (folders == m_folders) return;
     m_folders = folders;
     if (m_mountNotifier) m_mountNotifier->setEnabled(!folders.isEmpty());
-    watchFoldersAbove();
+    watchParentFolders();
     if (folders.isEmpty())
         m_latency.stop();
     else
         m_latency.start();
 }
 
-void ReturnWatch::look() {
-    watchFoldersAbove();
+void ReturnWatch::checkFolders() {
+    watchParentFolders();
     Q_EMIT stirred();
 }
 
-QStringList ReturnWatch::foldersAbove() const {
+QStringList ReturnWatch::existingParentFolders() const {
     QStringList result;
     for (const QString& folder : m_folders) {
         QString above = QFileInfo(folder).path();
@@ -45,14 +45,14 @@ QStringList ReturnWatch::foldersAbove() const {
     return result;
 }
 
-void ReturnWatch::watchFoldersAbove() {
+void ReturnWatch::watchParentFolders() {
     const auto without = [](QStringList list, const QStringList& others) {
         list.removeIf([&](const QString& path) { return others.contains(path); });
         return list;
     };
-    // What is made between the look and the watch would be missed: again until nothing is new.
+    // A folder created between the check and the watch would be missed: repeat until nothing changes.
     QStringList before;
-    for (QStringList wanted = foldersAbove(); wanted != before; wanted = foldersAbove()) {
+    for (QStringList wanted = existingParentFolders(); wanted != before; wanted = existingParentFolders()) {
         const QStringList watched = m_watcher.directories();
         if (const QStringList old = without(watched, wanted); !old.isEmpty()) m_watcher.removePaths(old);
         if (const QStringList added = without(wanted, watched); !added.isEmpty()) m_watcher.addPaths(added);

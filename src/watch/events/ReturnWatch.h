@@ -8,27 +8,26 @@
 
 class QSocketNotifier;
 
-/// Notices when folders that are not there may be there again: a volume was mounted, or something changed in
-/// the nearest folder above that exists. While no folder is looked for, nothing is watched and nothing wakes
-/// up. Main thread only.
+/// Detects when missing folders may exist again: a volume was mounted, or the nearest existing parent folder
+/// changed. Watches nothing and causes no wake-ups while the list of folders is empty. Main thread only.
 class ReturnWatch : public QObject {
     Q_OBJECT
 
 public:
     explicit ReturnWatch(QObject* parent = nullptr);
 
-    /// The absolute paths to look for, in place of those before.
+    /// Replaces the list of missing folders; absolute paths.
     void setFolders(const QStringList& folders);
 
 Q_SIGNALS:
-    /// Look whether a folder is there; often none is. Comes a moment after the change, and once after
-    /// setFolders() with other folders, for what happened just before.
+    /// A folder may exist again: check them; often none does. Emitted shortly after a change, and once after
+    /// setFolders() with other folders, for changes that happened just before.
     void stirred();
 
 private:
-    void look();
-    QStringList foldersAbove() const;
-    void watchFoldersAbove();
+    void checkFolders();
+    QStringList existingParentFolders() const;
+    void watchParentFolders();
 
     QStringList m_folders;
     QFileSystemWatcher m_watcher;

@@ -1,7 +1,7 @@
 #include "watch/events/TreeScan.h"
 
 TreeScan::TreeScan(TreeWatch& watch, EventBatch& batch) : m_watch(watch), m_batch(batch) {
-    ::clock_gettime(CLOCK_REALTIME_COARSE, &m_made);  // The one that file systems take their times from.
+    ::clock_gettime(CLOCK_REALTIME_COARSE, &m_createdAt);  // The clock of file systems' times.
 }
 
 TreeWatch::Found TreeScan::enter(int parent, const std::string& name, Report report, bool again) {
@@ -16,7 +16,7 @@ TreeWatch::Found TreeScan::enter(int parent, const std::string& name, Report rep
         again = true;
         if (isNew) report = Report::New;
     }
-    if (isNew || again) m_waiting.push_back({folder.watch, report});
+    if (isNew || again) m_pending.push_back({folder.watch, report});
     return folder.found;
 }
 
@@ -34,12 +34,12 @@ void TreeScan::work(const QDeadlineTimer& deadline) {
             if (m_watch.tree().child(m_task.watch, name) != PathTree::kNone)
                 m_watch.lookAt(m_task.watch, name);
         } else {
-            const Task task = m_waiting.back();
-            m_waiting.pop_back();
+            const Task task = m_pending.back();
+            m_pending.pop_back();
             if (m_watch.tree().contains(task.watch)) open(task);
         }
     }
-    if (m_waiting.empty()) m_waiting.shrink_to_fit();
+    if (m_pending.empty()) m_pending.shrink_to_fit();
 }
 
 void TreeScan::open(Task task) {
@@ -47,8 +47,8 @@ void TreeScan::open(Task task) {
     m_path = m_watch.tree().path(task.watch);
     const bool isRoot = task.watch == m_watch.root();
     m_reader.emplace(m_path, isRoot);
-    // The root is watched from the first moment: what arrived in it is told by events.
-    m_changed = task.report == Report::Arrivals && !isRoot && m_reader->changedSince(m_made);
+    // The root is watched from the start: arrivals in it are reported by events.
+    m_changed = task.report == Report::Arrivals && !isRoot && m_reader->changedSince(m_createdAt);
     if (task.report == Report::Missed) m_known = m_watch.tree().childNames(task.watch);
 }
 
@@ -66,7 +66,7 @@ void TreeScan::addEntry(const FolderReader::Entry& entry) {
             flags = kEventItemRenamed;
             break;
         case Report::Missed:
-            if (!isFolder && m_reader->arrival(entry, m_made) != FolderReader::Arrival::Before)
+            if (!isFolder && m_reader->arrival(entry, m_createdAt) != FolderReader::Arrival::Before)
                 flags = kEventItemModified;
             break;
         case Report::Arrivals:
@@ -82,10 +82,10 @@ void TreeScan::addEntry(const FolderReader::Entry& entry) {
 
 quint32 TreeScan::arrivalFlags(const FolderReader::Entry& entry, Report& below) const {
     using Arrival = FolderReader::Arrival;
-    const Arrival arrival = m_reader->arrival(entry, m_made);
+    const Arrival arrival = m_reader->arrival(entry, m_createdAt);
     if (entry.kind != FolderReader::Kind::Folder)
         return arrival == Arrival::Before ? 0U : kEventItemCreated | kEventItemModified;
-    // A folder that is as new as its times may be an old one into which something was put.
+    // A folder with new times may be an old one in which a file was created.
     if (arrival != Arrival::MovedHere) return 0;
     below = Report::MovedHere;
     return kEventItemRenamed;

@@ -11,25 +11,26 @@
 #include <string>
 #include <vector>
 
-/// Reads folders of the tree, slice by slice, to watch those below and to report what no event told of.
+/// Reads folders of the tree in time slices, to watch the folders below and to report changes without events.
+/// For the observer's thread only.
 class TreeScan {
 public:
     enum class Report {
-        Arrivals,   ///< What came since the scan was made, while its folder was not watched yet.
-        New,        ///< Everything, as created.
-        MovedHere,  ///< Everything, as renamed.
-        Missed,     ///< What changed since the scan was made, as modified, and folders not known yet.
+        Arrivals,  ///< Items that arrived after the scan object was created, before their folder was watched.
+        New,       ///< All items, as created.
+        MovedHere,  ///< All items, as renamed.
+        Missed,     ///< Items changed since the scan object was created, as modified, and unknown folders.
     };
 
     TreeScan(TreeWatch& watch, EventBatch& batch);
 
-    /// Looks at a folder's place. One that was not known is read; with `again`, a known one, too.
+    /// Checks a folder. Schedules reading it if it was unknown or `again` is set.
     TreeWatch::Found enter(int parent, const std::string& name, Report report, bool again = false);
 
-    void readTree(Report report) { m_waiting.push_back({m_watch.root(), report}); }
+    void readTree(Report report) { m_pending.push_back({m_watch.root(), report}); }
 
-    bool hasWork() const { return m_reader || !m_known.empty() || !m_waiting.empty(); }
-    /// Goes on until time is over or the batch is full.
+    bool hasWork() const { return m_reader || !m_known.empty() || !m_pending.empty(); }
+    /// Continues until the deadline has passed or the batch is full.
     void work(const QDeadlineTimer& deadline);
 
 private:
@@ -44,13 +45,13 @@ private:
 
     TreeWatch& m_watch;
     EventBatch& m_batch;
-    timespec m_made = {};
-    std::vector<Task> m_waiting;
-    /// The folder at hand: it may move, and its path with it, between two slices.
+    timespec m_createdAt = {};
+    std::vector<Task> m_pending;
+    /// The folder being read; its path may change between two slices.
     Task m_task = {};
     std::string m_path;
     std::optional<FolderReader> m_reader;
     bool m_changed = false;
-    /// Names that were known in the folder at hand, to see which of them are left.
+    /// Known subfolders of the folder being read that were not found in it yet.
     std::vector<std::string> m_known;
 };

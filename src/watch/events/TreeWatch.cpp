@@ -11,8 +11,8 @@
 
 namespace {
 
-/// IN_ATTRIB: a folder may become readable. IN_EXCL_UNLINK: a removed file is of no interest, though somebody
-/// writes on. IN_MASK_ADD: a folder that is met again, by way of a mount, keeps what was asked of it.
+/// IN_ATTRIB: a folder may become readable. IN_EXCL_UNLINK: ignore writes to removed files. IN_MASK_ADD: a
+/// folder found again through a mount keeps its mask.
 constexpr uint32_t kFolder = IN_CREATE | IN_MODIFY | IN_CLOSE_WRITE | IN_DELETE | IN_MOVED_FROM |
                              IN_MOVED_TO | IN_ATTRIB | IN_ONLYDIR | IN_EXCL_UNLINK | IN_MASK_ADD;
 
@@ -62,7 +62,7 @@ TreeWatch::Folder TreeWatch::lookAt(int parent, const std::string& name) {
     if (watch == there) return {Found::Same, watch};
     if (m_tree.isWithin(parent, watch)) return {};
     if (there != PathTree::kNone) forget(there);
-    m_leaving.erase(watch);
+    m_pendingRemovals.erase(watch);
     const std::string before = m_tree.path(watch);
     m_tree.place(watch, parent, name);
     return {before.empty() ? Found::New : Found::Moved, watch, before};
@@ -70,23 +70,24 @@ TreeWatch::Folder TreeWatch::lookAt(int parent, const std::string& name) {
 
 void TreeWatch::forget(int watch) {
     const std::vector<int> gone = m_tree.remove(watch);
-    m_leaving.insert(gone.begin(), gone.end());
+    m_pendingRemovals.insert(gone.begin(), gone.end());
 }
 
 void TreeWatch::forgetRemoved(int watch) {
     forget(watch);
-    m_leaving.erase(watch);
+    m_pendingRemovals.erase(watch);
 }
 
 void TreeWatch::removeSome() {
     constexpr int kAtOnce = 500;
-    for (int i = 0; i < kAtOnce && !m_leaving.empty(); ++i)
-        m_inotify.remove(m_leaving.extract(m_leaving.begin()).value());
+    for (int i = 0; i < kAtOnce && !m_pendingRemovals.empty(); ++i)
+        m_inotify.remove(m_pendingRemovals.extract(m_pendingRemovals.begin()).value());
 }
 
 void TreeWatch::noteFailure(const std::string& path, int error) {
     if (error == ENOSPC) {
-        if (!std::exchange(m_limitTold, true)) m_problems.append(Inotify::limitOfWatches(shown(m_rootPath)));
+        if (!std::exchange(m_isLimitReported, true))
+            m_problems.append(Inotify::limitOfWatches(shown(m_rootPath)));
     } else if (m_unreadable.insert(path).second) {
         logError("Error: the folder %@ is not watched: %@", shown(path),
                  QString::fromLocal8Bit(std::strerror(error)));

@@ -12,44 +12,46 @@
 #include <unordered_set>
 #include <utility>
 
-/// The watched folders of a tree. A folder's watch is its identity: what a path leads to is asked of the
-/// kernel each time, because events tell of a past that later events have changed already.
+/// The watched folders of a tree. A folder is identified by its watch: paths are resolved by the kernel each
+/// time, because later events may already have changed what an earlier event describes. For the observer's
+/// thread only.
 class TreeWatch {
 public:
     explicit TreeWatch(std::string root) : m_rootPath(std::move(root)) {}
 
-    /// Watches the root; empty, or why it cannot be.
+    /// Watches the root; returns the reason of a failure, for the user, or an empty text.
     QString start();
     int root() const { return m_root; }
     const std::string& rootPath() const { return m_rootPath; }
-    /// False: nothing or another folder is at the root's path now.
+    /// False if the root's path is missing or is another folder now.
     bool isRootInPlace() const;
 
     enum class Found {
-        Nothing,  ///< No folder, one that cannot be watched, or the tree in itself by way of a mount.
-        Same,     ///< The folder that was known at this place.
-        Moved,    ///< A folder that was known at another place.
+        Nothing,  ///< No folder, one that cannot be watched, or a mount of the tree inside itself.
+        Same,     ///< The folder already known at this place.
+        Moved,    ///< A folder known at another place.
         New,
     };
     struct Folder {
         Found found = Found::Nothing;
         int watch = PathTree::kNone;
-        std::string before = {};  ///< Of a moved one: its path until now.
+        std::string before = {};  ///< The previous path of a moved folder.
     };
-    /// Sees what is at a place, watches it, and forgets what was there and is not any more.
+    /// Checks which folder is at a place, watches it, and forgets a folder that is no longer there.
     Folder lookAt(int parent, const std::string& name);
 
-    /// The folder and those below it belong to the tree no longer. Their watches go in removeSome().
+    /// Removes the folder and those below it from the tree; removeSome() removes their watches.
     void forget(int watch);
-    /// The kernel has removed the watch itself.
+    /// Handles the kernel's removal of a watch.
     void forgetRemoved(int watch);
-    bool hasToRemove() const { return !m_leaving.empty(); }
-    /// Each removal makes an event: done in one go for a large folder they would flood the kernel's queue.
+    bool hasToRemove() const { return !m_pendingRemovals.empty(); }
+    /// Removes some of the pending watches. Each removal causes an event: all at once they would overflow the
+    /// kernel's queue.
     void removeSome();
 
     Inotify& inotify() { return m_inotify; }
     const PathTree& tree() const { return m_tree; }
-    /// What the user should know, since the last call. Each is told once.
+    /// Problems for the user since the last call. Each is reported once.
     QStringList takeProblems() { return std::exchange(m_problems, {}); }
 
 private:
@@ -61,8 +63,8 @@ private:
     int m_root = PathTree::kNone;
     dev_t m_rootDevice = 0;
     ino_t m_rootNode = 0;
-    std::unordered_set<int> m_leaving;
+    std::unordered_set<int> m_pendingRemovals;
     std::set<std::string> m_unreadable;
-    bool m_limitTold = false;
+    bool m_isLimitReported = false;
     QStringList m_problems;
 };

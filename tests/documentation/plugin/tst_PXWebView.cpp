@@ -1,4 +1,4 @@
-// The real plugin with the real engine, loaded as the application loads it.
+// Tests the real plugin with the real engine, loaded as in the application.
 #include "documentation/rules/WebViewFactory.h"
 #include "documentation/window/WebEngine.h"
 #include "documentation/window/WebEngineCheck.h"
@@ -16,7 +16,7 @@
 #include <unistd.h>
 
 #ifdef __SANITIZE_ADDRESS__
-// What the engine does by itself, which is not ours to mend.
+// Suppresses findings in the engine's own code.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" const char* __asan_default_options() {
     return "new_delete_type_mismatch=0";
@@ -31,8 +31,8 @@ namespace {
 
 constexpr int kMilliseconds = 60000;
 
-/// The page tells its zoom, whether it scrolls and its colour in its title.
-constexpr const char* kTellingPage = R"html(<!doctype html>
+/// The page's title reports its zoom, whether it can scroll, and its colour.
+constexpr const char* kReportingPage = R"html(<!doctype html>
 <meta name=color-scheme content="light dark">
 <style>:root { color: rgb(1, 1, 1) } @media (prefers-color-scheme: dark) { :root { color: rgb(2, 2, 2) } }</style>
 <script>
@@ -42,7 +42,7 @@ setInterval(() => {
 }, 10);
 </script>)html";
 
-/// Answers each address with what was prepared for it, and any other with status 404 and a page.
+/// Serves the prepared page of each address, and status 404 with a page for all others.
 class Server : public QTcpServer {
 public:
     Server() {
@@ -72,7 +72,7 @@ private:
     }
 };
 
-/// A page in a window of its own.
+/// A view in its own window.
 class Window : public QWidget {
 public:
     Window(WebViewFactory& factory, const QString& documents) {
@@ -97,10 +97,10 @@ public:
         return nullptr;
     }
     QString title() const { return engineView()->property("title").toString(); }
-    /// Clicks until the click finds what is there, which the page needs a moment to draw.
+    /// Clicks repeatedly until the page has drawn the clicked element.
     bool click() const {
         constexpr int kPatience =
-            500;  // A click that comes too soon after the last would stop what that began.
+            500;  // A click too soon after the previous one would stop the navigation that it started.
         for (int waited = 0; outside.isEmpty() && waited < kMilliseconds; waited += kPatience) {
             QTest::mouseClick(engineView()->focusProxy(), Qt::LeftButton, {}, QPoint(200, 150));
             if (QTest::qWaitFor([this] { return !outside.isEmpty(); }, kPatience)) return true;
@@ -159,7 +159,7 @@ private Q_SLOTS:
         QVERIFY2(!files.hasNext(), qPrintable(files.next()));
     }
 
-    void whatSpeaksAgainstTheEngine_data() {
+    void engineObstacles_data() {
         const Table<QByteArray, QByteArray, QString> row("variable", "value", "obstacle");
         row("nothing", "UNRELATED", "1", "");
         row("no program", "QTWEBENGINEPROCESS_PATH", "/nowhere",
@@ -170,7 +170,7 @@ private Q_SLOTS:
             row("root", "QTWEBENGINE_DISABLE_SANDBOX", "0", "Qt WebEngine does not run as root.");
         }
     }
-    void whatSpeaksAgainstTheEngine() {
+    void engineObstacles() {
         const auto [variable, value] = fetch<QByteArray, QByteArray>("variable", "value");
         const QByteArray before = qgetenv(variable);
         qputenv(variable, value);
@@ -178,7 +178,7 @@ private Q_SLOTS:
         before.isNull() ? qunsetenv(variable) : qputenv(variable, before);
         QTEST(obstacle, "obstacle");
     }
-    void aLimitedAddressSpaceSpeaksAgainstTheEngine() {
+    void limitedAddressSpaceIsAnObstacle() {
         rlimit before{};
         ::getrlimit(RLIMIT_AS, &before);
         rlimit limited = before;
@@ -189,7 +189,7 @@ private Q_SLOTS:
         QCOMPARE(obstacle, "The address space of this process is limited.");
     }
 
-    void theOnlineCopyTakesTheLocalPagesPlace() {
+    void onlineCopyReplacesTheLocalPage() {
         writeLocal("one word, two words");
         m_server->pages["/example.test/page.html"] = "<title>Remote</title>another word";
         const auto window = makeWindow();
@@ -212,7 +212,7 @@ private Q_SLOTS:
     void theLocalPageStays() {
         writeLocal("");
         m_server->pages["/page.html"] = "<title>Remote</title>";
-        // Nobody answers, no such host, and no such page.
+        // No server, no such host, and no such page.
         for (const QString& remote :
              {QString("http://127.0.0.1:1/page.html"), QString("http://nowhere.invalid/page.html"),
               m_server->address("/none")}) {
@@ -221,7 +221,7 @@ private Q_SLOTS:
             window->set("remoteHTMLURL", remote);
             window->show();
             QTRY_COMPARE_WITH_TIMEOUT(window->title(), "Local", kMilliseconds);
-            // What the first would do, it has done when a second has loaded its own.
+            // When a second view has loaded its page, the first one would have finished, too.
             const auto second = makeWindow();
             second->set("localHTMLName", "local page.html");
             second->set("remoteHTMLURL", m_server->address("/page.html"));
@@ -232,13 +232,13 @@ private Q_SLOTS:
         }
     }
 
-    void whatLeadsElsewhereLeavesTheView_data() {
+    void otherAddressesLeaveTheView_data() {
         const Table<QString, QString> row("link", "outside");
         row("foreign page", "href='https://foreign.example/a%20b?c'", "https://foreign.example/a b?c");
         row("in a new window", "target=_blank href='https://foreign.example/'", "https://foreign.example/");
         row("another local page", "href='other.html#place'", "file://%1/other.html#place");
     }
-    void whatLeadsElsewhereLeavesTheView() {
+    void otherAddressesLeaveTheView() {
         const auto [link, outside] = fetch<QString, QString>("link", "outside");
         for (const bool onlyClicks : {false, true}) {
             writeLocal("<a style='position: fixed; inset: 0; font-size: 99px' " + link.toUtf8() + ">go</a>");
@@ -275,7 +275,7 @@ private Q_SLOTS:
         }
     }
 
-    void aScriptIsAClickOnlyRightAfterTheUsersHand_data() {
+    void scriptIsAClickOnlyAfterInput_data() {
         QTest::addColumn<QString>("starts");
         QTest::addColumn<int>("milliseconds");
         QTest::addColumn<bool>("leaves");
@@ -284,8 +284,8 @@ private Q_SLOTS:
         QTest::newRow("key") << "keydown" << 0 << true;
         QTest::newRow("long after the mouse") << "mousedown" << 3000 << false;
     }
-    /// The engine calls a script that runs after the page has loaded a link click.
-    void aScriptIsAClickOnlyRightAfterTheUsersHand() {
+    /// The engine reports a script after loading as a link click.
+    void scriptIsAClickOnlyAfterInput() {
         QFETCH(const QString, starts);
         QFETCH(const int, milliseconds);
         QFETCH(const bool, leaves);
@@ -303,7 +303,7 @@ private Q_SLOTS:
         window->set("openOnlyClicksInBrowser", true);
         window->show();
         QTRY_VERIFY_WITH_TIMEOUT(window->title() == u"Remote" || starts == u"load", kMilliseconds);
-        // The page needs a moment before it takes events.
+        // The page does not accept events at once.
         const auto isStarted = [&] { return starts == u"load" || window->title() != u"Remote"; };
         for (int tries = 0; !isStarted() && tries < kMilliseconds / 100; ++tries) {
             QWidget* target = window->engineView()->focusProxy();
@@ -326,10 +326,10 @@ private Q_SLOTS:
     void zoomAndScrolling() {
         const auto [factor, disableScrolling, first, second] =
             fetch<QVariant, bool, QString, QString>("factor", "disableScrolling", "first", "second");
-        m_server->pages["/page.html"] = QByteArray(kTellingPage) +
+        m_server->pages["/page.html"] = QByteArray(kReportingPage) +
                                         "<script>setInterval(async () => { if ((await fetch('/go')).ok) "
                                         "location.search = 'second' }, 50)</script>";
-        m_server->pages["/page.html?second"] = kTellingPage;
+        m_server->pages["/page.html?second"] = kReportingPage;
         const auto window = makeWindow();
         window->set("remoteHTMLURL", m_server->address("/page.html"));
         window->set("zoomFactor", factor);
@@ -342,7 +342,7 @@ private Q_SLOTS:
     }
 
     void aPageFollowsThePalette() {
-        m_server->pages["/page.html"] = kTellingPage;
+        m_server->pages["/page.html"] = kReportingPage;
         const auto window = makeWindow();
         window->set("remoteHTMLURL", m_server->address("/page.html"));
         window->show();
@@ -353,7 +353,7 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(window->title().endsWith("rgb(1, 1, 1)"), kMilliseconds);
     }
 
-    void aMissingPageIsToldOnce() {
+    void missingPageIsReportedOnce() {
         const auto window = makeWindow();
         window->set("localHTMLName", "missing.html");
         window->show();

@@ -53,7 +53,7 @@ private Q_SLOTS:
         QCOMPARE(places, expected);
     }
 
-    void aClickFollowsTheUsersHand() {
+    void clickNeedsRecentInput() {
         QVERIFY(isLinkClick(true, 0ms));
         QVERIFY(isLinkClick(true, 1000ms));
         QVERIFY(!isLinkClick(true, 1001ms));
@@ -61,7 +61,7 @@ private Q_SLOTS:
         QVERIFY(!isLinkClick(false, 0ms));
     }
 
-    void onlyPagesAndMailLeave() {
+    void onlyPagesAndMailOpenOutside() {
         for (const char* address : {"https://a.example/", "http://a.example", "mailto:a@b.example"})
             QVERIFY2(mayBeOpenedOutside(QUrl(address)), address);
         for (const char* address :

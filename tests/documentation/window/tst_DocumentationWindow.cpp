@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kPages = 6;
 
-/// The application with a documentation that has all its pages.
+/// The application with a complete documentation.
 class DocumentedApplication : public WindowedApplication {
 public:
     DocumentedApplication() : documentation(delegate, engine, {QIcon(), addWindowMenu}) {
@@ -66,7 +66,7 @@ private Q_SLOTS:
         QCOMPARE(app.find<QAction>("quickStartAction")->shortcut(), QKeySequence("F1"));
     }
 
-    void theMenuLeadsBackToTheMainWindow() {
+    void menuShowsTheMainWindow() {
         DocumentedApplication app;
         app.delegate.openDocumentationWindow(0);
         app.window->close();
@@ -79,7 +79,7 @@ private Q_SLOTS:
         DocumentedApplication app;
         app.delegate.openDocumentationWindow(3);
         const DocumentationWindow* window = app.docs();
-        // None, and such as there are none, leave the page that is shown.
+        // Without a tag or with an invalid one, the page stays.
         for (const std::optional<int> tag : {std::optional<int>(), {-2}, {kPages}, {2}}) {
             app.delegate.openDocumentationWindow(tag);
             QCOMPARE(app.docs(), window);
@@ -91,7 +91,7 @@ private Q_SLOTS:
         DocumentedApplication app;
         app.delegate.openDocumentationWindow(2);
         QVERIFY(app.docs()->isVisible());
-        QVERIFY(app.engine.views.isEmpty());  // The window comes first.
+        QVERIFY(app.engine.views.isEmpty());  // The window is painted first.
         QTRY_VERIFY(app.isLoaded("subtitles.html"));
         QCOMPARE(app.engine.views.size(), 1);
         QVERIFY(app.engine.views[0]->property("openOnlyClicksInBrowser").toBool());
@@ -118,7 +118,7 @@ private Q_SLOTS:
         }
     }
 
-    void whereLinksLead() {
+    void linkTargets() {
         DocumentedApplication app;
         app.delegate.openDocumentationWindow(0);
         QTRY_VERIFY(app.isLoaded("quick-start.html"));
@@ -129,7 +129,7 @@ private Q_SLOTS:
         QCOMPARE(app.tabs().currentIndex(), 3);
         QVERIFY(app.isLoaded("troubleshooting.html"));
         QCOMPARE(app.engine.views.last()->place, "no-sound");
-        // And back to one that is loaded already.
+        // And back to a page that is already loaded.
         leave(app.address("quick-start.html#audio"));
         leave(QUrl("file:///etc/passwd"));
         leave(QUrl("steam://run/1"));
@@ -161,7 +161,7 @@ private Q_SLOTS:
     }
 
     void aPageThatCannotBeShown() {
-        for (const bool isMissing : {true, false}) {  // Or its process dies.
+        for (const bool isMissing : {true, false}) {  // Else its process crashes.
             DocumentedApplication app;
             const QString page = app.path("resources/documents/quick-start.html");
             if (isMissing) QVERIFY(QFile::remove(page));

@@ -20,7 +20,7 @@ private:
         QFile file(m_home->path("log"));
         return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
     }
-    /// Shows the view with these properties, as an interface file would set them.
+    /// Shows the view with these properties set as by an interface file.
     void show(const QString& name, const QString& address = {}) {
         m_view->setProperty("localRTFName", name);
         m_view->setProperty("remoteHTMLURL", address);
@@ -86,7 +86,7 @@ private Q_SLOTS:
     }
 
     void links_data() {
-        // What is opened from the documents folder: its name only.
+        // Expected: the name of the file opened from the documents folder.
         const Table<QString, bool, QString> row("link", "fromElsewhere", "opened");
         row("page", "https://e.example/a", false, "https://e.example/a");
         row("file beside", "more.pdf", false, "more.pdf");
@@ -125,7 +125,7 @@ private Q_SLOTS:
         QCOMPARE(m_home->desktop.opened, QList{QUrl("https://e.example/a")});
     }
 
-    void bringsNothingAlong() {
+    void noExternalResources() {
         QImage picture(8, 8, QImage::Format_RGB32);
         const QString outside = m_home->path("outside.png");
         QVERIFY(picture.save(outside) && picture.save(m_home->path("resources/documents/inside.png")));

@@ -31,14 +31,14 @@ private Q_SLOTS:
         QVERIFY(pressed);
     }
 
-    void silencedForThisVersion() {
+    void suppressedForThisVersion() {
         TestHome home;
         const auto ask = [] {
             alert_dontwarnagain_version("identifier", "Warning", "text", "OK", "Don't warn again");
         };
         ask();
         ask();
-        QCOMPARE(home.presenter.shown.size(), 2);  // Not ticked: it comes back.
+        QCOMPARE(home.presenter.shown.size(), 2);  // Not ticked: it is shown again.
         home.presenter.answer.suppressed = true;
         ask();
         ask();
@@ -47,10 +47,10 @@ private Q_SLOTS:
         setDefaultInt("_identifier_1.0.0_asked", 0);
         setDefaultInt("_identifier_0.9_asked", 1);
         ask();
-        QCOMPARE(home.presenter.shown.size(), 4);  // What another version was told does not count.
+        QCOMPARE(home.presenter.shown.size(), 4);  // The answer in another version does not count.
     }
 
-    void silencedForGood() {
+    void suppressedPermanently() {
         TestHome home;
         home.presenter.answer = {kAlertSecondButton, true, {}};
         alert_dontwarnagain_ever("identifier", "Error", "text", "OK", "Don't warn again");
@@ -83,7 +83,7 @@ private Q_SLOTS:
         QVERIFY(home.desktop.opened.isEmpty());
         home.presenter.answer.response = kAlertFirstButton;
         alert_feedback_nonfatal("A & B", "1 & 2");
-        QCOMPARE(home.presenter.shown.size(), 3);  // The two reports, and once what will be sent.
+        QCOMPARE(home.presenter.shown.size(), 3);  // The two reports, and one preview of the mail.
         QVERIFY(home.presenter.shown.last().value.toString().contains("\"with the report\""));
         const OpenedMail mail(home.desktop.opened.first());
         QCOMPARE(mail.address, "support@ravelin.example");

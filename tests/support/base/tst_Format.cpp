@@ -31,7 +31,7 @@ private Q_SLOTS:
         QCOMPARE(describe(date), "2024-02-03 04:05:06 +0000");
     }
 
-    /// Formats come from literals; these are the mismatches that must not compile.
+    /// Formats are checked at compile time; these mismatches must not compile.
     void mismatchesAreKnown() {
         using namespace format_detail;
         static_assert(!fits<QString>(Kind::Signed32) && !fits<int>(Kind::Object));

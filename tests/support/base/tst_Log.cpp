@@ -34,7 +34,7 @@ class LogTest : public QObject {
     }
 
 private Q_SLOTS:
-    /// First, since the positions count through the whole run.
+    /// Must run first: the positions count through the whole run.
     void ringsOverwriteTheirOldest() {
         const TestHome home;
         for (int i = 0; i < 10; ++i)
@@ -68,7 +68,7 @@ private Q_SLOTS:
         for (int i = 0; i < 300; ++i)
             logError("Error: number %i", i);
         QVERIFY(!QFile::exists(path));
-        // Sooner than usual changes, which are saved after five seconds.
+        // Earlier than normal changes, which are saved after five seconds.
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(path), 4000);
         QVERIFY(files::contents(path)->contains("Error: number 299"));
     }

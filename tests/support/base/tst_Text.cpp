@@ -50,7 +50,7 @@ private Q_SLOTS:
     }
 
     void durations() {
-        QCOMPARE(text::formattedTimeFromTimeInterval(59.9), "59s");  // Cut, not rounded.
+        QCOMPARE(text::formattedTimeFromTimeInterval(59.9), "59s");  // Truncated, not rounded.
         QCOMPARE(text::formattedTimeFromTimeInterval(61), "1m 1s");
         QCOMPARE(text::formattedTimeFromTimeInterval(18000), "300m 0s");
     }

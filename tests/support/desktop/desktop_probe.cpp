@@ -1,5 +1,5 @@
-// Does on the desktop what standard input says, a command a line, and tells on standard output what comes
-// back:
+// Executes commands from standard input, one per line, on the desktop, and prints the replies on standard
+// output:
 //     inhibit | release | notify TITLE|TEXT|ACTION|PATH | reveal PATH | open URL | progress FRACTION |
 //     progress | appearance | quit
 #include "support/desktop/DBusDesktop.h"
@@ -12,7 +12,7 @@
 #include <string>
 
 int main(int argc, char** argv) {
-    std::ios::sync_with_stdio(false);  // So that it shows what is left to read.
+    std::ios::sync_with_stdio(false);  // So that it reports the remaining input.
     const QCoreApplication application(argc, argv);
     DBusDesktop desktop("Ravelin", "example.ravelin.Ravelin", application.arguments().contains("--flatpak"));
     QObject::connect(&desktop, &Desktop::notificationActivated, [](const QString& path) {
@@ -46,7 +46,7 @@ int main(int argc, char** argv) {
     };
     QObject::connect(&input, &QSocketNotifier::activated, [&] {
         std::string text;
-        do {  // Lines that came together are read together.
+        do {  // Reads lines that arrived together at once.
             if (!std::getline(std::cin, text)) return QCoreApplication::quit();
             obey(text);
         } while (std::cin.rdbuf()->in_avail() > 0);

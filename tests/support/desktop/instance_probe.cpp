@@ -1,6 +1,6 @@
-// One start of an application that runs only once:
+// One instance of a single-instance application:
 //     instance_probe ID PATIENCE_MILLISECONDS PATH...
-// Tells its role on standard output, and as the first one what others hand over, a line of JSON each. Ends at
+// Prints its role on standard output and, as the first instance, each hand-over as a line of JSON. Ends at
 // the end of standard input.
 #include "support/desktop/SingleInstance.h"
 

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The desktop services against private buses on which stand-ins answer. Usage: tst_DBusDesktop.py DESKTOP_PROBE"""
+"""Tests the desktop services on private buses with mocked services. Usage: tst_DBusDesktop.py DESKTOP_PROBE"""
 import os
 import socket
 import subprocess
@@ -24,12 +24,12 @@ class Probe:
         self.process = subprocess.Popen([PROBE, *arguments], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
                                         bufsize=1, env=environment)
 
-    def tell(self, command, *answers):
+    def send(self, command, *answers):
         self.process.stdin.write(command + "\n")
         for line in (*answers, "did " + command.split(" ")[0]):
             self.line_is(line)
 
-    def tell_at_once(self, *commands):
+    def send_at_once(self, *commands):
         self.process.stdin.write("\n".join((*commands, "")))
         for command in commands:
             self.line_is("did " + command)
@@ -83,7 +83,7 @@ class DesktopTest(dbusmock.DBusTestCase):
         self.probe = Probe(dict(os.environ, **environment), arguments)
 
     def restart_with_opener(self, then=""):
-        """First in the search path is a folder with an xdg-open that writes its argument down in the file "opened"."""
+        """Puts a folder first in the search path, whose xdg-open writes its argument to the file "opened"."""
         folder = self.folder()
         opener = os.path.join(folder, "xdg-open")
         with open(opener, "w", encoding="utf-8") as file:
@@ -99,7 +99,7 @@ class DesktopTest(dbusmock.DBusTestCase):
             return file.read().strip()
 
     def inhibiting_file(self):
-        """A logind whose lock is an open file of ours, so that holding it shows in the holder's descriptors."""
+        """A logind whose lock is our open file, so that the holder's descriptors show it."""
         logind = self.mock("org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager", system=True)
         folder = self.folder()
         lock = os.path.join(folder, "lock")
@@ -108,19 +108,19 @@ class DesktopTest(dbusmock.DBusTestCase):
 
     def test_sleep_is_held_off_until_released(self):
         logind, lock = self.inhibiting_file()
-        self.probe.tell("inhibit")
+        self.probe.send("inhibit")
         wait_until(lambda: lock in self.probe.open_pipes(), "the descriptor")
         self.assertEqual(logind.GetMethodCalls("Inhibit")[0][1], ["sleep:idle", "Ravelin", "Converting MKV file.", "block"])
-        self.probe.tell("release")
+        self.probe.send("release")
         wait_until(lambda: lock not in self.probe.open_pipes(), "the end of the descriptor")
 
     def test_released_before_the_answer(self):
         logind, lock = self.inhibiting_file()
-        self.probe.tell_at_once("inhibit", "release")
+        self.probe.send_at_once("inhibit", "release")
         wait_until(lambda: logind.GetMethodCalls("Inhibit"), "the call")
-        self.probe.tell("inhibit")
+        self.probe.send("inhibit")
         wait_until(lambda: lock in self.probe.open_pipes(), "the second descriptor")
-        # The answer itself holds the descriptor too, until the event loop has let go of it.
+        # The reply itself also holds the descriptor, until the event loop deletes it.
         wait_until(lambda: self.probe.open_pipes().count(lock) == 1, "the end of the first descriptor")
 
     def test_sleep_is_held_off_through_the_portal(self):
@@ -131,19 +131,19 @@ class DesktopTest(dbusmock.DBusTestCase):
             portal.AddObject(f"/request/{number}", "org.freedesktop.portal.Request", {}, [("Close", "", "", "")])
         requests = [dbus.Interface(self.session.get_object(PORTAL, f"/request/{number}"), dbusmock.MOCK_IFACE)
                     for number in (1, 2)]
-        self.probe.tell_at_once("inhibit", "release", "inhibit")
+        self.probe.send_at_once("inhibit", "release", "inhibit")
         wait_until(lambda: requests[0].GetMethodCalls("Close"), "the end of the request that was not wanted any more")
         self.assertEqual(portal.GetMethodCalls("Inhibit")[0][1], ["", 4 | 8, {"reason": "Converting MKV file."}])
         self.assertEqual(requests[1].GetMethodCalls("Close"), [])
-        self.probe.tell("release")
+        self.probe.send("release")
         wait_until(lambda: requests[1].GetMethodCalls("Close"), "the end of the request")
 
     def test_notification_with_an_action(self):
         service = "org.freedesktop.Notifications"
         daemon = self.mock(service, "/org/freedesktop/Notifications", service)
         daemon.AddMethod("", "Notify", "susssasa{sv}i", "u", "ret = 7")
-        self.probe.tell("notify Finished|a < b|Show|/movies/a b.mp4")
-        self.probe.tell("settle")  # An answer that was there at once has been taken by now.
+        self.probe.send("notify Finished|a < b|Show|/movies/a b.mp4")
+        self.probe.send("settle")  # An immediate reply has been handled by now.
         call = wait_until(lambda: daemon.GetMethodCalls("Notify"), "the notification")[0][1]
         self.assertEqual([str(part) for part in (call[0], call[3], call[4])], ["Ravelin", "Finished", "a &lt; b"])
         self.assertEqual(list(call[5])[-2:], ["show", "Show"])
@@ -153,8 +153,8 @@ class DesktopTest(dbusmock.DBusTestCase):
         self.probe.line_is("activated /movies/a b.mp4")
         daemon.EmitSignal("", "NotificationClosed", "uu", [dbus.UInt32(7), dbus.UInt32(2)])
         daemon.EmitSignal("", "ActionInvoked", "us", [dbus.UInt32(7), "show"])
-        self.probe.tell("notify Failed|text||/b.mp4")
-        self.probe.tell("settle")  # An answer that was there at once has been taken by now.
+        self.probe.send("notify Failed|text||/b.mp4")
+        self.probe.send("settle")  # An immediate reply has been handled by now.
         second = wait_until(lambda: daemon.GetMethodCalls("Notify")[1:], "the second notification")[0][1]
         self.assertEqual(list(second[5]), ["default", "Failed"])
         daemon.EmitSignal("", "ActionInvoked", "us", [dbus.UInt32(7), "default"])
@@ -164,7 +164,7 @@ class DesktopTest(dbusmock.DBusTestCase):
         self.restart("--flatpak")
         portal = self.portal("Notification")
         portal.AddMethod("", "AddNotification", "sa{sv}", "", "")
-        self.probe.tell("notify Finished|text|Show|/a.mp4")
+        self.probe.send("notify Finished|text|Show|/a.mp4")
         call = wait_until(lambda: portal.GetMethodCalls("AddNotification"), "the notification")[0][1]
         self.assertEqual(call[1]["title"], "Finished")
         self.assertEqual(call[1]["buttons"], [{"label": "Show", "action": "show"}])
@@ -175,20 +175,20 @@ class DesktopTest(dbusmock.DBusTestCase):
         name = "org.freedesktop.FileManager1"
         manager = self.mock(name, "/org/freedesktop/FileManager1", name)
         manager.AddMethod("", "ShowItems", "ass", "", "")
-        self.probe.tell("reveal /movies/a #100% ü.mp4")
+        self.probe.send("reveal /movies/a #100% ü.mp4")
         call = wait_until(lambda: manager.GetMethodCalls("ShowItems"), "the call")[0][1]
         self.assertEqual(call[0], ["file:///movies/a%20%23100%25%20%C3%BC.mp4"])
 
     def test_reveal_without_a_file_manager_opens_the_folder(self):
         folder = self.restart_with_opener()
-        self.probe.tell("reveal /movies/a.mp4")
+        self.probe.send("reveal /movies/a.mp4")
         self.assertEqual(self.content(f"{folder}/opened"), "file:///movies")
 
     def test_pages_open_by_the_program_else_by_the_portal(self):
         folder = self.restart_with_opener()
-        self.probe.tell("open mailto:a@b.example?subject=x%20y%26z", "opened")
+        self.probe.send("open mailto:a@b.example?subject=x%20y%26z", "opened")
         self.assertEqual(self.content(f"{folder}/opened"), "mailto:a@b.example?subject=x%20y%26z")
-        self.probe.tell("open no-scheme?subject=x", "not opened")
+        self.probe.send("open no-scheme?subject=x", "not opened")
 
         portal = self.portal("OpenURI")
         portal.AddMethod("", "OpenURI", "ssa{sv}", "o", "ret = dbus.ObjectPath('/request')")
@@ -197,24 +197,24 @@ class DesktopTest(dbusmock.DBusTestCase):
                          "ret = dbus.ObjectPath('/request')".format(folder))
         for arguments in ((), ("--flatpak",)):
             self.restart(*arguments, PATH=folder if arguments else "/nowhere")
-            self.probe.tell("open https://ravelin.example/a%20b", "opened")
+            self.probe.send("open https://ravelin.example/a%20b", "opened")
         calls = wait_until(lambda: portal.GetMethodCalls("OpenURI")[1:] and portal.GetMethodCalls("OpenURI"), "both calls")
         self.assertEqual([call[1][1] for call in calls], ["https://ravelin.example/a%20b"] * 2)
-        self.probe.tell(f"open file://{folder}", "opened")
+        self.probe.send(f"open file://{folder}", "opened")
         self.assertEqual(self.content(f"{folder}/file"), os.path.realpath(folder))
-        self.probe.tell("open file:///nowhere/at/all", "not opened")
+        self.probe.send("open file:///nowhere/at/all", "not opened")
 
     def test_a_mail_is_opened_only_if_a_program_takes_it(self):
         self.restart_with_opener(then="exit 3")
-        self.probe.tell("open mailto:a@b.example", "not opened")
-        self.probe.tell("open https://ravelin.example", "opened")  # Of a page nobody waits for an answer.
+        self.probe.send("open mailto:a@b.example", "not opened")
+        self.probe.send("open https://ravelin.example", "opened")  # The reply for a web page is not awaited.
         self.restart(PATH="/nowhere")
-        self.probe.tell("open mailto:a@b.example", "not opened")  # There is a bus, but no portal.
+        self.probe.send("open mailto:a@b.example", "not opened")  # There is a bus, but no portal.
 
     def test_a_mail_program_outlives_the_application(self):
         folder = self.restart_with_opener(then="read line <pipe; echo $line >ended")
         os.mkfifo(f"{folder}/pipe")
-        self.probe.tell("open mailto:a@b.example", "opened")
+        self.probe.send("open mailto:a@b.example", "opened")
         self.restart()
         with open(f"{folder}/pipe", "w", encoding="utf-8") as pipe:
             pipe.write("alive\n")
@@ -226,7 +226,7 @@ class DesktopTest(dbusmock.DBusTestCase):
         told = []
         bus.add_signal_receiver(lambda *arguments: told.append(arguments), "Update", "com.canonical.Unity.LauncherEntry")
         for fraction in ("0.25", "0.25", "2", "", "", "0.5"):
-            self.probe.tell(f"progress {fraction}".strip())
+            self.probe.send(f"progress {fraction}".strip())
         wait_until(lambda: (GLib.MainContext.default().iteration(False), told[3:])[1], "the signals")
         application = "application://example.ravelin.Ravelin.desktop"
         self.assertEqual(told, [(application, {"progress": fraction, "progress-visible": visible})
@@ -238,7 +238,7 @@ class DesktopTest(dbusmock.DBusTestCase):
         portal.AddMethod("", "ReadAll", "as", "a{sa{sv}}",
                          "ret = {'org.freedesktop.appearance': {'color-scheme': dbus.UInt32(1), 'contrast': 'x'}, "
                          "'org.gnome.desktop.interface': {'enable-animations': dbus.Boolean(False, variant_level=2)}}")
-        self.probe.tell("appearance")
+        self.probe.send("appearance")
         portal.Appear(dbus_interface="org.freedesktop.portal.Settings")
         self.probe.line_is("dark, still")
         for group, key, value, told in (("org.freedesktop.appearance", "color-scheme", dbus.UInt32(1), None),
@@ -250,7 +250,7 @@ class DesktopTest(dbusmock.DBusTestCase):
             if told:
                 self.probe.line_is(told)
         self.restart()
-        self.probe.tell("appearance")
+        self.probe.send("appearance")
         self.probe.line_is("dark, still")
         self.assertEqual(list(portal.GetMethodCalls("ReadAll")[-1][1][0]),
                          ["org.freedesktop.appearance", "org.gnome.desktop.interface"])
@@ -259,7 +259,7 @@ class DesktopTest(dbusmock.DBusTestCase):
 class NoBusTest(unittest.TestCase):
     def test_nothing_happens_at_once(self):
         with socket.create_server(("127.0.0.1", 0)) as display:
-            # Whoever starts a bus on demand asks the display for one that runs already.
+            # Starting a bus on demand would first query the display for a running one.
             display.setblocking(False)
             number = display.getsockname()[1] - 6000
             nothing = {"PATH": "/nowhere", "DISPLAY": f"127.0.0.1:{number}",
@@ -270,8 +270,8 @@ class NoBusTest(unittest.TestCase):
                         session = {} if address is None else {"DBUS_SESSION_BUS_ADDRESS": address}
                         probe = Probe({**nothing, **session}, arguments)
                         for command in ("inhibit", "notify a|b|c|/d", "reveal /a", "release", "progress 0.5", "appearance"):
-                            probe.tell(command)
-                        probe.tell("open https://ravelin.example", "not opened")
+                            probe.send(command)
+                        probe.send("open https://ravelin.example", "not opened")
                         self.assertEqual(probe.quit(), 0)
                         with self.assertRaises(BlockingIOError):
                             display.accept()

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Several starts of one application, on a private bus and without any. Usage: tst_SingleInstance.py INSTANCE_PROBE"""
+"""Several instances of one application, on a private bus and without a bus. Usage: tst_SingleInstance.py INSTANCE_PROBE"""
 import json
 import os
 import shutil
@@ -67,7 +67,7 @@ class StartsTest(unittest.TestCase):
 
 
 class Meetings:
-    """What holds on every way to meet."""
+    """Tests of every mechanism to find the first instance."""
 
     def test_files_arrive_as_they_were_named(self):
         first = self.first("/its/own.mkv")
@@ -105,11 +105,11 @@ class Meetings:
             self.assertIsNone(first.line())
             first = second
 
-    def test_a_killed_one_leaves_the_place(self):
+    def test_killed_instance_releases_the_claim(self):
         self.first().end()
         self.assert_meets(self.first(), "/a.mkv")
 
-    def test_a_hung_one_is_told_of(self):
+    def test_hung_instance_is_reported(self):
         first = self.first()
         first.stop()
         for paths in (("/a.mkv",), (), [f"/{'long ' * 30}{number}.mkv" for number in range(5000)]):
@@ -117,7 +117,7 @@ class Meetings:
         first.process.send_signal(signal.SIGCONT)
         last = self.start("/last.mkv")
         while first.line()["paths"] != ["/last.mkv"]:
-            pass  # What had been sent before may come, too.
+            pass  # Messages sent before may arrive, too.
         self.assertEqual(last.role(), "handed over")
 
 

@@ -18,11 +18,11 @@
 
 using namespace std::chrono_literals;
 
-/// What a server does once it has given its answer.
+/// What a server does after its response.
 enum class Then { Close, Keep, Drip };
 
-/// A server on the loop-back that gives everyone the same answer, in which "PORT" is its port. A request for
-/// "/3" is sent on to "/2" first, and so on down to "/0".
+/// A loopback server that sends every client the same response, in which "PORT" is its port. A request for
+/// "/3" is redirected to "/2" first, and so on down to "/0".
 template <typename Base = QTcpServer>
 class Server : public Base {
 public:
@@ -72,9 +72,9 @@ class DownloadTest : public QObject {
     static constexpr auto kPage = "HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\npage";
 
     TestHome m_home;
-    QSslConfiguration m_identity;  ///< Of secure servers.
+    QSslConfiguration m_identity;  ///< Certificate of secure servers.
     const QSslConfiguration m_usual = QSslConfiguration::defaultConfiguration();
-    QSslConfiguration m_trusting = m_usual;  ///< Believes it.
+    QSslConfiguration m_trusting = m_usual;  ///< Trusts that certificate.
 
     static QByteArray movedTo(const QString& address) {
         return makeString("HTTP/1.1 301 Moved\r\nContent-Length: 0\r\nLocation: %@\r\n\r\n", address)
@@ -175,7 +175,7 @@ private Q_SLOTS:
         secure.requests.clear();
         QSslConfiguration::setDefaultConfiguration(m_usual);
         const auto restore = qScopeGuard([&] { QSslConfiguration::setDefaultConfiguration(m_trusting); });
-        QVERIFY(!download::fetch(secure.url()).body);  // Nobody whom we trust vouches for it.
+        QVERIFY(!download::fetch(secure.url()).body);  // Its certificate is not trusted.
         QVERIFY(secure.requests.isEmpty());
     }
 
@@ -193,19 +193,19 @@ private Q_SLOTS:
         QVERIFY(!logged().join(' ').contains("secret"));
     }
 
-    void everythingGoesOnMeanwhile() {
+    void eventsAreHandledMeanwhile() {
         auto server = std::make_unique<Server<>>(QByteArray(), Then::Keep);
         QTimer timer;
         int ticks = 0;
         connect(&timer, &QTimer::timeout, this, [&] {
-            if (++ticks == 3) server.reset();  // Which ends the download.
+            if (++ticks == 3) server.reset();  // This ends the download.
         });
         timer.start(1ms);
         QVERIFY(!download::fetch(server->url()).body);
         QVERIFY(ticks >= 3);
     }
 
-    void theEndOfTheApplicationEndsTheWait() {
+    void quittingEndsTheWait() {
         const TestHome home;
         const Server<> server({}, Then::Keep);
         download::Page page;
@@ -217,7 +217,7 @@ private Q_SLOTS:
         QCOMPARE(logged(), QStringList());
     }
 
-    void calledOff() {
+    void cancelled() {
         const Server<> silent({}, Then::Keep);
         const Server<> server(kPage, Then::Keep);
         auto context = std::make_unique<QObject>();
@@ -230,7 +230,7 @@ private Q_SLOTS:
         for (int i = 0; i < 2; ++i) {
             download::start(server.url(), context.get(), [&](const download::Page&) {
                 ++calls;
-                context.reset();  // The other one is called off by the first.
+                context.reset();  // The first callback cancels the other download.
             });
         }
         QTRY_VERIFY(!context);

@@ -31,7 +31,7 @@ private Q_SLOTS:
                  "a b|$HOME|*|'\"|| ");
     }
 
-    void aChildThatFillsBothPipesIsNotStuck() {
+    void fullPipesDoNotBlockTheChild() {
         const auto text = runAsTask(
             shell("head -c 300000 /dev/zero | tr '\\0' e >&2; head -c 300000 /dev/zero | tr '\\0' o"));
         QCOMPARE(text->size(), 600001);

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kLatencyMilliseconds = 50;
 
-/// An application folder, and what came of its restart.
+/// An application folder, and the record of its restarts.
 struct Place : TestHome {
     explicit Place(int latencyMilliseconds = kLatencyMilliseconds) {
         write("disk/app/bin/program");
@@ -37,7 +37,7 @@ struct Place : TestHome {
     }
 
     bool startsAnew = true;
-    QStringList restarts;  ///< The new path when it gave way, and when it was launched.
+    QStringList restarts;  ///< The new path at giveWay and at launch.
     std::unique_ptr<PXAppMovedHandler> handler;
 };
 
@@ -63,7 +63,7 @@ private Q_SLOTS:
         QCOMPARE(point(other + moved), "/media/my disk\\");
         QCOMPARE(point(other + again), "/media/b");
         QCOMPARE(point(moved + again), "/media/my disk\\");
-        QCOMPARE(point(other), "");  // Detached, and its number given anew.
+        QCOMPARE(point(other), "");  // Unmounted, and its identifier reused.
         QCOMPARE(point("\n36 22 8:17\n\\04"), "");
     }
 
@@ -102,7 +102,7 @@ private Q_SLOTS:
         const auto [from, to, newPath, startsAnew] = row<QString, QString, QString, bool>();
         Place place;
         place.startsAnew = startsAnew;
-        // While the user thinks, the tool is found, and a further move is followed but not told.
+        // While the alert is open, the tool is found, and a further move is followed but not reported.
         QString resources;
         place.presenter.whileShown = [&, moved = newPath] {
             if (place.presenter.shown.size() > 1) return;
@@ -120,7 +120,7 @@ private Q_SLOTS:
         QCOMPARE(place.told(), told);
     }
 
-    void movedAwayAndBackIsNoMove() {
+    void movingAwayAndBackIsIgnored() {
         const Place place;
         place.move("disk/app", "a");
         place.move("a", "disk/app");

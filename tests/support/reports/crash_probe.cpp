@@ -1,4 +1,4 @@
-// Crashes as its argument says: null, division, abort, overflow, thread. Any other: it does not.
+// Crashes as given by its argument: null, division, abort, overflow, thread. Does not crash for any other.
 #include "support/base/LastLines.h"
 #include "support/reports/CrashReport.h"
 
@@ -12,19 +12,19 @@ namespace {
 volatile int theNumber = 0;
 
 void crashAtAddress() {
-    // Nothing is there. Not null itself, which is found before it is used where the compiler looks for it.
+    // An invalid address. Not null itself, which sanitizers detect before the access.
     *reinterpret_cast<volatile int*>(theNumber + 16) = 1;
 }
 
 __attribute__((no_sanitize("undefined"))) void crashByDivision() {
     theNumber = 1000 / theNumber;
-    std::raise(SIGFPE);  // Not every processor minds.
+    std::raise(SIGFPE);  // Not every processor traps.
 }
 
 int crashByOverflow(int depth) {  // NOLINT(misc-no-recursion)
     volatile char frame[4096];
     frame[0] = 1;
-    if (depth < theNumber) return 0;  // It never is.
+    if (depth < theNumber) return 0;  // Never true.
     return crashByOverflow(depth + 1) + frame[0];
 }
 

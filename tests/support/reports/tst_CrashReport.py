@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""What a crash leaves behind. Usage: tst_CrashReport.py CRASH_PROBE"""
+"""Tests the report of a crash. Usage: tst_CrashReport.py CRASH_PROBE"""
 import os
 import re
 import resource
@@ -14,7 +14,7 @@ from pathlib import Path
 
 PROBE = os.path.abspath(sys.argv.pop(1))
 LIMIT = 60
-# Where the probe is built with a sanitizer, crashes are left to the program.
+# If the probe is built with a sanitizer, let the program handle crashes.
 SANITIZER = "handle_segv=0:handle_sigbus=0:handle_abort=0:handle_sigill=0:handle_sigfpe=0:handle_sigtrap=0"
 
 
@@ -26,13 +26,13 @@ class CrashTest(unittest.TestCase):
         self.environment = {"XDG_DATA_HOME": str(self.data), "TZ": "ABC-5:30", "LC_ALL": "C.UTF-8", "ASAN_OPTIONS": SANITIZER}
 
     def crash(self, way):
-        """The process that crashed, and its reports."""
+        """Returns the crashed process and its reports."""
         process = subprocess.Popen([PROBE, way], env=self.environment, stderr=subprocess.DEVNULL)
         process.wait(LIMIT)
         return process, sorted(self.data.glob("example.ravelin.Ravelin/DiagnosticReports/*"))
 
     def functions(self, report):
-        """The probe's own functions in the back-trace, the innermost first."""
+        """The probe's own functions in the backtrace, the innermost first."""
         addresses = re.findall(rf"^{re.escape(PROBE)}\(\+(0x[0-9a-f]+)\)", report, re.M)
         names = subprocess.run(["addr2line", "-Cfe", PROBE, *addresses], capture_output=True, text=True, check=True)
         return [name.split("::")[-1].split("(")[0] for name in names.stdout.splitlines()[::2]]

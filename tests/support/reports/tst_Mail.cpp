@@ -12,7 +12,7 @@ namespace {
 
 constexpr auto kAddress = "support@ravelin.example";
 
-/// Escaped, a letter takes as many bytes as it is long.
+/// Escaping does not change the length of letters.
 const QString kLong(100 * 1024, u'x');
 
 QStringList savedFiles() {
@@ -33,7 +33,7 @@ class MailTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyTextArrives() {
+    void textsAreEscaped() {
         const TestHome home;
         for (const QString text :
              {"Tom & Jerry #1?.mkv", "a=b&subject=other", "100% %41 %zz", "1 + 1;2,3:4/5", "\"<\\|>`^{}[]\"",
@@ -93,7 +93,7 @@ private Q_SLOTS:
         QCOMPARE(told.value.toString(), hasClipboard || canSave ? QString() : text);
     }
 
-    void whatIsEncodedIsShownFirst() {
+    void encodedBodyIsShownFirst() {
         TestHome home;
         setDefaultString("key", "ü & \"");
         const auto message =

@@ -98,7 +98,7 @@ private Q_SLOTS:
         QCOMPARE(first.object("shared").toString(), "new");  // What the other one wrote is taken over.
     }
 
-    void damagedFileIsKeptAside() {
+    void damagedFileIsRenamed() {
         for (const QByteArray& bytes :
              {QByteArray("{\"a\": 1, \"b"), QByteArray(""), QByteArray("[1]"), QByteArray("\0\x01\xff", 3)}) {
             const TestHome home;
@@ -112,7 +112,7 @@ private Q_SLOTS:
         }
     }
 
-    void unwritablePlace() {
+    void unwritableFolder() {
         const TestHome home;
         home.write("file");
         SettingsStore store(home.path("file/store.json"));
@@ -123,8 +123,8 @@ private Q_SLOTS:
         QVERIFY(store.hasChanges());
     }
 
-    /// Whatever moment the process is killed at, the file is an old or a new one, whole. The child says when
-    /// it is done with one, and goes on with the next until it is killed.
+    /// Whenever the process is killed, the file is a complete old or new one. The child reports each finished
+    /// write, and continues until it is killed.
     void killedWhileWriting() {
         const TestHome home;
         const QString path = home.path("store.json");
@@ -149,7 +149,7 @@ private Q_SLOTS:
             QVERIFY(map);
             QCOMPARE((*map)["long"].toString().size(), 20000);
         }
-        SettingsStore after(path);  // The lock that the killed one held is no obstacle.
+        SettingsStore after(path);  // The killed process's lock was released.
         after.setObject("key", 1);
         QVERIFY(after.synchronise());
     }
@@ -170,7 +170,7 @@ private Q_SLOTS:
         QCOMPARE(settingsfile::decoded(files::contents(store.filePath()).value())->size(), 200);
     }
 
-    void changesAreToldOnceUntilTheyAreSaved() {
+    void changesAreReportedOnceUntilSaved() {
         const TestHome home;
         SettingsStore store(home.path("store.json"));
         int told = 0;

@@ -50,8 +50,8 @@ private Q_SLOTS:
         QCOMPARE(rule(link, Known::SeenWhole), "long stillness");
     }
 
-    // Whoever opens the file while it is looked at is neither refused nor the end of us.
-    void aLookDisturbsNobody() {
+    // Opening the file during our check neither fails nor kills this process.
+    void checkDoesNotDisturbWriters() {
         const QTemporaryDir folder;
         const QByteArray path = QFile::encodeName(folder.filePath("a.mkv"));
         QVERIFY(QFile(folder.filePath("a.mkv")).open(QIODevice::WriteOnly));
@@ -74,7 +74,7 @@ private Q_SLOTS:
         QCOMPARE(refused, 0);
     }
 
-    void thisUsersRightsDecideWhatIsKnown() {
+    void knownWritersDependOnRights() {
         const int file = ::open("/etc/passwd", O_RDONLY | O_CLOEXEC);
         const bool isRoot = ::geteuid() == 0;
         if (isRoot) QCOMPARE(::seteuid(65534), 0);

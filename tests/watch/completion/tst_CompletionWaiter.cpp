@@ -27,19 +27,19 @@ FileLook::Sources answering(Writers writers, Sight sight = Sight::All) {
     return {[writers](int) { return writers; }, [sight](const QString&) { return sight; }};
 }
 
-/// A folder and a waiter for what is in it.
+/// A folder and a waiter for its files.
 struct Scene {
     explicit Scene(const completion::Times& times = kQuick, const FileLook::Sources& sources = {})
         : waiter(times, sources) {}
 
     QString path(const QString& name) const { return folder.filePath(name); }
-    /// Appends to a file of the folder.
+    /// Appends to a file in the folder.
     QString write(const QString& name, const QByteArray& bytes = "bytes") const {
         QFile file(path(name));
         if (!file.open(QIODevice::Append) || file.write(bytes) != bytes.size()) qFatal("Cannot write.");
         return file.fileName();
     }
-    /// The waiter had `looks` more looks at its files.
+    /// Whether the waiter checks its files `looks` more times.
     bool looked(quint64 looks = 3) const {
         const quint64 enough = waiter.looks() + looks;
         return QTest::qWaitFor([&] { return waiter.looks() >= enough; });
@@ -79,14 +79,14 @@ private Q_SLOTS:
         }
     }
 
-    // With an hour to stand still, only the file's own times can tell that it did.
-    void whatStoodStillLongAgoIsTakenAtOnce_data() {
+    // With a limit of one hour, only the file's own times can show that it is unchanged.
+    void unchangedFilesAreCompleteAtOnce_data() {
         addRows<Known, int, bool>({{"moved in", Known::SeenWhole, 7200, true},
                                    {"written just now", Known::SeenWhole, 0, false},
                                    {"from the future", Known::SeenWhole, -7200, false},
                                    {"only dated back", Known::Unknown, 7200, false}});
     }
-    void whatStoodStillLongAgoIsTakenAtOnce() {
+    void unchangedFilesAreCompleteAtOnce() {
         const auto [known, age, atOnce] = row<Known, int, bool>();
         Scene scene({1h, 2h});
         QFile file(scene.write("a.mkv"));
@@ -114,7 +114,7 @@ private Q_SLOTS:
         const auto [make] = row<Make>();
         Scene scene;
         const QString path = scene.path("a.mkv");
-        // At once, and in the place of an empty file that was waited for.
+        // At once, and replacing an empty file that was waited for.
         for (int round = 1; round <= 2; ++round) {
             if (round == 2) {
                 ::remove(qPrintable(path));
@@ -138,7 +138,7 @@ private Q_SLOTS:
         QTRY_VERIFY(scene.isAsleep());
         QCOMPARE(scene.waiter.waiting(), {path});
         scene.write("a.mkv");
-        scene.waiter.wait(path, Known::Modified);  // Its close may be lost; the lease tells.
+        scene.waiter.wait(path, Known::Modified);  // Its close event may be lost; the lease shows the state.
         QTRY_COMPARE(scene.complete.count(), 1);
     }
 
@@ -168,7 +168,7 @@ private Q_SLOTS:
         QVERIFY(changes.count() < 1500);
     }
 
-    void onlyACloseTellsOfAnotherUsersWriter() {
+    void anotherUsersFileWaitsForItsClose() {
         Scene scene(kQuick, answering(Writers::NotKnown));
         const QString path = scene.write("a.mkv");
         for (const Known known : {Known::Created, Known::Modified}) {
@@ -209,7 +209,7 @@ private Q_SLOTS:
         QVERIFY(pieces > 20);
     }
 
-    void receiversMayDoAnything() {
+    void slotsMayCallAnything() {
         Scene scene;
         const QString path = scene.write("a.mkv");
         int rounds = 0;

@@ -124,7 +124,7 @@ class DirectoryObserverTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void whatHappensToAnItem_data() {
+    void itemEvents_data() {
         const QString longest = QString(u'n').repeated(255);
         addRows<QString, QString, quint32, bool>(  // step, item, its flags, whether it is whole
             {{"created", "+new", "new", kArrivedFile, true},
@@ -148,7 +148,7 @@ private Q_SLOTS:
              {"255 bytes", "+" + longest, longest, kArrivedFile, true},
              {"newline", "+a\nb", "a\nb", kArrivedFile, true}});
     }
-    void whatHappensToAnItem() {
+    void itemEvents() {
         const auto [step, item, flags, whole] = row<QString, QString, quint32, bool>();
         Scene scene;
         scene.act({"+old", "+sub/in", "+../outside/f", "+../outside/d/e/deep"});
@@ -196,7 +196,7 @@ private Q_SLOTS:
         QVERIFY(scene.settle());
         QCOMPARE(scene.flags("other/x/b/1"), kArrivedFile);
         QCOMPARE(scene.records["other/x"].renamedFrom, scene.path("a"));
-        // What was not told yet is told under the name that it has now.
+        // Pending records are reported under the current name.
         scene.act({"+other/x/b/2", "other/x > y", "y > z"});
         QVERIFY(scene.settle());
         QCOMPARE(scene.flags("z/b/2"), kArrivedFile | kEventItemRenamed);
@@ -204,7 +204,7 @@ private Q_SLOTS:
         QCOMPARE(scene.observer->folderCount(), size_t(4));
     }
 
-    void placesChangeHandsAtOnce() {
+    void pathsAreReusedAtOnce() {
         Scene scene;
         scene.act({"+a/old", "+b/old", "+c/old"});
         scene.start();
@@ -231,7 +231,7 @@ private Q_SLOTS:
         QTRY_COMPARE(scene.flags("a/b/1"), kRenamedFile);
     }
 
-    void whatComesBeforeItsFolderIsWatched() {
+    void arrivalsBeforeTheWatch() {
         Scene scene;
         for (int i = 0; i < 300; ++i)
             scene.act({QString("+%1/sub/old").arg(i)});
@@ -254,7 +254,7 @@ private Q_SLOTS:
                 QSKIP("the limit cannot be changed");
             const QByteArray before = limit.readAll();
             const bool isFew = limit.seek(0) && limit.write("16") == 2;
-            scene.start();  // Keeps the limit that it was born with.
+            scene.start();  // Keeps the limit of its creation.
             QVERIFY(isFew && limit.seek(0) && limit.write(before) == before.size());
         } else {
             scene.start();
@@ -331,7 +331,7 @@ private Q_SLOTS:
         }
     }
 
-    void whereNoFolderIs() {
+    void missingFolder() {
         const Scene scene;
         scene.act({"+file"});
         for (const char* path : {"nothing", "file", "file/below"}) {
@@ -345,7 +345,7 @@ private Q_SLOTS:
         Scene scene;
         scene.start(Scene::Wait::Yes, 200ms);
         scene.act({"/waits"});
-        QTRY_COMPARE(scene.observer->folderCount(), size_t(2));  // It was seen and not told yet.
+        QTRY_COMPARE(scene.observer->folderCount(), size_t(2));  // It was seen but not reported yet.
         scene.observer->stopObserving();
         const int batches = scene.batches;
         Scene other;
@@ -366,7 +366,7 @@ private Q_SLOTS:
         QVERIFY(!observer);
     }
 
-    /// The kernel counts watches for each user namespace, so this test starts itself in one with few.
+    /// The kernel counts watches per user namespace, so this test runs itself in one with a low limit.
     void theLimitOfWatches() {
         if (!qEnvironmentVariableIsSet("RAVELIN_TEST_FEW_WATCHES")) {
             const QString script =
