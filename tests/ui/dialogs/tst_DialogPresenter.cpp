@@ -249,12 +249,12 @@ private Q_SLOTS:
             press(Qt::Key_Escape)(dialog);
         });
         Alert shown;
-        shown.message = "Which?";  // Nothing to scroll.
+        shown.message = QString("word ").repeated(2000);  // Scrolled by keys, too.
         shown.buttons = {"Done", "Cancel"};
         shown.control = AlertControl::Input;
         shown.suppressionTitle = "Don't ask again";
         m_presenter.present(shown);
-        QCOMPARE(walked, QStringList({"QLineEdit", "QCheckBox", "QPushButton", "QPushButton", "QLineEdit"}));
+        QCOMPARE(walked, QStringList({"QLineEdit", "QCheckBox", "QPushButton", "QPushButton", "AlertText"}));
     }
 
     void silenced() {
