@@ -31,7 +31,8 @@ if [ $trial = yes ]; then
 fi
 printf '%s\n' "$@" > "$folder/arguments"
 echo $$ > "$folder/running.new" && mv "$folder/running.new" "$folder/running"
-wait_until() { until eval "$1"; do read -rt 0.02 -u 9; done 9<>"$folder/nothing"; }
+# A loop ends with the status of its last command, and a "read" that waited in vain has failed.
+wait_until() { until eval "$1"; do read -rt 0.02 -u 9 || true; done 9<>"$folder/nothing"; }
 . "$folder/convert"
 )sh";
 

@@ -145,7 +145,7 @@ class Help(unittest.TestCase):
 def pattern(message):
     """What the page shows of a message: anything stands where a name or a number goes."""
     blanks = " ".join(re.sub(r"\\n", " ", message).replace(r"\"", '"').split())
-    parts = re.split(r"%(?:@|l?[iu]|\d)|\[[A-Z_]+\]", blanks.replace("%%", "%"))
+    parts = re.split(r"%(?:@|l?[iu]|\d|n)|\[[A-Z_]+\]", blanks.replace("%%", "%").replace("(s)", "s"))
     return re.compile(".+".join(re.escape(part) for part in parts))
 
 

@@ -1,14 +1,13 @@
 #include "documentation/plugin/Engine.h"
 
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QOpenGLContext>
 #include <QPalette>
 #include <QQuickWindow>
 #include <QSGRendererInterface>
+#include <QStorageInfo>
 #include <QWebEngineProfile>
-
-#include <sys/statvfs.h>
-#include <unistd.h>
 
 QT_BEGIN_NAMESPACE
 // Exported by QtGui for the engine, but in no header.
@@ -46,11 +45,9 @@ private:
 
 /// Without enough shared memory, the engine ends the process, or each page crashes.
 bool hasEnoughSharedMemory() {
-    constexpr const char* kFolder = "/dev/shm";
-    constexpr unsigned long kEnough = 32UL << 20U;  // bytes
-    struct statvfs volume {};
-    return ::access(kFolder, W_OK | X_OK) == 0 && ::statvfs(kFolder, &volume) == 0 &&
-           volume.f_bavail * volume.f_frsize >= kEnough;
+    const QString folder = "/dev/shm";
+    constexpr qint64 kEnough = 32 << 20;  // bytes
+    return QFileInfo(folder).isWritable() && QStorageInfo(folder).bytesAvailable() >= kEnough;
 }
 
 QByteArray flags() {

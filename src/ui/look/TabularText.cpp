@@ -1,21 +1,20 @@
 #include "ui/look/TabularText.h"
 
 #include <QPainter>
+#include <QRegularExpression>
 #include <QStyle>
 
 #include <algorithm>
 
 namespace {
 
+constexpr int kLine = static_cast<int>(Qt::AlignVCenter) | Qt::TextSingleLine;
+
 int widestDigit(const QFontMetrics& metrics) {
     int widest = 0;
     for (char digit = '0'; digit <= '9'; ++digit)
         widest = std::max(widest, metrics.horizontalAdvance(QLatin1Char(digit)));
     return widest;
-}
-
-bool isDigit(QChar letter) {
-    return letter >= u'0' && letter <= u'9';
 }
 
 }  // namespace
@@ -28,28 +27,26 @@ bool hasTabularFigures(const QFontMetrics& metrics) {
 
 void drawTabularText(QPainter& painter, const QRect& rect, const QString& text,
                      Qt::LayoutDirection direction) {
-    constexpr int kAlignment = static_cast<int>(Qt::AlignVCenter) | Qt::TextSingleLine;
     const QFontMetrics metrics = painter.fontMetrics();
     const QString shown = metrics.elidedText(text, Qt::ElideRight, rect.width());
     // Pieces cannot be put side by side in a line that runs both ways.
     if (direction == Qt::RightToLeft || hasTabularFigures(metrics)) {
-        painter.drawText(rect, kAlignment | static_cast<int>(Qt::AlignLeading), shown);
+        painter.drawText(rect, kLine | static_cast<int>(Qt::AlignLeading), shown);
         return;
     }
-    const int digitWidth = widestDigit(metrics);
+    drawWithDigitsOf(widestDigit(metrics), painter, rect, shown);
+}
+
+void drawWithDigitsOf(int digitWidth, QPainter& painter, const QRect& rect, const QString& text) {
+    static const QRegularExpression pieces("[0-9]|[^0-9]+");
     QRect rest = rect;
-    for (qsizetype begin = 0; begin < shown.size() && rest.isValid();) {
-        qsizetype end = begin + 1;
-        if (!isDigit(shown[begin])) {
-            while (end < shown.size() && !isDigit(shown[end]))
-                ++end;
-        }
-        const QString piece = shown.mid(begin, end - begin);
-        const int width = isDigit(shown[begin]) ? digitWidth : metrics.horizontalAdvance(piece);
-        painter.drawText(
-            QRect(rest.left(), rest.top(), width, rest.height()),
-            kAlignment | static_cast<int>(isDigit(shown[begin]) ? Qt::AlignHCenter : Qt::AlignLeft), piece);
-        rest.setLeft(rest.left() + width);
-        begin = end;
+    for (const QRegularExpressionMatch& match : pieces.globalMatch(text)) {
+        const QString piece = match.captured();
+        const bool isDigit = piece.at(0).isDigit();
+        const int width = isDigit ? digitWidth : painter.fontMetrics().horizontalAdvance(piece);
+        const Qt::Alignment place = isDigit ? Qt::AlignHCenter : Qt::AlignLeft;
+        rest.setWidth(width);
+        painter.drawText(rest, kLine | static_cast<int>(place), piece);
+        rest.moveLeft(rest.left() + width);
     }
 }

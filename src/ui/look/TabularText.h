@@ -11,5 +11,8 @@ class QPainter;
 void drawTabularText(QPainter& painter, const QRect& rect, const QString& text,
                      Qt::LayoutDirection direction);
 
+/// Draws it with digits of this width, in points of the screen, whatever the font's. Left to right only.
+void drawWithDigitsOf(int digitWidth, QPainter& painter, const QRect& rect, const QString& text);
+
 /// Whether the font's digits are of one width by themselves.
 bool hasTabularFigures(const QFontMetrics& metrics);

@@ -19,34 +19,35 @@ class NavigationPolicyTest : public QObject {
 private Q_SLOTS:
     void place_data() {
         // Expected as a click, then not as one: v(iew) or b(rowser).
-        const Table<QString, Home, QString> row("address", "home", "expected");
         const Home both{QUrl(kLocal), QUrl(kRemote), false};
         const Home onlyClicks{QUrl(kLocal), QUrl(kRemote), true};
         const Home none{{}, {}, false};
-        row("local page", kLocal, both, "vv");
-        row("place in it", QString(kLocal) + "#top", both, "vv");
-        row("encoded otherwise", "file:///opt/My [Apps]/documents/quick-start.html?x", both, "vv");
-        row("longer name", QString(kLocal) + ".old", both, "vv");
-        row("other local page", "file:///opt/My%20%5BApps%5D/documents/subtitles.html", both, "bb");
-        row("remote page", QString(kRemote) + "?from=app", both, "vv");
-        row("other page there", "https://maker.example/docs/", both, "bb");
-        row("without encryption", "http://maker.example/docs/quick-start.html", both, "bb");
-        row("blank", "about:blank", both, "vv");
-        row("no other about", "about:blank#x", both, "bb");
-        row("foreign", "https://foreign.example/", both, "bb");
-        row("foreign, clicks only", "https://foreign.example/", onlyClicks, "bv");
-        row("local, clicks only", kLocal, onlyClicks, "vv");
-        row("mail", "mailto:support@maker.example", both, "bb");
-        row("no home: foreign", "https://foreign.example/", none, "bb");
-        row("no home: file", kLocal, none, "bb");
-        row("no home: blank", "about:blank", none, "vv");
         const Home host{{}, QUrl("https://maker.example"), false};
-        row("whole host", "https://maker.example/any", host, "vv");
-        row("longer host", "https://maker.example.evil.example/", host, "bb");
-        row("host as a name", "https://maker.example@evil.example/", host, "bb");
+        addRows<QString, Home, QString>({
+            {"local page", kLocal, both, "vv"},
+            {"place in it", QString(kLocal) + "#top", both, "vv"},
+            {"encoded otherwise", "file:///opt/My [Apps]/documents/quick-start.html?x", both, "vv"},
+            {"longer name", QString(kLocal) + ".old", both, "vv"},
+            {"other local page", "file:///opt/My%20%5BApps%5D/documents/subtitles.html", both, "bb"},
+            {"remote page", QString(kRemote) + "?from=app", both, "vv"},
+            {"other page there", "https://maker.example/docs/", both, "bb"},
+            {"without encryption", "http://maker.example/docs/quick-start.html", both, "bb"},
+            {"blank", "about:blank", both, "vv"},
+            {"no other about", "about:blank#x", both, "bb"},
+            {"foreign", "https://foreign.example/", both, "bb"},
+            {"foreign, clicks only", "https://foreign.example/", onlyClicks, "bv"},
+            {"local, clicks only", kLocal, onlyClicks, "vv"},
+            {"mail", "mailto:support@maker.example", both, "bb"},
+            {"no home: foreign", "https://foreign.example/", none, "bb"},
+            {"no home: file", kLocal, none, "bb"},
+            {"no home: blank", "about:blank", none, "vv"},
+            {"whole host", "https://maker.example/any", host, "vv"},
+            {"longer host", "https://maker.example.evil.example/", host, "bb"},
+            {"host as a name", "https://maker.example@evil.example/", host, "bb"},
+        });
     }
     void place() {
-        const auto [address, home, expected] = fetch<QString, Home, QString>("address", "home", "expected");
+        const auto [address, home, expected] = row<QString, Home, QString>();
         QString places;
         for (const bool isLinkClick : {true, false})
             places += placeFor(QUrl(address), isLinkClick, home) == Place::View ? 'v' : 'b';

@@ -178,15 +178,15 @@ private Q_SLOTS:
     }
 
     void withoutAnEngine_data() {
-        const Table<bool, bool, bool> row("isKnownBefore", "hasBrowser", "isMissing");
-        row("not installed", true, true, false);
-        row("does not load", false, true, false);
-        row("no browser, too", true, false, false);
-        row("no page, too", true, true, true);
+        addRows<bool, bool, bool>({
+            {"not installed", true, true, false},
+            {"does not load", false, true, false},
+            {"no browser, too", true, false, false},
+            {"no page, too", true, true, true},
+        });
     }
     void withoutAnEngine() {
-        const auto [isKnownBefore, hasBrowser, isMissing] =
-            fetch<bool, bool, bool>("isKnownBefore", "hasBrowser", "isMissing");
+        const auto [isKnownBefore, hasBrowser, isMissing] = row<bool, bool, bool>();
         DocumentedApplication app;
         (isKnownBefore ? app.engine.speaksAgainst : app.engine.failure) = "It is not here.";
         app.desktop.opens = hasBrowser;

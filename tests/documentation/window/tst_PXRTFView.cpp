@@ -86,19 +86,18 @@ private Q_SLOTS:
     }
 
     void links_data() {
-        // Expected: the name of the file opened from the documents folder.
-        const Table<QString, bool, QString> row("link", "fromElsewhere", "opened");
-        row("page", "https://e.example/a", false, "https://e.example/a");
-        row("file beside", "more.pdf", false, "more.pdf");
-        row("script", "javascript:x", false, "");
-        row("place in the document", "#a", false, "");
-        row("beside a page", "b.html", true, "https://e.example/b.html");
-        row("this machine's file", "file:///etc/passwd", true, "");
+        // What is opened from the documents folder: its name only.
+        addRows<QString, bool, QString>({
+            {"page", "https://e.example/a", false, "https://e.example/a"},
+            {"file beside", "more.pdf", false, "more.pdf"},
+            {"script", "javascript:x", false, ""},
+            {"place in the document", "#a", false, ""},
+            {"beside a page", "b.html", true, "https://e.example/b.html"},
+            {"this machine's file", "file:///etc/passwd", true, ""},
+        });
     }
     void links() {
-        QFETCH(QString, link);
-        QFETCH(bool, fromElsewhere);
-        QFETCH(QString, opened);
+        auto [link, fromElsewhere, opened] = row<QString, bool, QString>();
         show("notes", "https://e.example/index.html");
         if (fromElsewhere) m_done("<p>Newer</p>");
         const QString before = m_view->toPlainText();

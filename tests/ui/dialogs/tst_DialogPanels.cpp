@@ -96,16 +96,17 @@ private Q_SLOTS:
     }
 
     void saved_data() {
-        const Table<QString, QString, bool> row("typed", "name", "asksFirst");
-        row("as filled in", "", "Movie.mp4", false);
-        row("without extension", "new", "new.mp4", false);
-        row("with it", "new.MP4", "new.MP4", false);
-        row("a point is no extension", "Dr. Who", "Dr. Who.mp4", false);
-        row("replaced", "old", "old.mp4", true);
-        row("replaced, with a point", "Dr. No", "Dr. No.mp4", true);
+        addRows<QString, QString, bool>({
+            {"as filled in", "", "Movie.mp4", false},
+            {"without extension", "new", "new.mp4", false},
+            {"with it", "new.MP4", "new.MP4", false},
+            {"a point is no extension", "Dr. Who", "Dr. Who.mp4", false},
+            {"replaced", "old", "old.mp4", true},
+            {"replaced, with a point", "Dr. No", "Dr. No.mp4", true},
+        });
     }
     void saved() {
-        const auto [typed, name, asksFirst] = fetch<QString, QString, bool>("typed", "name", "asksFirst");
+        const auto [typed, name, asksFirst] = row<QString, QString, bool>();
         write(m_folder->filePath("old.mp4"));
         write(m_folder->filePath("Dr. No.mp4"));
         m_panels->saveFile(m_folder->path(), "Movie.mp4", "mp4", answer());

@@ -90,41 +90,42 @@ private Q_SLOTS:
     }
 
     void answers_data() {
-        const Table<long, Act> row("response", "act");
-        row("Return", 1000L, press(Qt::Key_Return));
-        row("Esc", 1002L, press(Qt::Key_Escape));
-        row("key equivalent", 1001L, press(Qt::Key_D, Qt::ControlModifier));
-        row("third button", 1002L, pressButton("Cancel"));
-        row("'&' is a letter", 1000L, [](QDialog& d) {
-            QVERIFY(button(d, "Save && Quit")->shortcut().isEmpty());
-            pressButton("Save && Quit")(d);
+        addRows<long, Act>({
+            {"Return", 1000L, press(Qt::Key_Return)},
+            {"Esc", 1002L, press(Qt::Key_Escape)},
+            {"key equivalent", 1001L, press(Qt::Key_D, Qt::ControlModifier)},
+            {"third button", 1002L, pressButton("Cancel")},
+            {"'&' is a letter", 1000L,
+             [](QDialog& d) {
+                 QVERIFY(button(d, "Save && Quit")->shortcut().isEmpty());
+                 pressButton("Save && Quit")(d);
+             }},
+            {"closed by the window manager", 1002L, [](QDialog& d) { d.close(); }},
+            {"nested", 1000L,
+             [](QDialog& outer) {
+                 onNextModal(press(Qt::Key_Escape));
+                 QCOMPARE(alert("Inner", "", "1", "2"), 1001L);
+                 QVERIFY(outer.isVisible());
+                 QTest::keyClick(outer.windowHandle(), Qt::Key_Return);
+             }},
+            {"window destroyed", 1002L, [this](QDialog&) { m_window.reset(); }},
         });
-        row("closed by the window manager", 1002L, [](QDialog& d) { d.close(); });
-        row("nested", 1000L, [](QDialog& outer) {
-            onNextModal(press(Qt::Key_Escape));
-            QCOMPARE(alert("Inner", "", "1", "2"), 1001L);
-            QVERIFY(outer.isVisible());
-            QTest::keyClick(outer.windowHandle(), Qt::Key_Return);
-        });
-        row("window destroyed", 1002L, [this](QDialog&) { m_window.reset(); });
     }
     void answers() {
-        QFETCH(Act, act);
+        const auto [response, act] = row<long, Act>();
         onNextModal(act);
-        QTEST(alert("Title", "Save a & b?", "Save & Quit", {"Don't Save", "Ctrl+D"}, "Cancel"), "response");
+        QCOMPARE(alert("Title", "Save a & b?", "Save & Quit", {"Don't Save", "Ctrl+D"}, "Cancel"), response);
     }
 
     void theFirstButtonMayCancel_data() {
-        QTest::addColumn<Act>("act");
-        QTest::addColumn<long>("response");
-        QTest::newRow("Esc") << press(Qt::Key_Escape) << 1000L;
-        QTest::newRow("closed") << Act([](QDialog& d) { d.close(); }) << 1000L;
-        QTest::newRow("its button") << Act([](QDialog& d) { clickOn(button(d, "Cancel")); }) << 1000L;
-        QTest::newRow("the other") << Act([](QDialog& d) { clickOn(button(d, "For Good")); }) << 1001L;
+        addRows<long, Act>({
+            {"Esc", 1000L, press(Qt::Key_Escape)},
+            {"its button", 1000L, pressButton("Cancel")},
+            {"the other", 1001L, pressButton("For Good")},
+        });
     }
     void theFirstButtonMayCancel() {
-        QFETCH(Act, act);
-        QFETCH(long, response);
+        const auto [response, act] = row<long, Act>();
         Alert question;
         question.buttons = {AlertButton::cancelling("Cancel"), "For Good"};
         onNextModal(act);
@@ -135,14 +136,10 @@ private Q_SLOTS:
         QTRY_COMPARE(answered, response);
     }
 
-    void overTheWindowThatAsked_data() {
-        QTest::addColumn<bool>("isShown");
-        QTest::newRow("shown") << true;
-        QTest::newRow("closed meanwhile") << false;
-    }
+    void overTheWindowThatAsked_data() { addRows<bool>({{"shown", true}, {"closed meanwhile", false}}); }
     /// While the panel closes in which something was chosen, no window is active, or another one.
     void overTheWindowThatAsked() {
-        QFETCH(const bool, isShown);
+        const auto [isShown] = row<bool>();
         QWidget preferences;
         preferences.setVisible(isShown);
         m_presenter.setPreferencesWindow(&preferences);
@@ -182,46 +179,50 @@ private Q_SLOTS:
     }
 
     void controls_data() {
-        const Table<AlertControl, QVariant, QVariant, Act> row("control", "before", "after", "act");
         const auto type = [](const char* text) {  // Into what has the focus, without a click.
             return [=](QDialog& d) { QTest::keyClicks(d.focusWidget(), text); };
         };
         using C = AlertControl;
-        row("input", C::Input, QVariant(), "a & b", type("a & b"));
-        row("secure", C::SecureInput, "old", "secret", [=](QDialog& d) {
-            QCOMPARE(d.findChild<QLineEdit*>()->echoMode(), QLineEdit::Password);
-            type("secret")(d);  // What was there is selected.
+        addRows<AlertControl, QVariant, QVariant, Act>({
+            {"input", C::Input, QVariant(), "a & b", type("a & b")},
+            {"secure", C::SecureInput, "old", "secret",
+             [=](QDialog& d) {
+                 QCOMPARE(d.findChild<QLineEdit*>()->echoMode(), QLineEdit::Password);
+                 type("secret")(d);  // What was there is selected.
+             }},
+            {"box on", C::CheckBox, false, true,
+             [](QDialog& d) {
+                 QCOMPARE(d.findChild<QCheckBox*>()->text(), "R && D");
+                 clickOn(d.findChild<QCheckBox*>());
+             }},
+            {"colour", C::ColorWell, "#80112233", "#80112233", [](QDialog&) {}},
+            {"colour chosen", C::ColorWell, "#102030", "#445566",
+             [](QDialog& d) {
+                 const QImage shown = d.findChild<QToolButton*>()->grab().toImage();
+                 QCOMPARE(shown.pixelColor(shown.rect().center()), QColor("#102030"));
+                 onNextModal([](QDialog& panel) {
+                     qobject_cast<QColorDialog*>(&panel)->setCurrentColor("#445566");
+                     QTest::keyClick(panel.windowHandle(), Qt::Key_Return);
+                 });
+                 clickOn(d.findChild<QToolButton*>());
+                 QTRY_COMPARE(QApplication::activeModalWidget(), &d);
+             }},
+            {"lines", C::InputText, u"a\u00A0b\n"_qs, u"a\u00A0b\n\nc"_qs,
+             [=](QDialog& d) {
+                 QTest::keyClick(d.focusWidget(), Qt::Key_End, Qt::ControlModifier);
+                 QTest::keyClick(d.focusWidget(), Qt::Key_Return);  // A line, not the button.
+                 type("c")(d);
+             }},
+            {"output", C::OutputText, "text", "text",
+             [](QDialog& d) { QTest::keyClicks(d.findChild<QPlainTextEdit*>(), "x"); }},
+            {"pop-up", C::SelectionPopup, 0, 1,
+             [](QDialog& d) { QTest::keyClick(d.focusWidget(), Qt::Key_Down); }},
+            {"matrix", C::SelectionMatrix, 0, 2,
+             [](QDialog& d) { clickOn(d.findChildren<QRadioButton*>().at(2)); }},
         });
-        row("box on", C::CheckBox, false, true, [](QDialog& d) {
-            QCOMPARE(d.findChild<QCheckBox*>()->text(), "R && D");
-            clickOn(d.findChild<QCheckBox*>());
-        });
-        row("colour", C::ColorWell, "#80112233", "#80112233", [](QDialog&) {});
-        row("colour chosen", C::ColorWell, "#102030", "#445566", [](QDialog& d) {
-            const QImage shown = d.findChild<QToolButton*>()->grab().toImage();
-            QCOMPARE(shown.pixelColor(shown.rect().center()), QColor("#102030"));
-            onNextModal([](QDialog& panel) {
-                qobject_cast<QColorDialog*>(&panel)->setCurrentColor("#445566");
-                QTest::keyClick(panel.windowHandle(), Qt::Key_Return);
-            });
-            clickOn(d.findChild<QToolButton*>());
-            QTRY_COMPARE(QApplication::activeModalWidget(), &d);
-        });
-        row("lines", C::InputText, u"a\u00A0b\n"_qs, u"a\u00A0b\n\nc"_qs, [=](QDialog& d) {
-            QTest::keyClick(d.focusWidget(), Qt::Key_End, Qt::ControlModifier);
-            QTest::keyClick(d.focusWidget(), Qt::Key_Return);  // A line, not the button.
-            type("c")(d);
-        });
-        row("output", C::OutputText, "text", "text",
-            [](QDialog& d) { QTest::keyClicks(d.findChild<QPlainTextEdit*>(), "x"); });
-        row("pop-up", C::SelectionPopup, 0, 1,
-            [](QDialog& d) { QTest::keyClick(d.focusWidget(), Qt::Key_Down); });
-        row("matrix", C::SelectionMatrix, 0, 2,
-            [](QDialog& d) { clickOn(d.findChildren<QRadioButton*>().at(2)); });
     }
     void controls() {
-        const auto [control, before] = fetch<AlertControl, QVariant>("control", "before");
-        QFETCH(Act, act);
+        const auto [control, before, after, act] = row<AlertControl, QVariant, QVariant, Act>();
         onNextModal([=](QDialog& dialog) {
             act(dialog);
             pressButton("Done")(dialog);
@@ -235,7 +236,25 @@ private Q_SLOTS:
         shown.value = before;
         const AlertAnswer answer = m_presenter.present(shown);
         QCOMPARE(answer.response, 1000L);
-        QTEST(answer.value, "after");
+        QCOMPARE(answer.value, after);
+    }
+
+    void tabsInTheOrderThatIsRead() {
+        QStringList walked;
+        onNextModal([&](QDialog& dialog) {
+            for (int i = 0; i < 5; ++i) {
+                walked.append(dialog.focusWidget()->metaObject()->className());
+                QTest::keyClick(dialog.windowHandle(), Qt::Key_Tab);
+            }
+            press(Qt::Key_Escape)(dialog);
+        });
+        Alert shown;
+        shown.message = QString("word ").repeated(2000);  // Scrolled by keys, too.
+        shown.buttons = {"Done", "Cancel"};
+        shown.control = AlertControl::Input;
+        shown.suppressionTitle = "Don't ask again";
+        m_presenter.present(shown);
+        QCOMPARE(walked, QStringList({"QLineEdit", "QCheckBox", "QPushButton", "QPushButton", "AlertText"}));
     }
 
     void silenced() {
@@ -266,12 +285,13 @@ private Q_SLOTS:
     }
 
     void panel_data() {
-        const Table<QString, QStringList> row("box", "happened");
-        row("plain", "", {"closed", "called"});
-        row("check box", "Show & tell", {"called, ticked", "closed"});
+        addRows<QString, QStringList>({
+            {"plain", "", {"closed", "called"}},
+            {"check box", "Show & tell", {"called, ticked", "closed"}},
+        });
     }
     void panel() {
-        QFETCH(QString, box);
+        const auto [box, expected] = row<QString, QStringList>();
         QStringList happened;
         m_presenter.presentNonModal({"Title", "Message", "OK", "", box, [&](bool checked) {
                                          happened.append(checked ? "called, ticked" : "called");
@@ -284,7 +304,7 @@ private Q_SLOTS:
         connect(qobject_cast<QDialog*>(shown), &QDialog::finished, this, [&] { happened.append("closed"); });
         QTest::keyClick(shown->windowHandle(), Qt::Key_Return);
         QTRY_VERIFY(!shown);
-        QTEST(happened, "happened");
+        QCOMPARE(happened, expected);
     }
 
     void heightOfAPanel() {

@@ -161,26 +161,26 @@ private Q_SLOTS:
 
     void choosingStoresAtOnce_data() {
         constexpr int kClick = 0;
-        const Table<QString, int, QString, int, int> row("control", "key", "setting", "before", "after");
-        row("check box", "autoAddCheck", kClick, "AutoAdd", 0, 1);
-        row("any number is yes", "autoAddCheck", kClick, "AutoAdd", 7, 0);
-        row("inverted", "internalCheck", kClick, "DisableBuiltinSubtitles", 1, 0);
-        row("inverted back", "internalCheck", kClick, "DisableBuiltinSubtitles", 0, 1);
-        row("pop-up", "placePopUp", Qt::Key_Down, "InsertJobsAtBottom", 0, 1);
-        row("otherwise", "extensionPopUp", Qt::Key_Up, "DefaultExtension", 9, 0);
-        row("over the separator", "languagePopUp", Qt::Key_Down, "DefaultAudio", 0, 2);
-        row("a retired encoding", "encodingPopUp", Qt::Key_Down, "ExternalSubtitleEncoding", 0, 2);
-        row("two at a time", "concurrentCountPopUp", Qt::Key_Up, "ConcurrentJobCount", 1, 0);
-        row("what is not offered", "aacStereoPopUp", Qt::Key_Home, "AACBitrate", 99, 0);
-        row("no 5.1 of stereo", "dtsStereoPopUp", Qt::Key_Down, "CustomDTSAudioHandling", 2, 4);
-        row("volume", "volumeBox", Qt::Key_Up, "AudioVolume", 100, 110);
-        row("volume beyond", "volumeBox", Qt::Key_Down, "AudioVolume", 900, 890);
-        row("style", "styleCustom", kClick, "ConversionPreset", 0, 2);
-        row("unknown style", "styleFast", kClick, "ConversionPreset", 6, 1);
+        addRows<QString, int, QString, int, int>({
+            {"check box", "autoAddCheck", kClick, "AutoAdd", 0, 1},
+            {"any number is yes", "autoAddCheck", kClick, "AutoAdd", 7, 0},
+            {"inverted", "internalCheck", kClick, "DisableBuiltinSubtitles", 1, 0},
+            {"inverted back", "internalCheck", kClick, "DisableBuiltinSubtitles", 0, 1},
+            {"pop-up", "placePopUp", Qt::Key_Down, "InsertJobsAtBottom", 0, 1},
+            {"otherwise", "extensionPopUp", Qt::Key_Up, "DefaultExtension", 9, 0},
+            {"over the separator", "languagePopUp", Qt::Key_Down, "DefaultAudio", 0, 2},
+            {"a retired encoding", "encodingPopUp", Qt::Key_Down, "ExternalSubtitleEncoding", 0, 2},
+            {"two at a time", "concurrentCountPopUp", Qt::Key_Up, "ConcurrentJobCount", 1, 0},
+            {"what is not offered", "aacStereoPopUp", Qt::Key_Home, "AACBitrate", 99, 0},
+            {"no 5.1 of stereo", "dtsStereoPopUp", Qt::Key_Down, "CustomDTSAudioHandling", 2, 4},
+            {"volume", "volumeBox", Qt::Key_Up, "AudioVolume", 100, 110},
+            {"volume beyond", "volumeBox", Qt::Key_Down, "AudioVolume", 900, 890},
+            {"style", "styleCustom", kClick, "ConversionPreset", 0, 2},
+            {"unknown style", "styleFast", kClick, "ConversionPreset", 6, 1},
+        });
     }
     void choosingStoresAtOnce() {
-        const auto [control, key, setting, before, after] =
-            fetch<QString, int, QString, int, int>("control", "key", "setting", "before", "after");
+        const auto [control, key, setting, before, after] = row<QString, int, QString, int, int>();
         Fixture fixture;
         setDefaultInt(kConcurrentJobsKey, 1);  // Enables what depends on it, as the style does.
         setDefaultInt(kConversionPresetKey, control == u"dtsStereoPopUp" ? 2 : 0);
@@ -196,18 +196,18 @@ private Q_SLOTS:
 
     void aValueWithoutItemStays_data() {
         // Nothing is shown: there is no item.
-        const Table<QString, QString, int, QString> row("control", "setting", "value", "shown");
-        row("separator", "languagePopUp", "DefaultAudio", 1, {});
-        row("negative", "concurrentCountPopUp", "ConcurrentJobCount", -1, {});
-        row("retired", "encodingPopUp", "ExternalSubtitleEncoding", 1, {});
-        row("behind a gap", "encodingPopUp", "ExternalSubtitleEncoding", 38, "ISO-8859-16");
-        row("no method", "dtsStereoPopUp", "CustomDTSAudioHandling", 12, {});
-        row("5.1 of stereo", "dtsStereoPopUp", "CustomDTSAudioHandling", 3, "AC3 in 5.1");
-        row("otherwise", "autoRemoveTypePopUp", "AutoRemoveType", 5, "Delete for good");
+        addRows<QString, QString, int, QString>({
+            {"separator", "languagePopUp", "DefaultAudio", 1, {}},
+            {"negative", "concurrentCountPopUp", "ConcurrentJobCount", -1, {}},
+            {"retired", "encodingPopUp", "ExternalSubtitleEncoding", 1, {}},
+            {"behind a gap", "encodingPopUp", "ExternalSubtitleEncoding", 38, "ISO-8859-16"},
+            {"no method", "dtsStereoPopUp", "CustomDTSAudioHandling", 12, {}},
+            {"5.1 of stereo", "dtsStereoPopUp", "CustomDTSAudioHandling", 3, "AC3 in 5.1"},
+            {"otherwise", "autoRemoveTypePopUp", "AutoRemoveType", 5, "Delete for good"},
+        });
     }
     void aValueWithoutItemStays() {
-        const auto [control, setting, value, shown] =
-            fetch<QString, QString, int, QString>("control", "setting", "value", "shown");
+        const auto [control, setting, value, shown] = row<QString, QString, int, QString>();
         Fixture fixture;
         setDefaultInt(setting, value);
         fixture.show();

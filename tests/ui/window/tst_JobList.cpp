@@ -1,9 +1,11 @@
 #include "fakes/Table.h"
 #include "fakes/WindowedApplication.h"
+#include "ui/look/TabularText.h"
 #include "ui/window/JobListModel.h"
 #include "ui/window/QueueSummary.h"
 
 #include <QAbstractItemModelTester>
+#include <QPainter>
 #include <QSignalSpy>
 
 class JobListTest : public QObject {
@@ -45,15 +47,15 @@ private Q_SLOTS:
     }
 
     void partsOfARowDoNotOverlap_data() {
-        const Table<int, Qt::LayoutDirection, int> row("width", "direction", "points");
-        row("narrow", 400, Qt::LeftToRight, 9);
-        row("wide", 1600, Qt::LeftToRight, 9);
-        row("right to left", 640, Qt::RightToLeft, 9);
-        row("large font", 640, Qt::LeftToRight, 22);
+        addRows<int, Qt::LayoutDirection, int>({
+            {"narrow", 400, Qt::LeftToRight, 9},
+            {"wide", 1600, Qt::LeftToRight, 9},
+            {"right to left", 640, Qt::RightToLeft, 9},
+            {"large font", 640, Qt::LeftToRight, 22},
+        });
     }
     void partsOfARowDoNotOverlap() {
-        const auto [width, direction, points] =
-            fetch<int, Qt::LayoutDirection, int>("width", "direction", "points");
+        const auto [width, direction, points] = row<int, Qt::LayoutDirection, int>();
         QFont font = QApplication::font();
         font.setPointSize(points);
         const QFontMetrics metrics(font);
@@ -69,6 +71,28 @@ private Q_SLOTS:
         }
         QCOMPARE(layout.icon.x() < layout.name.x(), direction == Qt::LeftToRight);
         QCOMPARE(layout.name.x() < layout.rectOf(jobrow::Button::Remove).x(), direction == Qt::LeftToRight);
+    }
+
+    void tickingDigitsPushNothingAside() {
+        const auto drawn = [](const auto& draw) {
+            QImage image(300, 30, QImage::Format_Mono);
+            image.fill(1);
+            QPainter painter(&image);
+            draw(painter);
+            return image;
+        };
+        constexpr int kDigit = 40;
+        QCOMPARE(drawn([](QPainter& p) {
+                     drawWithDigitsOf(kDigit, p, {0, 0, 300, 30}, "09: in 8");
+                 }),
+                 drawn([](QPainter& p) {
+                     const int between = p.fontMetrics().horizontalAdvance(": in ");
+                     const int centred = Qt::AlignVCenter | Qt::AlignHCenter;
+                     p.drawText(QRect(0, 0, kDigit, 30), centred, "0");
+                     p.drawText(QRect(kDigit, 0, kDigit, 30), centred, "9");
+                     p.drawText(QRect(2 * kDigit, 0, 200, 30), Qt::AlignVCenter, ": in ");
+                     p.drawText(QRect(2 * kDigit + between, 0, kDigit, 30), centred, "8");
+                 }));
     }
 
     void buttonsByState() {

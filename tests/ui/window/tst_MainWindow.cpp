@@ -286,6 +286,7 @@ private Q_SLOTS:
     void escapeLeavesTheMovieOut() {
         Queued app;
         app.open({"a.mkv", "b.mkv", "c.mkv"});
+        QCOMPARE(app.find<QLabel>("waitingLabel")->text(), "2 more to come");
         QTest::keyClick(app.find<QPushButton>("addButton"), Qt::Key_Escape);
         QCOMPARE(app.delegate.addSheet().waitingCount(), 1);
         app.waitForSheet();
