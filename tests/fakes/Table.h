@@ -12,7 +12,7 @@ inline constexpr const char* kColumns[] = {"0", "1", "2", "3", "4", "5", "6", "7
 
 }  // namespace table
 
-/// The rows of a data table, each with its name in front: for the function that ends in _data.
+/// Adds the rows of a data table, each with its name first; for functions whose names end in _data.
 template <typename... Columns>
 void addRows(std::initializer_list<std::tuple<QByteArray, Columns...>> rows) {
     const char* const* column = table::kColumns;
@@ -25,7 +25,7 @@ void addRows(std::initializer_list<std::tuple<QByteArray, Columns...>> rows) {
     }
 }
 
-/// The values of the row under test, for a structured binding.
+/// The values of the current row, for a structured binding.
 template <typename... Columns>
 std::tuple<Columns...> row() {
     const char* const* column = table::kColumns;
