@@ -135,7 +135,7 @@ void AddSheet::askForDestination() {
                               alert_apptitled(outputname::kOverwritesSource, "D'oh");
                               return;
                           }
-                          // The panel has asked whether what exists may be replaced.
+                          // The panel has already asked whether to replace an existing file.
                           const bool replaces = QFileInfo::exists(path) && !m_queue.willWrite(path);
                           addJob(replaces ? path : m_queue.uniqueDestination(path), {}, replaces);
                       });
@@ -167,7 +167,7 @@ void AddSheet::goNextToSource(bool mayAsk) {
 }
 
 void AddSheet::goToStoredFolder(qsizetype number) {
-    // A folder on a disk that was unplugged since is the user's to know, not a fault of the program.
+    // A folder on a disk that was unplugged meanwhile is reported to the user; it is not a program error.
     if (const QString problem = m_destinations.problemOfFolder(number); !problem.isEmpty()) {
         alert_apptitled(
             makeString("The destination folder can not be used now. %@ Please choose another destination.",

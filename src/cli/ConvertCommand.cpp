@@ -29,7 +29,7 @@ ConvertCommand::ConvertCommand(const ConvertOptions& options, ConsolePresenter& 
       m_queue(m_intake) {
     presenter.beforeWriting = [this] { m_report->makeRoom(); };
     presenter.onMessage = [this](const ConsolePresenter::Message& message) { onMessage(message); };
-    // Counted as in the window, but nobody is there to be asked.
+    // Runs are counted as in the window, but there is no user to be asked for a rating.
     m_queue.setUsageCounter([this](bool increase, bool) { increaseUsages(m_usages, increase, false); });
     connect(&m_intake, &FileIntake::scanningEnded, this, [this](const QString& path) {
         m_subject = path;
@@ -39,7 +39,7 @@ ConvertCommand::ConvertCommand(const ConvertOptions& options, ConsolePresenter& 
     connect(&m_intake, &FileIntake::fileAccepted, this, &ConvertCommand::takeAccepted);
     connect(&m_intake, &FileIntake::fileRejected, this, &ConvertCommand::takeRejected);
     connect(&m_intake, &FileIntake::becameIdle, this, [this] {
-        // The last file may have been refused, with jobs in the queue that waited for it.
+        // The last file may have been refused while added jobs waited for it.
         m_queue.startNextJobInQueue();
         QTimer::singleShot(0, this, &ConvertCommand::takeNext);
         endIfDone();
@@ -56,7 +56,7 @@ ConvertCommand::~ConvertCommand() {
 void ConvertCommand::begin(const Inputs& inputs) {
     for (const Inputs::Refusal& refusal : inputs.refusals)
         refuse(refusal.file, refusal.reason, false);
-    // The intake takes the last of the waiting movies first.
+    // The intake starts with the last of the waiting movies.
     QStringList paths = inputs.movies;
     std::reverse(paths.begin(), paths.end());
     m_intake.openFiles(inputs.subtitles + paths);
@@ -74,7 +74,8 @@ void ConvertCommand::add(const QString& path) {
     takeNext();
 }
 
-/// One at a time, so that the first that came is the first to be converted and does not wait for the others.
+/// Adds one movie at a time, so that the first one is converted first and does not wait for the probes of the
+/// others.
 void ConvertCommand::takeNext() {
     if (m_toCome.isEmpty() || m_intake.isScanning() || m_intake.fileInfo()) return;
     m_intake.openFiles({m_toCome.takeFirst()});
@@ -189,7 +190,7 @@ void ConvertCommand::onEnded(ConversionJob* job) {
         ++m_failures;
         m_report->failed(*job, job->explanation());
     }
-    // The job still has its source to dispose of and the run to count.
+    // The job still has to remove its source and to count the run.
     QTimer::singleShot(0, this, &ConvertCommand::endIfDone);
     if (m_endless) QTimer::singleShot(0, job, &ConversionJob::remove);
 }
@@ -232,7 +233,7 @@ void ConvertCommand::endIfDone() {
 
 namespace {
 
-/// What is wrong with the options for these inputs; empty: nothing.
+/// The error in the options for these inputs; empty: none.
 QString mistakeIn(const ConvertOptions& options, const Inputs& inputs) {
     if (inputs.movies.isEmpty() && inputs.refusals.empty())
         return Texts::tr("there is no movie among the files");
@@ -242,7 +243,7 @@ QString mistakeIn(const ConvertOptions& options, const Inputs& inputs) {
             .arg(QString::number(inputs.movies.size()));
     const bool isSource = inputs.movies.size() == 1 &&
                           outputname::isSameFile(absolutePath(options.output), inputs.movies.first());
-    // The attempt to write over the source has a message of its own.
+    // Overwriting the source has a message of its own.
     if (isSource || outputname::hasOutputExtension(options.output)) return {};
     return Texts::tr("--output needs a name that ends in .mp4 or .m4v, not '%1'").arg(options.output);
 }
@@ -256,7 +257,7 @@ int runConvert(const ConvertOptions& options, const CommandLine& line) {
 
     const Interruption interruption;
     auto overrides = line.overrides;
-    // A batch is converted in the order in which it was given.
+    // A batch is converted in the given order.
     if (!overrides.contains("InsertJobsAtBottom")) overrides.insert("InsertJobsAtBottom", 1);
     Run run(overrides, Run::DesktopUse::Real);
     ConvertCommand command(options, run.presenter());

@@ -29,7 +29,7 @@ int runWatch(const WatchOptions& options, const CommandLine& line) {
 
     const Interruption interruption;
     auto overrides = line.overrides;
-    // What came first is converted first.
+    // Movies are converted in the order of arrival.
     if (!overrides.contains("InsertJobsAtBottom")) overrides.insert("InsertJobsAtBottom", 1);
     Run run(overrides, Run::DesktopUse::Real);
     ConvertOptions convert;
@@ -43,7 +43,7 @@ int runWatch(const WatchOptions& options, const CommandLine& line) {
     const auto end = [&](const QString& reason) {
         output::error(reason);
         status = exitstatus::kFailure;
-        command.setEndless(false);  // What is being converted is finished.
+        command.setEndless(false);  // Finish the running conversions.
     };
     QObject::connect(&watch, &MovieArrivals::arrived, &command, &ConvertCommand::add);
     QObject::connect(&watch, &MovieArrivals::problem, &command, &output::error);

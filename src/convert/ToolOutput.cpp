@@ -51,6 +51,6 @@ void ToolOutput::keep(QStringView line) {
     const bool tells = m_telling.size() < kMaximumOfTelling && failure::explainsSomething(line);
     if (tells && !m_telling.contains(line)) m_telling += line.left(kMaximumOfTelling);
     m_end += line;
-    // Cut seldom, so that a flood costs no more than its length.
+    // Truncate rarely, so that the cost stays linear in the length of the output.
     if (m_end.size() > 2 * kMaximumOfEnd) m_end = m_end.last(kMaximumOfEnd);
 }

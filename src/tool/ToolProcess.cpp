@@ -55,7 +55,7 @@ void ToolProcess::resume() {
 void ToolProcess::terminate() {
     if (!isRunning()) return;
     childprocess::signalGroup(m_process, SIGTERM);
-    // A stopped process takes the signal only when it goes on.
+    // A stopped process handles the signal only after it is continued.
     childprocess::signalGroup(m_process, SIGCONT);
     m_killTimer.start(kPatienceMilliseconds);
 }

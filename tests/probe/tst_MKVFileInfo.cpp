@@ -43,7 +43,7 @@ private Q_SLOTS:
         const FakeTool tool(home.path());
         tool.setReport(report);
         QVERIFY(!MKVFileInfo::initWithURL(QUrl::fromLocalFile(home.write("x.mkv"))));
-        QVERIFY(home.presenter.shown.isEmpty());  // It comes a moment later.
+        QVERIFY(home.presenter.shown.isEmpty());  // It is shown later.
         QTRY_COMPARE(
             home.presenter.messages(),
             QStringList{

@@ -132,7 +132,7 @@ private Q_SLOTS:
             return "    Stream #0:0: Video: " + description + "\n";
         };
         const QString heaac = "    Stream #0:1: Audio: aac (HE-AAC), 48000 Hz, stereo\n";
-        // Streams, the keys of the warnings in the order taken. A rejection, which ends it, has none.
+        // Streams, and the keys of the warnings in order. A rejection, which ends the parsing, has no key.
         addRows<QString, QStringList>(
             {{"plain", kVideo, {}},
              {"mpeg4", video("mpeg4, 640x480"), {}},
@@ -208,7 +208,7 @@ private Q_SLOTS:
         QCOMPARE(verdict.isDue(), due);
     }
 
-    /// Whatever is read of noise holds together.
+    /// The facts from random input are consistent.
     void noise() {
         const QStringList words = {"Stream",     " #0:1",    "(eng)", ": ",      "Video: ",    "Audio: ",
                                    "Subtitle: ", "Duration", ": ",    ":",       "\n",         "\r",
@@ -228,7 +228,7 @@ private Q_SLOTS:
                                  facts.subtitleTrackIDs.size() <= facts.subtitleCount &&
                                  facts.subtitleCount <= report.count("Subtitle: ");
             QVERIFY2(isSound, qPrintable(report));
-            // Who asks for the duration alone learns the same, or that it is not known.
+            // durationInReport() returns the same, or that it is unknown.
             const qint32 only = durationInReport(report);
             QVERIFY2(only == -1 || only == facts.runtimeSeconds || !facts.runtimeSeconds ||
                          report.count("Duration") > 1,

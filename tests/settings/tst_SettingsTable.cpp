@@ -117,13 +117,13 @@ private Q_SLOTS:
         settings::AutoAdd.setValue(true);
         settings::AutoAdd.setValue(true);  // No change.
         settings::AutoClean.setValue(true);
-        setDefaultInt("quillonlib_usages", 1);  // No setting of the table.
+        setDefaultInt("quillonlib_usages", 1);  // Not a setting of the table.
         QCOMPARE(reported, QStringList{"here"});
         QCOMPARE(all.count(), 2);
         std::unique_ptr<QThread> thread(QThread::create([] { settings::AutoAdd.setValue(false); }));
         thread->start();
         QVERIFY(thread->wait());
-        QCOMPARE(reported.size(), 1);  // It comes in the listener's thread.
+        QCOMPARE(reported.size(), 1);  // Emitted in the listener's thread.
         QTRY_COMPARE(reported.size(), 2);
         listener.reset();
         setDefaultObject(kAutoAddKey, {});

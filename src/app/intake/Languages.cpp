@@ -8,8 +8,8 @@ namespace languages {
 
 namespace {
 
-/// ISO 639-1 and the bibliographic codes of ISO 639-2. Qt's tables take some languages for others: to them
-/// "no" is Bokmål and "tw" is Akan.
+/// ISO 639-1 and the bibliographic codes of ISO 639-2. Qt's tables map some codes to other languages: "no" to
+/// Bokmål and "tw" to Akan.
 constexpr QLatin1String kCodes(
     "aa=aar ab=abk ae=ave af=afr ak=aka am=amh an=arg ar=ara as=asm av=ava ay=aym az=aze ba=bak "
     "be=bel bg=bul bh=bih bi=bis bm=bam bn=ben bo=tib br=bre bs=bos ca=cat ce=che ch=cha co=cos "
@@ -27,7 +27,7 @@ constexpr QLatin1String kCodes(
     "ug=uig uk=ukr ur=urd uz=uzb ve=ven vi=vie vo=vol wa=wln wo=wol xh=xho yi=yid yo=yor za=zha "
     "zh=chi zu=zul ");
 
-/// Empty: not in the table.
+/// Empty: not found.
 QString threeLetterCode(const QString& twoLetterCode) {
     if (twoLetterCode.size() != 2) return {};
     const qsizetype at = kCodes.indexOf(QString(twoLetterCode + u'='));
@@ -60,7 +60,7 @@ QStringList twoLetterCodes(const QStringList& identifiers) {
 }
 
 QStringList preferredLanguages3Letter() {
-    // The system names each language in several ways, such as "de", "de-DE" and "de-Latn-DE".
+    // The system lists several identifiers for each language, such as "de", "de-DE" and "de-Latn-DE".
     return collections::withoutDuplicates(threeLetterCodes(QLocale::system().uiLanguages()));
 }
 

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// The kernel also tells of names that were only made, and of folders.
+/// The kernel also reports files that were only created, and folders.
 bool mayHaveArrived(const EventRecord& record) {
     return (record.flags & kEventItemIsFile) != 0 &&
            (record.flags & (kEventItemModified | kEventItemRenamed)) != 0 &&
@@ -61,7 +61,7 @@ void MovieArrivals::stop() {
     m_gone.clear();
     if (!m_observer) return;
     m_observer->stopObserving();
-    m_observer.release()->deleteLater();  // Often called from within it.
+    m_observer.release()->deleteLater();  // Often called by one of its signals: delete later.
 }
 
 void MovieArrivals::handleEvents(const QList<EventRecord>& records) {
@@ -77,7 +77,7 @@ void MovieArrivals::handleEvents(const QList<EventRecord>& records) {
 }
 
 void MovieArrivals::followMove(const EventRecord& record) {
-    // What is in a moved folder moves along in silence.
+    // The kernel does not report the contents of a moved folder.
     const QString from = record.renamedFrom + u'/';
     const QStringList known = m_waiter.waiting() + m_gone.keys();
     for (const QString& path : known) {

@@ -19,7 +19,7 @@
 
 namespace {
 
-/// Device and inode of what is there.
+/// Device and inode of the file at `path`.
 std::optional<std::pair<quint64, quint64>> identityOf(const QString& path) {
     struct stat information = {};
     if (::stat(QFile::encodeName(path).constData(), &information) != 0) return std::nullopt;
@@ -95,7 +95,7 @@ QString WatchFolder::resumeAtLaunch() {
 
 void WatchFolder::watchfolderActiveClicked() {
     const bool isChosen = !settings::WatchfolderBookmark.value().isEmpty();
-    // Turned on or off while it is not there: that is what it will be.
+    // If it is turned on or off while it is absent, this applies when it returns.
     if (!isChosen && !settings::AbsentWatchfolderBookmark.value().isEmpty())
         settings::AbsentWatchfolderActive.setValue(settings::WatchfolderActive.value());
     if (const QString told = apply(); !told.isEmpty()) Q_EMIT message(told);
@@ -112,7 +112,7 @@ QString WatchFolder::apply() {
         remember(bookmark, settings::WatchfolderActive.value() || wasAwaited);
         store(settings::WatchfolderBookmark, {});
         turnOff();
-        m_current = nullptr;  // What it watches is watched to the end of this run.
+        m_current = nullptr;  // This folder is watched until the process ends.
         m_problem = goneText(folderaccess::placeOf(bookmark));
         Q_EMIT changed();
         return m_problem;

@@ -15,8 +15,8 @@ class QCheckBox;
 
 /// The control between message and buttons.
 struct AlertAccessory {
-    QWidget* widget = nullptr;        ///< Owned by its parent; null: the alert has none.
-    QWidget* focus = nullptr;         ///< The widget with the initial keyboard focus; null: the default button.
+    QWidget* widget = nullptr;  ///< Owned by its parent; null: the alert has none.
+    QWidget* focus = nullptr;   ///< The widget with the initial keyboard focus; null: the default button.
     std::function<QVariant()> value;  ///< The user's input. Valid as long as the widget.
 };
 

@@ -33,7 +33,7 @@ void setReviewButton(QAbstractButton& button, const PXRatingWindowController::Re
 RatingWindow::RatingWindow(PXRatingWindowController& controller, QWidget* parent)
     : QWidget(parent, Qt::Dialog), m_controller(&controller), m_ui(std::make_unique<Ui::PXRatingWindow>()) {
     setAttribute(Qt::WA_DeleteOnClose);
-    // Who works elsewhere goes on typing there.
+    // The window does not take the focus: a user who types elsewhere continues there.
     setAttribute(Qt::WA_ShowWithoutActivating);
     m_ui->setupUi(this);
     setWindowTitle(ApplicationInfo::name());

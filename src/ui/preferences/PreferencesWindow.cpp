@@ -40,7 +40,7 @@ constexpr int kLeastHeight = 384;
 constexpr int kUsualWidth = 720;
 constexpr int kUsualHeight = 536;
 
-/// As wide as its page needs to be, so that nothing is cut off beside; what is too high scrolls.
+/// A scroll area as wide as its page, so that it only scrolls vertically.
 class PageArea : public QScrollArea {
 public:
     explicit PageArea(QWidget* page) {
@@ -208,7 +208,6 @@ void PreferencesWindow::restoreDefaults(const QWidget* page) {
     refresh();
 }
 
-/// Gives the labels their fonts and colours, after those of the desktop.
 void PreferencesWindow::dress() {
     styleLabels(*this);
     const QFontMetrics metrics(m_list->font());

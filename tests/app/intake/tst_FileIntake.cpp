@@ -28,7 +28,7 @@ private Q_SLOTS:
         QCOMPARE(intake.fileInfo()->fileURL.toLocalFile(), b);
         QVERIFY(!intake.fileInfo()->subtitleFileURL);
 
-        // The movie at hand is not confirmed: nothing further is probed, also for new files.
+        // The current movie is not confirmed: no other file is probed, new ones neither.
         const QString c = home.write("c.mkv");
         intake.openFiles({c});
         QCoreApplication::processEvents();
@@ -62,7 +62,7 @@ private Q_SLOTS:
         intake.openFiles({home.write("a.mkv"), home.write("b.mkv")});
         QTRY_COMPARE(idle.count(), 1);
         QCOMPARE(rejected.count(), 2);
-        QCOMPARE(messagesBefore, 2);  // Each was told before it was announced.
+        QCOMPARE(messagesBefore, 2);  // Each message was shown before the result.
     }
 
     void endsTheProbeUnderWay() {

@@ -26,8 +26,8 @@
 
 using Act = std::function<void(QDialog&)>;
 
-/// Does `act` on the dialog that becomes the active modal one within the deadline, and closes it when `act`
-/// did not answer it.
+/// Calls `act` for the dialog that becomes the active modal one within the deadline, and closes the dialog if
+/// `act` did not answer it.
 static void onNextModal(const Act& act) {
     auto* timer = new QTimer(qApp);
     timer->setInterval(1);
@@ -140,7 +140,7 @@ private Q_SLOTS:
         QTest::newRow("shown") << true;
         QTest::newRow("closed meanwhile") << false;
     }
-    /// While the panel closes in which something was chosen, no window is active, or another one.
+    /// While the panel in which a file was chosen closes, no window is active, or another one.
     void overTheWindowThatAsked() {
         QFETCH(const bool, isShown);
         QWidget preferences;
@@ -169,11 +169,11 @@ private Q_SLOTS:
             isClosed ? void(m_window->close()) : m_window.reset();
             onNextModal([](QDialog& dialog) {
                 const QPoint off = dialog.geometry().center() - dialog.screen()->geometry().center();
-                QVERIFY(off.manhattanLength() <= 16);  // But for the frame.
+                QVERIFY(off.manhattanLength() <= 16);  // Except for the frame.
                 press(Qt::Key_Return)(dialog);
             });
             QString text;
-            QCOMPARE(alert_input("Name?", {}, text), 1000L);  // The single button that is the platform's.
+            QCOMPARE(alert_input("Name?", {}, text), 1000L);  // The only button with the platform's text.
             bool isAnswered = false;
             m_presenter.presentSheet({}, [&](const AlertAnswer&) { isAnswered = true; });
             press(Qt::Key_Return)(*qobject_cast<QDialog*>(QApplication::activeModalWidget()));
@@ -183,14 +183,14 @@ private Q_SLOTS:
 
     void controls_data() {
         const Table<AlertControl, QVariant, QVariant, Act> row("control", "before", "after", "act");
-        const auto type = [](const char* text) {  // Into what has the focus, without a click.
+        const auto type = [](const char* text) {  // Into the focused widget, without a click.
             return [=](QDialog& d) { QTest::keyClicks(d.focusWidget(), text); };
         };
         using C = AlertControl;
         row("input", C::Input, QVariant(), "a & b", type("a & b"));
         row("secure", C::SecureInput, "old", "secret", [=](QDialog& d) {
             QCOMPARE(d.findChild<QLineEdit*>()->echoMode(), QLineEdit::Password);
-            type("secret")(d);  // What was there is selected.
+            type("secret")(d);  // The previous text is selected.
         });
         row("box on", C::CheckBox, false, true, [](QDialog& d) {
             QCOMPARE(d.findChild<QCheckBox*>()->text(), "R && D");
@@ -209,7 +209,7 @@ private Q_SLOTS:
         });
         row("lines", C::InputText, u"a\u00A0b\n"_qs, u"a\u00A0b\n\nc"_qs, [=](QDialog& d) {
             QTest::keyClick(d.focusWidget(), Qt::Key_End, Qt::ControlModifier);
-            QTest::keyClick(d.focusWidget(), Qt::Key_Return);  // A line, not the button.
+            QTest::keyClick(d.focusWidget(), Qt::Key_Return);  // A line break, not the button.
             type("c")(d);
         });
         row("output", C::OutputText, "text", "text",
@@ -294,7 +294,7 @@ private Q_SLOTS:
         QVERIFY(line >= 11);
         QCOMPARE(AlertPanel::heightFor("", font), 130);
         QVERIFY(qAbs(AlertPanel::heightFor(QString(19, '\n') + "x", font) - (100 + 20 * line)) <= 20);
-        // A path has no place to break it, and is no wider than the text.
+        // A path contains no blanks, and must not be wider than the text.
         QVERIFY(AlertPanel::heightFor(QString(400, 'w'), font) > 130 + 4 * line);
     }
 
