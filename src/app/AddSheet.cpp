@@ -97,7 +97,7 @@ void AddSheet::cancelAll() {
     cancelAdd();
 }
 
-bool AddSheet::isStillAtHand(const QString& path) const {
+bool AddSheet::isStillCurrent(const QString& path) const {
     return m_intake.fileInfo() && m_intake.fileInfo()->fileURL.toLocalFile() == path;
 }
 
@@ -130,7 +130,7 @@ void AddSheet::askForDestination() {
     const QString source = m_intake.fileInfo()->fileURL.toLocalFile();
     m_panels.saveFile(folderOf(source), outputname::outputFileName(m_intake.fileInfo()->fileName),
                       outputname::outputExtension(), [this, source](const QString& path) {
-                          if (!isStillAtHand(source)) return;
+                          if (!isStillCurrent(source)) return;
                           if (outputname::isSameFile(path, source)) {
                               alert_apptitled(outputname::kOverwritesSource, "D'oh");
                               return;
@@ -162,7 +162,7 @@ void AddSheet::goNextToSource(bool mayAsk) {
     m_panels.chooseFolder(FilePanels::Over::MainWindow, folderOf(source),
                           [this, source](const QString& path) {
                               m_destinations.addOpenedFolder(path);
-                              if (isStillAtHand(source)) goNextToSource(false);
+                              if (isStillCurrent(source)) goNextToSource(false);
                           });
 }
 
@@ -188,8 +188,8 @@ void AddSheet::addJob(const QString& destination, const QString& securityFolder,
     job->presetSpeedInfo();
     job->setMayReplaceDestination(mayReplace);
     if (m_queue.addJob(std::move(job))) return;
-    const QString told =
+    const QString warning =
         makeString("%@\n\n%@", text::localized(JobQueue::kNotWriteable),
                    makeString("The movie “%@” stays on the sheet.", m_intake.fileInfo()->fileName));
-    showInTurn([told] { alert_apptitled(told, "OK"); }, told);
+    showInTurn([warning] { alert_apptitled(warning, "OK"); }, warning);
 }

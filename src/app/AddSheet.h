@@ -63,7 +63,7 @@ private:
     void showScanning(const QString& path);
     void showAccepted();
     void setTopConstraint(double height);
-    bool isStillAtHand(const QString& path) const;
+    bool isStillCurrent(const QString& path) const;
     void askForDestination();
     void goNextToSource(bool mayAsk);
     void goToStoredFolder(qsizetype number);

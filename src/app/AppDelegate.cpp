@@ -62,7 +62,7 @@ void AppDelegate::applicationWillFinishLaunching() {
     m_version = makeString("%@ %@", text::localized("Version:"), m_library->appVersionString());
     increaseUsages(*this, false, false);
     m_moveObservation = PXAppMovedHandler::startMoveObservation(
-        {[this](const QString& newPath, Block launch) { giveWay(newPath, std::move(launch)); }});
+        {[this](const QString& newPath, Block launch) { handOver(newPath, std::move(launch)); }});
     // This encoding can no longer be chosen.
     if (defaultInt(settings::ExternalSubtitleEncoding.key) == static_cast<int>(kRetiredSubtitleEncoding))
         settings::ExternalSubtitleEncoding.setValue({});
@@ -144,7 +144,7 @@ QStringList AppDelegate::unfinishedFiles() const {
     return m_searchedPaths + m_intake.unconfirmedFiles() + m_queue.unfinishedFiles();
 }
 
-void AppDelegate::giveWay(const QString& newPath, Block launch) {
+void AppDelegate::handOver(const QString& newPath, Block launch) {
     // The application was ended while the alert was open: do not start another instance.
     if (m_terminates) return;
     unfinished::keep(unfinished::movedAlong(unfinishedFiles(), ApplicationInfo::bundlePath(), newPath));

@@ -108,7 +108,7 @@ private:
     void addFiles(const QStringList& files, const QList<QUrl>& given);
     void showRefusal(const QString& reason);
     void announceTerminated();
-    void giveWay(const QString& newPath, Block launch);
+    void handOver(const QString& newPath, Block launch);
 
     FilePanels& m_panels;
     std::unique_ptr<QuillonLib> m_library;

@@ -166,7 +166,7 @@ QVariant overrideValue(const QString& text) {
 }
 
 /// Parses a "--set KEY=VALUE" into `overrides`. Returns an error message; empty: success.
-QString takeOverride(const QString& assignment, QMap<QString, QVariant>& overrides) {
+QString parseOverride(const QString& assignment, QMap<QString, QVariant>& overrides) {
     const qsizetype equals = assignment.indexOf(u'=');
     if (equals < 0) return Texts::tr("--set needs KEY=VALUE, not '%1'").arg(assignment);
     const QString key = assignment.left(equals);
@@ -243,7 +243,7 @@ CommandLine CommandLine::parse(int argc, char** argv) {
     }
 
     for (const std::string& assignment : raw.settings) {
-        const QString message = takeOverride(decoded(assignment), line.overrides);
+        const QString message = parseOverride(decoded(assignment), line.overrides);
         if (!message.isEmpty()) return mistake(message, commandName());
     }
     if (!raw.style.empty()) line.overrides.insert(settings::ConversionPreset.key, styles().at(raw.style));

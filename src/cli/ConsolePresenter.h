@@ -26,5 +26,5 @@ public:
     bool writesToStandardError = true;
 
 private:
-    void say(const Message& message);
+    void write(const Message& message);
 };

@@ -27,7 +27,7 @@ ConvertCommand::ConvertCommand(const ConvertOptions& options, ConsolePresenter& 
       m_report(options.json ? makeJsonReport() : makeTextReport(options.quiet)),
       m_intake(FileIntake::Messages::AtOnce),
       m_queue(m_intake) {
-    presenter.beforeWriting = [this] { m_report->makeRoom(); };
+    presenter.beforeWriting = [this] { m_report->prepareForOutput(); };
     presenter.onMessage = [this](const ConsolePresenter::Message& message) { onMessage(message); };
     // Runs are counted as in the window, but there is no user to be asked for a rating.
     m_queue.setUsageCounter([this](bool increase, bool) { increaseUsages(m_usages, increase, false); });
@@ -36,12 +36,12 @@ ConvertCommand::ConvertCommand(const ConvertOptions& options, ConsolePresenter& 
         m_messages.clear();
         m_collects = true;
     });
-    connect(&m_intake, &FileIntake::fileAccepted, this, &ConvertCommand::takeAccepted);
-    connect(&m_intake, &FileIntake::fileRejected, this, &ConvertCommand::takeRejected);
+    connect(&m_intake, &FileIntake::fileAccepted, this, &ConvertCommand::onFileAccepted);
+    connect(&m_intake, &FileIntake::fileRejected, this, &ConvertCommand::onFileRejected);
     connect(&m_intake, &FileIntake::becameIdle, this, [this] {
         // The last file may have been refused while added jobs waited for it.
         m_queue.startNextJobInQueue();
-        QTimer::singleShot(0, this, &ConvertCommand::takeNext);
+        QTimer::singleShot(0, this, &ConvertCommand::addNextMovie);
         endIfDone();
     });
     connect(&m_queue, &JobQueue::jobAdded, this, &ConvertCommand::watch);
@@ -70,15 +70,15 @@ void ConvertCommand::setEndless(bool endless) {
 
 void ConvertCommand::add(const QString& path) {
     if (m_interrupted) return;
-    m_toCome.append(path);
-    takeNext();
+    m_pendingMovies.append(path);
+    addNextMovie();
 }
 
 /// Adds one movie at a time, so that the first one is converted first and does not wait for the probes of the
 /// others.
-void ConvertCommand::takeNext() {
-    if (m_toCome.isEmpty() || m_intake.isScanning() || m_intake.fileInfo()) return;
-    m_intake.openFiles({m_toCome.takeFirst()});
+void ConvertCommand::addNextMovie() {
+    if (m_pendingMovies.isEmpty() || m_intake.isScanning() || m_intake.fileInfo()) return;
+    m_intake.openFiles({m_pendingMovies.takeFirst()});
 }
 
 void ConvertCommand::onMessage(const ConsolePresenter::Message& message) {
@@ -97,7 +97,7 @@ void ConvertCommand::reportProbe(const QString& file, const std::optional<MKVFil
         m_report->message(file, message);
 }
 
-void ConvertCommand::takeRejected(const QString& path) {
+void ConvertCommand::onFileRejected(const QString& path) {
     if (m_interrupted) {
         refuse(path, Texts::tr("The conversion was interrupted."), false);
         return;
@@ -107,7 +107,7 @@ void ConvertCommand::takeRejected(const QString& path) {
     refuse(path, wasShown ? m_messages.back().message : Texts::tr("The file can't be converted."), wasShown);
 }
 
-void ConvertCommand::takeAccepted() {
+void ConvertCommand::onFileAccepted() {
     MKVFileInfo info = *m_intake.fileInfo();
     const QString file = info.fileURL.toLocalFile();
     if (m_interrupted) {
@@ -216,7 +216,7 @@ void ConvertCommand::interrupt() {
         ++m_failures;
         m_report->failed(*job, why);
     }
-    const QStringList waiting = m_intake.importFiles() + std::exchange(m_toCome, {});
+    const QStringList waiting = m_intake.importFiles() + std::exchange(m_pendingMovies, {});
     for (const QString& file : waiting)
         refuse(file, why.message, true);
     m_intake.clearImportFiles();
@@ -227,14 +227,14 @@ void ConvertCommand::interrupt() {
 void ConvertCommand::endIfDone() {
     if (m_endless && !m_interrupted) return;
     const bool allProbed =
-        m_toCome.isEmpty() && !m_intake.areWaiting() && !m_intake.isScanning() && !m_intake.fileInfo();
+        m_pendingMovies.isEmpty() && !m_intake.areWaiting() && !m_intake.isScanning() && !m_intake.fileInfo();
     if (allProbed && m_running == 0 && ToolReaper::shared().isIdle()) QCoreApplication::quit();
 }
 
 namespace {
 
 /// The error in the options for these inputs; empty: none.
-QString mistakeIn(const ConvertOptions& options, const Inputs& inputs) {
+QString errorIn(const ConvertOptions& options, const Inputs& inputs) {
     if (inputs.movies.isEmpty() && inputs.refusals.empty())
         return Texts::tr("there is no movie among the files");
     if (options.output.isEmpty()) return {};
@@ -252,8 +252,8 @@ QString mistakeIn(const ConvertOptions& options, const Inputs& inputs) {
 
 int runConvert(const ConvertOptions& options, const CommandLine& line) {
     const Inputs inputs = findInputs(options.paths);
-    const QString mistake = mistakeIn(options, inputs);
-    if (!mistake.isEmpty()) return wrongUsage(mistake, "convert");
+    const QString error = errorIn(options, inputs);
+    if (!error.isEmpty()) return wrongUsage(error, "convert");
 
     const Interruption interruption;
     auto overrides = line.overrides;

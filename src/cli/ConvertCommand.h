@@ -33,8 +33,8 @@ public:
 
 private:
     void onMessage(const ConsolePresenter::Message& message);
-    void takeAccepted();
-    void takeRejected(const QString& path);
+    void onFileAccepted();
+    void onFileRejected(const QString& path);
     std::optional<qsizetype> chooseAudio(const QString& file, std::optional<qsizetype> best);
     bool chooseDestination(MKVFileInfo& info, QString& problem) const;
     void addToQueue(MKVFileInfo info, qsizetype audioTrackIndex);
@@ -44,7 +44,7 @@ private:
     void refuseAtHand(const QString& message, bool wasShown);
     void reportProbe(const QString& file, const std::optional<MKVFileInfo>& record,
                      std::optional<qsizetype> best);
-    void takeNext();
+    void addNextMovie();
     void endIfDone();
 
     const ConvertOptions m_options;
@@ -60,5 +60,5 @@ private:
     int m_failures = 0;
     bool m_interrupted = false;
     bool m_endless = false;
-    QStringList m_toCome;  ///< Movies that were added during a probe; the oldest is first.
+    QStringList m_pendingMovies;  ///< Movies that were added during a probe; the oldest is first.
 };

@@ -17,7 +17,7 @@ public:
     virtual void probed(const QString& file, const std::optional<MKVFileInfo>& record,
                         std::optional<qsizetype> bestTrack, const json::Messages& messages) = 0;
     /// Other text will be written to the terminal: clears the lines that are redrawn in place.
-    virtual void makeRoom() {}
+    virtual void prepareForOutput() {}
     /// An alert of the core; `file` is the movie that it refers to.
     virtual void message(const QString& file, const ConsolePresenter::Message& message) = 0;
     virtual void queued(const ConversionJob& job) = 0;

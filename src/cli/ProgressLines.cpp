@@ -50,8 +50,8 @@ QString progressLine(const ProgressLines::Line& line, int columns) {
     const QString percent = QString::number(static_cast<int>(line.percent)).rightJustified(3) + u'%';
     const QString figures =
         makeString(" %@ %@  ", bar(line.percent), percent) + Texts::tr("ETA %1").arg(line.remaining);
-    const int room = std::max(8, columns - 1 - columnsOf(figures));
-    return elidedInTheMiddle(printable(line.name), room) + figures;
+    const int nameColumns = std::max(8, columns - 1 - columnsOf(figures));
+    return elidedInTheMiddle(printable(line.name), nameColumns) + figures;
 }
 
 void ProgressLines::draw(const QList<Line>& lines) {

@@ -26,7 +26,7 @@ public:
     void probed(const QString&, const std::optional<MKVFileInfo>&, std::optional<qsizetype>,
                 const json::Messages&) override {}
     void message(const QString&, const ConsolePresenter::Message&) override {}
-    void makeRoom() override { m_lines.clear(); }
+    void prepareForOutput() override { m_lines.clear(); }
     void queued(const ConversionJob&) override {}
 
     void started(const ConversionJob& job) override {

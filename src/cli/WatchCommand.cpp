@@ -24,8 +24,7 @@ QString whyNotWatchable(const QString& folder) {
 
 int runWatch(const WatchOptions& options, const CommandLine& line) {
     const QString folder = absolutePath(options.folder);
-    if (const QString mistake = whyNotWatchable(folder); !mistake.isEmpty())
-        return wrongUsage(mistake, "watch");
+    if (const QString error = whyNotWatchable(folder); !error.isEmpty()) return wrongUsage(error, "watch");
 
     const Interruption interruption;
     auto overrides = line.overrides;

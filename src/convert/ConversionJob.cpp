@@ -76,7 +76,7 @@ void ConversionJob::setState(JobState state) {
     Q_EMIT stateChanged(before, state);
 }
 
-void ConversionJob::takeSleepAssertion() {
+void ConversionJob::acquireSleepAssertion() {
     releaseSleepAssertion();
     m_sleepAssertion = sharedDesktop().acquireSleepAssertion("Converting MKV file.");
 }
@@ -92,7 +92,7 @@ bool ConversionJob::destinationIsWriteable() const {
 
 void ConversionJob::start() {
     Q_EMIT starting();
-    takeSleepAssertion();
+    acquireSleepAssertion();
     m_output = ToolOutput();
     m_progress = 0;
     if (!files::fileExists(m_fileInfo.fileURL)) {
@@ -187,7 +187,7 @@ void ConversionJob::outputReceived(const QByteArray& bytes) {
 
 void ConversionJob::progressTimer() {
     readProgress();
-    m_journal->keepUp();
+    m_journal->noteStillRunning();
     Q_EMIT progressed();
 }
 
@@ -286,7 +286,7 @@ void ConversionJob::continueJob() {
         m_timer.start();
         if (m_task) m_task->resume();
         setState(JobState::Converting);
-        takeSleepAssertion();
+        acquireSleepAssertion();
     }
     m_controller.pauseContinueClicked(false);
 }

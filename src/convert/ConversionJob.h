@@ -104,7 +104,7 @@ Q_SIGNALS:
 
 private:
     void setState(JobState state);
-    void takeSleepAssertion();
+    void acquireSleepAssertion();
     void releaseSleepAssertion();
     bool needFixup(int audioStream) const;
     void claimDestination();

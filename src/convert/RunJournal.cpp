@@ -84,7 +84,7 @@ RunJournal::~RunJournal() {
     QFile::remove(m_path);
 }
 
-void RunJournal::keepUp() const {
+void RunJournal::noteStillRunning() const {
     ::utimensat(AT_FDCWD, QFile::encodeName(m_path).constData(), nullptr, 0);
 }
 

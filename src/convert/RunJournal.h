@@ -21,7 +21,7 @@ public:
     void noteOutput();
     /// Records that the run continues. Call it about once a second: an output that was changed long after the
     /// last call belongs to another program.
-    void keepUp() const;
+    void noteStillRunning() const;
 
     /// Deletes the files of runs whose instance has crashed. Runs of other live instances are not touched.
     static void cleanUpAfterCrashes();

@@ -16,17 +16,17 @@ public:
     /// Appends a text that does not come from the tool, such as a reason.
     void note(const QString& text);
 
-    QString text() const { return m_begin + m_telling + m_end; }
+    QString text() const { return m_begin + m_relevant + m_end; }
     bool contains(QStringView mark) const;
 
 private:
-    void takeLine(QStringView line);
+    void addLine(QStringView line);
     void keep(QStringView line);
 
     // The tool writes ASCII, of which UTF-8 is a superset: file names stay readable.
     QStringDecoder m_decoder{QStringDecoder::Utf8};
     QString m_unfinished;
     QString m_begin;
-    QString m_telling;  ///< Lines between the beginning and the end that explain() searches for.
+    QString m_relevant;  ///< Lines between the beginning and the end that explain() searches for.
     QString m_end;
 };

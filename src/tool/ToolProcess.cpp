@@ -15,9 +15,9 @@ ToolProcess::ToolProcess(QObject* parent) : QObject(parent) {
     m_process.setProcessChannelMode(QProcess::MergedChannels);
     m_killTimer.setSingleShot(true);
     connect(&m_killTimer, &QTimer::timeout, this, [this] { childprocess::signalGroup(m_process, SIGKILL); });
-    connect(&m_process, &QProcess::readyRead, this, &ToolProcess::takeOutput);
+    connect(&m_process, &QProcess::readyRead, this, &ToolProcess::readOutput);
     connect(&m_process, &QProcess::finished, this, [this](int status, QProcess::ExitStatus how) {
-        takeOutput();
+        readOutput();
         finish({how == QProcess::NormalExit ? ToolExit::Reason::Exited : ToolExit::Reason::Signalled,
                 status,
                 {}});
@@ -60,7 +60,7 @@ void ToolProcess::terminate() {
     m_killTimer.start(kPatienceMilliseconds);
 }
 
-void ToolProcess::takeOutput() {
+void ToolProcess::readOutput() {
     const QByteArray bytes = m_process.readAll();
     if (!bytes.isEmpty()) Q_EMIT outputReceived(bytes);
 }

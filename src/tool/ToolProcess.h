@@ -42,7 +42,7 @@ Q_SIGNALS:
     void ended(const ToolExit& exit);
 
 private:
-    void takeOutput();
+    void readOutput();
     void finish(const ToolExit& exit);
 
     QProcess m_process;

@@ -19,11 +19,11 @@ public:
     /// Takes ownership of the run and calls `cleanUp` when it has ended; immediately if it already has.
     void adopt(std::unique_ptr<ToolProcess> process, std::function<void()> cleanUp);
 
-    bool isIdle() const { return m_dying == 0; }
+    bool isIdle() const { return m_endingCount == 0; }
 
 Q_SIGNALS:
     void becameIdle();
 
 private:
-    int m_dying = 0;
+    int m_endingCount = 0;
 };

@@ -51,8 +51,8 @@ QStringList parseCommandLine() {
         QApplication::translate("main", "Puts movies into MP4 without re-encoding the picture."));
     parser.addHelpOption();
     parser.addVersionOption();
-    QCommandLineOption asService(
-        "gapplication-service");  // Desktops add it when they start the application by D-Bus.
+    // Desktops add it when they start the application by D-Bus.
+    QCommandLineOption asService("gapplication-service");
     asService.setFlags(QCommandLineOption::HiddenFromHelp);
     parser.addOption(asService);
     parser.addPositionalArgument("files", QApplication::translate("main", "Movies, subtitle files, folders."),

@@ -213,13 +213,13 @@ private Q_SLOTS:
         app.presenter.waits = true;
         setDefaultInt(kAutoAddKey, autoAdd ? 1 : 0);
         app.delegate.openFiles({app.write("a.mkv"), app.write("b.mkv"), app.write("c.mkv")});
-        qsizetype told = 0;
+        qsizetype shownCount = 0;
         for (const char* name : {"c", "b", "a"}) {
             app.panels.savedAs = "/proc/x.mp4";
             QTRY_VERIFY(app.isReady());
             if (!autoAdd) app.sheet().addToQueue();
-            ++told;
-            QTRY_COMPARE(app.presenter.shown.size(), told);
+            ++shownCount;
+            QTRY_COMPARE(app.presenter.shown.size(), shownCount);
             QCOMPARE(app.presenter.messages().last(),
                      QString("You don't seem to have write access to the selected destinatation or it is a "
                              "read-only filesystem. Please choose another destination.\n\nThe movie "

@@ -82,21 +82,21 @@ class Audio(CliTest):
                 self.assertEqual({"eng"}, set(languages(seen, "audio")))
 
     def test_which_track_is_taken(self):
-        spoken = ("eng", "ger", "ger", "rus", "fre")
-        tracks = (f"{codec} 2 48000 {language}" for codec, language in zip(("ac3", "dts", "aac", "aac", "mp3"), spoken))
+        codes = ("eng", "ger", "ger", "rus", "fre")
+        tracks = (f"{codec} 2 48000 {language}" for codec, language in zip(("ac3", "dts", "aac", "aac", "mp3"), codes))
         source = self.place(movie(*tracks), "Movie.mkv")
-        for preferred, arguments, taken in (
+        for preferred, arguments, expected in (
             ("de_AT:en", (), 2), ("ja:fr", (), 4), ("ja", (), 2),  # none: the first AAC of all
             ("en", ("--set", "DefaultAudio=8"), 3), ("de", ("--audio", "0", "--set", "DefaultAudio=8"), 0),
         ):
             with self.subTest(preferred=preferred, arguments=arguments):
                 self.env["LANGUAGE"] = preferred
                 result = self.convert(source, "--output", "Movie.mp4", "--style", "fast", *arguments)
-                self.assertIn(f"0:{taken + 1}", result.only("started")["arguments"])
-                self.assertEqual([spoken[taken]], languages(look(self.folder / "Movie.mp4"), "audio"))
+                self.assertIn(f"0:{expected + 1}", result.only("started")["arguments"])
+                self.assertEqual([codes[expected]], languages(look(self.folder / "Movie.mp4"), "audio"))
                 probed = result.only("probed")
                 if "--audio" not in arguments:
-                    self.assertEqual(taken, probed["audioTrackInformation"].index(probed["bestLanguage"]))
+                    self.assertEqual(expected, probed["audioTrackInformation"].index(probed["bestLanguage"]))
 
     def test_languages_of_a_locale_in_another_encoding(self):
         source = self.place(movie("ac3", "ac3 2 48000 ger"), "Movie.mkv")

@@ -72,11 +72,11 @@ class Failures(CliTest):
         disk.mkdir()
         before = "there is not enough free space or it doesn't support large files"
         within = "there is not enough free space left on the destination volume"
-        for seconds, room, says in ((5, -8192, before), (20, 8192, within), (5, 8192, within)):
-            with self.subTest(seconds=seconds, room=room):
-                # The sound takes much more room in the output.
+        for seconds, extra, says in ((5, -8192, before), (20, 8192, within), (5, 8192, within)):
+            with self.subTest(seconds=seconds, extra=extra):
+                # The audio becomes much larger in the output.
                 source = self.place(movie("mp3", seconds=seconds, options=("-b:a", "32k")), "Movie.mkv")
-                size = f"size={source.stat().st_size + room}"
+                size = f"size={source.stat().st_size + extra}"
                 if subprocess.run(["mount", "-t", "tmpfs", "-o", size, "none", disk], capture_output=True).returncode:
                     self.skipTest("mounting is not allowed")
                 try:

@@ -249,8 +249,8 @@ private Q_SLOTS:
             Stage stage;
             stage.remake({"#1: eng (aac)"});
             stage.tool.setTrial(said);
-            stage.tool.setConversion(
-                "exit 0\n");  // The output of the trial run is not mistaken for the movie.
+            // The output of the trial run is not mistaken for the movie.
+            stage.tool.setConversion("exit 0\n");
             stage.job->start();
             QCOMPARE(stage.job->arguments().contains("-absf"), filter);
             QVERIFY(stage.job->fastmode());

@@ -77,8 +77,8 @@ QByteArray FakeTool::report(const QByteArray& moreStreams, const QByteArray& dur
            moreStreams + "At least one output file must be specified\n";
 }
 
-QByteArray FakeTool::waitFor(const QString& goOn) {
-    return "echo movie > \"$destination\"\nwait_until \"[ -e '" + goOn.toUtf8() + "' ]\"\n";
+QByteArray FakeTool::waitFor(const QString& path) {
+    return "echo movie > \"$destination\"\nwait_until \"[ -e '" + path.toUtf8() + "' ]\"\n";
 }
 
 void FakeTool::write(const QString& name, const QByteArray& contents) const {

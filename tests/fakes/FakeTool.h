@@ -29,8 +29,8 @@ public:
     /// ...").
     static QByteArray report(const QByteArray& moreStreams, const QByteArray& duration = "00:00:10.00");
 
-    /// A conversion that runs until `goOn` exists.
-    static QByteArray waitFor(const QString& goOn);
+    /// A conversion that runs until the file `path` exists.
+    static QByteArray waitFor(const QString& path);
 
 private:
     void write(const QString& name, const QByteArray& contents) const;

@@ -100,12 +100,12 @@ private Q_SLOTS:
         QVERIFY(fresh.value(settings::FixSubtitleDuration) && !fresh.value(settings::ConcurrentJobs));
         setDefaultInt(kAACBitrateKey, 3);
         standardUserDefaults().setOverride(kAutoAddKey, 1);
-        settings::Snapshot taken = settings::Snapshot::current();
+        settings::Snapshot snapshot = settings::Snapshot::current();
         setDefaultInt(kAACBitrateKey, 0);
-        QCOMPARE(taken.word(settings::AACBitrate), QLatin1StringView("192k"));
-        QVERIFY(taken.value(settings::AutoAdd) && taken.value(settings::FixSubtitleDuration));
-        taken.set(settings::AudioVolume, 98.5F);
-        QCOMPARE(taken.value(settings::AudioVolume), 98.5F);
+        QCOMPARE(snapshot.word(settings::AACBitrate), QLatin1StringView("192k"));
+        QVERIFY(snapshot.value(settings::AutoAdd) && snapshot.value(settings::FixSubtitleDuration));
+        snapshot.set(settings::AudioVolume, 98.5F);
+        QCOMPARE(snapshot.value(settings::AudioVolume), 98.5F);
     }
 
     void changesAreReported() {

@@ -121,14 +121,14 @@ QString returnedText(const QStringList& paths) {
 }  // namespace
 
 Destinations::Destinations(FilePanels& panels, QObject* parent) : QObject(parent), m_panels(panels) {
-    connect(&m_returnWatch, &ReturnWatch::stirred, this, &Destinations::takeReturned);
+    connect(&m_returnWatch, &ReturnWatch::stirred, this, &Destinations::restoreReturned);
 }
 
 QString Destinations::restoreAtLaunch() {
     // Outside a sandbox no folder has to be opened first.
     if (!sharedDesktop().isSandboxed()) m_openedFolders.append({"/", false});
     renumberFromOldVersions();
-    QStringList gone = sortOut(Occasion::Launch).gone;
+    QStringList gone = updateStoredFolders(Occasion::Launch).gone;
     clampDefaultDestination();
     rebuildPreferencesDestinationPopUp();
     watchForReturn();
@@ -147,7 +147,7 @@ void Destinations::renumberFromOldVersions() {
     setDefaultInt(kHasUpgradedFromPre13Key, 1);
 }
 
-Destinations::Changes Destinations::sortOut(Occasion occasion) {
+Destinations::Changes Destinations::updateStoredFolders(Occasion occasion) {
     Changes changes;
     QVariantList keptBookmarks;
     QVariantList keptNames;
@@ -186,14 +186,14 @@ Destinations::Changes Destinations::sortOut(Occasion occasion) {
     return changes;
 }
 
-void Destinations::takeReturned() {
+void Destinations::restoreReturned() {
     const qsizetype selected = m_addSheet.selected();
     const bool isFolder = selected >= DestinationPopUp::kFirstFolder &&
                           selected < m_addSheet.items().size() &&
                           m_addSheet.items()[selected].kind == DestinationItem::Kind::Folder;
     const QVariant chosen =
         isFolder ? bookmarks().value(selected - DestinationPopUp::kFirstFolder) : QVariant();
-    const QStringList returned = sortOut(Occasion::Return).returned;
+    const QStringList returned = updateStoredFolders(Occasion::Return).returned;
     if (returned.isEmpty()) return;
     watchForReturn();
     rebuildPreferencesDestinationPopUp();

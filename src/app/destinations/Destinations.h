@@ -71,8 +71,8 @@ private:
     };
 
     void renumberFromOldVersions();
-    Changes sortOut(Occasion occasion);
-    void takeReturned();
+    Changes updateStoredFolders(Occasion occasion);
+    void restoreReturned();
     void watchForReturn();
     void clampDefaultDestination();
     void store(const QString& folder, DestinationPopUp::Place sender);

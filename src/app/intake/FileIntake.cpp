@@ -44,12 +44,12 @@ void FileIntake::addNextFile() {
     dispatch_async_back([self = QPointer(this), path, subtitle, isCancelled = m_isCancelled] {
         MKVFileInfo::Probe probe = MKVFileInfo::probe(QUrl::fromLocalFile(path), isCancelled.get());
         dispatch_async_main([self, path, subtitle, probe = std::move(probe)] {
-            if (self) self->takeResult(path, subtitle, probe);
+            if (self) self->handleResult(path, subtitle, probe);
         });
     });
 }
 
-void FileIntake::takeResult(const QString& path, const QString& subtitle, MKVFileInfo::Probe probe) {
+void FileIntake::handleResult(const QString& path, const QString& subtitle, MKVFileInfo::Probe probe) {
     m_scannedFile.clear();
     Q_EMIT scanningEnded(path);
     // A cancelled probe has no meaningful result.

@@ -69,7 +69,7 @@ Q_SIGNALS:
     void becameIdle();
 
 private:
-    void takeResult(const QString& path, const QString& subtitle, MKVFileInfo::Probe probe);
+    void handleResult(const QString& path, const QString& subtitle, MKVFileInfo::Probe probe);
 
     const Messages m_messages;
     const QStringList m_preferredLanguages;

@@ -89,8 +89,8 @@ private:
     WaitingFiles& m_waiting;
     std::vector<std::unique_ptr<ConversionJob>> m_taskArray;
     std::array<int, 5> m_stateCounts{};
-    QHash<QString, int>
-        m_destinations;         ///< Planned outputs, each with the number of jobs that will write it.
+    /// Planned outputs, each with the number of jobs that will write it.
+    QHash<QString, int> m_destinations;
     bool m_startIsDue = false;  ///< A job was added while files waited.
     bool m_paused = false;
     std::function<void(bool, bool)> m_usageCounter;

@@ -56,8 +56,8 @@ Q_SIGNALS:
 private:
     void handleEvents(const QList<EventRecord>& records);
     void followMove(const EventRecord& record);
-    void noteGone(const QString& path);
-    void tell(const QString& path);
+    void noteMissing(const QString& path);
+    void report(const QString& path);
 
     const std::chrono::milliseconds m_latency;
     std::unique_ptr<DirectoryObserver> m_observer;
@@ -65,5 +65,5 @@ private:
     std::shared_ptr<Names> m_processedNames;
     /// Incomplete files that have disappeared, and the time. The record that their folder was moved may still
     /// follow.
-    QHash<QString, QDeadlineTimer> m_gone;
+    QHash<QString, QDeadlineTimer> m_missing;
 };

@@ -40,7 +40,7 @@ QString goneText(const QString& folder) {
 
 WatchFolder::WatchFolder(FilePanels& panels, QObject* parent, const WatchTimes& times)
     : QObject(parent), m_panels(panels), m_times(times), m_processedNames(std::make_shared<QSet<QString>>()) {
-    connect(&m_returnWatch, &ReturnWatch::stirred, this, &WatchFolder::takeReturned);
+    connect(&m_returnWatch, &ReturnWatch::stirred, this, &WatchFolder::restoreReturned);
     const auto follow = [this] {
         if (!m_isStoring) watchfolderActiveClicked();
     };
@@ -80,7 +80,7 @@ void WatchFolder::watchfolderSetClicked() {
 QString WatchFolder::resumeAtLaunch() {
     const QByteArray absent = settings::AbsentWatchfolderBookmark.value();
     if (absent.isEmpty()) return apply();
-    if (takeReturned()) return {};
+    if (restoreReturned()) return {};
     const QByteArray stored = settings::WatchfolderBookmark.value();
     if (!stored.isEmpty() && stored != absent) {
         forgetAbsent();
@@ -149,7 +149,7 @@ void WatchFolder::forgetAbsent() {
     m_returnWatch.setFolders({});
 }
 
-bool WatchFolder::takeReturned() {
+bool WatchFolder::restoreReturned() {
     const QByteArray absent = settings::AbsentWatchfolderBookmark.value();
     const QByteArray stored = settings::WatchfolderBookmark.value();
     const bool isOther = !stored.isEmpty() && stored != absent;

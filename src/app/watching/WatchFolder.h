@@ -63,7 +63,7 @@ private:
     QString apply();
     void remember(const QByteArray& bookmark, bool isActive);
     void forgetAbsent();
-    bool takeReturned();
+    bool restoreReturned();
     void startObserving(const QString& folder);
     void onEnded(const MovieArrivals* watch, const QString& reason);
     void say(const QString& text);

@@ -40,7 +40,7 @@ RatingWindow::RatingWindow(PXRatingWindowController& controller, QWidget* parent
     m_ui->applicationIcon->setPixmap(
         applicationIcon().pixmap(QSize(kIconSize, kIconSize), devicePixelRatioF()));
     m_ui->introTextField->setContentsMargins(kIntroMargin, 0, kIntroMargin, 0);
-    dressTexts();
+    styleTexts();
     connectButtons();
     connect(&controller, &PXRatingWindowController::viewChanged, this, &RatingWindow::showView);
     connect(&controller, &PXRatingWindowController::closeRequested, this, &QWidget::close);
@@ -53,7 +53,7 @@ RatingWindow::RatingWindow(PXRatingWindowController& controller, QWidget* parent
 
 RatingWindow::~RatingWindow() = default;
 
-void RatingWindow::dressTexts() {
+void RatingWindow::styleTexts() {
     for (QWidget* button :
          QList<QWidget*>{m_ui->ratemacupdateButton, m_ui->rateappstoreButton, m_ui->notnowButton,
                          m_ui->happyButton, m_ui->notsureButton, m_ui->problemButton, m_ui->feedbackButton}) {

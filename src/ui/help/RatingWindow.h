@@ -27,7 +27,7 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    void dressTexts();
+    void styleTexts();
     void connectButtons();
     void showView();
     void adjustReviewButtons();

@@ -19,7 +19,7 @@ bool isFirstOfPage(QLabel& label) {
     return grid && grid->contentsMargins().top() > 0 && grid->itemAtPosition(0, 0)->widget() == &label;
 }
 
-void dressHeading(QLabel& label) {
+void styleHeading(QLabel& label) {
     QFont font;
     font.setBold(true);
     label.setFont(font);
@@ -28,7 +28,7 @@ void dressHeading(QLabel& label) {
 
 /// A small font in the secondary colour; below a check box or a radio button aligned with its text. It
 /// becomes the accessible description of the control that it explains.
-void dressHelp(QLabel& label, const QWidget& root) {
+void styleHelp(QLabel& label, const QWidget& root) {
     constexpr qreal kSmall = 0.9;
     QFont font = root.font();
     if (font.pointSizeF() > 0)
@@ -66,7 +66,7 @@ void styleLabels(QWidget& root) {
     for (QLabel* label : labels) {
         label->setAlignment(leading | Qt::AlignVCenter);
         const QString role = label->property("role").toString();
-        if (role == u"heading") dressHeading(*label);
-        if (role == u"help") dressHelp(*label, root);
+        if (role == u"heading") styleHeading(*label);
+        if (role == u"help") styleHelp(*label, root);
     }
 }

@@ -47,7 +47,7 @@ private:
     /// Shows the pane of the chosen conversion style.
     void selectConversionStyle();
     void showFolders();
-    void dress();
+    void applyStyle();
 
     Destinations& m_destinations;
     WatchFolder& m_watchFolder;

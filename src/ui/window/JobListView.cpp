@@ -194,11 +194,11 @@ void JobListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bot
     // All rows always have the same height; QListView would lay out every row again.
     const QRect changed = visualRect(topLeft).united(visualRect(bottomRight)) & viewport()->rect();
     if (!changed.isEmpty()) viewport()->update(changed);
-    if (!roles.isEmpty()) return;  // A progress update: no accessible event.
-    QAccessibleTableModelChangeEvent spoken(this, QAccessibleTableModelChangeEvent::DataChanged);
-    spoken.setFirstRow(topLeft.row());
-    spoken.setLastRow(bottomRight.row());
-    QAccessible::updateAccessibility(&spoken);
+    if (!roles.isEmpty()) return;  // A progress update: no accessibility event.
+    QAccessibleTableModelChangeEvent change(this, QAccessibleTableModelChangeEvent::DataChanged);
+    change.setFirstRow(topLeft.row());
+    change.setLastRow(bottomRight.row());
+    QAccessible::updateAccessibility(&change);
 }
 
 bool JobListView::viewportEvent(QEvent* event) {

@@ -50,6 +50,6 @@ private:
     JobDelegate* m_delegate = nullptr;
     QPersistentModelIndex m_pressedIndex;
     std::optional<jobrow::Button> m_pressedButton;
-    QPointer<ConversionJob>
-        m_pressedJob;  ///< The job of the last press, for the second press of a double click.
+    /// The job of the last press, for the second press of a double click.
+    QPointer<ConversionJob> m_pressedJob;
 };

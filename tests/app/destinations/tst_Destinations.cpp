@@ -147,9 +147,9 @@ private Q_SLOTS:
         remove();
         {
             Destinations destinations(panels);
-            const QString told = destinations.restoreAtLaunch();
+            const QString text = destinations.restoreAtLaunch();
             for (const QChar letter : gone)
-                QVERIFY2(told.contains(home.path(letter)), qPrintable(told));
+                QVERIFY2(text.contains(home.path(letter)), qPrintable(text));
             QCOMPARE(defaultArray(kDestinationNamesKey).value(), letters(left));
             QCOMPARE(defaultArray(kDestinationBookmarksKey)->size(), left.size());
             QCOMPARE(defaultInt(kDefaultDestinationKey), preselectedThen);
