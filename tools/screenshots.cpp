@@ -1,4 +1,4 @@
-// Puts the windows into every state worth looking at and saves a picture of each: screenshots FOLDER [--dark]
+// Puts the windows into every relevant state and saves a screenshot of each: screenshots FOLDER [--dark]
 #include "documentation/window/Documentation.h"
 #include "documentation/window/WebEngine.h"
 #include "fakes/WindowedApplication.h"
@@ -28,7 +28,7 @@
 
 namespace {
 
-/// By its name, a movie converts for ever, fails, or is done at once.
+/// The name of a movie decides whether it converts forever, fails, or finishes at once.
 constexpr const char* kConversion = R"sh(
 echo movie > "$destination"
 case "$destination" in
@@ -172,7 +172,7 @@ void about() {
     help.close();
 }
 
-/// The real pages of the build, by the real engine.
+/// The real pages of the build, in the real engine.
 void documentationWindow() {
     WindowedApplication app;
     qputenv("RAVELIN_RESOURCES", (QCoreApplication::applicationDirPath() + "/../resources").toUtf8());
@@ -182,7 +182,7 @@ void documentationWindow() {
         return;
     }
     const Documentation documentation(app.delegate, engine, {symbolicIcon("job-remove"), addWindowMenu});
-    constexpr int kMillisecondsToDraw = 700;  // The engine does not say when it has.
+    constexpr int kMillisecondsToDraw = 700;  // The engine does not report when it has drawn.
     for (int page = 0; page < documentation::pages().size(); ++page) {
         app.delegate.openDocumentationWindow(page);
         QTest::qWait(kMillisecondsToDraw);
@@ -195,7 +195,7 @@ void documentationWindow() {
     save(*documentation.documentationWindow(), "documentation-find");
 }
 
-/// What is asked, and the name of its picture.
+/// A question, and the name of its screenshot.
 void alertOf(const QString& name, const std::function<void()>& ask) {
     QTimer watch;
     QObject::connect(&watch, &QTimer::timeout, [&] {

@@ -98,7 +98,7 @@ void AddSheet::cancelAll() {
     cancelAdd();
 }
 
-bool AddSheet::isStillAtHand(const QString& path) const {
+bool AddSheet::isStillCurrent(const QString& path) const {
     return m_intake.fileInfo() && m_intake.fileInfo()->fileURL.toLocalFile() == path;
 }
 
@@ -131,13 +131,13 @@ void AddSheet::askForDestination() {
     const QString source = m_intake.fileInfo()->fileURL.toLocalFile();
     m_panels.saveFile(folderOf(source), outputname::outputFileName(m_intake.fileInfo()->fileName),
                       outputname::outputExtension(), [this, source](const QString& path) {
-                          if (!isStillAtHand(source)) return;
+                          if (!isStillCurrent(source)) return;
                           if (outputname::isSameFile(path, source)) {
                               alert_apptitled(text::localized(outputname::kOverwritesSource),
                                               Texts::tr("D'oh"));
                               return;
                           }
-                          // The panel has asked whether what exists may be replaced.
+                          // The panel has already asked whether to replace an existing file.
                           const bool replaces = QFileInfo::exists(path) && !m_queue.willWrite(path);
                           addJob(replaces ? path : m_queue.uniqueDestination(path), {}, replaces);
                       });
@@ -164,12 +164,12 @@ void AddSheet::goNextToSource(bool mayAsk) {
     m_panels.chooseFolder(FilePanels::Over::MainWindow, folderOf(source),
                           [this, source](const QString& path) {
                               m_destinations.addOpenedFolder(path);
-                              if (isStillAtHand(source)) goNextToSource(false);
+                              if (isStillCurrent(source)) goNextToSource(false);
                           });
 }
 
 void AddSheet::goToStoredFolder(qsizetype number) {
-    // A folder on a disk that was unplugged since is the user's to know, not a fault of the program.
+    // A folder on a disk that was unplugged meanwhile is reported to the user; it is not a program error.
     if (const QString problem = m_destinations.problemOfFolder(number); !problem.isEmpty()) {
         alert_apptitled(
             Texts::tr("The destination folder can not be used now. %1 Please choose another destination.")
@@ -190,8 +190,8 @@ void AddSheet::addJob(const QString& destination, const QString& securityFolder,
     job->presetSpeedInfo();
     job->setMayReplaceDestination(mayReplace);
     if (m_queue.addJob(std::move(job))) return;
-    const QString told =
+    const QString warning =
         makeString("%@\n\n%@", text::localized(JobQueue::kNotWriteable),
                    Texts::tr("The movie “%1” stays on the sheet.").arg(m_intake.fileInfo()->fileName));
-    showInTurn([told] { alert_apptitled(told, Texts::tr("OK")); }, told);
+    showInTurn([warning] { alert_apptitled(warning, Texts::tr("OK")); }, warning);
 }

@@ -12,8 +12,8 @@ class FileIntake;
 class FilePanels;
 class JobQueue;
 
-/// The sheet on which a probed movie is confirmed: its information, its audio tracks, where it goes to. Shown
-/// as long as files wait. Main thread only.
+/// The sheet on which the user confirms a probed movie: its information, its audio tracks, its destination.
+/// Shown as long as files are waiting. Main thread only.
 class AddSheet : public QObject {
     Q_OBJECT
 
@@ -21,48 +21,49 @@ public:
     static constexpr double kShown = 117.0;
     static constexpr double kHidden = 0.0;
 
-    /// All of them outlive the sheet.
+    /// All parameters must outlive the sheet.
     AddSheet(FileIntake& intake, JobQueue& queue, Destinations& destinations, FilePanels& panels,
              QObject* parent = nullptr);
 
     /// The sheet's height: kShown or kHidden, in device-independent pixels.
     double topConstraint() const { return m_topConstraint; }
     bool isShown() const { return m_topConstraint > kHidden; }
-    /// A probe runs: there is nothing to confirm yet.
+    /// A probe is running: there is nothing to confirm yet.
     bool isScanning() const;
 
-    /// The movie being probed or confirmed; empty: none.
+    /// Path of the movie that is being probed or confirmed; empty: none.
     const QString& path() const { return m_path; }
-    /// How many more movies wait behind it.
+    /// Number of movies that wait after this one.
     qsizetype waitingCount() const;
-    /// The line that tells what the movie is; empty while it is probed.
+    /// One line that describes the movie; empty while it is probed.
     QString informationString() const;
-    /// One item for each audio track.
+    /// One item for each audio track, as shown to the user.
     QStringList audioItems() const;
     qsizetype selectedAudio() const { return m_selectedAudio; }
     void selectAudio(qsizetype index);
 
-    /// Confirms: makes the job and queues it, after the panels that the selected destination needs.
+    /// Confirms the movie: creates the job and queues it, after the file panels that the selected destination
+    /// needs.
     void addToQueue();
-    /// Leaves the movie out, also while it is probed, and goes on to the next one.
+    /// Skips the movie, also while it is probed, and continues with the next one.
     void cancelAdd();
-    /// Leaves out all that wait, too.
+    /// Skips the movie and all waiting ones.
     void cancelAll();
 
     void hide() { setTopConstraint(kHidden); }
 
 Q_SIGNALS:
-    /// Anything but the choice of audio and destination changed.
+    /// Emitted for every change except those of the selected audio track and destination.
     void changed();
     void topConstraintChanged(double height);
-    /// Something to tell the user in passing.
+    /// Message for the status area.
     void message(const QString& text);
 
 private:
     void showScanning(const QString& path);
     void showAccepted();
     void setTopConstraint(double height);
-    bool isStillAtHand(const QString& path) const;
+    bool isStillCurrent(const QString& path) const;
     void askForDestination();
     void goNextToSource(bool mayAsk);
     void goToStoredFolder(qsizetype number);

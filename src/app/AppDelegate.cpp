@@ -38,7 +38,7 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
       m_addSheet(m_intake, m_queue, m_destinations, panels),
       m_progress(m_queue),
       m_watchFolder(panels) {
-    // The last file may have been left out, with jobs in the queue that waited for it.
+    // The last file may have been skipped while added jobs waited for it.
     connect(&m_intake, &FileIntake::becameIdle, &m_queue, &JobQueue::startPostponed);
     m_queue.setUsageCounter(
         [this](bool increase, bool allowFeedbackNow) { increaseUsages(*this, increase, allowFeedbackNow); });
@@ -62,8 +62,8 @@ void AppDelegate::applicationWillFinishLaunching() {
     m_version = makeString("%@ %@", Texts::tr("Version:"), m_library->appVersionString());
     increaseUsages(*this, false, false);
     m_moveObservation = PXAppMovedHandler::startMoveObservation(
-        {[this](const QString& newPath, Block launch) { giveWay(newPath, std::move(launch)); }});
-    // This choice of encoding is retired.
+        {[this](const QString& newPath, Block launch) { handOver(newPath, std::move(launch)); }});
+    // This encoding can no longer be chosen.
     if (defaultInt(settings::ExternalSubtitleEncoding.key) == static_cast<int>(kRetiredSubtitleEncoding))
         settings::ExternalSubtitleEncoding.setValue({});
     showSpeedNotice();
@@ -87,7 +87,7 @@ void AppDelegate::showSpeedNotice() {
     notice.message = Texts::tr(
         "Note that conversion will be much faster, more reliable and higher quality if you select 'High Speed & Quality' in the 'Audio Conversion Settings' in the Preferences, though the resulting files may not play with sound on some devices (e.g. iOS). Just try it out!");
     notice.icon = "ok.png";
-    // The window is not there yet.
+    // The window does not exist yet.
     showInTurn([notice] {
         alertPresenter().presentSheet(notice, [](const AlertAnswer&) {
             settings::WelcomeShown.setValue(true);
@@ -127,7 +127,7 @@ void AppDelegate::terminate(bool mayAsk) {
     dispatch_async_main([self = QPointer(this)] {
         if (self) self->announceTerminated();
     });
-    // A tool that the kernel does not let go must not keep the session from ending.
+    // A tool that cannot be killed must not prevent the end of the session.
     constexpr int kMaximumMilliseconds = 5000;
     QTimer::singleShot(kMaximumMilliseconds, this, &AppDelegate::terminated);
 }
@@ -140,11 +140,11 @@ QStringList AppDelegate::unfinishedFiles() const {
     return m_searchedPaths + m_intake.unconfirmedFiles() + m_queue.unfinishedFiles();
 }
 
-void AppDelegate::giveWay(const QString& newPath, Block launch) {
-    // The end came while the user was told: nobody wants another instance then.
+void AppDelegate::handOver(const QString& newPath, Block launch) {
+    // The application was ended while the alert was open: do not start another instance.
     if (m_terminates) return;
     unfinished::keep(unfinished::movedAlong(unfinishedFiles(), ApplicationInfo::bundlePath(), newPath));
-    // Only when the tools are gone and the names of their outputs are free again.
+    // Wait until the tools have ended and the names of their outputs are free again.
     m_successor = std::move(launch);
     terminate(false);
 }
@@ -167,7 +167,7 @@ void AppDelegate::openFiles(const QStringList& paths) {
     const bool hasFolder =
         std::ranges::any_of(paths, [](const QString& path) { return QFileInfo(path).isDir(); });
     if (hasFolder) {
-        // A collection on a slow disk takes its time.
+        // Searching a large folder on a slow disk takes time.
         m_searchedPaths += paths;
         dispatch_async_back([self = QPointer(this), paths, given, isStopped = m_isStopped] {
             const QStringList files = moviefiles::withFoldersSearched(paths, isStopped.get());
@@ -193,7 +193,7 @@ void AppDelegate::addFiles(const QStringList& files, const QList<QUrl>& given) {
 }
 
 void AppDelegate::showRefusal(const QString& reason) {
-    // What was said of something else stays.
+    // Keep a message about something else.
     if (reason.isEmpty() && m_refusal.isEmpty()) return;
     m_refusal = reason;
     Q_EMIT statusMessage(reason);

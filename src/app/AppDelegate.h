@@ -20,17 +20,17 @@
 class PXAppMovedHandler;
 class QuillonLib;
 
-/// The application without its windows: puts the queue, the intake, the destinations and the watch folder
-/// together, starts them in order and ends them. Windows listen to its signals and call its commands. One for
-/// the life of the process; main thread only.
+/// The application without its windows: connects the queue, the intake, the destinations and the watch
+/// folder, starts them in order and ends them. Windows connect to its signals and call its commands. One
+/// instance for the life of the process; main thread only.
 class AppDelegate : public PXApplicationDelegate {
     Q_OBJECT
 
 public:
-    /// Registers the defaults of the settings. Before anything reads one.
+    /// Registers the defaults of the settings. Call it before any setting is read.
     static void initialize();
 
-    /// `panels` outlives this. The alert presenter and the desktop are set.
+    /// `panels` must outlive this object. The alert presenter and the desktop must be set before.
     explicit AppDelegate(FilePanels& panels, QObject* parent = nullptr);
     ~AppDelegate() override;
 
@@ -45,48 +45,50 @@ public:
     const QString& version() const { return m_version; }
     const QString& build() const { return m_build; }
 
-    // The launch and its end.
+    // Launch and termination.
 
     void applicationWillFinishLaunching();
-    /// The application was opened again: the main window comes to the front.
+    /// The user started the application again: brings the main window to the front.
     void applicationShouldHandleReopen();
-    /// The menu command that does the same.
+    /// The same, as a menu command.
     void openMainWindow() { applicationShouldHandleReopen(); }
-    /// Asks where a conversion would be cut off. False: the user wants to go on.
+    /// Asks the user if a running conversion would be aborted. Returns false if the user wants to continue.
     bool applicationShouldTerminate();
-    /// Ends all jobs; nothing half-written is left when isTerminated() says so.
+    /// Aborts all jobs. Their incomplete outputs are deleted before isTerminated() returns true.
     void applicationWillTerminate();
-    /// applicationWillTerminate() was called.
+    /// Whether applicationWillTerminate() was called.
     bool isTerminating() const { return m_terminates; }
-    /// No tool runs any more for a job that was ended.
+    /// Whether all tools of aborted jobs have ended.
     static bool isTerminated();
-    /// Both steps, then terminated() in due time. `mayAsk` false: the session ends, or a signal came.
+    /// Both steps above, then emits terminated(). `mayAsk` is false when the session ends or a signal was
+    /// received.
     void terminate(bool mayAsk);
 
-    // One instance after the other.
+    // Hand-over to the next instance.
 
-    /// What the user gave and no movie came of yet: paths for openFiles() that lead to the same queue and
-    /// sheet.
+    /// The files that the user added and that are not converted: paths for which openFiles() restores the
+    /// same queue and sheet.
     QStringList unfinishedFiles() const;
-    /// Opens what a former instance left unfinished, then `paths`. Once, when the window is there.
+    /// Opens the files that an earlier instance left unfinished, then `paths`. Call it once, when the window
+    /// exists.
     void openFirstFiles(const QStringList& paths);
-    /// The application was moved and ends: starts it from the new place, else tells that it cannot. To be
-    /// called at the end, when this instance has given up its place; does nothing when it ends for another
-    /// reason.
+    /// Starts the application from its new place after it was moved, or reports that this failed. Call it at
+    /// the very end, when this instance has released its single-instance lock; does nothing when the
+    /// application ends for another reason.
     void startSuccessor();
 
     // Commands.
 
-    /// The single entry for files, from wherever they come. Folders are searched below, in the background.
+    /// The single entry for files of every origin. Folders are searched recursively in the background.
     void openFiles(const QStringList& paths);
-    /// Has the user choose files.
+    /// Lets the user choose files.
     void addClicked();
-    /// What is dragged would be taken. If not, statusMessage() says why.
+    /// Whether a drop of `urls` would be accepted. If not, statusMessage() reports why.
     bool draggingEntered(const QList<QUrl>& urls);
     bool performDragOperation(const QList<QUrl>& urls);
-    /// The preferences window closes.
+    /// Call it when the preferences window closes.
     void preferencesWillClose();
-    /// `tag` is that of the menu item; nothing, where something else asks.
+    /// `tag` is the tag of the menu item; empty for every other origin.
     void openDocumentationWindow(std::optional<int> tag = {});
 
 Q_SIGNALS:
@@ -94,11 +96,11 @@ Q_SIGNALS:
     void mainWindowRequested();
     /// Load the documentation or bring it to the front, and show the tab at `tag`; negative: leave the tab.
     void documentationWindowRequested(int tag);
-    /// Tell the user in passing; empty: nothing to tell any more.
+    /// Message for the status area; empty clears it.
     void statusMessage(const QString& message);
-    /// Nothing new is taken from now on.
+    /// Emitted once, when the application starts to terminate: nothing is accepted from now on.
     void terminating();
-    /// The process may end.
+    /// Everything has ended: the process may exit.
     void terminated();
 
 private:
@@ -106,7 +108,7 @@ private:
     void addFiles(const QStringList& files, const QList<QUrl>& given);
     void showRefusal(const QString& reason);
     void announceTerminated();
-    void giveWay(const QString& newPath, Block launch);
+    void handOver(const QString& newPath, Block launch);
 
     FilePanels& m_panels;
     std::unique_ptr<QuillonLib> m_library;
@@ -117,9 +119,9 @@ private:
     QueueProgress m_progress;
     WatchFolder m_watchFolder;
     std::unique_ptr<PXAppMovedHandler> m_moveObservation;
-    Block m_successor;            ///< Starts it; null: there is to be none.
-    QStringList m_searchedPaths;  ///< Given with folders, of which the search is not done yet.
-    QString m_refusal;            ///< Why the last drop was refused; empty: it was taken.
+    Block m_successor;            ///< Starts the next instance; null: none is to be started.
+    QStringList m_searchedPaths;  ///< Added paths whose folders are still being searched.
+    QString m_refusal;            ///< Why the last drop was refused; empty: it was accepted.
     QString m_version;
     QString m_build;
     bool m_terminates = false;

@@ -32,7 +32,6 @@ struct Raw {
     bool json = false, quiet = false;
 };
 
-/// The styles' words and numbers.
 const std::map<std::string, qint64>& styles() {
     static const auto styles = [] {
         std::map<std::string, qint64> words;
@@ -43,7 +42,7 @@ const std::map<std::string, qint64>& styles() {
     return styles;
 }
 
-/// What is wrong with the text of a position; empty: nothing.
+/// The error in the text of a position; empty: none.
 std::string position(const std::string& text) {
     bool fits = false;
     const int number = decoded(text).toInt(&fits);
@@ -180,14 +179,14 @@ SettingsOptions settingsOptions(const CLI::App& settings, const Raw& raw) {
             decoded(raw.value)};
 }
 
-/// A whole number is an integer, any other value is text.
+/// Parses a whole number as an integer and any other value as text.
 QVariant overrideValue(const QString& text) {
     const auto number = settings::valueFromText(settings::Type::Integer, text);
     return number ? *number : QVariant(text);
 }
 
-/// The mistake in a "--set KEY=VALUE"; empty: it was taken.
-QString takeOverride(const QString& assignment, QMap<QString, QVariant>& overrides) {
+/// Parses a "--set KEY=VALUE" into `overrides`. Returns an error message; empty: success.
+QString parseOverride(const QString& assignment, QMap<QString, QVariant>& overrides) {
     const qsizetype equals = assignment.indexOf(u'=');
     if (equals < 0) return Texts::tr("--set needs KEY=VALUE, not '%1'").arg(assignment);
     const QString key = assignment.left(equals);
@@ -202,7 +201,7 @@ CommandLine mistake(const QString& message, const QString& command) {
     return line;
 }
 
-/// The first word that should be a command and is none; empty: all is well.
+/// The first word in the place of a command that is none; empty: there is no such word.
 QString unknownCommand(const CLI::App& app, QStringList words) {
     words.removeIf([](const QString& word) { return word.startsWith(u'-'); });
     const auto commands = app.get_subcommands({});
@@ -213,7 +212,7 @@ QString unknownCommand(const CLI::App& app, QStringList words) {
     return words.first();
 }
 
-/// What CLI11 complains about, in one line.
+/// The error message of CLI11, in one line.
 QString firstLine(const char* text) {
     return QString::fromUtf8(text).section(u'\n', 0, 0);
 }
@@ -266,7 +265,7 @@ CommandLine CommandLine::parse(int argc, char** argv) {
     }
 
     for (const std::string& assignment : raw.settings) {
-        const QString message = takeOverride(decoded(assignment), line.overrides);
+        const QString message = parseOverride(decoded(assignment), line.overrides);
         if (!message.isEmpty()) return mistake(message, commandName());
     }
     if (!raw.style.empty()) line.overrides.insert(settings::ConversionPreset.key, styles().at(raw.style));

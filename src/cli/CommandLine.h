@@ -8,7 +8,8 @@
 #include <optional>
 #include <variant>
 
-/// What the user asked for, read from the arguments and checked as far as that goes without touching a file.
+/// The user's request, parsed from the arguments and checked as far as possible without accessing a file.
+/// Main thread only.
 
 struct ProbeOptions {
     bool json = false;
@@ -39,17 +40,17 @@ struct SettingsOptions {
 };
 
 struct CommandLine {
-    /// monostate: there is nothing to do but to end with exitStatus (help, version, wrong usage).
+    /// monostate: nothing to do but to exit with exitStatus (help, version, wrong usage).
     std::variant<std::monostate, ProbeOptions, ConvertOptions, WatchOptions, SettingsOptions> command;
-    /// --set and --style, for this run alone.
+    /// Values of --set and --style, for this run only.
     QMap<QString, QVariant> overrides;
     int exitStatus = 0;
 
-    /// Prints help and version to standard output, a mistake to standard error.
+    /// Prints help and version to standard output, errors to standard error.
     static CommandLine parse(int argc, char** argv);
 };
 
-/// One line on standard error and the hint at --help. Returns the exit status for it.
+/// Writes the message and a hint to --help to standard error. Returns the exit status for wrong usage.
 int wrongUsage(const QString& message, const QString& command);
-/// A sentence that names the known keys nearest to `key`.
+/// A sentence with the known keys that are most similar to `key`.
 QString unknownKeyMessage(const QString& key);

@@ -2,7 +2,7 @@
 
 #include "cli/CommandLine.h"
 
-/// Each command runs to its end and returns the exit status.
+/// Each function runs one command to its end and returns the exit status. Main thread only.
 
 int runProbe(const ProbeOptions& options, const CommandLine& line);
 int runConvert(const ConvertOptions& options, const CommandLine& line);

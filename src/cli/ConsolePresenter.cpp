@@ -4,15 +4,15 @@
 #include "support/base/Format.h"
 
 AlertAnswer ConsolePresenter::present(const Alert& alert) {
-    say({alert.key, alert.title, alert.message});
+    write({alert.key, alert.title, alert.message});
     return {.response = alert.cancelResponse(), .suppressed = false, .value = alert.value};
 }
 
 void ConsolePresenter::presentNonModal(const NonModalAlert& alert) {
-    say({{}, alert.title, alert.message});
+    write({{}, alert.title, alert.message});
 }
 
-void ConsolePresenter::say(const Message& message) {
+void ConsolePresenter::write(const Message& message) {
     if (writesToStandardError) {
         if (beforeWriting) beforeWriting();
         output::error(message.title.isEmpty() ? message.message

@@ -5,12 +5,12 @@
 #include <functional>
 #include <vector>
 
-/// Says on standard error what the core would say in an alert, and answers with its cancelResponse(). Nothing
-/// ever waits.
+/// Writes the alerts of the core to standard error and answers each with its cancelResponse(). Never waits.
+/// Main thread only.
 class ConsolePresenter : public AlertPresenter {
 public:
     struct Message {
-        QString key;  ///< Empty for an alert without don't-warn-again.
+        QString key;  ///< Empty for an alert without a "don't warn again" box.
         QString title;
         QString message;
     };
@@ -18,13 +18,13 @@ public:
     AlertAnswer present(const Alert& alert) override;
     void presentNonModal(const NonModalAlert& alert) override;
 
-    /// Called with each message, beside standard error. May be null.
+    /// Called with each message, also when it is written to standard error. May be null.
     std::function<void(const Message&)> onMessage;
-    /// Called before something is written to standard error. May be null.
+    /// Called before a message is written to standard error. May be null.
     std::function<void()> beforeWriting;
-    /// Whether messages go to standard error.
+    /// Whether messages are written to standard error.
     bool writesToStandardError = true;
 
 private:
-    void say(const Message& message);
+    void write(const Message& message);
 };

@@ -26,21 +26,21 @@ ConvertCommand::ConvertCommand(const ConvertOptions& options, ConsolePresenter& 
       m_report(options.json ? makeJsonReport() : makeTextReport(options.quiet)),
       m_intake(FileIntake::Messages::AtOnce),
       m_queue(m_intake) {
-    presenter.beforeWriting = [this] { m_report->makeRoom(); };
+    presenter.beforeWriting = [this] { m_report->prepareForOutput(); };
     presenter.onMessage = [this](const ConsolePresenter::Message& message) { onMessage(message); };
-    // Counted as in the window, but nobody is there to be asked.
+    // Runs are counted as in the window, but there is no user to be asked for a rating.
     m_queue.setUsageCounter([this](bool increase, bool) { increaseUsages(m_usages, increase, false); });
     connect(&m_intake, &FileIntake::scanningEnded, this, [this](const QString& path) {
         m_subject = path;
         m_messages.clear();
         m_collects = true;
     });
-    connect(&m_intake, &FileIntake::fileAccepted, this, &ConvertCommand::takeAccepted);
-    connect(&m_intake, &FileIntake::fileRejected, this, &ConvertCommand::takeRejected);
+    connect(&m_intake, &FileIntake::fileAccepted, this, &ConvertCommand::onFileAccepted);
+    connect(&m_intake, &FileIntake::fileRejected, this, &ConvertCommand::onFileRejected);
     connect(&m_intake, &FileIntake::becameIdle, this, [this] {
-        // The last file may have been refused, with jobs in the queue that waited for it.
+        // The last file may have been refused while added jobs waited for it.
         m_queue.startNextJobInQueue();
-        QTimer::singleShot(0, this, &ConvertCommand::takeNext);
+        QTimer::singleShot(0, this, &ConvertCommand::addNextMovie);
         endIfDone();
     });
     connect(&m_queue, &JobQueue::jobAdded, this, &ConvertCommand::watch);
@@ -55,7 +55,7 @@ ConvertCommand::~ConvertCommand() {
 void ConvertCommand::begin(const Inputs& inputs) {
     for (const Inputs::Refusal& refusal : inputs.refusals)
         refuse(refusal.file, refusal.reason, false);
-    // The intake takes the last of the waiting movies first.
+    // The intake starts with the last of the waiting movies.
     QStringList paths = inputs.movies;
     std::reverse(paths.begin(), paths.end());
     m_intake.openFiles(inputs.subtitles + paths);
@@ -69,14 +69,15 @@ void ConvertCommand::setEndless(bool endless) {
 
 void ConvertCommand::add(const QString& path) {
     if (m_interrupted) return;
-    m_toCome.append(path);
-    takeNext();
+    m_pendingMovies.append(path);
+    addNextMovie();
 }
 
-/// One at a time, so that the first that came is the first to be converted and does not wait for the others.
-void ConvertCommand::takeNext() {
-    if (m_toCome.isEmpty() || m_intake.isScanning() || m_intake.fileInfo()) return;
-    m_intake.openFiles({m_toCome.takeFirst()});
+/// Adds one movie at a time, so that the first one is converted first and does not wait for the probes of the
+/// others.
+void ConvertCommand::addNextMovie() {
+    if (m_pendingMovies.isEmpty() || m_intake.isScanning() || m_intake.fileInfo()) return;
+    m_intake.openFiles({m_pendingMovies.takeFirst()});
 }
 
 void ConvertCommand::onMessage(const ConsolePresenter::Message& message) {
@@ -95,7 +96,7 @@ void ConvertCommand::reportProbe(const QString& file, const std::optional<MKVFil
         m_report->message(file, message);
 }
 
-void ConvertCommand::takeRejected(const QString& path) {
+void ConvertCommand::onFileRejected(const QString& path) {
     if (m_interrupted) {
         refuse(path, Texts::tr("The conversion was interrupted."), false);
         return;
@@ -105,7 +106,7 @@ void ConvertCommand::takeRejected(const QString& path) {
     refuse(path, wasShown ? m_messages.back().message : Texts::tr("The file can't be converted."), wasShown);
 }
 
-void ConvertCommand::takeAccepted() {
+void ConvertCommand::onFileAccepted() {
     MKVFileInfo info = *m_intake.fileInfo();
     const QString file = info.fileURL.toLocalFile();
     if (m_interrupted) {
@@ -188,7 +189,7 @@ void ConvertCommand::onEnded(ConversionJob* job) {
         ++m_failures;
         m_report->failed(*job, job->explanation());
     }
-    // The job still has its source to dispose of and the run to count.
+    // The job still has to remove its source and to count the run.
     QTimer::singleShot(0, this, &ConvertCommand::endIfDone);
     if (m_endless) QTimer::singleShot(0, job, &ConversionJob::remove);
 }
@@ -214,7 +215,7 @@ void ConvertCommand::interrupt() {
         ++m_failures;
         m_report->failed(*job, why);
     }
-    const QStringList waiting = m_intake.importFiles() + std::exchange(m_toCome, {});
+    const QStringList waiting = m_intake.importFiles() + std::exchange(m_pendingMovies, {});
     for (const QString& file : waiting)
         refuse(file, why.message, true);
     m_intake.clearImportFiles();
@@ -225,14 +226,14 @@ void ConvertCommand::interrupt() {
 void ConvertCommand::endIfDone() {
     if (m_endless && !m_interrupted) return;
     const bool allProbed =
-        m_toCome.isEmpty() && !m_intake.areWaiting() && !m_intake.isScanning() && !m_intake.fileInfo();
+        m_pendingMovies.isEmpty() && !m_intake.areWaiting() && !m_intake.isScanning() && !m_intake.fileInfo();
     if (allProbed && m_running == 0 && ToolReaper::shared().isIdle()) QCoreApplication::quit();
 }
 
 namespace {
 
-/// What is wrong with the options for these inputs; empty: nothing.
-QString mistakeIn(const ConvertOptions& options, const Inputs& inputs) {
+/// The error in the options for these inputs; empty: none.
+QString errorIn(const ConvertOptions& options, const Inputs& inputs) {
     if (inputs.movies.isEmpty() && inputs.refusals.empty())
         return Texts::tr("there is no movie among the files");
     if (options.output.isEmpty()) return {};
@@ -241,7 +242,7 @@ QString mistakeIn(const ConvertOptions& options, const Inputs& inputs) {
             .arg(QString::number(inputs.movies.size()));
     const bool isSource = inputs.movies.size() == 1 &&
                           outputname::isSameFile(absolutePath(options.output), inputs.movies.first());
-    // The attempt to write over the source has a message of its own.
+    // Overwriting the source has a message of its own.
     if (isSource || outputname::hasOutputExtension(options.output)) return {};
     return Texts::tr("--output needs a name that ends in .mp4 or .m4v, not '%1'").arg(options.output);
 }
@@ -250,12 +251,12 @@ QString mistakeIn(const ConvertOptions& options, const Inputs& inputs) {
 
 int runConvert(const ConvertOptions& options, const CommandLine& line) {
     const Inputs inputs = findInputs(options.paths);
-    const QString mistake = mistakeIn(options, inputs);
-    if (!mistake.isEmpty()) return wrongUsage(mistake, "convert");
+    const QString error = errorIn(options, inputs);
+    if (!error.isEmpty()) return wrongUsage(error, "convert");
 
     const Interruption interruption;
     auto overrides = line.overrides;
-    // A batch is converted in the order in which it was given.
+    // A batch is converted in the given order.
     if (!overrides.contains("InsertJobsAtBottom")) overrides.insert("InsertJobsAtBottom", 1);
     Run run(overrides, Run::DesktopUse::Real);
     ConvertCommand command(options, run.presenter());

@@ -11,8 +11,8 @@
 
 #include <memory>
 
-/// One batch of movies through the same intake and queue as in the window, the questions of its add sheet
-/// answered by the options. Ends the event loop when every movie has ended.
+/// Converts a batch of movies with the same intake and queue as the window; the options replace the choices
+/// of its add sheet. Ends the event loop when every movie has ended. Main thread only.
 class ConvertCommand : public QObject {
     Q_OBJECT
 
@@ -22,19 +22,19 @@ public:
 
     /// Call it from the event loop.
     void begin(const Inputs& inputs);
-    /// Goes on when every movie has ended: more are to come. A job that ended is forgotten.
+    /// Keeps running when every movie has ended, since more will follow. Jobs that ended are deleted.
     void setEndless(bool endless);
-    /// One more movie.
+    /// Adds one more movie.
     void add(const QString& path);
-    /// Ends what runs and drops what waits; nothing half-written is left.
+    /// Aborts the running conversions and drops the waiting movies; incomplete outputs are deleted.
     void interrupt();
 
     int failures() const { return m_failures; }
 
 private:
     void onMessage(const ConsolePresenter::Message& message);
-    void takeAccepted();
-    void takeRejected(const QString& path);
+    void onFileAccepted();
+    void onFileRejected(const QString& path);
     std::optional<qsizetype> chooseAudio(const QString& file, std::optional<qsizetype> best);
     bool chooseDestination(MKVFileInfo& info, QString& problem) const;
     void addToQueue(MKVFileInfo info, qsizetype audioTrackIndex);
@@ -44,7 +44,7 @@ private:
     void refuseAtHand(const QString& message, bool wasShown);
     void reportProbe(const QString& file, const std::optional<MKVFileInfo>& record,
                      std::optional<qsizetype> best);
-    void takeNext();
+    void addNextMovie();
     void endIfDone();
 
     const ConvertOptions m_options;
@@ -53,12 +53,12 @@ private:
     PXApplicationDelegate m_usages;
     FileIntake m_intake;
     JobQueue m_queue;
-    json::Messages m_messages;  ///< Of the movie at hand, until its probe is reported.
+    json::Messages m_messages;  ///< Of the current movie, until its probe is reported.
     bool m_collects = false;
-    QString m_subject;  ///< The movie that a message is about.
-    int m_running = 0;  ///< Queued and not ended.
+    QString m_subject;  ///< The movie that messages refer to.
+    int m_running = 0;  ///< Number of jobs that have not ended.
     int m_failures = 0;
     bool m_interrupted = false;
     bool m_endless = false;
-    QStringList m_toCome;  ///< Movies that came while another was looked into, first come first.
+    QStringList m_pendingMovies;  ///< Movies that were added during a probe; the oldest is first.
 };

@@ -5,23 +5,23 @@
 
 #include <vector>
 
-/// The files behind the paths that the user gave.
+/// The files that belong to the paths given by the user. Any thread.
 struct Inputs {
     struct Refusal {
         QString file;
         QString reason;
     };
 
-    QStringList movies;  ///< Absolute paths, in the order given.
+    QStringList movies;  ///< Absolute paths, in the given order.
     QStringList subtitles;
-    std::vector<Refusal> refusals;  ///< Paths behind which there is no movie, and why.
+    std::vector<Refusal> refusals;  ///< Paths without a movie, with the reason.
 };
 
-/// Looks at each path: folders are searched, what cannot be a movie is refused with a reason.
+/// Resolves each path: folders are searched, files that cannot be movies are refused with a reason.
 Inputs findInputs(const QStringList& paths);
 
-/// Why a file cannot be read as a movie; empty: it can, as far as is seen without reading it. A link that
-/// leads nowhere is left to the probe, which has a message for it.
+/// Why a file cannot be read as a movie; empty: it can, as far as can be checked without reading it. A broken
+/// link is left to the probe, which has a message for it.
 QString whyNotReadable(const QString& path);
 
 QString absolutePath(const QString& path);

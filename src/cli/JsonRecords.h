@@ -8,15 +8,17 @@
 #include <optional>
 #include <vector>
 
-/// The objects that `--json` writes. Their keys are a contract with the scripts that read them.
+/// The objects that `--json` writes. Their keys are a contract with the scripts that read them. Pure
+/// functions, any thread.
 namespace json {
 
 using Messages = std::vector<ConsolePresenter::Message>;
 
-/// "key", "title" and "message"; the key is null for an alert without don't-warn-again.
+/// "key", "title" and "message"; the key is null for an alert that has no "don't warn again" box.
 QJsonObject message(const ConsolePresenter::Message& message);
 
-/// A probed movie; `bestTrack` is the position of the preselected audio track. A refused movie has no record.
+/// The record of a probed movie. `bestTrack` is the position of the preselected audio track; `record` is
+/// empty for a refused movie.
 QJsonObject probed(const QString& file, const std::optional<MKVFileInfo>& record,
                    std::optional<qsizetype> bestTrack, const Messages& messages);
 

@@ -41,7 +41,7 @@ void printText(const MKVFileInfo& record, std::optional<qsizetype> bestTrack,
         output::line(makeString("  %@: %@", message.title, message.message));
 }
 
-/// Probes one movie and tells about it. False: it is refused.
+/// Probes one movie and prints the result. Returns false if the movie is refused.
 bool probeMovie(const QString& path, bool asJson, Run& run) {
     json::Messages messages;
     run.presenter().onMessage = [&](const ConsolePresenter::Message& message) {
@@ -52,7 +52,7 @@ bool probeMovie(const QString& path, bool asJson, Run& run) {
         MKVFileInfo::Probe probe = MKVFileInfo::probe(QUrl::fromLocalFile(path));
         if (Interruption::signal() != 0) return false;
         record = std::move(probe.record);
-        // In text, the warnings are part of what is told of the movie.
+        // In text format, the warnings are part of the movie's description.
         run.presenter().writesToStandardError = asJson || !record;
         for (const Verdict& verdict : verdicts::inOrderOfShowing(std::move(probe.verdicts)))
             verdicts::show(verdict);

@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kBarWidth = 20;
 
-/// Columns of the terminal that the text takes: wide letters take two, combining marks none.
+/// Width of the text in columns of the terminal: wide characters have two, combining marks none.
 int columnsOf(const QString& text) {
     int columns = 0;
     for (const char32_t letter : text.toUcs4())
@@ -36,7 +36,7 @@ QString bar(double percent) {
     return u'[' + QString(filled, u'#') + QString(kBarWidth - filled, u'.') + u']';
 }
 
-/// A line break in a name would tear the lines apart.
+/// Replaces line breaks in names, which would break the layout.
 QString printable(QString name) {
     for (QChar& c : name) {
         if (!c.isPrint() && !c.isSurrogate()) c = u'?';
@@ -50,8 +50,8 @@ QString progressLine(const ProgressLines::Line& line, int columns) {
     const QString percent = QString::number(static_cast<int>(line.percent)).rightJustified(3) + u'%';
     const QString figures =
         makeString(" %@ %@  ", bar(line.percent), percent) + Texts::tr("ETA %1").arg(line.remaining);
-    const int room = std::max(8, columns - 1 - columnsOf(figures));
-    return elidedInTheMiddle(printable(line.name), room) + figures;
+    const int nameColumns = std::max(8, columns - 1 - columnsOf(figures));
+    return elidedInTheMiddle(printable(line.name), nameColumns) + figures;
 }
 
 void ProgressLines::draw(const QList<Line>& lines) {

@@ -22,7 +22,7 @@ Run::Run(const QMap<QString, QVariant>& overrides, DesktopUse desktop) {
     }
     m_library = std::make_unique<QuillonLib>();
     RunJournal::cleanUpAfterCrashes();
-    // What it tells goes into the settings, which a mere look leaves as they are.
+    // It writes to the settings; commands that only read must not change them.
     if (desktop == DesktopUse::Real) crashlogs::tidyUp();
 }
 

@@ -10,8 +10,9 @@
 class QuillonLib;
 class Desktop;
 
-/// What a command that works on movies needs around it: settings with the overrides of this run, the
-/// presenter, the support library, the desktop. One at a time, for the life of the command.
+/// The environment of a command that works on movies: the settings with the overrides of this run, the
+/// presenter, the support library, the desktop. Create one at a time, for the life of the command. Main
+/// thread only.
 class Run {
 public:
     enum class DesktopUse { None, Real };

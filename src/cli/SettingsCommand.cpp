@@ -17,7 +17,7 @@ struct Present {
     bool isDefault = true;
 };
 
-/// A setting without a registered default reads as 0 or as nothing.
+/// A setting without a registered default reads as 0 or as empty.
 Present present(const settings::Row& setting) {
     const bool isNumber = setting.type == settings::Type::Integer || setting.type == settings::Type::Boolean;
     const QVariant unset = setting.registered || !isNumber ? setting.defaultValue() : QVariant(qint64{0});
@@ -107,8 +107,7 @@ int runSettings(const SettingsOptions& options) {
     }
 
     const settings::Row* setting = settings::find(options.key);
-    // What the application stored beside the table, such as a silenced warning, can be looked at and
-    // forgotten.
+    // Keys that are not in the table, such as a suppressed warning, can be read and deleted, too.
     const QVariant stored = standardUserDefaults().storedObject(options.key);
     if (!setting && (options.action == Set || !stored.isValid()))
         return wrongUsage(unknownKeyMessage(options.key), "settings");

@@ -14,8 +14,8 @@ QString nameOf(const ConversionJob& job) {
     return job.fileInfo().fileName;
 }
 
-/// For people: on a terminal lines that redraw in place, in a pipe a line at the start and at the end of each
-/// movie.
+/// Output for people: on a terminal, lines that are redrawn in place; in a pipe, one line at the start and
+/// one at the end of each movie.
 class TextReport : public ConvertReport {
 public:
     explicit TextReport(bool quiet) : m_quiet(quiet), m_redraws(!quiet && output::isTerminal()) {}
@@ -26,7 +26,7 @@ public:
     void probed(const QString&, const std::optional<MKVFileInfo>&, std::optional<qsizetype>,
                 const json::Messages&) override {}
     void message(const QString&, const ConsolePresenter::Message&) override {}
-    void makeRoom() override { m_lines.clear(); }
+    void prepareForOutput() override { m_lines.clear(); }
     void queued(const ConversionJob&) override {}
 
     void started(const ConversionJob& job) override {
@@ -58,7 +58,7 @@ public:
         if (!wasShown) {
             sayError(Texts::tr("Refused %1: %2").arg(file, message));
         } else if (!message.contains(QFileInfo(file).fileName())) {
-            sayError(Texts::tr("Refused %1").arg(file));  // The message does not say which movie it is about.
+            sayError(Texts::tr("Refused %1").arg(file));  // The message does not name the movie.
         }
     }
 

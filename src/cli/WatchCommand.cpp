@@ -24,12 +24,11 @@ QString whyNotWatchable(const QString& folder) {
 
 int runWatch(const WatchOptions& options, const CommandLine& line) {
     const QString folder = absolutePath(options.folder);
-    if (const QString mistake = whyNotWatchable(folder); !mistake.isEmpty())
-        return wrongUsage(mistake, "watch");
+    if (const QString error = whyNotWatchable(folder); !error.isEmpty()) return wrongUsage(error, "watch");
 
     const Interruption interruption;
     auto overrides = line.overrides;
-    // What came first is converted first.
+    // Movies are converted in the order of arrival.
     if (!overrides.contains("InsertJobsAtBottom")) overrides.insert("InsertJobsAtBottom", 1);
     Run run(overrides, Run::DesktopUse::Real);
     ConvertOptions convert;
@@ -43,7 +42,7 @@ int runWatch(const WatchOptions& options, const CommandLine& line) {
     const auto end = [&](const QString& reason) {
         output::error(reason);
         status = exitstatus::kFailure;
-        command.setEndless(false);  // What is being converted is finished.
+        command.setEndless(false);  // Finish the running conversions.
     };
     QObject::connect(&watch, &MovieArrivals::arrived, &command, &ConvertCommand::add);
     QObject::connect(&watch, &MovieArrivals::problem, &command, &output::error);

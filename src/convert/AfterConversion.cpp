@@ -30,7 +30,7 @@ void notifyUser(const MKVFileInfo& info, bool hasFailed) {
 
 void countRun() {
     for (const QString& key : {QString(kConvertedFileCountKey), QString(kUsagesKey)}) {
-        // The stored count: an override of this run is never stored.
+        // Use the stored count: an override of this run is never stored.
         setDefaultInt(key, integerFromVariant(standardUserDefaults().storedObject(key)) + 1);
     }
 }

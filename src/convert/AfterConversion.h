@@ -2,18 +2,18 @@
 
 class MKVFileInfo;
 
-/// What follows the end of a run, beside the job's own state.
+/// Actions after the end of a run that do not change the job's state. Main thread only.
 namespace afterconversion {
 
-/// Tells the user in the notification area that the movie is converted, with a button that shows it, or that
-/// it failed.
+/// Shows a notification that the movie is converted, with a button that reveals it, or that the conversion
+/// failed.
 void notifyUser(const MKVFileInfo& info, bool hasFailed);
 
-/// Counts the run, failed or not, in the settings.
+/// Counts the run in the settings, also a failed one.
 void countRun();
 
-/// Moves the source to the trash or deletes it, as the setting says. What cannot be moved stays, with a line
-/// in the log.
+/// Moves the source to the trash or deletes it, depending on the setting. If that fails, the source stays and
+/// the error is logged.
 void disposeOfSource(const MKVFileInfo& info);
 
 }  // namespace afterconversion

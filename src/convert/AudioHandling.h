@@ -5,15 +5,16 @@
 
 #include <QString>
 
-/// The method for a track by its codec tag, its channels and the user's style. Pure.
+/// The conversion method for a track, from its codec tag, its channels and the user's style. The functions of
+/// this header are pure; any thread.
 ConversionMethod calculateConversionMethod(const QString& codec, bool audioIsSurround,
                                            const ConversionSettings& chosen);
 
-/// The tool's word for the audio codec.
+/// The tool's name of the audio codec.
 QString codecWord(ConversionMethod method);
 
-/// The arguments of the one-second trial run that tells whether a copied AAC stream needs the "aac_adtstoasc"
-/// filter. It writes to the movie's destination.
+/// The arguments of the trial run over one second, which shows whether a copied AAC stream needs the
+/// "aac_adtstoasc" filter. It writes to the movie's destination.
 QStringList trialRunArguments(const MKVFileInfo& info, int audioStream);
-/// What the tool printed in the trial run says yes.
+/// Whether the output of the trial run asks for the filter.
 bool trialRunAsksForFixup(const QString& output);

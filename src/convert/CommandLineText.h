@@ -3,6 +3,6 @@
 #include <QString>
 #include <QStringList>
 
-/// The tool's command line as a person would paste it into a shell: "ffmpeg" and the arguments, quoted where
-/// they need it.
+/// The tool's command line in a form that can be pasted into a shell: "ffmpeg" and the arguments, quoted
+/// where necessary. Pure; any thread.
 QString commandLineText(const QStringList& arguments);

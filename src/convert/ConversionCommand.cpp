@@ -6,10 +6,10 @@
 
 namespace {
 
-constexpr int kAudioMapTarget = 6;  // the value of the audio "-map"
+constexpr int kAudioMapTarget = 6;  // index of the value of the audio "-map"
 constexpr int kBehindMaps = 7;
 constexpr int kAudioOptions = 13;
-constexpr int kHighestSampleRate = 48000;  // Hz; what players take
+constexpr int kHighestSampleRate = 48000;  // Hz; the highest rate that players support
 
 void insert(QStringList& list, qsizetype position, const QStringList& items) {
     for (qsizetype i = 0; i < items.size(); ++i)
@@ -20,12 +20,12 @@ void insertBeforeDestination(QStringList& arguments, const QStringList& items) {
     insert(arguments, arguments.size() - 1, items);
 }
 
-/// Levels of quality have no unit.
+/// Quality levels have no unit.
 QStringList aacRate(QLatin1StringView rate) {
     return {rate.endsWith('k') ? "-b:a" : "-q:a", rate};
 }
 
-/// Channels and bit rate.
+/// Options for channels and bit rate.
 QStringList audioOptions(ConversionMethod method, const ConversionSettings& chosen) {
     switch (method) {
         case ConversionMethod::AacStereo:
@@ -108,8 +108,8 @@ bool isCarriedSurround(const AudioEntry& entry) {
     return entry.text.contains("[5.1]");
 }
 
-/// The entry of the second surround track: the main track itself if it is one, else the first AC3, else the
-/// first DTS track in its language.
+/// The entry of the second surround track: the main track itself if it is surround, else the first AC3, else
+/// the first DTS track in its language.
 const AudioEntry* additionalSurroundTrack(const MKVFileInfo& info, const AudioEntry& main) {
     if (isCarriedSurround(main) && (main.text.contains("(ac3)") || main.text.contains("(dts)"))) return &main;
     for (const char* codec : {"(ac3)", "(dts)"}) {
@@ -132,7 +132,7 @@ const AudioEntry* chosenAudio(const MKVFileInfo& info, qsizetype audioTrackIndex
 QStringList conversionArguments(const ConversionRequest& request, const ConversionSettings& chosen) {
     const AudioEntry* audio = chosenAudio(request.info, request.audioTrackIndex);
     QStringList arguments = audio ? withAudio(request, *audio, chosen) : withoutAudio(request);
-    // Players of one vendor take HEVC under this tag only.
+    // Players of one vendor accept HEVC only with this tag.
     if (request.info.videoTrackCodec == u"hevc") insert(arguments, 0, {"-tag:v", "hvc1"});
     if (chosen.value(settings::ProduceStreamableFiles))
         insertBeforeDestination(arguments, {"-movflags", "faststart"});
@@ -172,7 +172,7 @@ void addSubtitles(QStringList& arguments, const QString& mapTarget, int position
     insert(arguments, behindFirstInput, {"-i", info.subtitleFileURL->toLocalFile()});
     QString encoding = chosen.word(settings::ExternalSubtitleEncoding);
     if (encoding.isEmpty()) return;
-    // The tool recognises UTF-16 by itself and hands it on as UTF-8.
+    // The tool detects UTF-16 and converts it to UTF-8 before it applies this option.
     if (encoding == u"UTF-16") encoding = "UTF-8";
     insert(arguments, behindFirstInput, {"-sub_charenc", encoding});
 }

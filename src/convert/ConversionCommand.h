@@ -7,10 +7,10 @@
 #include <QString>
 #include <QStringList>
 
-/// The tool's arguments for one conversion, as values: nothing is started, asked or read. The order of the
-/// list is a contract, down to the positions at which options are inserted.
+/// Builds the tool's arguments for one conversion. Pure functions, any thread: nothing is started or read.
+/// The order of the arguments is a contract, down to the positions at which options are inserted.
 
-/// What a command is built from.
+/// The input of conversionArguments().
 struct ConversionRequest {
     const MKVFileInfo& info;
     qsizetype audioTrackIndex = 0;  ///< Position in audioTrackInformation.
@@ -18,14 +18,14 @@ struct ConversionRequest {
     QString progressFile;
 };
 
-/// The chosen entry; null for a movie without audio or an index past the end.
+/// The chosen entry; null for a movie without audio or an index out of range.
 const AudioEntry* chosenAudio(const MKVFileInfo& info, qsizetype audioTrackIndex);
 
-/// Without the tool's own path.
+/// The arguments without the tool's own path.
 QStringList conversionArguments(const ConversionRequest& request, const ConversionSettings& chosen);
 
-/// Maps a second audio track, 5.1 AC3 or DTS in the main track's language, at `position`, which moves on
-/// behind it.
+/// Maps a second audio track, 5.1 AC3 or DTS in the main track's language, at `position`, which is advanced
+/// past it.
 void addAdditionalSurroundTrack(QStringList& arguments, int& position, const MKVFileInfo& info,
                                 qsizetype audioTrackIndex, const ConversionSettings& chosen);
 

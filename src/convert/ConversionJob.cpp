@@ -67,7 +67,7 @@ void ConversionJob::presetSpeedInfo() {
 void ConversionJob::setState(JobState state) {
     const JobState before = std::exchange(m_state, state);
     const bool ends = state == JobState::Finished || state == JobState::Failed;
-    // Also where the tool was never started.
+    // Also if the tool was never started.
     if (ends) releaseSleepAssertion();
     if (before == state) return;
     if (ends) {
@@ -77,7 +77,7 @@ void ConversionJob::setState(JobState state) {
     Q_EMIT stateChanged(before, state);
 }
 
-void ConversionJob::takeSleepAssertion() {
+void ConversionJob::acquireSleepAssertion() {
     releaseSleepAssertion();
     m_sleepAssertion = sharedDesktop().acquireSleepAssertion("Converting MKV file.");
 }
@@ -93,7 +93,7 @@ bool ConversionJob::destinationIsWriteable() const {
 
 void ConversionJob::start() {
     Q_EMIT starting();
-    takeSleepAssertion();
+    acquireSleepAssertion();
     m_output = ToolOutput();
     m_progress = 0;
     if (!files::fileExists(m_fileInfo.fileURL)) {
@@ -169,7 +169,7 @@ QStringList ConversionJob::buildArguments() {
 
 bool ConversionJob::needFixup(int audioStream) const {
     const bool asks = trialRunAsksForFixup(tool::trialRun(trialRunArguments(m_fileInfo, audioStream)));
-    // The second that it wrote must not pass for the movie when the conversion writes nothing.
+    // The output of the trial run must not be mistaken for the movie if the conversion writes nothing.
     QFile::resize(m_fileInfo.destinationURL.toLocalFile(), 0);
     return asks;
 }
@@ -190,7 +190,7 @@ void ConversionJob::outputReceived(const QByteArray& bytes) {
 
 void ConversionJob::progressTimer() {
     readProgress();
-    m_journal->keepUp();
+    m_journal->noteStillRunning();
     Q_EMIT progressed();
 }
 
@@ -217,7 +217,7 @@ void ConversionJob::taskFinished(const ToolExit& exit) {
     const double convertedSeconds = m_progressFile->furthestSeconds();
     std::exchange(m_progressFile, nullptr)->remove();
     m_output.finish();
-    m_task.release()->deleteLater();  // It is still telling.
+    m_task.release()->deleteLater();  // Still emitting: delete later.
 
     auto reason = failure::whyNotFinished(m_output.text(), convertedSeconds, m_fileInfo.runtimeSeconds);
     if (files::fileSize(m_fileInfo.destinationURL) == 0) reason = failure::kOutputIncomplete;
@@ -258,7 +258,7 @@ void ConversionJob::failed(const ToolExit& exit) {
     Q_EMIT ended();
 }
 
-/// A half-written movie is of no use to anyone, and where the disk is full it is in the way.
+/// An incomplete movie is useless, and it occupies space if the disk is full.
 void ConversionJob::deleteOutput() {
     if (std::exchange(m_wroteDestination, false)) QFile::remove(m_fileInfo.destinationURL.toLocalFile());
     if (m_replaced) m_replaced->restore();
@@ -289,7 +289,7 @@ void ConversionJob::continueJob() {
         m_timer.start();
         if (m_task) m_task->resume();
         setState(JobState::Converting);
-        takeSleepAssertion();
+        acquireSleepAssertion();
     }
     m_controller.pauseContinueClicked(false);
 }
@@ -310,7 +310,7 @@ void ConversionJob::endRun() {
     m_timer.stop();
     releaseSleepAssertion();
     if (m_task) m_task->disconnect(this);
-    // A finished output stays, and so does a file that only waits to be replaced.
+    // Keep a finished output, and a file that this job has not replaced yet.
     const bool deletesOutput = m_wroteDestination && m_state != JobState::Finished;
     const QString output = deletesOutput ? m_fileInfo.destinationURL.toLocalFile() : QString();
     const auto cleanUp = [output, progressFile = std::shared_ptr<ProgressFile>(std::move(m_progressFile)),

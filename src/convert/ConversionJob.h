@@ -21,51 +21,51 @@ class RunJournal;
 class ToolProcess;
 struct ToolExit;
 
-/// One conversion of one movie. Holds what was asked for, runs the tool for it, and knows how that ended.
-/// Main thread only; everything comes back through the event loop but the trial run of start(), which blocks
-/// for about as long as the tool needs to copy one second of the movie.
+/// The conversion of one movie: holds the request, runs the tool and keeps the result. Main thread only.
+/// Everything is asynchronous except for the trial run of start(), which blocks for about the time that the
+/// tool needs to copy one second of the movie.
 class ConversionJob : public QObject {
     Q_OBJECT
 
 public:
-    /// `controller` outlives the job. `info` has its destination; the access to its securityURL, if any, ends
-    /// with the job.
+    /// `controller` must outlive the job. `info` must have its destination; the access to its securityURL, if
+    /// any, is released with the job.
     ConversionJob(JobController& controller, MKVFileInfo info, qsizetype audioTrackIndex,
                   QObject* parent = nullptr);
-    /// Leaves no tool running. An output that was not finished is deleted.
+    /// Ends the tool. An incomplete output is deleted.
     ~ConversionJob() override;
 
     const MKVFileInfo& fileInfo() const { return m_fileInfo; }
     qsizetype audioTrackIndex() const { return m_audioTrackIndex; }
     JobState state() const { return m_state; }
     double progress() const { return m_progress; }
-    /// True when the audio is only copied, so that the run is fast.
+    /// True if the audio is only copied, so that the run is fast.
     bool fastmode() const { return m_fastmode; }
     bool finishedOK() const { return m_finishedOK; }
     bool finishedError() const { return m_finishedError; }
     QDateTime startDate() const { return m_startDate; }
     QDateTime stopDate() const { return m_stopDate; }
-    /// What the tool got at the last start; empty before.
+    /// The arguments of the last start; empty before.
     const QStringList& arguments() const { return m_arguments; }
-    /// Nothing for a movie without audio.
+    /// Empty for a movie without audio.
     std::optional<ConversionMethod> method() const;
-    /// What the tool said, without its statistics.
+    /// The output of the tool, without its statistics.
     QString jobOutput() const { return m_output.text(); }
-    /// The status in one line, with audio and ETA while converting.
+    /// The status in one line; with audio and remaining time while converting.
     QString stateInfoString() const;
-    /// Why a failed job failed.
+    /// Why the job failed; valid for a failed job.
     failure::Explanation explanation() const;
 
-    /// Whether the output may replace what exists at the destination by then; that is kept aside until the
-    /// output is whole. Without this right start() takes a free name beside it, so that nobody's file is
+    /// Whether the output may replace a file that exists at the destination when the run starts; that file is
+    /// kept until the output is complete. Otherwise start() chooses a free name beside it, so that no file is
     /// lost.
     void setMayReplaceDestination(bool may) { m_mayReplaceDestination = may; }
-    /// Names that other jobs are going to write, taken into account for that free name. May be null.
+    /// Returns whether another job will write that path; start() avoids such names, too. May be null.
     void setDestinationIsTaken(std::function<bool(const QString&)> taken) {
         m_destinationIsTaken = std::move(taken);
     }
 
-    /// Where the output was to go when the job was made.
+    /// The destination when the job was created.
     const QString& queuedDestination() const { return m_queuedDestination; }
     /// Whether the output can be written there.
     bool destinationIsWriteable() const;
@@ -78,34 +78,33 @@ public:
     void pause();
     /// Resumes a paused job, starts a queued one.
     void continueJob();
-    /// Ends the run, if any; deletes what was written of the output unless it is finished; has the controller
-    /// take the job off the list.
+    /// Ends the run, if any; deletes the output unless it is complete; asks the controller to remove the job.
     void remove();
 
     /// Shows the output in the file manager (with Shift the input); for a failed job, explains the failure
     /// and offers to send the details to support.
     void reveal(bool shiftIsHeld);
 
-    /// Whether the destination's volume can take a file of the input's size; says so in an alert if not.
+    /// Whether the destination's volume can store a file of the input's size; shows an alert if not.
     bool checkFreeSpace() const;
 
 Q_SIGNALS:
-    /// start() begins; what goes wrong from here on belongs to this job.
+    /// start() begins: errors from now on belong to this job.
     void starting();
-    /// The state changed and everything that belongs to the new one is in place.
+    /// The state has changed and all properties match the new one.
     void stateChanged(JobState before, JobState now);
-    /// The tool was started; arguments() holds what it got.
+    /// The tool was started; arguments() is set.
     void launched();
-    /// The percentage was read anew.
+    /// The percentage was updated.
     void progressed();
-    /// The job is finished or failed, and the user was told what cannot wait.
+    /// The job is finished or failed, and urgent messages were shown to the user.
     void ended();
-    /// The setting to quit after the conversion applies: nothing converts any more and nothing failed.
+    /// Quit, as the setting says: no conversion is running any more and none has failed.
     void quitRequested();
 
 private:
     void setState(JobState state);
-    void takeSleepAssertion();
+    void acquireSleepAssertion();
     void releaseSleepAssertion();
     bool needFixup(int audioStream) const;
     void claimDestination();
@@ -132,7 +131,7 @@ private:
     bool m_finishedOK = false;
     bool m_finishedError = false;
     bool m_mayReplaceDestination = false;
-    bool m_wroteDestination = false;  ///< What is at the destination is this job's.
+    bool m_wroteDestination = false;  ///< The file at the destination was written by this job.
     std::function<bool(const QString&)> m_destinationIsTaken;
 
     ToolOutput m_output;

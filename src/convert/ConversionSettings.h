@@ -2,5 +2,5 @@
 
 #include "settings/Snapshot.h"
 
-/// The settings that shape a conversion's command, read together when it is built.
+/// The settings for a conversion's command, all read at the moment when it is built. A value; any thread.
 using ConversionSettings = settings::Snapshot;

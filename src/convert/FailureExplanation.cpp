@@ -9,7 +9,7 @@ namespace failure {
 
 namespace {
 
-/// The message for an output that contains all of a rule's words. The first rule that fits tells.
+/// The message for an output that contains all words of a rule. The first rule that matches is used.
 struct Rule {
     QStringList words;
     const char* message;
@@ -38,7 +38,7 @@ const QList<Rule>& rules() {
          RAVELIN_TEXT(
              "The converted file can't be saved on the destination volume as there is not enough free space or it doesn't support large files.")},
         {{"track 0: could not find tag, codec not currently supported in container"}, kCodecNotInContainer},
-        // Newer tools name the codec. The first stream of an output is its picture.
+        // Newer tools print the name of the codec. The first stream of an output is the video.
         {{"Could not find tag for codec", "in stream #0, codec not currently supported in container"},
          kCodecNotInContainer},
         {{kToolMissing},
@@ -52,7 +52,7 @@ const QList<Rule>& rules() {
     return list;
 }
 
-// What the tool says in a run that ends with status 0 all the same.
+// Messages of the tool in a run that still exits with status 0.
 const QStringList kUnwritten = {kNoSpace, "Error writing trailer of", "Error closing file"};
 const QStringList kUnread = {"File ended prematurely", ": partial file", "corrupt input packet",
                              "Input/output error"};

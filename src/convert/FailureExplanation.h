@@ -5,10 +5,10 @@
 
 #include <optional>
 
-/// Why a job failed, from the words of the tool and of the job itself.
+/// Explains why a job failed, from the output of the tool and the notes of the job. Pure; any thread.
 namespace failure {
 
-// Reasons that the job notes in its output when the tool cannot say them.
+// Reasons that the job adds to its output for failures that the tool does not report.
 inline constexpr QLatin1StringView kUserRemoved("USER_REMOVED");
 inline constexpr QLatin1StringView kFreeSpace("FREE_SPACE");
 inline constexpr QLatin1StringView kToolMissing("TOOL_MISSING");
@@ -17,8 +17,8 @@ inline constexpr QLatin1StringView kOutputIncomplete("OUTPUT_INCOMPLETE");
 inline constexpr QLatin1StringView kSubtitlesLost("SUBTITLES_LOST");
 
 struct Facts {
-    QString output;         ///< What the job collected.
-    QStringList arguments;  ///< What the tool got.
+    QString output;         ///< The collected output of the job.
+    QStringList arguments;  ///< The arguments of the tool.
     bool embeddedSubtitlesWereUsed = false;
     bool hasSubtitleFile = false;
 };
@@ -26,21 +26,22 @@ struct Facts {
 struct Explanation {
     QString title;
     QString message;
-    bool offersSupport = false;  ///< Nothing is known: the user may send the details to support.
+    bool offersSupport = false;  ///< The reason is unknown: the user may send the details to support.
 };
 
 Explanation explain(const Facts& facts);
 
-/// The explanation for a full disk, which is told as soon as the job ends.
+/// The explanation for a full disk, which is shown as soon as the job ends.
 Explanation noSpaceLeft();
 bool saysNoSpaceLeft(const QString& output);
 
-/// Whether explain() looks for something that stands in this line.
+/// Whether the line contains a text that explain() searches for.
 bool explainsSomething(QStringView line);
 
-/// The tool ends with status 0 also where it could not read its source to the end or write its output whole.
-/// The reason to note for such a run, from its words; nothing: it succeeded. `convertedSeconds` is how far
-/// the output got; a source of which only the index at the end is cut off is whole for this purpose.
+/// The tool also exits with status 0 when it could not read its source to the end or could not write its
+/// output completely. Returns the reason to note for such a run, from its output; empty: it succeeded.
+/// `convertedSeconds` is the length of the output; a source that lacks only the index at its end counts as
+/// complete.
 std::optional<QString> whyNotFinished(const QString& output, double convertedSeconds,
                                       std::optional<qint32> runtimeSeconds);
 

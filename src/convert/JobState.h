@@ -2,7 +2,7 @@
 
 #include <QString>
 
-/// A job's state; the numbers are the ones that everything shows and counts by.
+/// A job's state; the numbers are used for display and counting. Pure functions, any thread.
 enum class JobState : int {
     Queued = 0,
     Converting = 1,
@@ -14,7 +14,7 @@ enum class JobState : int {
 /// "Queued", "Converting", "Paused", "Finished" or "Failed".
 QString nameOfState(JobState state);
 
-// What the interface enables and shows by a job's state.
+// What the interface enables and shows depending on a job's state.
 constexpr bool statusIsRunning(JobState state) {
     return state == JobState::Converting;
 }

@@ -33,7 +33,7 @@ std::optional<double> ProgressFile::readNew() {
     if (!file.open(QIODevice::ReadOnly) || !file.seek(static_cast<qint64>(m_lastFileSize)))
         return std::nullopt;
     QByteArray chunk = file.readAll();
-    // A line that is still being written belongs to the next call.
+    // An incomplete line is read by the next call.
     chunk.truncate(chunk.lastIndexOf('\n') + 1);
     m_lastFileSize += static_cast<quint64>(chunk.size());
 

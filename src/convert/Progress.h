@@ -5,19 +5,20 @@
 
 #include <optional>
 
-/// Follows the file into which the tool writes its progress: lines of "name=value", appended in blocks.
+/// Reads the file into which the tool writes its progress: lines of "name=value", appended in blocks. Main
+/// thread only.
 class ProgressFile {
 public:
-    /// The file need not exist yet.
+    /// The file does not have to exist yet.
     explicit ProgressFile(QString path) : m_path(std::move(path)) {}
 
     const QString& path() const { return m_path; }
 
-    /// Reads what came since the last call. The position in the movie that it names first, in seconds;
-    /// nothing when it names none.
+    /// Reads what was appended since the last call. Returns the first position in the movie that it contains,
+    /// in seconds; empty: it contains none.
     std::optional<double> readNew();
 
-    /// The furthest position, in seconds, that any call saw.
+    /// The highest position, in seconds, of all calls.
     double furthestSeconds() const { return m_furthestSeconds; }
 
     void remove();
@@ -30,10 +31,11 @@ private:
 
 namespace progress {
 
-/// The positions that a piece of the file names, in order: values of "out_time_ms=", which are microseconds.
+/// The positions in a part of the file, in order: the values of "out_time_ms=", converted from microseconds
+/// to seconds.
 QList<double> positions(const QByteArray& chunk);
 
-/// The percentage for a position, 0 to 100; nothing where the running time is not known.
+/// The percentage for a position, 0 to 100; empty if the running time is unknown.
 std::optional<double> percent(double seconds, std::optional<qint32> runtimeSeconds);
 
 }  // namespace progress

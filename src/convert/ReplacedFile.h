@@ -2,23 +2,23 @@
 
 #include <QString>
 
-/// A file that the user named to be replaced: kept aside in its folder until its successor is whole, so that
-/// a conversion that fails costs nothing.
+/// An existing file that the user chose to replace. It is moved aside within its folder until the new file is
+/// complete, so that a failed conversion loses nothing. Main thread only.
 class ReplacedFile {
 public:
-    /// Chooses the place for the file at `path`.
+    /// Chooses the temporary path for the file at `path`.
     explicit ReplacedFile(QString path);
 
-    /// Where the file is meanwhile; empty: there is none.
+    /// The temporary path of the file; empty: there is no file to keep.
     const QString& asidePath() const { return m_asidePath; }
     void moveAside();
 
-    /// Brings the file back; what is at its place by then is deleted.
+    /// Moves the file back; a file at its place is deleted.
     void restore();
-    /// The successor is whole: deletes the file.
+    /// The new file is complete: deletes the old one.
     void discard();
 
-    /// restore() for a file that an instance which is gone had moved aside.
+    /// restore() for a file that an instance which no longer runs had moved aside.
     static void restore(const QString& path, const QString& asidePath);
 
 private:

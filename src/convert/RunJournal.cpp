@@ -28,7 +28,7 @@ QString newNote() {
     return folder() + u'/' + QUuid::createUuid().toString(QUuid::WithoutBraces) + ".json";
 }
 
-/// What tells a file from any other that may have its name later; empty: there is no file.
+/// Device and inode, which distinguish the file from a later one with the same name; empty: there is no file.
 QString identity(const QString& path) {
     struct stat file = {};
     if (::stat(QFile::encodeName(path).constData(), &file) != 0) return {};
@@ -41,7 +41,7 @@ void cleanUp(const QString& note) {
     const QFileInfo output(facts->value("output").toString());
     const QDateTime lastSeen = QFileInfo(note).lastModified();
     const bool isOurs = output.isFile() && identity(output.filePath()) == facts->value("identity").toString();
-    // What was written after the application died is not what it wrote.
+    // A file that was modified after the crash was written by another program.
     if (isOurs && output.lastModified() <= lastSeen.addSecs(kMaximumSecondsBehind)) {
         logInformation("Info: deleting the unfinished output %@", output.filePath());
         QFile::remove(output.filePath());
@@ -63,7 +63,8 @@ RunJournal::RunJournal(QString output, QString progressFile, QString replaced)
       m_facts{{"output", std::move(output)},
               {"progressFile", std::move(progressFile)},
               {"replaced", std::move(replaced)}} {
-    // Under its name only when it is locked: another instance could take it for a dead one's.
+    // Rename the file only after it is locked: otherwise another instance could mistake it for one of a
+    // crashed instance.
     m_lock.lock(0);
     QFile::rename(m_path + ".new", m_path);
     write();
@@ -83,7 +84,7 @@ RunJournal::~RunJournal() {
     QFile::remove(m_path);
 }
 
-void RunJournal::keepUp() const {
+void RunJournal::noteStillRunning() const {
     ::utimensat(AT_FDCWD, QFile::encodeName(m_path).constData(), nullptr, 0);
 }
 

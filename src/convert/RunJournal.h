@@ -5,24 +5,25 @@
 #include <QString>
 #include <QVariantMap>
 
-/// A note on disk of one conversion that writes its output, for the life of the run. When the application
-/// dies in the middle, the note stays, and the next start deletes what the run left half-written.
+/// A file that records one running conversion. If the application crashes, the file remains, and the next
+/// start deletes the incomplete output of the run.Write errors are ignored: the run does not depend on the
+/// file. Main thread only.
 class RunJournal {
 public:
-    /// `replaced` is where a file that the output replaces is meanwhile; empty: there is none.
+    /// `replaced` is the temporary path of the file that the output replaces; empty: there is none.
     RunJournal(QString output, QString progressFile, QString replaced = {});
-    /// The run is over and its files are dealt with.
+    /// Deletes the record: the run has ended and its files are complete or deleted.
     ~RunJournal();
     RunJournal(const RunJournal&) = delete;
     RunJournal& operator=(const RunJournal&) = delete;
 
-    /// The output is there now: only this very file is deleted after a crash.
+    /// The output exists now: only this file, identified by its inode, is deleted after a crash.
     void noteOutput();
-    /// The run still goes on. To be called about once a second: an output that was changed long after the
-    /// last call is somebody else's.
-    void keepUp() const;
+    /// Records that the run continues. Call it about once a second: an output that was changed long after the
+    /// last call belongs to another program.
+    void noteStillRunning() const;
 
-    /// Deletes the files of runs whose application is gone. Runs of other instances are left alone.
+    /// Deletes the files of runs whose instance has crashed. Runs of other live instances are not touched.
     static void cleanUpAfterCrashes();
 
 private:

@@ -10,7 +10,7 @@ namespace {
 
 constexpr double kLongestSeconds = 18000;
 
-/// The chosen track, and of the others the last one.
+/// The chosen track, and the last one of the others.
 QString audioText(const QString& base, const StatusFacts& facts) {
     const auto& tracks = facts.audioTracks;
     if (facts.audioTrackIndex < 0 || facts.audioTrackIndex >= tracks.size()) return base;
@@ -25,7 +25,7 @@ QString audioText(const QString& base, const StatusFacts& facts) {
 
 double remainingSeconds(double progress, double elapsedSeconds) {
     const double remaining = 100 / progress * elapsedSeconds - elapsedSeconds;
-    // Nothing done in no time is not a number; it is the same as nothing done so far.
+    // Zero divided by zero is not a number; treat it like no progress.
     if (std::isnan(remaining)) return kLongestSeconds;
     return std::clamp(remaining, 0.0, kLongestSeconds);
 }

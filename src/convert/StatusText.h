@@ -6,7 +6,7 @@
 #include <QList>
 #include <QString>
 
-/// What a job's one-line status is made from.
+/// The input of a job's one-line status. The functions of this header are pure; any thread.
 struct StatusFacts {
     JobState state = JobState::Queued;
     double progress = 0;           ///< Percent.
@@ -19,5 +19,5 @@ struct StatusFacts {
 /// "Status: Converting   Audio:  eng (ac3) (Discarded:  ger (dts))   ETA: 3m 20s" and the like.
 QString stateInfoString(const StatusFacts& facts);
 
-/// Seconds to go by what was done so far: 0 to five hours, and five hours as long as nothing was done.
+/// Estimated remaining seconds: 0 to five hours; five hours while the progress is 0.
 double remainingSeconds(double progress, double elapsedSeconds);

@@ -7,6 +7,6 @@
 
 class MKVFileInfo;
 
-/// The mail to support about a failed conversion, with the settings.
+/// The mail to support about a failed conversion, including the settings. Main thread only.
 mail::Message conversionSupportMail(const QStringList& arguments, const QString& output,
                                     const MKVFileInfo& info);

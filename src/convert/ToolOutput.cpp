@@ -7,7 +7,7 @@ namespace {
 
 constexpr qsizetype kMaximumOfBegin = 256 * 1024;  // characters
 constexpr qsizetype kMaximumOfEnd = 64 * 1024;
-constexpr qsizetype kMaximumOfTelling = 16 * 1024;
+constexpr qsizetype kMaximumOfRelevant = 16 * 1024;
 constexpr qsizetype kLongestLine = 64 * 1024;
 
 }  // namespace
@@ -16,17 +16,17 @@ void ToolOutput::append(const QByteArray& bytes) {
     m_unfinished += m_decoder(bytes);
     const auto lines = text::lines(m_unfinished);
     for (qsizetype i = 0; i + 1 < lines.size(); ++i)
-        takeLine(lines[i]);
+        addLine(lines[i]);
     QString rest = lines.last().toString();
     if (rest.size() > kLongestLine) {
-        takeLine(rest);
+        addLine(rest);
         rest.clear();
     }
     m_unfinished = rest;
 }
 
 void ToolOutput::finish() {
-    takeLine(m_unfinished);
+    addLine(m_unfinished);
     m_unfinished.clear();
 }
 
@@ -38,7 +38,7 @@ bool ToolOutput::contains(QStringView mark) const {
     return text().contains(mark);
 }
 
-void ToolOutput::takeLine(QStringView line) {
+void ToolOutput::addLine(QStringView line) {
     const bool isStatistics = line.contains(u"frame=") && line.contains(u"bitrate=");
     if (!isStatistics) keep(line);
 }
@@ -48,9 +48,9 @@ void ToolOutput::keep(QStringView line) {
         m_begin += line;
         return;
     }
-    const bool tells = m_telling.size() < kMaximumOfTelling && failure::explainsSomething(line);
-    if (tells && !m_telling.contains(line)) m_telling += line.left(kMaximumOfTelling);
+    const bool isRelevant = m_relevant.size() < kMaximumOfRelevant && failure::explainsSomething(line);
+    if (isRelevant && !m_relevant.contains(line)) m_relevant += line.left(kMaximumOfRelevant);
     m_end += line;
-    // Cut seldom, so that a flood costs no more than its length.
+    // Truncate rarely, so that the cost stays linear in the length of the output.
     if (m_end.size() > 2 * kMaximumOfEnd) m_end = m_end.last(kMaximumOfEnd);
 }

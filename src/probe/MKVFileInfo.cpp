@@ -9,7 +9,7 @@
 
 namespace {
 
-/// A report that is not UTF-8 is read as one without lines.
+/// A report that is not valid UTF-8 is treated as empty.
 QString reportText(const tool::Report& report) {
     return text::fromUtf8(report.output).value_or(QString());
 }

@@ -16,14 +16,14 @@ QStringView pieceOrEmpty(QStringView text, QStringView separator, qsizetype inde
     return piece(text, separator, index).value_or(QStringView());
 }
 
-/// The time in front of the fraction; nothing where the line has none.
+/// The time before the fraction; empty if the line has none.
 std::optional<QStringView> durationText(QStringView line) {
     const auto after = piece(line, u"Duration: ", 1);
     if (!after) return std::nullopt;
     return piece(*after, u".", 0);
 }
 
-/// Nothing when there are fewer than three fields.
+/// Empty if there are fewer than three fields.
 std::optional<qint32> secondsOf(QStringView duration) {
     const auto fields = text::split(duration, u":");
     if (fields.size() < 3) return std::nullopt;
@@ -32,31 +32,31 @@ std::optional<qint32> secondsOf(QStringView duration) {
     return static_cast<qint32>(seconds);
 }
 
-/// The first word after `mark`, up to a comma: the codec's name.
+/// The first word after `mark`, up to a comma: the name of the codec.
 QString codecAfter(QStringView line, QStringView mark) {
     const QStringView field = pieceOrEmpty(pieceOrEmpty(line, mark, 1), u",", 0);
     return pieceOrEmpty(field, u" ", 0).toString();
 }
 
-/// The stream line without the container's own number, "Stream #0:1[0x101](eng)": it would end up in the
-/// language. What else is in such brackets is the language.
+/// The stream line without the container's stream number, "Stream #0:1[0x101](eng)", which would be parsed as
+/// part of the language. Other text in such brackets is the language.
 QString withoutContainerID(QStringView line) {
     static const QRegularExpression group(QStringLiteral("^(\\s*Stream #\\d+:\\d+)\\[0x[0-9a-fA-F]+\\]"));
     QString result = line.toString();
     return result.replace(group, QStringLiteral("\\1"));
 }
 
-/// A stream line with the lines that follow it. Only its beginning tells the stream; the rest is searched for
-/// marks.
+/// A stream line with the lines that follow it. Only the stream line identifies the stream; the others are
+/// searched for marks.
 struct Block {
     QStringView streamLine;
-    QList<QStringView> lines;  ///< All of them, the stream line first.
+    QList<QStringView> lines;  ///< All lines; the stream line is the first.
 
     bool contains(QStringView mark) const {
         return std::any_of(lines.cbegin(), lines.cend(),
                            [&](QStringView line) { return line.contains(mark); });
     }
-    /// Whether the mark stands there when blanks do not count.
+    /// Whether the block contains the mark if blanks are ignored.
     bool containsWithoutBlanks(QStringView mark) const {
         return std::any_of(lines.cbegin(), lines.cend(), [&](QStringView line) {
             return line.size() >= mark.size() && line.toString().remove(u' ').contains(mark);
@@ -81,7 +81,7 @@ public:
     }
 
 private:
-    /// Groups the lines by streams; what stands before the first one belongs to none. Duration lines are read
+    /// Groups the lines by streams; lines before the first stream are ignored. Duration lines are parsed
     /// here.
     QList<Block> blocksOf(QStringView report) {
         QList<Block> blocks;
@@ -166,7 +166,7 @@ private:
 
     void readSubtitle(const QString& line, int stream) {
         ++m_facts.subtitleCount;
-        // "ass" is left out: a styled subtitle turned into plain text is full of its styling.
+        // "ass" is excluded: converted to plain text, styled subtitles are full of style codes.
         if (text::containsAny(line, {"ssa", "subrip", "srt", "sami", "subviewer", "microdvd"}))
             m_facts.subtitleTrackIDs.append(stream);
     }

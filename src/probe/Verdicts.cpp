@@ -48,7 +48,7 @@ Verdict warningStraightOver(const char* key, const QString& message) {
 
 bool Verdict::isDue() const {
     if (!passThroughOfSurround) return true;
-    // Numbers that merely mean a style or a method are nobody's choice to pass audio through.
+    // Invalid numbers that are mapped to a style or a method are no choice of the user to copy the audio.
     const auto style = settings::ConversionPreset.chosen();
     if (style == ConversionStyle::Fast) return true;
     if (style != ConversionStyle::Custom) return false;
@@ -145,7 +145,7 @@ Verdict eac3(const QString& fileName, bool surround) {
 
 std::vector<Verdict> onResolution(const QString& fileName, QStringView resolution, int referenceFrames) {
     constexpr int kWidest = 1920;
-    constexpr double kLargestPictureBuffer = 8388608;  // pixels of reference frames that the player holds
+    constexpr double kLargestPictureBuffer = 8388608;  // pixels of reference frames that the player can store
     std::vector<Verdict> result;
     const int width = text::integerValue(resolution);
     const int height = text::integerValue(text::piece(resolution, u"x", 1).value_or(QStringView()));

@@ -4,7 +4,7 @@
 
 namespace settings {
 
-// Not destroyed at exit: other threads may still write by then.
+// Not destroyed at exit: other threads may still write then.
 Changes& Changes::shared() {
     static auto& changes = *new Changes;
     return changes;

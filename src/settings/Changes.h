@@ -4,8 +4,8 @@
 
 namespace settings {
 
-/// The source of Row::onChange(), for those who listen to every setting. One for the process; the signal
-/// comes in the thread that wrote, so connections of other threads are queued.
+/// Reports changes of all settings; Row::onChange() uses it. One instance for the process. The signal is
+/// emitted in the thread that wrote the value, so connections to objects of other threads are queued.
 class Changes : public QObject {
     Q_OBJECT
 
@@ -13,8 +13,8 @@ public:
     static Changes& shared();
 
 Q_SIGNALS:
-    /// The stored value of a setting of the table is another one now: somebody wrote it, or another instance
-    /// did and the file was read again.
+    /// The stored value of a known setting has changed: it was written here, or another instance wrote it and
+    /// the file was read again.
     void changed(const QString& key);
 };
 

@@ -2,8 +2,8 @@
 
 #include <QLatin1StringView>
 
-/// The names of the settings: for each row of Settings.def a k...Key. New code reads a setting by its row,
-/// see Settings.h.
+/// The names of the settings: a k...Key for each row of Settings.def. New code reads a setting by its row,
+/// see Settings.h. Constants; any thread.
 
 #define SETTING(key, type, standard, meaning) inline constexpr QLatin1StringView k##key##Key(#key);
 #define UNREGISTERED(key, type, meaning) inline constexpr QLatin1StringView k##key##Key(#key);

@@ -22,32 +22,32 @@ enum class Type {
     StringArray  ///< A list of texts.
 };
 
-/// What is known about a setting whatever its type. There is one for each key, for the life of the process.
+/// The description of a setting, independent of its type. One for each key, for the life of the process.
 struct Row {
     QLatin1StringView key;
     Type type;
-    Choices choices;        ///< The allowed values. Others can be stored, too, and have a meaning.
-    bool registered;        ///< Whether a default is registered. Without one an unset integer reads as 0.
+    Choices choices;        ///< The allowed values. Other values can be stored, too, and have a meaning.
+    bool registered;        ///< Whether a default is registered. Otherwise an unset integer reads as 0.
     qint64 integerDefault;  ///< The default of an integer; lists are empty by default.
     const char* meaning;
 
     QVariant defaultValue() const;
 
-    /// The allowed number that this one means.
+    /// The allowed number that `number` stands for.
     constexpr qint64 fitting(qint64 number) const {
         if (choices.isEmpty() || choices.find(number)) return number;
         return choices.otherwise.value_or(integerDefault);
     }
 
-    /// Calls `action` in the thread of `context`, as long as that lives, after each change of the stored
-    /// value: at once where it is written in this thread. An override of this run holds all the same, so read
-    /// the value anew.
+    /// Calls `action` in the thread of `context`, while that lives, after each change of the stored value;
+    /// synchronously if it was written in this thread. An override of this run still has priority, so read
+    /// the value again with value().
     void onChange(QObject* context, const std::function<void()>& action) const;
 };
 
 template <class Value>
 constexpr Type typeOf() {
-    // An enum of two values whose second is every number but 0 is a yes or no with names.
+    // An enum of two values, the second of which stands for every number but 0, is a boolean with names.
     if (std::is_same_v<Value, bool> || (kChoices<Value>.list.size() == 2 && kChoices<Value>.otherwise == 1))
         return Type::Boolean;
     if (std::is_same_v<Value, QByteArray>) return Type::Data;
@@ -56,8 +56,8 @@ constexpr Type typeOf() {
     return Type::Integer;
 }
 
-/// A setting and the type of its value, see Settings.h. Reads and writes go to the standard store at once;
-/// callable from any thread.
+/// A setting with the type of its value, see Settings.h. Reads and writes access the standard store directly;
+/// any thread.
 template <class Value>
 struct Setting : Row {
     static constexpr bool isNumber = std::is_integral_v<Value> || std::is_enum_v<Value>;
@@ -70,24 +70,23 @@ struct Setting : Row {
               standard,
               itsMeaning} {}
 
-    /// What is stored for this run or at all, else the registered default. A number that is not allowed reads
-    /// as what it means.
+    /// The override of this run, else the stored value, else the registered default. A number that is not
+    /// allowed is converted to an allowed one.
     Value value() const { return from(defaultObject(key)); }
 
-    /// The value where it is an allowed one, else nothing.
+    /// The value if it is an allowed one, else empty.
     std::optional<Value> chosen() const requires std::is_enum_v<Value> {
         const qint64 number = defaultInt(key);
         return choices.find(number) ? std::optional(static_cast<Value>(number)) : std::nullopt;
     }
 
-    /// The word of the value.
     QLatin1StringView word() const requires std::is_enum_v<Value> { return wordOf(value()); }
 
     void setValue(Value value) const requires isNumber { setDefaultInt(key, static_cast<qint64>(value)); }
 
     // Pure.
 
-    /// What a stored value reads as.
+    /// Converts a stored value.
     Value from(const QVariant& stored) const;
     QLatin1StringView wordOf(Value value) const requires std::is_enum_v<Value> {
         const Choice* choice = choices.find(static_cast<qint64>(value));

@@ -2,7 +2,7 @@
 
 #include "settings/Setting.h"
 
-/// The settings, one constant for each row of Settings.def: `settings::AutoAdd.value()`.
+/// The settings, one constant for each row of Settings.def: `settings::AutoAdd.value()`. Any thread.
 namespace settings {
 
 #define SETTING(key, type, standard, meaning) \

@@ -22,7 +22,7 @@ constexpr const Row* kTable[] = {
 #include "settings/Settings.def"
 };
 
-// No key is there twice: each is the name of a constant, too.
+// Keys are unique, since each is also the name of a constant.
 static_assert(std::ranges::all_of(kTable,
                                   [](const Row* row) {
                                       return row->choices.isEmpty() || row->choices.find(row->integerDefault);
@@ -93,7 +93,7 @@ void registerDefaults() {
 Snapshot Snapshot::current() {
     Snapshot snapshot;
     for (const Row* row : kTable) {
-        // What is neither stored nor registered reads as in an empty snapshot.
+        // Settings that are neither stored nor registered have the default of an empty snapshot.
         if (const QVariant value = defaultObject(row->key); value.isValid())
             snapshot.m_values.insert(row->key, value);
     }

@@ -9,26 +9,27 @@
 #include <optional>
 #include <span>
 
-/// The settings as a table, for those who go through them or have a key from a person.
+/// The settings as a table, for code that lists them or looks up a key given by the user. Any thread, except
+/// for registerDefaults().
 namespace settings {
 
-/// Every setting: first the registered ones, in the order of registration, then those without a default.
+/// All settings: first those with a default, in the order of registration, then the others.
 std::span<const Row* const> all();
 
 /// Null for an unknown key.
 const Row* find(const QString& key);
 
-/// Registers the defaults with the standard store and has it report changes. Once, before anything reads a
-/// setting.
+/// Registers the defaults with the standard store and makes it report changes. Call it once on the main
+/// thread, before any setting is read.
 void registerDefaults();
 
-/// The value that a person's text means for a setting of this type: a whole number for an integer, a JSON
-/// array of texts for a list (bytes are the texts' UTF-8). Nothing when it is not of the type.
+/// Parses a value given by the user for a setting of this type: a whole number for an integer, a JSON array
+/// of strings for a list (bytes are the UTF-8 of the strings). Empty if the text does not fit the type.
 std::optional<QVariant> valueFromText(Type type, const QString& text);
-/// The other way round, for showing. An invalid variant is the empty text.
+/// The inverse, for display. An invalid variant gives an empty text.
 QString textFromValue(const QVariant& value);
 
-/// The known keys that `key` was most likely meant to be, nearest first; at the most three.
+/// The known keys that are most similar to `key`, the best one first; at most three.
 QStringList nearestKeys(const QString& key);
 
 }  // namespace settings

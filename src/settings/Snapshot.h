@@ -6,11 +6,12 @@
 
 namespace settings {
 
-/// The values of all settings at one moment, for rules that read several and are to see none change between.
-/// A new one holds the registered defaults. A value: copies are independent.
+/// The values of all settings at one moment, for rules that read several settings and need consistent values.
+/// A default-constructed snapshot holds the registered defaults. A value: copies are independent. current()
+/// may be called on any thread.
 class Snapshot {
 public:
-    /// What the standard store holds now.
+    /// The current contents of the standard store.
     static Snapshot current();
 
     template <class Value>
@@ -22,7 +23,7 @@ public:
         return setting.wordOf(value(setting));
     }
 
-    /// Any number, also one that is not allowed; an enum or a bool counts as its number.
+    /// Sets any number, also one that is not allowed; an enum or a bool is stored as its number.
     template <class Number>
     void set(const Row& setting, Number number) {
         if constexpr (std::is_floating_point_v<Number>) {

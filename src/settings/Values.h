@@ -8,8 +8,8 @@
 #include <optional>
 #include <span>
 
-/// The values that settings may have: an enum for each kind, and the list of its numbers and words. A number
-/// is what the settings file holds; the enums without names are numbers of such a list alone.
+/// The values of the settings: an enum for each kind, and the list of its numbers and words. The numbers are
+/// stored in the settings file; for enums without named values the list defines them. Constants; any thread.
 
 /// How audio is handled.
 enum class ConversionStyle : int { Compatible, Fast, Custom };
@@ -27,18 +27,18 @@ enum class AacSurroundRate : int {};
 enum class Ac3Rate : int {};
 enum class Ac3SurroundRate : int {};
 
-/// The language of the preselected audio track; 0: those of the user.
+/// The language of the preselected audio track; 0: the user's languages.
 enum class AudioLanguage : int {};
 
-/// The text encoding of subtitle files; 0: the tool is told none.
+/// The text encoding of subtitle files; 0: none is passed to the tool.
 enum class SubtitleEncoding : int {};
-/// It was given up, and means none.
+/// No longer used; means none.
 inline constexpr SubtitleEncoding kRetiredSubtitleEncoding{1};
 
 namespace settings {
 
-/// A value that is allowed, and its word: for a person on the command line and in the interface files, and
-/// where it is the tool's own, for the tool.
+/// An allowed value and its word, which is used on the command line and in the interface files and, where it
+/// is one of the tool's words, for the tool.
 struct Choice {
     template <class Value>
     constexpr Choice(Value value, const char* itsWord) : number(static_cast<qint64>(value)), word(itsWord) {}
@@ -47,10 +47,10 @@ struct Choice {
     QLatin1StringView word;
 };
 
-/// The values that a setting may have. Empty: every value of its type.
+/// The allowed values of a setting. Empty: every value of its type is allowed.
 struct Choices {
     std::span<const Choice> list;
-    std::optional<qint64> otherwise;  ///< What every other number means; none: the registered default.
+    std::optional<qint64> otherwise;  ///< The meaning of every other number; empty: the registered default.
 
     constexpr bool isEmpty() const { return list.empty(); }
     /// Null: the number is not allowed.
@@ -65,18 +65,18 @@ struct Choices {
     }
 };
 
-/// The allowed values of a type, for types that have a list of them.
+/// The allowed values of a type, for types that have a list.
 template <class Value>
 inline constexpr Choices kChoices{};
 
-/// The words, numbered from 0 on.
+/// The words, numbered from 0.
 template <class... Word>
 constexpr std::array<Choice, sizeof...(Word)> numbered(Word... words) {
     qint64 number = 0;
     return {Choice(number++, words)...};
 }
 
-/// The words, numbered from 2 on, behind 0, which has no word.
+/// 0, which has no word, and the words, numbered from 2.
 template <class... Word>
 constexpr std::array<Choice, 1 + sizeof...(Word)> numberedBehindNone(Word... words) {
     qint64 number = 2;
@@ -84,7 +84,7 @@ constexpr std::array<Choice, 1 + sizeof...(Word)> numberedBehindNone(Word... wor
 }
 
 inline constexpr auto kStyles = numbered("compatible", "fast", "custom");
-// What is not the first style and no other converts like this one.
+// Every other number is converted like this style.
 template <>
 inline constexpr Choices kChoices<ConversionStyle>{kStyles, static_cast<qint64>(ConversionStyle::Fast)};
 
@@ -100,7 +100,7 @@ inline constexpr auto kRemovals = numbered("trash", "delete");
 template <>
 inline constexpr Choices kChoices<SourceRemoval>{kRemovals, static_cast<qint64>(SourceRemoval::Delete)};
 
-// Bit rates end in "k"; the others are levels of quality.
+// Bit rates end in "k"; the others are quality levels.
 inline constexpr auto kAacRates = numbered("96k", "128k", "160k", "192k", "9", "7", "5", "4");
 template <>
 inline constexpr Choices kChoices<AacRate>{kAacRates, {}};

@@ -6,27 +6,29 @@
 
 #include <atomic>
 
-/// The carried media tool: where it is, and the two short runs whose end is waited for.
+/// The bundled media tool: its path, and the two short runs that block until the tool has ended.
 namespace tool {
 
-/// `ffmpeg` in the resource folder; never searched for elsewhere.
+/// `ffmpeg` in the resource folder; no other folder is searched. Any thread.
 QString path();
 
-/// Why the tool cannot be started, in a sentence for the user; empty: it can, as far as can be seen.
+/// Why the tool cannot be started, in a sentence for the user; empty: it can, as far as can be checked. Any
+/// thread.
 QString problem();
 
 struct Report {
     bool started = false;
-    QString startError;  ///< Why not; empty when it was started.
-    QByteArray output;   ///< Standard output and standard error, in the order in which they came.
+    QString startError;  ///< Why it was not started; empty if it was.
+    QByteArray output;   ///< Standard output and standard error, in the order of arrival.
 };
 
-/// Has the tool describe one file ("-i" and the path) and waits for its end; the exit status says nothing and
-/// is not looked at. Call it off the main thread.
+/// Lets the tool describe one file ("-i" and the path) and waits for its end; the exit status is meaningless
+/// and ignored. Call it outside the main thread. Ends early when `*isCancelled` becomes true; `isCancelled`
+/// may be null.
 Report report(const QString& moviePath, const std::atomic<bool>* isCancelled = nullptr);
 
-/// Runs the tool with `arguments` and returns what it printed. Blocks until it has ended, one minute at the
-/// most.
+/// Runs the tool with `arguments` and returns what it printed. Blocks until it has ended, for at most one
+/// minute. Any thread.
 QString trialRun(const QStringList& arguments);
 
 }  // namespace tool

@@ -15,9 +15,9 @@ ToolProcess::ToolProcess(QObject* parent) : QObject(parent) {
     m_process.setProcessChannelMode(QProcess::MergedChannels);
     m_killTimer.setSingleShot(true);
     connect(&m_killTimer, &QTimer::timeout, this, [this] { childprocess::signalGroup(m_process, SIGKILL); });
-    connect(&m_process, &QProcess::readyRead, this, &ToolProcess::takeOutput);
+    connect(&m_process, &QProcess::readyRead, this, &ToolProcess::readOutput);
     connect(&m_process, &QProcess::finished, this, [this](int status, QProcess::ExitStatus how) {
-        takeOutput();
+        readOutput();
         finish({how == QProcess::NormalExit ? ToolExit::Reason::Exited : ToolExit::Reason::Signalled,
                 status,
                 {}});
@@ -55,12 +55,12 @@ void ToolProcess::resume() {
 void ToolProcess::terminate() {
     if (!isRunning()) return;
     childprocess::signalGroup(m_process, SIGTERM);
-    // A stopped process takes the signal only when it goes on.
+    // A stopped process handles the signal only after it is continued.
     childprocess::signalGroup(m_process, SIGCONT);
     m_killTimer.start(kPatienceMilliseconds);
 }
 
-void ToolProcess::takeOutput() {
+void ToolProcess::readOutput() {
     const QByteArray bytes = m_process.readAll();
     if (!bytes.isEmpty()) Q_EMIT outputReceived(bytes);
 }

@@ -10,13 +10,13 @@ struct ToolExit {
     enum class Reason { Exited, Signalled, NotStarted };
     Reason reason = Reason::Exited;
     int status = 0;      ///< Exit status, or the signal's number; -1 when it was not started.
-    QString startError;  ///< Why it was not started.
+    QString startError;  ///< Why the tool was not started.
 
     bool succeeded() const { return reason == Reason::Exited && status == 0; }
 };
 
-/// One run of the carried tool beside the event loop. Destroying it while it runs kills the tool at once.
-/// Main thread only.
+/// One asynchronous run of the bundled tool. Destroying it while it runs kills the tool immediately. Main
+/// thread only.
 class ToolProcess : public QObject {
     Q_OBJECT
 
@@ -24,25 +24,25 @@ public:
     explicit ToolProcess(QObject* parent = nullptr);
     ~ToolProcess() override;
 
-    /// Once.
+    /// May be called once.
     void start(const QStringList& arguments);
     bool isRunning() const;
 
-    /// Stops and continues the tool and all that it started.
+    /// Stops and continues the tool and all its child processes.
     void suspend();
     void resume();
 
-    /// Asks the tool to end, also a suspended one; one that has not after 3 s is killed. ended() follows.
+    /// Asks the tool to end, also a suspended one; kills it if it still runs after 3 s. ended() follows.
     void terminate();
 
 Q_SIGNALS:
-    /// Standard output and standard error as they come.
+    /// Standard output and standard error, as they are received.
     void outputReceived(const QByteArray& bytes);
-    /// Exactly once, after the last outputReceived().
+    /// Emitted exactly once, after the last outputReceived().
     void ended(const ToolExit& exit);
 
 private:
-    void takeOutput();
+    void readOutput();
     void finish(const ToolExit& exit);
 
     QProcess m_process;

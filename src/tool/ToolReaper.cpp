@@ -13,12 +13,12 @@ void ToolReaper::adopt(std::unique_ptr<ToolProcess> process, std::function<void(
         if (process) process.release()->deleteLater();
         return;
     }
-    ++m_dying;
-    ToolProcess* dying = process.release();
-    connect(dying, &ToolProcess::ended, this, [this, dying, cleanUp = std::move(cleanUp)] {
+    ++m_endingCount;
+    ToolProcess* ending = process.release();
+    connect(ending, &ToolProcess::ended, this, [this, ending, cleanUp = std::move(cleanUp)] {
         cleanUp();
-        dying->deleteLater();
-        if (--m_dying == 0) Q_EMIT becameIdle();
+        ending->deleteLater();
+        if (--m_endingCount == 0) Q_EMIT becameIdle();
     });
-    dying->terminate();
+    ending->terminate();
 }

@@ -7,24 +7,23 @@
 
 class ToolProcess;
 
-/// Sees to the end of runs that nobody wants any more: a run is terminated, waited for without holding the
-/// event loop up, and only then cleaned up after, since a tool that still runs could write its files anew.
-/// Main thread only.
+/// Ends runs that are no longer needed: a run is terminated, its end is awaited without blocking the event
+/// loop, and its files are deleted only then, since a running tool could create them again. Main thread only.
 class ToolReaper : public QObject {
     Q_OBJECT
 
 public:
-    /// The one reaper of the application; lives to the end of the process.
+    /// The only instance; lives until the process ends.
     static ToolReaper& shared();
 
-    /// Takes the run over and calls `cleanUp` when it has ended, at once if it has already.
+    /// Takes ownership of the run and calls `cleanUp` when it has ended; immediately if it already has.
     void adopt(std::unique_ptr<ToolProcess> process, std::function<void()> cleanUp);
 
-    bool isIdle() const { return m_dying == 0; }
+    bool isIdle() const { return m_endingCount == 0; }
 
 Q_SIGNALS:
     void becameIdle();
 
 private:
-    int m_dying = 0;
+    int m_endingCount = 0;
 };

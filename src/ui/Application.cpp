@@ -36,7 +36,7 @@
 
 namespace {
 
-/// The files and folders of the command line: paths from here, or "file://" addresses.
+/// The files and folders of the command line: absolute paths, or "file://" URLs.
 QStringList pathsOf(const QStringList& arguments) {
     QStringList paths;
     for (const QString& argument : arguments) {
@@ -51,7 +51,8 @@ QStringList parseCommandLine() {
     parser.setApplicationDescription(Texts::tr("Puts movies into MP4 without re-encoding the picture."));
     parser.addHelpOption();
     parser.addVersionOption();
-    QCommandLineOption asService("gapplication-service");  // Desktops add it when they start us by D-Bus.
+    // Desktops add it when they start the application by D-Bus.
+    QCommandLineOption asService("gapplication-service");
     asService.setFlags(QCommandLineOption::HiddenFromHelp);
     parser.addOption(asService);
     parser.addPositionalArgument("files", Texts::tr("Movies, subtitle files, folders."), "[files...]");
@@ -61,16 +62,16 @@ QStringList parseCommandLine() {
 
 void describeApplication() {
     QApplication::setApplicationName("ravelin");
-    // No display name: Qt would append it to every window's title.
+    // No display name: Qt would append it to the title of every window.
     QApplication::setApplicationVersion(ApplicationInfo::version());
     QApplication::setDesktopFileName(ApplicationInfo::bundleIdentifier());
     QApplication::setWindowIcon(QIcon::fromTheme(ApplicationInfo::bundleIdentifier(), applicationIcon()));
-    // Conversions go on without a window; opening the application again shows it.
+    // Conversions continue without a window; starting the application again shows it.
     QApplication::setQuitOnLastWindowClosed(false);
 }
 
-/// Until the tools that were ended are gone and what they left is deleted; not longer than a session's end
-/// waits.
+/// Waits until the terminated tools have ended and their files are deleted, but not longer than a session
+/// waits at its end.
 void waitUntilTerminated(AppDelegate& delegate) {
     constexpr int kMaximumMilliseconds = 5000;
     QEventLoop loop;
@@ -79,10 +80,10 @@ void waitUntilTerminated(AppDelegate& delegate) {
     if (!AppDelegate::isTerminated()) loop.exec();
 }
 
-/// Asks how the user likes the application, as soon as that disturbs nobody.
+/// Asks for a rating as soon as that does not disturb the user.
 void connectRating(AppDelegate& delegate, MainWindow& window) {
     auto* quietMoment = new QuietMoment(&window);
-    // Whoever is choosing a movie's track and folder is at work, too.
+    // A user who chooses a movie's track and folder is busy, too.
     quietMoment->setBusyWhen([&delegate] { return delegate.addSheet().isShown(); });
     QObject::connect(&delegate, &AppDelegate::ratingWindowRequested, quietMoment,
                      [quietMoment, &window](PXRatingWindowController& asked) {
@@ -93,7 +94,7 @@ void connectRating(AppDelegate& delegate, MainWindow& window) {
                      });
 }
 
-/// What connects the parts that live as long as the application runs.
+/// Connects the objects that live as long as the application.
 void connectParts(QApplication& application, AppDelegate& delegate, MainWindow& window,
                   SingleInstance& instance, DialogPanels& panels, DialogPresenter& presenter) {
     QObject::connect(&instance, &SingleInstance::opened, &delegate, [&](const QStringList& paths) {
@@ -120,7 +121,7 @@ void connectParts(QApplication& application, AppDelegate& delegate, MainWindow& 
 }  // namespace
 
 int runApplication(int& argc, char** argv) {
-    // The application object takes it out of the environment.
+    // The application object removes it from the environment.
     const QString token = SingleInstance::tokenFromEnvironment();
     QApplication application(argc, argv);
     describeApplication();
@@ -159,12 +160,12 @@ int runApplication(int& argc, char** argv) {
         panels.setMainWindow(&window);
         connectParts(application, delegate, window, *instance, panels, presenter);
         connectRating(delegate, window);
-        // Files that come from now on are for the next one.
+        // Files that are opened from now on belong to the next instance.
         QObject::connect(&delegate, &AppDelegate::terminating, &delegate, [&] { instance.reset(); });
         const Interruption interruption;
         QObject::connect(&interruption, &Interruption::interrupted, &delegate,
                          [&] { delegate.terminate(false); });
-        // What can wait until the window is there.
+        // Work that can wait until the window is painted.
         QObject::connect(&window, &MainWindow::painted, &delegate, [&] {
             QTimer::singleShot(0, &delegate, [&] {
                 RunJournal::cleanUpAfterCrashes();
@@ -175,7 +176,7 @@ int runApplication(int& argc, char** argv) {
         });
         delegate.applicationWillFinishLaunching();
         window.show();
-        // The end may have come while an alert was open.
+        // The application may have been terminated while an alert was open.
         if (!delegate.isTerminating()) status = QApplication::exec();
         if (!delegate.isTerminating()) delegate.applicationWillTerminate();
         waitUntilTerminated(delegate);

@@ -1,4 +1,4 @@
 #pragma once
 
-/// The desktop application from its first line to its last. Returns the process's exit status.
+/// Runs the desktop application and returns the process's exit status. Call it once, on the main thread.
 int runApplication(int& argc, char** argv);

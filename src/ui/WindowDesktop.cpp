@@ -9,6 +9,6 @@ bool WindowDesktop::copyToClipboard(const QString& text) {
 }
 
 bool WindowDesktop::isOptionKeyHeld() const {
-    // What the keyboard says now: by the time a menu's command runs, the events of its keys are over.
+    // The current state of the keyboard: when the command of a menu runs, its key events have been processed.
     return QGuiApplication::queryKeyboardModifiers().testFlag(Qt::AltModifier);
 }

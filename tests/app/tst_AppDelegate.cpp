@@ -18,7 +18,7 @@ constexpr int kLongEnough = 30000;
 constexpr int kNextToSource = 1;
 constexpr int kFirstFolder = 3;
 
-/// The whole application but its windows.
+/// The whole application without its windows.
 class Launched : public TestHome {
 public:
     enum class Starts { Now, Later };
@@ -33,12 +33,12 @@ public:
     JobQueue& queue() { return delegate.queue(); }
     DestinationPopUp& popUp() { return delegate.destinations().destinationPopUp(); }
     bool isReady() { return sheet().isShown() && !sheet().informationString().isEmpty(); }
-    /// Has outputs put next to their movies.
+    /// Outputs are written next to their movies.
     void putOutputsNextToSource() {
         delegate.destinations().addOpenedFolder(path());
         setDefaultInt(kDefaultDestinationKey, kNextToSource);
     }
-    /// Opens movies; the last of them is on the sheet then.
+    /// Opens movies; the last one is then on the sheet.
     bool open(const QStringList& names) {
         QStringList paths;
         for (const QString& name : names)
@@ -169,7 +169,7 @@ private Q_SLOTS:
         app.queue().job(0)->remove();
         QCOMPARE(folderaccess::openAccesses(app.path("out")), 0);
 
-        // Unplugged since: told, and the movie stays on the sheet for another choice.
+        // Unplugged meanwhile: it is reported, and the movie stays on the sheet for another choice.
         QVERIFY(app.open({"b.mkv"}));
         QDir().rmdir(app.path("out"));
         app.sheet().addToQueue();
@@ -190,12 +190,13 @@ private Q_SLOTS:
         QCOMPARE(app.presenter.shown.last().buttons.front().title, "D'oh");
         QCOMPARE(app.queue().count(), 0);
 
-        // A second job for a name that the first is still going to write takes a free one.
+        // A second job for the planned output of the first one gets a free name.
         app.saveAs(app.path("out.mp4"));
         QVERIFY(app.add("b.mkv"));
         QCOMPARE(app.destinationOfJob(1), app.path("out.mp4"));
         QCOMPARE(app.destinationOfJob(0), app.path("out-0.mp4"));
-        // So does one that came when the first is being written, whatever the panel asked.
+        // So does one that is added while the first is being written, even if the panel asked whether to
+        // replace.
         app.tool.setConversion(FakeTool::waitFor(app.path("never")));
         app.queue().job(1)->start();
         QVERIFY(QFile::exists(app.path("out.mp4")));
@@ -212,13 +213,13 @@ private Q_SLOTS:
         app.presenter.waits = true;
         setDefaultInt(kAutoAddKey, autoAdd ? 1 : 0);
         app.delegate.openFiles({app.write("a.mkv"), app.write("b.mkv"), app.write("c.mkv")});
-        qsizetype told = 0;
+        qsizetype shownCount = 0;
         for (const char* name : {"c", "b", "a"}) {
             app.panels.savedAs = "/proc/x.mp4";
             QTRY_VERIFY(app.isReady());
             if (!autoAdd) app.sheet().addToQueue();
-            ++told;
-            QTRY_COMPARE(app.presenter.shown.size(), told);
+            ++shownCount;
+            QTRY_COMPARE(app.presenter.shown.size(), shownCount);
             QCOMPARE(app.presenter.messages().last(),
                      QString("You don't seem to have write access to the selected destinatation or it is a "
                              "read-only filesystem. Please choose another destination.\n\nThe movie "
@@ -250,7 +251,7 @@ private Q_SLOTS:
                 .arg(app.path("disk/out"), app.path("disk/in")));
         const QString status = app.status;
         app.delegate.openFiles({app.write("a.mkv")});
-        QCOMPARE(app.status, status);  // Movies that come at once do not hide it.
+        QCOMPARE(app.status, status);  // Movies that arrive at the same time do not hide it.
         QDir(app.path()).mkpath("disk/out");
         QTRY_COMPARE(app.status,
                      QString("The destination folder “%1” is there again.").arg(app.path("disk/out")));
@@ -316,7 +317,7 @@ private Q_SLOTS:
         bool wasOpen = false;
         app.presenter.whileShown = [&] {
             if (std::exchange(wasOpen, true)) return;
-            // Neither a second start of the job nor its end may meet it halfway.
+            // Neither a second start of the job nor its end may happen during it.
             app.queue().startNextJobInQueue();
             QCOMPARE(app.queue().job(0)->state(), JobState::Failed);
             app.delegate.terminate(false);
@@ -335,7 +336,7 @@ private Q_SLOTS:
         int open = 0;
         app.presenter.whileShown = [&] {
             QCOMPARE(++open, 1);
-            QTRY_VERIFY(!app.sheet().isShown());  // The others come meanwhile.
+            QTRY_VERIFY(!app.sheet().isShown());  // The others arrive meanwhile.
             QCoreApplication::processEvents();
             --open;
         };
@@ -384,14 +385,14 @@ private Q_SLOTS:
             QVERIFY(app.add(name));
         }
         QTRY_COMPARE(app.queue().jobCountWithState(JobState::Finished), 1);
-        QVERIFY(app.open({"d.mkv", "c.mkv"}));  // One is at hand, one waits. A folder is being searched.
+        QVERIFY(app.open({"d.mkv", "c.mkv"}));  // One is current, one waits. A folder is being searched.
         QDir(app.path()).mkpath("folder");
         app.delegate.openFiles({app.path("folder")});
         const QStringList left = app.delegate.unfinishedFiles();
         QVERIFY(left.contains(app.path("folder")));
         app.delegate.terminate(false);
 
-        // What is kept adds up, and is taken once.
+        // The stored files accumulate, and are taken once.
         unfinished::keep(left.first(3));
         unfinished::keep(left.sliced(3));
         setDefaultInt(kAutoAddKey, 1);

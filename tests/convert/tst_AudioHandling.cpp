@@ -23,7 +23,7 @@ private Q_SLOTS:
                                             {"AAC Main 5.1", "aac-main", true, {0, 2, 20}},
                                             {"in capitals", "AC3", false, {0, 2, 19}}});
     }
-    /// A custom method of 11 and more stands for the setting of that place.
+    /// Custom methods from 11 on are indexes of settings.
     void methods() {
         const auto [codec, surround, methods] = row<QString, bool, QList<int>>();
         ConversionSettings settings;
@@ -44,7 +44,7 @@ private Q_SLOTS:
             &settings::CustomUnknownAudioHandling, &settings::CustomUnknown51AudioHandling};
         for (const settings::Row* slot : handling)
             settings.set(*slot, 0);
-        // Numbers outside of what there is fall back to copying.
+        // Unknown numbers mean copying.
         for (const auto& [chosen, method] : {std::pair(1, 1), {3, 3}, {-1, 4}, {5, 4}, {1000, 4}}) {
             settings.set(*handling[methods[2] - 11], chosen);
             QCOMPARE(static_cast<int>(calculateConversionMethod(codec, surround, settings)), method);

@@ -25,14 +25,14 @@ bool isAlive(qint64 process) {
     return ::kill(static_cast<pid_t>(process), 0) == 0;
 }
 
-/// The kernel's letter for what a process does, such as T for stopped.
+/// The kernel's letter for the state of a process, such as T for stopped.
 QChar processState(qint64 process) {
     QFile file(QString("/proc/%1/stat").arg(process));
     if (!file.open(QIODevice::ReadOnly)) return u'-';
     return QString::fromLatin1(file.readAll()).section(") ", -1).front();
 }
 
-/// A job over the stand-in for the tool.
+/// A job with the fake tool.
 struct Stage {
     Stage() : tool(home.path()) { remake(); }
 
@@ -199,7 +199,7 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(stage.output));
         QVERIFY(stage.progressFiles().isEmpty());
         QVERIFY(QFile::exists(stage.home.path("movie.mkv")));
-        QCOMPARE(defaultInt("Usages"), 0);  // No verdict beside the removal.
+        QCOMPARE(defaultInt("Usages"), 0);  // No message besides the removal.
     }
 
     void readsProgressPausesAndContinues() {
@@ -229,7 +229,8 @@ private Q_SLOTS:
             Stage stage;
             stage.remake({"#1: eng (aac)"});
             stage.tool.setTrial(said);
-            stage.tool.setConversion("exit 0\n");  // The trial's output does not pass for the movie.
+            // The output of the trial run is not mistaken for the movie.
+            stage.tool.setConversion("exit 0\n");
             stage.job->start();
             QCOMPARE(stage.job->arguments().contains("-absf"), filter);
             QVERIFY(stage.job->fastmode());

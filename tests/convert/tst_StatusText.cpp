@@ -50,11 +50,11 @@ private Q_SLOTS:
         const TestHome home;
         const QString path = home.path("p.log");
         ProgressFile progress(path);
-        QVERIFY(!progress.readNew());  // The tool has not made it yet.
+        QVERIFY(!progress.readNew());  // The tool has not created it yet.
         QFile file(path);
         QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
         file.write("frame=1\nout_time_ms=1000000\nprogress=continue\nout_time_ms=2000000\n");
-        QCOMPARE(progress.readNew().value(), 1.0);  // The earliest of a chunk.
+        QCOMPARE(progress.readNew().value(), 1.0);  // The first one of a chunk.
         QCOMPARE(progress.furthestSeconds(), 2.0);
         QVERIFY(!progress.readNew());
         file.write("out_time_ms=30");
@@ -98,7 +98,7 @@ private Q_SLOTS:
             if (i == 1000) output.append("x.mkv: File ended prematurely\nx.mp4: No space left on device\n");
             output.append("x.mkv: corrupt input packet in stream 0\n");
         }
-        output.append(QByteArray(1'000'000, 'x'));  // Never a line break.
+        output.append(QByteArray(1'000'000, 'x'));  // No line break at all.
         output.append("\nlast words");
         output.finish();
         const QString text = output.text();

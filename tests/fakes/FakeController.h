@@ -5,7 +5,7 @@
 #include <QMap>
 #include <QStringList>
 
-/// Keeps the calls that a job makes.
+/// Records the calls of a job.
 class FakeController : public JobController {
 public:
     void startNextJobInQueue() override { calls.append("next"); }

@@ -7,8 +7,8 @@
 
 namespace {
 
-// Bash, whose "read" waits for a moment without a process of its own: a child that is stopped before it
-// became a program keeps its shell from being stopped and killed.
+// Bash, whose "read" waits without a child process: a child that is stopped between fork and exec blocks its
+// shell, which can then be neither stopped nor killed.
 constexpr const char* kScript = R"sh(#!/bin/bash
 folder=${0%/*}
 if [ $# -eq 2 ] && [ "$1" = -i ]; then
@@ -78,8 +78,8 @@ QByteArray FakeTool::report(const QByteArray& moreStreams, const QByteArray& dur
            moreStreams + "At least one output file must be specified\n";
 }
 
-QByteArray FakeTool::waitFor(const QString& goOn) {
-    return "echo movie > \"$destination\"\nwait_until \"[ -e '" + goOn.toUtf8() + "' ]\"\n";
+QByteArray FakeTool::waitFor(const QString& path) {
+    return "echo movie > \"$destination\"\nwait_until \"[ -e '" + path.toUtf8() + "' ]\"\n";
 }
 
 void FakeTool::write(const QString& name, const QByteArray& contents) const {

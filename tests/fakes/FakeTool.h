@@ -4,33 +4,33 @@
 #include <QString>
 #include <QStringList>
 
-/// A scripted stand-in for the carried tool: an `ffmpeg` shell script in a resource folder of its own. It can
-/// stall, flood, lie about its exit status, and die by a signal.
+/// A scripted replacement of the bundled tool: an `ffmpeg` shell script in a separate resource folder. It can
+/// hang, print very much, return a wrong exit status, and die by a signal.
 class FakeTool {
 public:
-    /// Puts the script below `folder` and names it to the application.
+    /// Creates the script below `folder` and makes the application use it.
     explicit FakeTool(const QString& folder);
 
-    /// What a probe prints, on standard error as the real one does.
+    /// What a probe prints, on standard error like the real tool.
     void setReport(const QByteArray& report) const;
-    /// The shell commands of a probe, instead; $folder is where runningMark() is.
+    /// The shell commands of a probe, as an alternative; $folder is the folder of runningMark().
     void setProbe(const QByteArray& script) const;
     /// What a trial run prints.
     void setTrial(const QByteArray& output) const;
     /// The shell commands of a conversion. $destination and $progress hold the paths; `wait_until
     /// "condition"` waits without a child process. The default writes an output.
     void setConversion(const QByteArray& script) const;
-    /// A file that exists once a conversion runs, with the shell's process identifier in it.
+    /// A file that exists as soon as a conversion runs; contains the shell's process identifier.
     QString runningMark() const { return m_folder + "/running"; }
-    /// The arguments of each conversion so far, one a line.
+    /// The arguments of the last conversion.
     QStringList lastArguments() const;
 
     /// A plain report: H.264 video, and the lines of further streams ("    Stream #0:1(eng): Audio: ac3,
     /// ...").
     static QByteArray report(const QByteArray& moreStreams, const QByteArray& duration = "00:00:10.00");
 
-    /// A conversion that goes on until `goOn` exists.
-    static QByteArray waitFor(const QString& goOn);
+    /// A conversion that runs until the file `path` exists.
+    static QByteArray waitFor(const QString& path);
 
 private:
     void write(const QString& name, const QByteArray& contents) const;

@@ -7,7 +7,7 @@
 #include <QPointer>
 #include <QWidget>
 
-/// A web view that shows nothing and keeps what was asked of it; its properties are the dynamic ones.
+/// A web view that shows nothing and records the requests; its properties are dynamic ones.
 class FakeWebView : public QWidget, public WebView {
 public:
     FakeWebView(WebViewServices given, QWidget* parent) : QWidget(parent), services(std::move(given)) {}
@@ -42,7 +42,7 @@ public:
         return view;
     }
 
-    QString speaksAgainst;  ///< Known before.
-    QString failure;        ///< Known when it is tried.
+    QString speaksAgainst;  ///< Known before the engine is used.
+    QString failure;        ///< Known when the engine is used.
     QList<QPointer<FakeWebView>> views;
 };

@@ -5,7 +5,7 @@
 
 #include <QStringList>
 
-/// The messages of a level that the log keeps since the home was made, in the order of their slots.
+/// The messages of a level that were logged since the TestHome was created, in the order of their slots.
 inline QStringList logged(int level = 3) {
     QStringList messages;
     for (int position = 0; position < 10; ++position) {

@@ -2,7 +2,7 @@
 
 #include <QUrl>
 
-/// The parts of a mail link, as a mail program reads them.
+/// The parts of a mail link, as a mail program parses them.
 struct OpenedMail {
     explicit OpenedMail(const QUrl& link) {
         const QString text = QString::fromLatin1(link.toEncoded());

@@ -8,7 +8,7 @@
 
 #include <optional>
 
-/// Keeps what was asked of the desktop.
+/// Records the requests to the desktop.
 class RecordingDesktop : public Desktop {
 public:
     quint32 acquireSleepAssertion(const QString& reason) override {
@@ -41,7 +41,7 @@ public:
     QStringList revealed;
     QStringList trashed;
     QList<QUrl> opened;
-    bool opens = true;  ///< Whether the user has a program for what is opened.
+    bool opens = true;  ///< Whether the user has a program for the opened URL.
     bool hasClipboard = true;
     QString clipboard;
     bool optionKeyIsHeld = false;

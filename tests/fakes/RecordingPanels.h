@@ -4,8 +4,8 @@
 
 #include <QList>
 
-/// Keeps which panels were asked for and answers each with what the test prepared; an empty answer is a
-/// cancelled panel.
+/// Records the requested panels and answers each with what the test prepared; an empty answer is a cancelled
+/// panel.
 class RecordingPanels : public FilePanels {
 public:
     struct Request {

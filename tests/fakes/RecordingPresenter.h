@@ -7,7 +7,7 @@
 
 #include <functional>
 
-/// Keeps what it should have shown and gives the answer that the test prepared.
+/// Records the alerts and gives the answer that the test prepared.
 class RecordingPresenter : public AlertPresenter {
 public:
     AlertAnswer present(const Alert& alert) override {
@@ -36,8 +36,8 @@ public:
 
     static constexpr long kNobody = 0;  ///< The user presses Escape.
     AlertAnswer answer{.response = kNobody, .suppressed = false, .value = {}};
-    bool waits = false;                ///< Whether a user is there who thinks, as in front of the window.
-    std::function<void()> whileShown;  ///< What happens while an alert is open; may be null.
+    bool waits = false;                ///< Whether alerts wait for a user, as those of the window do.
+    std::function<void()> whileShown;  ///< Called while an alert is open; may be null.
     QList<Alert> shown;
     QList<NonModalAlert> shownNonModal;
 };

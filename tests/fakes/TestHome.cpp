@@ -19,7 +19,7 @@ TestHome::TestHome() {
 }
 
 TestHome::~TestHome() {
-    useSettingsFile({});  // What is saved from now on does not bring the folder back.
+    useSettingsFile({});  // Later writes must not create the folder again.
     setSharedDesktop(nullptr);
     setAlertPresenter(nullptr);
 }

@@ -5,7 +5,7 @@
 
 #include <QTemporaryDir>
 
-/// A home of its own for each test function: settings, private data, presenter and desktop.
+/// A separate home folder for each test function: settings, private data, presenter and desktop.
 class TestHome {
 public:
     TestHome();
@@ -16,7 +16,7 @@ public:
     QString path(const QString& name = {}) const {
         return name.isEmpty() ? m_folder.path() : m_folder.filePath(name);
     }
-    /// Makes a file below the home, and its folders.
+    /// Creates a file below the home folder, and its parent folders.
     QString write(const QString& name, const QByteArray& contents = {}) const;
 
     RecordingPresenter presenter;

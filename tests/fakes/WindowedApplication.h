@@ -16,8 +16,8 @@
 #include <QMenuBar>
 #include <QTest>
 
-/// The application with its main window, a scripted tool, and recorded alerts and panels. Movies go to the
-/// stored folder "out".
+/// The application with its main window, a scripted tool, and recorded alerts and panels. Movies are written
+/// to the stored folder "out".
 class WindowedApplication : public TestHome {
 public:
     WindowedApplication() : tool(path()), delegate(panels) {
@@ -57,7 +57,7 @@ public:
         return added;
     }
 
-    /// Chooses a command of the menu bar of `owner` by the mouse.
+    /// Chooses a command from the menu bar of `owner` with the mouse.
     static void choose(const QWidget& owner, const char* menuName, const char* actionName) {
         auto* bar = owner.findChild<QMenuBar*>();
         auto* menu = owner.findChild<QMenu*>(menuName);

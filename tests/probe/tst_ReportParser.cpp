@@ -128,7 +128,7 @@ private Q_SLOTS:
             return "    Stream #0:0: Video: " + description + "\n";
         };
         const QString heaac = "    Stream #0:1: Audio: aac (HE-AAC), 48000 Hz, stereo\n";
-        // Streams, the keys of the warnings in the order taken. A rejection, which ends it, has none.
+        // Streams, and the keys of the warnings in order. A rejection, which ends the parsing, has no key.
         addRows<QString, QStringList>(
             {{"plain", kVideo, {}},
              {"mpeg4", video("mpeg4, 640x480"), {}},
@@ -199,7 +199,7 @@ private Q_SLOTS:
         QVERIFY(!isDue(true, 3, 4, 4));  // Unknown.
     }
 
-    /// Whatever is read of noise holds together.
+    /// The facts from random input are consistent.
     void noise() {
         const QStringList words =
             QString(

@@ -76,12 +76,12 @@ private Q_SLOTS:
         QVERIFY(fresh.value(settings::FixSubtitleDuration) && !fresh.value(settings::ConcurrentJobs));
         setDefaultInt(kAACBitrateKey, 3);
         standardUserDefaults().setOverride(kAutoAddKey, 1);
-        settings::Snapshot taken = settings::Snapshot::current();
+        settings::Snapshot snapshot = settings::Snapshot::current();
         setDefaultInt(kAACBitrateKey, 0);
-        QCOMPARE(taken.word(settings::AACBitrate), QLatin1StringView("192k"));
-        QVERIFY(taken.value(settings::AutoAdd) && taken.value(settings::FixSubtitleDuration));
-        taken.set(settings::AudioVolume, 98.5F);
-        QCOMPARE(taken.value(settings::AudioVolume), 98.5F);
+        QCOMPARE(snapshot.word(settings::AACBitrate), QLatin1StringView("192k"));
+        QVERIFY(snapshot.value(settings::AutoAdd) && snapshot.value(settings::FixSubtitleDuration));
+        snapshot.set(settings::AudioVolume, 98.5F);
+        QCOMPARE(snapshot.value(settings::AudioVolume), 98.5F);
     }
 
     void changesAreReported() {
@@ -93,13 +93,13 @@ private Q_SLOTS:
         settings::AutoAdd.setValue(true);
         settings::AutoAdd.setValue(true);  // No change.
         settings::AutoClean.setValue(true);
-        setDefaultInt("quillonlib_usages", 1);  // No setting of the table.
+        setDefaultInt("quillonlib_usages", 1);  // Not a setting of the table.
         QCOMPARE(reported, QStringList{"here"});
         QCOMPARE(all.count(), 2);
         std::unique_ptr<QThread> thread(QThread::create([] { settings::AutoAdd.setValue(false); }));
         thread->start();
         QVERIFY(thread->wait());
-        QCOMPARE(reported.size(), 1);  // It comes in the listener's thread.
+        QCOMPARE(reported.size(), 1);  // Emitted in the listener's thread.
         QTRY_COMPARE(reported.size(), 2);
         listener.reset();
         setDefaultObject(kAutoAddKey, {});

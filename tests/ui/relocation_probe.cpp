@@ -1,5 +1,5 @@
-// The window program with a user who presses the first button of every alert as soon as it is shown. Told on
-// standard output, a line each: the message and the button.
+// The window program with a simulated user who presses the first button of every alert as soon as it is
+// shown. Writes a line to standard output for each: the message and the button.
 #include "support/base/Utf8Locale.h"
 #include "ui/Application.h"
 #include "ui/dialogs/AlertDialog.h"

@@ -26,7 +26,7 @@ class Portable(Home):
         self.settings()
         self.may_finish = self.path / "may finish"
         self.list = self.path / "data/example.ravelin.Ravelin/Unfinished files"
-        self.told = open(self.path / "told", "w+")
+        self.output = open(self.path / "told", "w+")
         self.application = self.path / "disk/Ravelin app"
         (self.application / "bin").mkdir(parents=True)
         shutil.copy(PROGRAM, self.application / "bin")
@@ -40,12 +40,12 @@ class Portable(Home):
     def close(self):
         for pid in self.instances():
             os.kill(pid, signal.SIGKILL)
-        self.told.close()
+        self.output.close()
         super().close()
 
     def start(self, *arguments, folder=None):
         program = (folder or self.application) / "bin" / PROGRAM.name
-        process = subprocess.Popen([program, *arguments], env=self.environment, stdout=self.told)
+        process = subprocess.Popen([program, *arguments], env=self.environment, stdout=self.output)
         self.running.append(process)
         return process
 
@@ -68,8 +68,8 @@ class Portable(Home):
         return found
 
     def alerts(self):
-        self.told.seek(0)
-        return self.told.read().splitlines()
+        self.output.seek(0)
+        return self.output.read().splitlines()
 
 
 class Relocation(unittest.TestCase):
@@ -111,7 +111,7 @@ class Relocation(unittest.TestCase):
             home.movie("disk/a.mkv")
             (home.path / "one").mkdir()
             (home.path / "two").mkdir()
-            shell = subprocess.Popen([*UNSHARE, "sh", "-e"], stdin=subprocess.PIPE, stdout=home.told, text=True,
+            shell = subprocess.Popen([*UNSHARE, "sh", "-e"], stdin=subprocess.PIPE, stdout=home.output, text=True,
                                      cwd=home.path, env=home.environment)
             home.running.append(shell)
             self.addCleanup(shell.stdin.close)

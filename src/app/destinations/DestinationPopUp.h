@@ -5,11 +5,11 @@
 #include <QString>
 #include <QStringList>
 
-/// One line of a destination pop-up.
+/// One item of a destination pop-up.
 struct DestinationItem {
     enum class Kind {
-        Ask,           ///< Asks with a save panel.
-        NextToSource,  ///< Beside the movie.
+        Ask,           ///< Ask with a save panel for each movie.
+        NextToSource,  ///< The folder of the movie.
         Folder,        ///< A stored folder.
         Separator,
         Choose,  ///< Command: choose a new folder.
@@ -19,15 +19,14 @@ struct DestinationItem {
     QString title;  ///< Empty for a separator.
 };
 
-/// The items of a destination pop-up and which is selected: ask, next to the source, a separator, the stored
-/// folders, and the pop-up's commands at the end. Stored folder number k stands at index k + 3. Main thread
-/// only.
+/// The items of a destination pop-up and the selected one: ask, next to the source, a separator, the stored
+/// folders, and the commands at the end. Stored folder number k has index k + 3. Main thread only.
 class DestinationPopUp : public QObject {
     Q_OBJECT
 
 public:
-    /// The one on the add sheet ends with the command to choose a folder; the one in the preferences has the
-    /// command to clear them, too.
+    /// The pop-up of the add sheet ends with the command to choose a folder; the one of the preferences has
+    /// the command to clear the list, too.
     enum class Place { AddSheet, Preferences };
 
     static constexpr qsizetype kFirstFolder = 3;
@@ -37,9 +36,9 @@ public:
     Place place() const { return m_place; }
     const QList<DestinationItem>& items() const { return m_items; }
     qsizetype selected() const { return m_selected; }
-    /// An index of a separator or beyond the items is kept too: nothing is selected then.
+    /// The index of a separator, or one past the last item, is accepted: nothing is selected then.
     void select(qsizetype index);
-    /// Puts `names` in as the stored folders and selects `index`.
+    /// Sets the stored folders to `names` and selects `index`.
     void rebuild(const QStringList& names, qsizetype index);
 
 Q_SIGNALS:

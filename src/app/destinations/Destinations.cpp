@@ -40,12 +40,12 @@ QString nameOfFolder(const QString& folder) {
     return name.isEmpty() ? folder : name;
 }
 
-/// Those that are not there, at their places in the whole list; the empty ones stand for those that are.
+/// The absent folders, at their positions in the whole list; empty elements stand for the present ones.
 QVariantList absentBookmarks() {
     return defaultArray(kAbsentDestinationsKey).value_or(QVariantList());
 }
 
-/// `absent` as absentBookmarks() returns it.
+/// `absent` in the format of absentBookmarks().
 void rememberAbsent(QVariantList absent, const QByteArray& absentDefault) {
     while (!absent.isEmpty() && absent.last().toByteArray().isEmpty())
         absent.removeLast();
@@ -61,7 +61,7 @@ struct KnownFolder {
     bool wasAbsent = false;
 };
 
-/// The stored folders with the absent ones at their places among them.
+/// The stored folders, with the absent ones at their positions among them.
 QList<KnownFolder> knownFolders() {
     QList<KnownFolder> folders;
     const QVariantList stored = bookmarks();
@@ -73,7 +73,7 @@ QList<KnownFolder> knownFolders() {
                                                     : nameOfFolder(folderaccess::placeOf(bookmark));
         folders.append({bookmark, name, i == preselected, false});
     }
-    // Another default destination that was chosen meanwhile stays.
+    // Keep another default destination that was chosen meanwhile.
     const QByteArray absentDefault =
         defaultDestination() == 0 ? defaultObject(kAbsentDefaultDestinationKey).toByteArray() : QByteArray();
     const QVariantList absent = absentBookmarks();
@@ -83,7 +83,7 @@ QList<KnownFolder> knownFolders() {
         const auto known = std::ranges::find(folders, bookmark, &KnownFolder::bookmark);
         const bool isDefault = bookmark == absentDefault;
         if (known != folders.end()) {
-            known->isDefault |= isDefault;  // Added anew meanwhile.
+            known->isDefault |= isDefault;  // The user added it again meanwhile.
         } else {
             folders.insert(qMin(i, folders.size()),
                            {bookmark, nameOfFolder(folderaccess::placeOf(bookmark)), isDefault, true});
@@ -121,18 +121,18 @@ QString returnedText(const QStringList& paths) {
 }  // namespace
 
 Destinations::Destinations(FilePanels& panels, QObject* parent) : QObject(parent), m_panels(panels) {
-    connect(&m_returnWatch, &ReturnWatch::stirred, this, &Destinations::takeReturned);
+    connect(&m_returnWatch, &ReturnWatch::stirred, this, &Destinations::restoreReturned);
 }
 
 QString Destinations::restoreAtLaunch() {
-    // Outside a sandbox nobody has to open a folder first.
+    // Outside a sandbox no folder has to be opened first.
     if (!sharedDesktop().isSandboxed()) m_openedFolders.append({"/", false});
     renumberFromOldVersions();
-    QStringList gone = sortOut(Occasion::Launch).gone;
+    QStringList gone = updateStoredFolders(Occasion::Launch).gone;
     clampDefaultDestination();
     rebuildPreferencesDestinationPopUp();
     watchForReturn();
-    // Without it, movies go elsewhere: worth telling at every launch.
+    // Without it, movies are written elsewhere: report it at every launch.
     const QByteArray absentDefault = defaultObject(kAbsentDefaultDestinationKey).toByteArray();
     const QString place = folderaccess::placeOf(absentDefault);
     if (!absentDefault.isEmpty() && !gone.contains(place)) gone.append(place);
@@ -141,13 +141,13 @@ QString Destinations::restoreAtLaunch() {
 
 void Destinations::renumberFromOldVersions() {
     if (defaultInt(kHasUpgradedFromPre13Key) != 0) return;
-    // The separator behind the first two items came with version 1.3.
+    // Version 1.3 inserted the separator after the first two items.
     if (defaultDestination() != 0) setDefaultInt(kDefaultDestinationKey, defaultDestination() + 1);
     logInformation("Info: upgrading pre1.3 bookmarks");
     setDefaultInt(kHasUpgradedFromPre13Key, 1);
 }
 
-Destinations::Changes Destinations::sortOut(Occasion occasion) {
+Destinations::Changes Destinations::updateStoredFolders(Occasion occasion) {
     Changes changes;
     QVariantList keptBookmarks;
     QVariantList keptNames;
@@ -157,7 +157,7 @@ Destinations::Changes Destinations::sortOut(Occasion occasion) {
     const QList<KnownFolder> folders = knownFolders();
     for (const KnownFolder& folder : folders) {
         const QString place = folderaccess::placeOf(folder.bookmark);
-        // While the application runs, a folder that goes stays on the list.
+        // A folder that disappears while the application runs stays in the list.
         const bool isChecked = folder.wasAbsent || occasion == Occasion::Launch;
         if (isChecked && !isUsable(folder.bookmark)) {
             absent.append(folder.bookmark);
@@ -186,18 +186,19 @@ Destinations::Changes Destinations::sortOut(Occasion occasion) {
     return changes;
 }
 
-void Destinations::takeReturned() {
+void Destinations::restoreReturned() {
     const qsizetype selected = m_addSheet.selected();
     const bool isFolder = selected >= DestinationPopUp::kFirstFolder &&
                           selected < m_addSheet.items().size() &&
                           m_addSheet.items()[selected].kind == DestinationItem::Kind::Folder;
     const QVariant chosen =
         isFolder ? bookmarks().value(selected - DestinationPopUp::kFirstFolder) : QVariant();
-    const QStringList returned = sortOut(Occasion::Return).returned;
+    const QStringList returned = updateStoredFolders(Occasion::Return).returned;
     if (returned.isEmpty()) return;
     watchForReturn();
     rebuildPreferencesDestinationPopUp();
-    // The user may be choosing for a movie: the folder stays, whatever its number is now.
+    // The user may be choosing a folder for a movie: keep the selected folder, even if its number has
+    // changed.
     constexpr qsizetype kNone = -1;
     m_addSheet.rebuild(titles(), isFolder ? DestinationPopUp::kFirstFolder + bookmarks().indexOf(chosen)
                                  : selected < DestinationPopUp::kFirstFolder ? selected
@@ -284,7 +285,7 @@ void Destinations::clearDestinations() {
 
 void Destinations::setDefaultDestination(qsizetype index) {
     setDefaultInt(kDefaultDestinationKey, index);
-    setDefaultObject(kAbsentDefaultDestinationKey, {});  // The user has chosen.
+    setDefaultObject(kAbsentDefaultDestinationKey, {});  // The user has made a choice.
     m_preferences.select(index);
 }
 

@@ -10,69 +10,69 @@
 #include <optional>
 #include <stdexcept>
 
-/// A stored folder cannot be opened any more.
+/// Thrown when a stored folder can no longer be opened.
 class BookmarkProblem : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// The folders into which outputs go: those that the user stored, across launches, and those opened in this
-/// run. Keeps both destination pop-ups. Main thread only.
+/// The folders for outputs: those that the user stored, which persist across launches, and those opened in
+/// this run. Owns both destination pop-ups. Main thread only.
 class Destinations : public QObject {
     Q_OBJECT
 
 public:
-    /// `panels` outlives this.
+    /// `panels` must outlive this object.
     explicit Destinations(FilePanels& panels, QObject* parent = nullptr);
 
     DestinationPopUp& destinationPopUp() { return m_addSheet; }
     DestinationPopUp& preferencesDestinationPopUp() { return m_preferences; }
 
-    /// Takes over the stored folders at launch: takes those that are not there off the list, and puts a
-    /// default destination right that names none. Returns what the user is to be told of it; empty: nothing.
-    /// A folder that is not there is remembered and comes back to its place when it is there again, also as
-    /// the default destination, unless the user chose another one meanwhile.
+    /// Reads the stored folders at launch, removes those that do not exist from the list, and corrects a
+    /// default destination that is out of range. Returns a message for the user; empty: none. A folder that
+    /// does not exist is remembered: when it exists again, it returns to its place in the list, and becomes
+    /// the default destination again unless the user has chosen another one.
     QString restoreAtLaunch();
 
     void rebuildDestinationPopUp();
     void rebuildPreferencesDestinationPopUp();
-    /// Has the user choose a folder, stores it and selects it in the pop-up that asked.
+    /// Lets the user choose a folder, stores it and selects it in the pop-up `sender`.
     void chooseNewDestination(DestinationPopUp::Place sender);
     void clearDestinations();
-    /// The user's choice in the preferences becomes the default of the add sheet.
+    /// Stores the choice made in the preferences as the default of the add sheet.
     void setDefaultDestination(qsizetype index);
 
-    /// A folder that is open for access in this run.
+    /// A folder that this run has access to.
     struct OpenedFolder {
         QString path;
-        bool securityScoped = false;  ///< From a bookmark: access starts anew for each use.
+        bool securityScoped = false;  ///< From a bookmark: access has to be started for each use.
     };
     const QList<OpenedFolder>& openedFolders() const { return m_openedFolders; }
     void addOpenedFolder(const QString& path) { m_openedFolders.append({path, false}); }
-    /// The last opened folder whose path begins `path`.
+    /// The most recently opened folder whose path is a prefix of `path`.
     std::optional<OpenedFolder> openedFolderFor(const QString& path) const;
 
-    /// What keeps the stored folder from being used now; empty: nothing.
+    /// Why the stored folder cannot be used now; empty: it can.
     QString problemOfFolder(qsizetype number) const;
-    /// Opens a stored folder for a job, which closes it at its end. Throws BookmarkProblem.
+    /// Opens a stored folder for a job, which closes it when it ends. Throws BookmarkProblem.
     QString openFolder(qsizetype number) const;
 
 Q_SIGNALS:
-    /// Something to tell the user in passing.
+    /// Message for the status area.
     void message(const QString& text);
 
 private:
     enum class Occasion { Launch, Return };
 
-    /// What changed in the list, as paths.
+    /// Changes of the list, as paths.
     struct Changes {
         QStringList gone;
         QStringList returned;
     };
 
     void renumberFromOldVersions();
-    Changes sortOut(Occasion occasion);
-    void takeReturned();
+    Changes updateStoredFolders(Occasion occasion);
+    void restoreReturned();
     void watchForReturn();
     void clampDefaultDestination();
     void store(const QString& folder, DestinationPopUp::Place sender);

@@ -4,20 +4,20 @@
 
 #include <QString>
 
-/// Names of outputs.
+/// Names of outputs. Any thread.
 namespace outputname {
 
 inline constexpr const char* kOverwritesSource = RAVELIN_TEXT(
     "You've tried to overwrite the source file with the target file. Thats the worst idea ever.");
 
-/// "mp4", or "m4v" by the setting.
+/// "mp4", or "m4v" if the setting says so.
 QString outputExtension();
-/// The input's name with the output's extension, within what a file name may be long.
+/// The input's name with the extension of outputs, shortened to the maximum length of a file name.
 QString outputFileName(const QString& inputFileName);
-/// Whether the path ends in an extension that an output may have.
+/// Whether the path has one of the extensions that outputs may have.
 bool hasOutputExtension(const QString& path);
 
-/// Whether both paths lead to one file, by whatever links.
+/// Whether both paths name the same file; symbolic and hard links are resolved.
 bool isSameFile(const QString& a, const QString& b);
 
 }  // namespace outputname

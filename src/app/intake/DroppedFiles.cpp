@@ -13,7 +13,7 @@ namespace droppedfiles {
 
 namespace {
 
-/// The pointer is moving meanwhile.
+/// Limit of the search, which blocks the drag.
 constexpr int kMaximumMilliseconds = 20;
 
 bool mayHoldMovie(const QString& folder, const QElapsedTimer& timer) {

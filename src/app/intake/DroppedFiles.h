@@ -5,17 +5,17 @@
 #include <QStringList>
 #include <QUrl>
 
-/// What is dragged over the window.
+/// Files that are dragged over the window. Main thread only.
 namespace droppedfiles {
 
-/// The files and folders of this computer among the addresses; text that names a file counts, too.
+/// The local files and folders among the URLs; plain text that is the path of a file is accepted, too.
 QStringList paths(const QList<QUrl>& urls);
 
-/// Whether the drop is taken: a movie is among the paths, or a folder that holds one. A folder too large to
-/// be searched while the pointer moves is taken.
+/// Whether the drop is accepted: `paths` contains a movie, or a folder with one. A folder that is too large
+/// to be searched during the drag is accepted.
 bool isAccepted(const QStringList& paths);
 
-/// Why it is not taken, in one sentence for the user.
+/// Why it is refused, in one sentence for the user.
 QString refusal(const QList<QUrl>& urls);
 
 }  // namespace droppedfiles

@@ -25,7 +25,7 @@ void FileIntake::openFiles(const QStringList& paths) {
     m_importSubtitleFiles.insert(sorted.subtitles);
     m_importFiles += sorted.movies;
     Q_EMIT filesWaitingChanged();
-    // A probe or a movie at hand comes to the new files by itself.
+    // The new files follow after the running probe or the current movie.
     if (wasEmpty && !isScanning() && !m_fileInfo) addNextFile();
 }
 
@@ -44,15 +44,15 @@ void FileIntake::addNextFile() {
     dispatch_async_back([self = QPointer(this), path, subtitle, isCancelled = m_isCancelled] {
         MKVFileInfo::Probe probe = MKVFileInfo::probe(QUrl::fromLocalFile(path), isCancelled.get());
         dispatch_async_main([self, path, subtitle, probe = std::move(probe)] {
-            if (self) self->takeResult(path, subtitle, probe);
+            if (self) self->handleResult(path, subtitle, probe);
         });
     });
 }
 
-void FileIntake::takeResult(const QString& path, const QString& subtitle, MKVFileInfo::Probe probe) {
+void FileIntake::handleResult(const QString& path, const QString& subtitle, MKVFileInfo::Probe probe) {
     m_scannedFile.clear();
     Q_EMIT scanningEnded(path);
-    // A probe that was cut short says nothing about the movie.
+    // A cancelled probe has no meaningful result.
     if (*m_isCancelled || childprocess::waitsAreInterrupted()) probe = {};
     if (m_messages == Messages::AtOnce) {
         for (const Verdict& verdict : verdicts::inOrderOfShowing(probe.verdicts))

@@ -10,49 +10,49 @@
 #include <memory>
 #include <optional>
 
-/// What the queue needs to know of the files that wait in front of it.
+/// The queue's interface to the files that were added but not confirmed yet. Main thread only.
 class WaitingFiles {
 public:
     virtual ~WaitingFiles() = default;
     virtual bool areWaiting() const = 0;
-    /// The file at hand is dealt with: on to the next one.
+    /// The current file is finished with: continues with the next one.
     virtual void cancelAdd() = 0;
 };
 
-/// Takes paths in, sorts them into movies and subtitle files, and probes the movies in the background, one at
-/// a time: the next probe starts when the movie at hand was confirmed or cancelled. Main thread only.
+/// Accepts paths, sorts them into movies and subtitle files, and probes the movies in a background thread,
+/// one at a time: the next probe starts when the current movie was confirmed or cancelled. Main thread only.
 class FileIntake : public QObject, public WaitingFiles {
     Q_OBJECT
 
 public:
-    /// When the messages of a probe are shown: a moment later, while the window already shows the result, or
-    /// in one go before it is announced.
+    /// When the messages of a probe are shown: shortly after the window shows the result, or all at once
+    /// before the result is announced.
     enum class Messages { Scheduled, AtOnce };
 
     explicit FileIntake(Messages messages, QObject* parent = nullptr);
-    /// Ends the probe that is under way.
+    /// Cancels the running probe.
     ~FileIntake() override;
 
-    /// The single entry for new files. Of the movies waiting the last one is taken first.
+    /// The single entry for new files. The last of the waiting movies is probed first.
     void openFiles(const QStringList& paths);
-    /// Probes the next waiting movie; nothing when none waits.
+    /// Probes the next waiting movie; does nothing if none waits.
     void addNextFile();
     void cancelAdd() override;
-    /// Gives the probe that is under way up; its movie is left out without a word.
+    /// Cancels the running probe; its movie is skipped without a message.
     void cancelProbe();
 
     bool areWaiting() const override { return !m_importFiles.isEmpty(); }
     const QStringList& importFiles() const { return m_importFiles; }
-    /// Forgets the movies that wait.
+    /// Drops the waiting movies.
     void clearImportFiles();
     bool isScanning() const { return !m_scannedFile.isEmpty(); }
-    /// The movie that was probed and is not yet confirmed or cancelled.
+    /// The current movie: probed, and not yet confirmed or cancelled.
     const std::optional<MKVFileInfo>& fileInfo() const { return m_fileInfo; }
-    /// All that was taken in and neither confirmed nor left out: the subtitle files, then the movies, the one
-    /// to be confirmed next at the end.
+    /// All files that were added and are neither confirmed nor skipped: the subtitle files, then the movies;
+    /// the one to be confirmed next is the last.
     QStringList unconfirmedFiles() const;
 
-    /// Position of the audio track to preselect for the movie at hand; nothing without audio.
+    /// Position of the audio track to preselect for the current movie; empty for a movie without audio.
     std::optional<qsizetype> bestLanguage() const;
 
 Q_SIGNALS:
@@ -60,22 +60,23 @@ Q_SIGNALS:
     void scanningStarted(const QString& path);
     /// A probe has ended; its messages and its result follow.
     void scanningEnded(const QString& path);
-    /// fileInfo() holds the record.
+    /// fileInfo() now holds the record.
     void fileAccepted();
-    /// The probe said no; its messages say why. The next file follows by itself.
+    /// The movie cannot be converted; the messages of the probe explain why. The next file follows
+    /// automatically.
     void fileRejected(const QString& path);
-    /// No file waits and none is at hand.
+    /// No file waits and there is no current movie.
     void becameIdle();
 
 private:
-    void takeResult(const QString& path, const QString& subtitle, MKVFileInfo::Probe probe);
+    void handleResult(const QString& path, const QString& subtitle, MKVFileInfo::Probe probe);
 
     const Messages m_messages;
     const QStringList m_preferredLanguages;
     QStringList m_importFiles;
     moviefiles::SubtitleFiles m_importSubtitleFiles;
     std::optional<MKVFileInfo> m_fileInfo;
-    QString m_scannedFile;  ///< Empty: no probe runs.
-    /// Whether the probe under way is given up; its thread looks at it.
+    QString m_scannedFile;  ///< Empty: no probe is running.
+    /// Whether the running probe is cancelled; its thread polls this.
     std::shared_ptr<std::atomic<bool>> m_isCancelled;
 };

@@ -25,7 +25,7 @@ QString extensionOf(const QString& path) {
     return files::pathExtension(path).toLower();
 }
 
-/// Pictures in an MPEG program stream begin with the header of a pack.
+/// Pictures are stored in an MPEG program stream, which begins with a pack header.
 bool isProgramStream(const QString& path) {
     constexpr quint32 kPackHeader = 0xBA010000;
     QFile file(path);
@@ -93,7 +93,7 @@ Sorted sorted(const QStringList& paths) {
 }
 
 QString subtitleFor(const QString& movie, const SubtitleFiles& subtitles) {
-    // The stems are in order, so those that begin with the movie's are neighbours.
+    // The stems are sorted, so those that begin with the movie's stem are adjacent.
     const QString stem = files::withoutExtension(movie);
     const auto found = subtitles.lowerBound(stem);
     return found != subtitles.cend() && found.key().startsWith(stem) ? found.value() : QString();

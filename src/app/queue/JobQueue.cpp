@@ -33,7 +33,7 @@ JobQueue::JobQueue(WaitingFiles& waiting, QObject* parent) : QObject(parent), m_
 JobQueue::~JobQueue() = default;
 
 qint64 JobQueue::conversionLimit() {
-    // The setting is the position in a list that begins with two.
+    // The setting is an index into a list that starts with two.
     constexpr qint64 kOffset = 2;
     if (defaultInt(kConcurrentJobsKey) == 0) return 1;
     return std::clamp<qint64>(defaultInt(kConcurrentJobCountKey), 0,
@@ -50,7 +50,7 @@ QString JobQueue::uniqueDestination(const QString& path) const {
 
 bool JobQueue::addJob(std::unique_ptr<ConversionJob> job) {
     if (!job->destinationIsWriteable()) {
-        // Those that were added before do not wait for the user.
+        // Jobs that were added before do not wait for the user.
         if (!m_waiting.areWaiting()) startPostponed();
         return false;
     }
@@ -88,7 +88,7 @@ void JobQueue::removeJob(ConversionJob* job) {
     if (--m_destinations[job->queuedDestination()] == 0) m_destinations.remove(job->queuedDestination());
     Q_EMIT jobRemoved(job);
     Q_EMIT titleChanged();
-    removed.release()->deleteLater();  // The caller is often the job itself.
+    removed.release()->deleteLater();  // The caller is often the job itself: delete later.
 }
 
 void JobQueue::startPostponed() {
@@ -99,7 +99,7 @@ void JobQueue::startNextJobInQueue() {
     const qint64 limit = conversionLimit();
     if (m_paused) return;
     m_startIsDue = false;
-    // Starting a job may change the list: jobs are looked up anew by position.
+    // Starting a job may change the list: look jobs up by position each time.
     for (qsizetype i = 0; i < count(); ++i) {
         if (jobCountWithState(JobState::Converting) >= limit) return;
         ConversionJob* next = job(i);
@@ -136,7 +136,7 @@ void JobQueue::cleanClicked() {
 }
 
 void JobQueue::removeAll() {
-    m_paused = true;  // No successor starts.
+    m_paused = true;  // Prevents that another job starts.
     while (!m_taskArray.empty())
         m_taskArray.front()->remove();
 }
@@ -187,7 +187,8 @@ QStringList JobQueue::unfinishedFiles() const {
         movies.append(job->fileInfo().fileURL.toLocalFile());
         if (const auto& subtitle = job->fileInfo().subtitleFileURL) subtitles.append(subtitle->toLocalFile());
     }
-    // The intake begins at the end, and each job goes to the top, or to the bottom.
+    // The intake starts with the last file, and each job is added at the top or, by the setting, at the
+    // bottom.
     if (insertsAtBottom()) std::ranges::reverse(movies);
     return subtitles + movies;
 }

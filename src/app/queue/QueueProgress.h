@@ -10,16 +10,16 @@
 class ConversionJob;
 class JobQueue;
 
-/// How far the queue is as a whole: over the jobs that were queued since it was last idle. A job's tick costs
-/// the same however long the queue is. Main thread only.
+/// Progress of the whole queue: of the jobs that were queued since it was last idle. The cost of an update
+/// does not depend on the length of the queue. Main thread only.
 class QueueProgress : public QObject {
     Q_OBJECT
 
 public:
-    /// `queue` outlives this and is still empty.
+    /// `queue` must outlive this object and must be empty now.
     explicit QueueProgress(JobQueue& queue, QObject* parent = nullptr);
 
-    /// 0 to 1; nothing while no job is left to convert.
+    /// 0 to 1; empty while no job is left to convert.
     std::optional<double> fraction() const;
 
 Q_SIGNALS:
@@ -37,6 +37,6 @@ private:
         bool isOver = false;
     };
     QHash<const ConversionJob*, Share> m_shares;
-    double m_sum = 0;  ///< Of all percentages.
+    double m_sum = 0;  ///< Sum of the percentages of all jobs.
     qsizetype m_unfinished = 0;
 };

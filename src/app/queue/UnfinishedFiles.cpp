@@ -16,7 +16,7 @@ QString listPath() {
     return ApplicationInfo::homeInsideSandbox() + "/Unfinished files";
 }
 
-/// The path without its last component; empty for one that has a single one.
+/// The parent of the path; empty for a path with one component.
 QString above(const QString& path) {
     return path.first(qMax<qsizetype>(0, path.lastIndexOf(u'/')));
 }
@@ -36,7 +36,8 @@ void keep(const QStringList& paths) {
 
 QStringList kept() {
     QStringList paths = QString::fromUtf8(files::contents(listPath()).value_or(QByteArray())).split(u'\0');
-    paths.removeLast();  // After the last end of a path; of a list that was cut off, half a path.
+    paths.removeLast();  // The part after the last terminator: empty, or half a path if the file was
+                         // truncated.
     return paths;
 }
 

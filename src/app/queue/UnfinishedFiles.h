@@ -2,19 +2,21 @@
 
 #include <QStringList>
 
-/// The files that a former instance had to leave to the next one, on disk until that has taken them: also
-/// when the next one cannot be started and the user does so days later. Main thread only.
+/// The files that an instance could not convert before it ended, stored on disk until the next instance opens
+/// them. They stay stored if the next instance cannot be started, even if the user starts it days later. Main
+/// thread only.
 namespace unfinished {
 
-/// Adds to what is kept: a former instance's may not have been taken yet. Failing is logged.
+/// Appends `paths` to the stored list, which may still hold the files of an earlier instance. An error is
+/// logged.
 void keep(const QStringList& paths);
-/// In the order in which they were kept.
+/// The stored paths, in the order in which they were stored.
 QStringList kept();
 void forget();
 
-/// The paths after the application folder went from `before` to `now`, often with a volume or a folder above
-/// it, which takes movies along: a file that is not where it was, but in the same place of what moved, is
-/// meant there.
+/// `paths` adapted to a move of the application folder from `before` to `now`. Often a volume or a parent
+/// folder was moved and the movies with it: a path that no longer exists is replaced by the path at the same
+/// place below the moved folder, if a file exists there.
 QStringList movedAlong(const QStringList& paths, QString before, QString now);
 
 }  // namespace unfinished

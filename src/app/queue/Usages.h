@@ -2,6 +2,6 @@
 
 class PXApplicationDelegate;
 
-/// A run of the tool has ended (`increase`), or the counts are only looked at. Where `allowFeedbackNow` is
-/// set, the user may be asked how they like the application.
+/// Counts the runs of the tool: `increase` is set when a run has ended, unset to evaluate the counts only.
+/// With `allowFeedbackNow` the user may be asked for a rating. Main thread only.
 void increaseUsages(PXApplicationDelegate& delegate, bool increase, bool allowFeedbackNow);

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// The kernel also tells of names that were only made, and of folders.
+/// The kernel also reports files that were only created, and folders.
 bool mayHaveArrived(const EventRecord& record) {
     return (record.flags & kEventItemIsFile) != 0 &&
            (record.flags & (kEventItemModified | kEventItemRenamed)) != 0 &&
@@ -34,8 +34,8 @@ MovieArrivals::MovieArrivals(std::shared_ptr<Names> processedNames, QObject* par
       m_latency(times.latency),
       m_waiter(times.completion, {}),
       m_processedNames(std::move(processedNames)) {
-    connect(&m_waiter, &CompletionWaiter::droppedOut, this, &MovieArrivals::noteGone);
-    connect(&m_waiter, &CompletionWaiter::complete, this, &MovieArrivals::tell);
+    connect(&m_waiter, &CompletionWaiter::droppedOut, this, &MovieArrivals::noteMissing);
+    connect(&m_waiter, &CompletionWaiter::complete, this, &MovieArrivals::report);
     connect(&m_waiter, &CompletionWaiter::waitingChanged, this, &MovieArrivals::waitingChanged);
 }
 
@@ -58,10 +58,10 @@ QString MovieArrivals::start(const QString& folder) {
 
 void MovieArrivals::stop() {
     m_waiter.cancelAll();
-    m_gone.clear();
+    m_missing.clear();
     if (!m_observer) return;
     m_observer->stopObserving();
-    m_observer.release()->deleteLater();  // Often called from within it.
+    m_observer.release()->deleteLater();  // Often called by one of its signals: delete later.
 }
 
 void MovieArrivals::handleEvents(const QList<EventRecord>& records) {
@@ -77,24 +77,24 @@ void MovieArrivals::handleEvents(const QList<EventRecord>& records) {
 }
 
 void MovieArrivals::followMove(const EventRecord& record) {
-    // What is in a moved folder moves along in silence.
+    // The kernel does not report the contents of a moved folder.
     const QString from = record.renamedFrom + u'/';
-    const QStringList known = m_waiter.waiting() + m_gone.keys();
+    const QStringList known = m_waiter.waiting() + m_missing.keys();
     for (const QString& path : known) {
         if (!path.startsWith(from)) continue;
         m_waiter.cancel(path);
-        m_gone.remove(path);
+        m_missing.remove(path);
         m_waiter.wait(record.path + u'/' + path.mid(from.size()), CompletionWaiter::Known::Unknown);
     }
 }
 
-void MovieArrivals::noteGone(const QString& path) {
+void MovieArrivals::noteMissing(const QString& path) {
     const auto twoBatchesAndMore = 3 * m_latency;
-    m_gone.removeIf([](const auto& entry) { return entry.value().hasExpired(); });
-    m_gone.insert(path, QDeadlineTimer(twoBatchesAndMore));
+    m_missing.removeIf([](const auto& entry) { return entry.value().hasExpired(); });
+    m_missing.insert(path, QDeadlineTimer(twoBatchesAndMore));
 }
 
-void MovieArrivals::tell(const QString& path) {
+void MovieArrivals::report(const QString& path) {
     const QString name = QFileInfo(path).fileName();
     if (m_processedNames->contains(name)) return;
     m_processedNames->insert(name);

@@ -14,55 +14,56 @@
 class DirectoryObserver;
 struct EventRecord;
 
-/// How long the watch takes over what it does; other than these in tests.
+/// Delays of the watch. Tests use shorter ones.
 struct WatchTimes {
-    std::chrono::milliseconds latency{2000};  ///< From what happens in the folder to its record.
+    std::chrono::milliseconds latency{2000};  ///< From an event in the folder to its record.
     completion::Times completion;
 };
 
-/// Movies that arrive in a folder or below it: each is told once by name, when it is complete. Main thread
+/// Reports movies that arrive in a folder or below it: each name once, when the file is complete. Main thread
 /// only.
 class MovieArrivals : public QObject {
     Q_OBJECT
 
 public:
-    /// Names without folders that were told already. A movie that comes again under its name is not converted
-    /// a second time.
+    /// File names, without folders, that were already reported. A movie that arrives again under its name is
+    /// not converted a second time.
     using Names = QSet<QString>;
 
-    /// `processedNames` may be shared by several watches: a name is told by one of them.
+    /// `processedNames` may be shared by several watches: each name is then reported by one of them only.
     explicit MovieArrivals(std::shared_ptr<Names> processedNames = std::make_shared<Names>(),
                            QObject* parent = nullptr, const WatchTimes& times = {});
     ~MovieArrivals() override;
 
-    /// Watches `folder` from now on. What is in it already is not told. Nothing is watched, and the reason
-    /// comes back, when the folder cannot be watched; else the empty text.
+    /// Starts watching `folder`. Files that already exist in it are not reported. Returns an empty text, or
+    /// the reason if the folder cannot be watched.
     QString start(const QString& folder);
     void stop();
     bool isRunning() const { return m_observer != nullptr; }
 
-    /// Files that arrived and are not complete yet.
+    /// Files that have arrived and are not complete yet.
     QStringList waiting() const { return m_waiter.waiting(); }
 
 Q_SIGNALS:
     void arrived(const QString& path);
-    /// The folder itself is gone: nothing is watched any more.
+    /// The folder itself is gone: the watch has ended.
     void ended(const QString& reason);
-    /// Something is not seen, such as a folder beyond the kernel's limit; the watch goes on.
+    /// A part of the folder is not watched, for example because of the kernel's limit of watches; the rest
+    /// still is.
     void problem(const QString& message);
     void waitingChanged();
 
 private:
     void handleEvents(const QList<EventRecord>& records);
     void followMove(const EventRecord& record);
-    void noteGone(const QString& path);
-    void tell(const QString& path);
+    void noteMissing(const QString& path);
+    void report(const QString& path);
 
     const std::chrono::milliseconds m_latency;
     std::unique_ptr<DirectoryObserver> m_observer;
     CompletionWaiter m_waiter;
     std::shared_ptr<Names> m_processedNames;
-    /// Files that were waited for and are gone, and since when. The record that their folder moved may be on
-    /// its way.
-    QHash<QString, QDeadlineTimer> m_gone;
+    /// Incomplete files that have disappeared, and the time. The record that their folder was moved may still
+    /// follow.
+    QHash<QString, QDeadlineTimer> m_missing;
 };

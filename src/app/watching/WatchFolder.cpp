@@ -17,7 +17,7 @@
 
 namespace {
 
-/// Device and inode of what is there.
+/// Device and inode of the file at `path`.
 std::optional<std::pair<quint64, quint64>> identityOf(const QString& path) {
     struct stat information = {};
     if (::stat(QFile::encodeName(path).constData(), &information) != 0) return std::nullopt;
@@ -38,7 +38,7 @@ QString goneText(const QString& folder) {
 
 WatchFolder::WatchFolder(FilePanels& panels, QObject* parent, const WatchTimes& times)
     : QObject(parent), m_panels(panels), m_times(times), m_processedNames(std::make_shared<QSet<QString>>()) {
-    connect(&m_returnWatch, &ReturnWatch::stirred, this, &WatchFolder::takeReturned);
+    connect(&m_returnWatch, &ReturnWatch::stirred, this, &WatchFolder::restoreReturned);
     const auto follow = [this] {
         if (!m_isStoring) watchfolderActiveClicked();
     };
@@ -78,7 +78,7 @@ void WatchFolder::watchfolderSetClicked() {
 QString WatchFolder::resumeAtLaunch() {
     const QByteArray absent = settings::AbsentWatchfolderBookmark.value();
     if (absent.isEmpty()) return apply();
-    if (takeReturned()) return {};
+    if (restoreReturned()) return {};
     const QByteArray stored = settings::WatchfolderBookmark.value();
     if (!stored.isEmpty() && stored != absent) {
         forgetAbsent();
@@ -93,7 +93,7 @@ QString WatchFolder::resumeAtLaunch() {
 
 void WatchFolder::watchfolderActiveClicked() {
     const bool isChosen = !settings::WatchfolderBookmark.value().isEmpty();
-    // Turned on or off while it is not there: that is what it will be.
+    // If it is turned on or off while it is absent, this applies when it returns.
     if (!isChosen && !settings::AbsentWatchfolderBookmark.value().isEmpty())
         settings::AbsentWatchfolderActive.setValue(settings::WatchfolderActive.value());
     if (const QString told = apply(); !told.isEmpty()) Q_EMIT message(told);
@@ -110,7 +110,7 @@ QString WatchFolder::apply() {
         remember(bookmark, settings::WatchfolderActive.value() || wasAwaited);
         store(settings::WatchfolderBookmark, {});
         turnOff();
-        m_current = nullptr;  // What it watches is watched to the end of this run.
+        m_current = nullptr;  // This folder is watched until the process ends.
         m_problem = goneText(folderaccess::placeOf(bookmark));
         Q_EMIT changed();
         return m_problem;
@@ -147,7 +147,7 @@ void WatchFolder::forgetAbsent() {
     m_returnWatch.setFolders({});
 }
 
-bool WatchFolder::takeReturned() {
+bool WatchFolder::restoreReturned() {
     const QByteArray absent = settings::AbsentWatchfolderBookmark.value();
     const QByteArray stored = settings::WatchfolderBookmark.value();
     const bool isOther = !stored.isEmpty() && stored != absent;

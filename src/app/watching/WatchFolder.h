@@ -17,53 +17,53 @@ namespace settings {
 struct Row;
 }
 
-/// The folder whose new movies are taken in by themselves: which it is, whether it is on, and what it is
-/// doing. Main thread only.
+/// The watch folder, whose new movies are added automatically: its path, whether it is on, and its state.
+/// Main thread only.
 class WatchFolder : public QObject {
     Q_OBJECT
 
 public:
-    /// `panels` outlives this.
+    /// `panels` must outlive this object.
     explicit WatchFolder(FilePanels& panels, QObject* parent = nullptr, const WatchTimes& times = {});
     ~WatchFolder() override;
 
-    /// Has the user choose the folder.
+    /// Lets the user choose the folder.
     void watchfolderSetClicked();
-    /// Does what the settings say at launch: turns the watch on or off. Returns a message for the user;
-    /// empty: none. A watch folder that is not there is remembered; it is the watch folder again, and watched
-    /// if it was, when it is there again and the user has chosen no other.
+    /// Turns the watch on or off at launch, according to the settings. Returns a message for the user; empty:
+    /// none. A watch folder that does not exist is remembered: when it exists again and the user has chosen
+    /// no other, it becomes the watch folder again, and is watched if it was before.
     QString resumeAtLaunch();
-    /// The same later; whenever somebody else changes the settings it is done at once.
+    /// Applies the settings after launch. When another component changes them, this happens automatically.
     void watchfolderActiveClicked();
-    /// Turns the watch off and forgets the folder.
+    /// Turns the watch off and clears the folder.
     void forget();
-    /// Ends the access to the folder; the watch ends with the process.
+    /// Releases the access to the folder. The watch itself runs until the process ends.
     void stopAccess();
 
-    /// The folder's name; empty as long as none was found.
+    /// The folder's name; empty until one was found.
     const QString& watchfolderLabel() const { return m_label; }
     /// The whole path; empty: none.
     QString folder() const { return m_folder.value_or(QString()); }
     bool isWatching() const;
-    /// What is going on, in one sentence for the user.
+    /// The state in one sentence for the user.
     QString stateText() const;
 
 Q_SIGNALS:
-    /// A complete movie, to be taken in as if it were dropped.
+    /// A complete movie, to be added like a dropped file.
     void arrived(const QString& path);
     /// The label, the state or the setting changed.
     void changed();
-    /// Something that the user should know now.
+    /// Message that the user should see now.
     void message(const QString& text);
 
 private:
-    /// Without an answer to the change.
+    /// Writes the setting without reacting to the change.
     void store(const settings::Row& setting, const QVariant& value);
     void turnOff();
     QString apply();
     void remember(const QByteArray& bookmark, bool isActive);
     void forgetAbsent();
-    bool takeReturned();
+    bool restoreReturned();
     void startObserving(const QString& folder);
     void onEnded(const MovieArrivals* watch, const QString& reason);
     void say(const QString& text);
@@ -71,15 +71,16 @@ private:
     FilePanels& m_panels;
     const WatchTimes m_times;
     std::optional<QString> m_folder;
-    bool m_hasAccess = false;  ///< Access to m_folder is open.
+    bool m_hasAccess = false;  ///< The access to m_folder is held.
     QString m_label;
-    QString m_problem;                                ///< Why it is off, or what is not watched.
-    std::shared_ptr<QSet<QString>> m_processedNames;  ///< Of this run; never emptied.
+    QString m_problem;                                ///< Why the watch is off, or which part is not watched.
+    std::shared_ptr<QSet<QString>> m_processedNames;  ///< For the whole run; never cleared.
     ReturnWatch m_returnWatch;
-    /// What was left in the folder's place when the watch ended, such as the mount point of its volume.
+    /// Device and inode that were found in the folder's place when the watch ended, such as the mount point
+    /// of its volume.
     std::optional<std::pair<quint64, quint64>> m_leftBehind;
     bool m_isStoring = false;
     MovieArrivals* m_current = nullptr;
-    /// With those that run on for the rest of this run: another folder was chosen meanwhile.
+    /// Includes watches of folders chosen earlier, which continue until the process ends.
     std::vector<std::unique_ptr<MovieArrivals>> m_watches;
 };

@@ -31,23 +31,23 @@ constexpr QSize kText(310, 200);
 constexpr QSize kMatrixRow(269, 17);
 constexpr int kMatrixHighest = 240;
 
-/// The size of the table, or what the control needs where the style's are larger.
+/// The size in the table, or the control's minimum if the style needs more.
 void fix(QWidget* widget, QSize size) {
     widget->setFixedSize(size.expandedTo({0, widget->sizeHint().height()}));
 }
 
-/// The document that both measures a text and is shown.
+/// Creates the document that is used for measuring a text and for showing it.
 void prepare(QTextDocument& document, const QString& text) {
     QTextOption option = document.defaultTextOption();
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    // All texts begin beside the icon, whatever their language.
+    // All texts start beside the icon, independent of their language.
     if (QGuiApplication::isRightToLeft()) option.setAlignment(Qt::AlignRight | Qt::AlignAbsolute);
     document.setDefaultTextOption(option);
     document.setDocumentMargin(0);
     document.setPlainText(text);
 }
 
-/// The title with line breaks where it is wider than `width`.
+/// The title with line breaks if it is wider than `width`.
 QString brokenIntoLines(const QString& title, const QFont& font, int width) {
     QTextLayout layout(title, font);
     QTextOption option;
@@ -70,7 +70,7 @@ void setTitle(QAbstractButton* button, const QString& title, int width) {
     button->setAccessibleName(title);
 }
 
-/// A field of colour that opens the colour panel.
+/// A colour field that opens the colour panel.
 class ColorWell : public QToolButton {
 public:
     ColorWell(const QColor& color, QWidget* parent) : QToolButton(parent) {
@@ -86,7 +86,7 @@ protected:
         QToolButton::paintEvent(event);
         const QRect field = rect().adjusted(4, 4, -4, -4);
         QPainter painter(this);
-        if (m_color.alpha() < 255) {  // On white and on black one sees how far it lets through.
+        if (m_color.alpha() < 255) {  // White and black behind it show the transparency.
             painter.fillRect(field, Qt::white);
             painter.fillRect(field.adjusted(field.width() / 2, 0, 0, 0), Qt::black);
         }
@@ -129,11 +129,11 @@ AlertAccessory textField(const Alert& alert, QWidget* parent) {
     field->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     field->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     field->setReadOnly(!isEditable);
-    field->setTabChangesFocus(true);  // The buttons have to be in reach of the keyboard.
+    field->setTabChangesFocus(true);  // The buttons must be reachable by keyboard.
     field->setAccessibleName(alert.message);
     field->setFixedSize(kText);
     const auto value = [field] {
-        // toPlainText() would turn no-break spaces into blanks.
+        // toPlainText() would convert no-break spaces to blanks.
         return field->document()->toRawText().replace(QChar::ParagraphSeparator, u'\n');
     };
     return {field, isEditable ? field : nullptr, value};
@@ -180,7 +180,7 @@ AlertAccessory matrix(const Alert& alert, int width, QWidget* parent) {
     const bool scrolls = needed.height() > kMatrixHighest;
     area->setFixedSize(qMax(kMatrixRow.width(), needed.width() + (scrolls ? scroller : 0)),
                        scrolls ? kMatrixHighest : needed.height());
-    area->setFocusPolicy(Qt::NoFocus);  // The buttons have it.
+    area->setFocusPolicy(Qt::NoFocus);  // The buttons have the focus.
     return {area, group->checkedButton(), [group] { return group->checkedId(); }};
 }
 
@@ -253,7 +253,7 @@ AlertText::AlertText(const QString& text, const QFont& font, QWidget* parent) : 
     viewport()->setAutoFillBackground(false);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     prepare(*document(), text);
-    moveCursor(QTextCursor::Start);  // It was pushed to the end, which would be scrolled to.
+    moveCursor(QTextCursor::Start);  // It was at the end, which the view would scroll to.
 }
 
 int AlertText::naturalWidth() const {
@@ -270,7 +270,7 @@ int AlertText::heightAt(int width) const {
 void AlertText::setSize(int width, int height) {
     const bool scrolls = heightAt(width) > height;
     setVerticalScrollBarPolicy(scrolls ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
-    // In the ring of the Tab key only where the keyboard has something to do.
+    // In the tab order only if the keyboard can do something here.
     setFocusPolicy(scrolls ? Qt::StrongFocus : Qt::ClickFocus);
     setTextInteractionFlags(scrolls ? Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard
                                     : Qt::TextInteractionFlags(Qt::TextSelectableByMouse));

@@ -18,7 +18,7 @@ constexpr int kNarrowest = 310;
 constexpr int kWidest = 440;
 constexpr int kWidestOfLongText = 560;
 constexpr int kLowestMessage = 48;
-/// What frame and title bar of the window take, and some air.
+/// Reserve for the window's frame and title bar, and a margin.
 constexpr int kWindowFrame = 64;
 
 QFont titleFont(QFont font) {
@@ -27,10 +27,10 @@ QFont titleFont(QFont font) {
     return font;
 }
 
-/// All but the text column.
+/// The width of everything except the text column.
 constexpr int kBesidesColumn = kMargin + AlertIcon::kSize + kIconGap + kMargin;
 
-/// Wide enough for the texts' lines, within reason, and as wide as the buttons.
+/// Wide enough for the lines of the texts, up to a limit, and at least as wide as the buttons.
 int columnWidth(const AlertText& title, const AlertText& message, int buttons, QSize screen) {
     const int texts = qMax(title.naturalWidth(), message.naturalWidth());
     int width = qBound(kNarrowest, texts, kWidest);
@@ -81,7 +81,7 @@ AlertDialog::AlertDialog(const Alert& alert, QWidget* parent) : QDialog(parent) 
     if (excess > 0) m_message->setSize(width, qMax(kLowestMessage, m_message->height() - excess));
     rows->setSizeConstraint(QLayout::SetFixedSize);
 
-    // The keyboard walks in the order that is read, whatever was made first.
+    // Tab order is the reading order, independent of the order of creation.
     QWidget* last = m_message;
     for (QWidget* next : {m_accessory.focus, static_cast<QWidget*>(m_suppression)}) {
         if (!next) continue;

@@ -8,18 +8,18 @@
 class QCheckBox;
 class QDialogButtonBox;
 
-/// A modal alert: icon, title, message, control, don't-warn-again box, buttons in the platform's order.
-/// Return answers with the first button, Esc and the window's close button with Alert::cancelResponse(). It
-/// never grows past its screen; a long message scrolls. Main thread only.
+/// A modal alert: icon, title, message, control, "don't warn again" box, buttons in the platform's order.
+/// Return answers with the first button; Esc and the window's close button answer with
+/// Alert::cancelResponse(). Never larger than its screen; a long message scrolls. Main thread only.
 class AlertDialog : public QDialog {
     Q_OBJECT
 
 public:
-    /// `parent` may be null; its screen, else the primary one, bounds the size.
+    /// `parent` may be null; the size is limited by its screen, else by the primary one.
     explicit AlertDialog(const Alert& alert, QWidget* parent = nullptr);
 
-    /// Valid once the dialog has finished; before, and when something else than the user ended it, the
-    /// alert's cancelResponse().
+    /// Valid when the dialog has finished; before that, and if it was not ended by the user, the alert's
+    /// cancelResponse().
     AlertAnswer answer() const;
 
 private:

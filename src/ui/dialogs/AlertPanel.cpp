@@ -18,7 +18,7 @@ constexpr int kLowestText = 30;
 constexpr int kBesidesText = 100;
 constexpr int kMargin = 16;
 constexpr int kGap = 8;
-/// What frame and title bar of the window take, and some air.
+/// Reserve for the window's frame and title bar, and a margin.
 constexpr int kWindowFrame = 64;
 
 QFont sized(QFont font, int points, bool bold) {
@@ -71,8 +71,7 @@ AlertPanel::AlertPanel(const NonModalAlert& alert) : m_completion(alert.completi
     row->addWidget(new AlertIcon(alert.icon, this), 0, Qt::AlignTop);
     row->addLayout(column);
 
-    // A title of two lines or a style of high buttons may need more than the rule gives; the screen gives
-    // less.
+    // A title of two lines or a style with high buttons may need more height than that; the screen limits it.
     const int highest = screen()->availableSize().height() - kWindowFrame;
     const int needed = row->totalSizeHint().height();
     if (needed > highest)

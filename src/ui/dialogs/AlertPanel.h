@@ -6,8 +6,8 @@
 
 class QCheckBox;
 
-/// An alert that does not hold the application up. It deletes itself when it is closed; closed by other means
-/// than its button, the completion is not called. Main thread only.
+/// A non-modal alert. Deletes itself when it is closed; if it is not closed by its button, the completion is
+/// not called. Main thread only.
 class AlertPanel : public QDialog {
     Q_OBJECT
 
@@ -16,7 +16,8 @@ public:
 
     explicit AlertPanel(const NonModalAlert& alert);
 
-    /// The height of a panel: that of the message laid out 300 wide, at least 30, and 100 for all else.
+    /// The height of a panel: that of the message at a width of 300, at least 30, plus 100 for all other
+    /// parts; in device-independent pixels.
     static int heightFor(const QString& message, const QFont& font);
 
 private:

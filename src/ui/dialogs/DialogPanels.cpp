@@ -11,8 +11,8 @@
 
 namespace {
 
-/// "*.mkv *.[mM][kK][vV]": some desktops match patterns with regard to case. The plain pattern stands first,
-/// because a save panel may take the extension from it.
+/// "*.mkv *.[mM][kK][vV]": some desktops match patterns case-sensitively. The plain pattern is first, because
+/// a save panel may take the extension from it.
 QString patterns(const QStringList& extensions) {
     QStringList result;
     for (const QString& extension : extensions) {
@@ -45,7 +45,7 @@ DialogPanels::~DialogPanels() {
 }
 
 QWidget* DialogPanels::window(Over over) const {
-    // Over a window that is closed a panel would have no place.
+    // A panel cannot be shown over a closed window.
     for (QWidget* candidate :
          {(over == Over::Preferences ? m_preferencesWindow : m_mainWindow).data(), m_mainWindow.data()}) {
         if (candidate && candidate->isVisible()) return candidate;
@@ -99,7 +99,7 @@ void DialogPanels::saveFile(const QString& startingIn, const QString& fileName, 
     dialog->setFileMode(QFileDialog::AnyFile);
     dialog->setNameFilters({Texts::tr("Movies") + " (" + patterns({extension}) + u')'});
     startIn(*dialog, startingIn);
-    // Qt's own panel takes quotation marks for those around several names.
+    // Qt's own panel interprets quotation marks as those around several names.
     const bool isQtsOwn = dialog->findChild<QLineEdit*>("fileNameEdit") != nullptr;
     dialog->selectFile(isQtsOwn ? QString(fileName).replace(u'"', u'”') : fileName);
     QObject::connect(dialog, &QDialog::accepted, dialog, [=, this, chosen = std::move(chosen)] {
@@ -107,7 +107,7 @@ void DialogPanels::saveFile(const QString& startingIn, const QString& fileName, 
         const QString ending = u'.' + extension;
         if (path.isEmpty()) return;
         if (path.endsWith(ending, Qt::CaseInsensitive)) return chosen(path);
-        // "Dr. Who" has an ending already, to the panel.
+        // The panel regards the end of "Dr. Who" as an extension.
         const QFileInfo given(path);
         const QString completed = given.dir().filePath(files::fittingFileName(given.fileName(), ending));
         if (!QFileInfo::exists(completed)) return chosen(completed);
@@ -116,7 +116,7 @@ void DialogPanels::saveFile(const QString& startingIn, const QString& fileName, 
             [=, this] { saveFile(given.path(), QFileInfo(completed).fileName(), extension, chosen); });
     });
     dialog->open();
-    // Qt adds the ending to what a native panel answers, after that one asked about the name without it.
+    // Qt adds the extension to the result of a native panel, after that one asked about the name without it.
     const bool isNative = dialog->testAttribute(Qt::WA_DontShowOnScreen);
     if (!isNative) dialog->setDefaultSuffix(extension);
 }

@@ -8,8 +8,8 @@
 
 class QFileDialog;
 
-/// The desktop's own file panels, or Qt's where it has none, each modal to its window. A panel that is open
-/// goes with these panels and with its window, and then answers nothing. Main thread only.
+/// The file panels of the desktop, or Qt's if it has none, each modal to its window. An open panel is closed
+/// with this object or with its window, and its callback is then not called. Main thread only.
 class DialogPanels : public FilePanels {
 public:
     DialogPanels() = default;
@@ -31,11 +31,11 @@ private:
     QFileDialog* makeDialog(Over over, const QString& title);
     QWidget* window(Over over) const;
     void keep(QWidget* dialog);
-    /// For a name that got its extension after the panel asked about another one.
+    /// For a name whose extension was added after the panel had asked whether to replace the name without it.
     void askToReplace(const QString& path, const std::function<void()>& replace,
                       const std::function<void()>& keepIt);
 
     QPointer<QWidget> m_mainWindow;
     QPointer<QWidget> m_preferencesWindow;
-    QList<QPointer<QWidget>> m_open;  ///< They delete themselves when they close.
+    QList<QPointer<QWidget>> m_open;  ///< They delete themselves when they are closed.
 };

@@ -10,8 +10,8 @@
 
 namespace {
 
-/// A window that a dialog may lie on: that of a native panel is never shown, and a minimised one takes its
-/// dialogs with it.
+/// Whether a dialog can be shown over the window: that of a native panel is never shown, and a minimised
+/// window hides its dialogs.
 bool canCarry(const QWidget* window) {
     return window && window->isVisible() && !window->isMinimized() &&
            !window->testAttribute(Qt::WA_DontShowOnScreen) && !qobject_cast<const AlertPanel*>(window);
@@ -37,7 +37,7 @@ QWidget* DialogPresenter::windowAtWork() const {
 }
 
 QWidget* DialogPresenter::windowFor(AlertWindow window) const {
-    // Over a modal window there is no choice: below it an alert could not be answered.
+    // Above a modal window the alert must be its child: otherwise the user could not answer it.
     if (window == AlertWindow::AtWork || canCarry(QApplication::activeModalWidget())) return windowAtWork();
     QWidget* named = window == AlertWindow::Preferences ? m_preferencesWindow : m_mainWindow;
     return canCarry(named) ? named : windowAtWork();
@@ -45,7 +45,7 @@ QWidget* DialogPresenter::windowFor(AlertWindow window) const {
 
 AlertAnswer DialogPresenter::present(const Alert& alert) {
     QWidget* window = windowFor(alert.window);
-    // A window that is destroyed takes the dialog along, in the middle of exec().
+    // A destroyed window deletes the dialog as its child, even during exec().
     const QPointer<AlertDialog> dialog = new AlertDialog(alert, window);
     const AlertAnswer unanswered = dialog->answer();
     dialog->setWindowModality(Qt::ApplicationModal);
@@ -75,14 +75,14 @@ void DialogPresenter::presentNonModal(const NonModalAlert& alert) {
 }
 
 void DialogPresenter::show(QWidget& dialog, const QWidget* over, bool toFront) {
-    dialog.setAttribute(Qt::WA_QuitOnClose, false);  // An alert is not what keeps the application alive.
+    dialog.setAttribute(Qt::WA_QuitOnClose, false);  // An alert alone does not keep the application running.
     dialog.adjustSize();
     centreOver(dialog, over);
     dialog.show();
     if (!toFront) return;
     dialog.raise();
     dialog.activateWindow();
-    QApplication::alert(&dialog);  // Where the desktop does not let windows come to the front.
+    QApplication::alert(&dialog);  // For desktops that do not let windows come to the front.
 }
 
 void DialogPresenter::keep(QWidget* window) {

@@ -46,7 +46,7 @@ AboutWindow::AboutWindow(const QString& version, const QString& build, QWidget* 
 
 AboutWindow::~AboutWindow() = default;
 
-/// What a question to support begins with.
+/// The first lines of a question to support.
 void AboutWindow::copyVersion() const {
     QGuiApplication::clipboard()->setText(
         makeString("%@ %@ (%i), %@", ApplicationInfo::name(), ApplicationInfo::version(),

@@ -8,13 +8,13 @@ namespace Ui {
 class AboutWindow;
 }
 
-/// What the application is: version, build, and the licences of the parts that it is made with. Deletes
-/// itself when it is closed.
+/// Shows the version, the build, and the licences of the components of the application. Deletes itself when
+/// it is closed. Main thread only.
 class AboutWindow : public QWidget {
     Q_OBJECT
 
 public:
-    /// `version` and `build` as the application words them.
+    /// `version` and `build` are shown as they are, for example "Version: 1.0.0".
     AboutWindow(const QString& version, const QString& build, QWidget* parent = nullptr);
     ~AboutWindow() override;
 

@@ -58,7 +58,7 @@ bool QuietMoment::isQuiet() const {
 }
 
 void QuietMoment::onQuiet() {
-    // A window that is hidden tells when it is shown: there is no need to look again and again.
+    // A hidden window reports when it is shown: no polling is needed.
     if (!m_window || !m_window->isVisible() || m_window->isMinimized()) return;
     if (!isQuiet()) {
         m_timer.start();

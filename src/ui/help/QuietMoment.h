@@ -8,9 +8,9 @@
 
 class QWidget;
 
-/// Waits for a moment at which a window that nobody called for disturbs nobody: `window` is shown, nothing
-/// was typed, clicked or dragged for a while, and no dialog, menu or list is open. Costs nothing while nobody
-/// waits. Main thread only.
+/// Waits for a moment at which an unrequested window does not disturb the user: `window` is shown, there was
+/// no typing, clicking or dragging for a while, and no dialog, menu or list is open. Costs nothing while no
+/// action is pending. Main thread only.
 class QuietMoment : public QObject {
     Q_OBJECT
 
@@ -19,10 +19,10 @@ public:
 
     explicit QuietMoment(QWidget* window, int quietMilliseconds = kQuietMilliseconds);
 
-    /// What else is no quiet moment; may be null.
+    /// A further condition that delays the action; may be null.
     void setBusyWhen(std::function<bool()> isBusy) { m_isBusy = std::move(isBusy); }
 
-    /// `action` is called once, never before this returns. One that waits already is replaced.
+    /// `action` is called once, never before this function returns. It replaces a pending action.
     void wait(std::function<void()> action);
     bool isWaiting() const { return m_action != nullptr; }
 

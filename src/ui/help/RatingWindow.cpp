@@ -33,14 +33,14 @@ void setReviewButton(QAbstractButton& button, const PXRatingWindowController::Re
 RatingWindow::RatingWindow(PXRatingWindowController& controller, QWidget* parent)
     : QWidget(parent, Qt::Dialog), m_controller(&controller), m_ui(std::make_unique<Ui::PXRatingWindow>()) {
     setAttribute(Qt::WA_DeleteOnClose);
-    // Who works elsewhere goes on typing there.
+    // The window does not take the focus: a user who types elsewhere continues there.
     setAttribute(Qt::WA_ShowWithoutActivating);
     m_ui->setupUi(this);
     setWindowTitle(ApplicationInfo::name());
     m_ui->applicationIcon->setPixmap(
         applicationIcon().pixmap(QSize(kIconSize, kIconSize), devicePixelRatioF()));
     m_ui->introTextField->setContentsMargins(kIntroMargin, 0, kIntroMargin, 0);
-    dressTexts();
+    styleTexts();
     connectButtons();
     connect(&controller, &PXRatingWindowController::viewChanged, this, &RatingWindow::showView);
     connect(&controller, &PXRatingWindowController::closeRequested, this, &QWidget::close);
@@ -53,7 +53,7 @@ RatingWindow::RatingWindow(PXRatingWindowController& controller, QWidget* parent
 
 RatingWindow::~RatingWindow() = default;
 
-void RatingWindow::dressTexts() {
+void RatingWindow::styleTexts() {
     for (QWidget* button :
          QList<QWidget*>{m_ui->ratemacupdateButton, m_ui->rateappstoreButton, m_ui->notnowButton,
                          m_ui->happyButton, m_ui->notsureButton, m_ui->problemButton, m_ui->feedbackButton}) {

@@ -12,12 +12,13 @@ namespace Ui {
 class PXRatingWindow;
 }
 
-/// The small window that asks how the user likes the application. Deletes itself when it is closed.
+/// The small window that asks how the user likes the application. Deletes itself when it is closed. Main
+/// thread only.
 class RatingWindow : public QWidget {
     Q_OBJECT
 
 public:
-    /// `controller` lives until the window tells it that it closes.
+    /// `controller` must live until the window reports to it that it closes.
     explicit RatingWindow(PXRatingWindowController& controller, QWidget* parent = nullptr);
     ~RatingWindow() override;
 
@@ -26,7 +27,7 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    void dressTexts();
+    void styleTexts();
     void connectButtons();
     void showView();
     void adjustReviewButtons();

@@ -14,7 +14,7 @@ bool isDark(const QPalette& palette) {
     return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
 }
 
-/// Fusion frames check boxes and radio buttons in a darker shade of the window, which cannot be seen on a
+/// Fusion draws the frames of check boxes and radio buttons darker than the window, which is invisible on a
 /// dark one.
 class VisibleIndicators : public QProxyStyle {
 public:
@@ -70,7 +70,7 @@ void useVisibleIndicators() {
 
 void followDesktopAppearance(Desktop& desktop) {
     useVisibleIndicators();
-    // A desktop whose own palette is dark already needs no help.
+    // If the platform's palette is already dark, there is nothing to do.
     if (isDark(QApplication::palette())) return;
     QObject::connect(&desktop, &Desktop::appearanceChanged, qApp,
                      [&desktop] { useDarkPalette(desktop.prefersDark()); });

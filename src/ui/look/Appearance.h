@@ -2,12 +2,13 @@
 
 class Desktop;
 
-/// Follows the desktop's wish for dark windows where the platform's own palette does not: under a desktop
-/// without integration of its own, windows would stay light. `desktop` outlives the application's event loop.
+/// Follows the desktop's setting for dark windows if the platform theme does not, which is the case under
+/// desktops without Qt integration. `desktop` must outlive the application's event loop. The functions of
+/// this header: main thread only.
 void followDesktopAppearance(Desktop& desktop);
 
-/// Has the frames of check boxes and radio buttons drawn so that they are seen in dark windows, too.
+/// Draws the frames of check boxes and radio buttons with enough contrast for dark windows.
 void useVisibleIndicators();
 
-/// Puts the application into dark or light colours, keeping the accent colour.
+/// Sets dark or light colours for the application and keeps the accent colour.
 void useDarkPalette(bool dark);

@@ -3,14 +3,14 @@
 #include <QColor>
 #include <QPalette>
 
-/// The few colours of the window beside the palette's own: each a mixture of these, so that they fit light
-/// and dark ones.
+/// The colours of the window that are not in the palette: each is mixed from colours of the palette, so that
+/// it fits light and dark palettes. Pure; any thread.
 namespace colors {
 
-/// For what is read second; at least 4.5 : 1 against the background of usual palettes.
+/// For secondary information; contrast of at least 4.5 : 1 with the background of usual palettes.
 QColor secondaryText(const QPalette& palette);
 QColor track(const QPalette& palette);
-/// The bar of a job that does not move: paused or finished.
+/// The progress bar of a paused or finished job.
 QColor restingBar(const QPalette& palette);
 QColor hairline(const QPalette& palette);
 QColor hoveredRow(const QPalette& palette);

@@ -24,7 +24,7 @@ QPalette::ColorGroup groupFor(QIcon::Mode mode) {
     return mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
 }
 
-/// Paints a line drawing in the colours that the palette has at that moment.
+/// Paints a line drawing in the current colours of the palette.
 class SymbolicIconEngine : public QIconEngine {
 public:
     explicit SymbolicIconEngine(QString file) : m_file(std::move(file)) {}

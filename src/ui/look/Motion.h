@@ -2,10 +2,10 @@
 
 class QWidget;
 
-/// How things move.
+/// Animations. Main thread only.
 namespace motion {
 
-/// Of a change of `widget`, in milliseconds; 0 where the desktop or the style asks for no motion.
+/// Duration of an animation of `widget`, in milliseconds; 0 if the desktop or the style disables animations.
 int duration(const QWidget& widget);
 
 }  // namespace motion

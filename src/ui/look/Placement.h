@@ -2,5 +2,6 @@
 
 class QWidget;
 
-/// Moves `window` to the middle of `over`, or of the screen where that is null, as far as the screen allows.
+/// Centres `window` over `over`, or on the screen if that is null, within the limits of the screen. Main
+/// thread only.
 void centreOver(QWidget& window, const QWidget* over);

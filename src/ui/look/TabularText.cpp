@@ -29,7 +29,7 @@ void drawTabularText(QPainter& painter, const QRect& rect, const QString& text,
                      Qt::LayoutDirection direction) {
     const QFontMetrics metrics = painter.fontMetrics();
     const QString shown = metrics.elidedText(text, Qt::ElideRight, rect.width());
-    // Pieces cannot be put side by side in a line that runs both ways.
+    // A line with both text directions cannot be composed of parts.
     if (direction == Qt::RightToLeft || hasTabularFigures(metrics)) {
         painter.drawText(rect, kLine | static_cast<int>(Qt::AlignLeading), shown);
         return;

@@ -13,22 +13,22 @@ namespace {
 constexpr int kGroupGap = 16;
 constexpr int kSettingGap = 8;
 
-/// The first line of a page keeps the page's margin alone; any other begins a new group.
+/// The first heading of a page has only the page's margin above it; each further one begins a new group.
 bool isFirstOfPage(QLabel& label) {
     const auto* grid = qobject_cast<QGridLayout*>(label.parentWidget()->layout());
     return grid && grid->contentsMargins().top() > 0 && grid->itemAtPosition(0, 0)->widget() == &label;
 }
 
-void dressHeading(QLabel& label) {
+void styleHeading(QLabel& label) {
     QFont font;
     font.setBold(true);
     label.setFont(font);
     label.setContentsMargins(0, isFirstOfPage(label) ? 0 : kGroupGap, 0, kSettingGap);
 }
 
-/// Small, in the secondary colour; under a check box or a radio button in line with its text. Read aloud
-/// as the description of the control that it explains.
-void dressHelp(QLabel& label, const QWidget& root) {
+/// A small font in the secondary colour; below a check box or a radio button aligned with its text. It
+/// becomes the accessible description of the control that it explains.
+void styleHelp(QLabel& label, const QWidget& root) {
     constexpr qreal kSmall = 0.9;
     QFont font = root.font();
     if (font.pointSizeF() > 0)
@@ -61,12 +61,12 @@ void dressHelp(QLabel& label, const QWidget& root) {
 
 void styleLabels(QWidget& root) {
     const QList<QLabel*> labels = root.findChildren<QLabel*>();
-    // By themselves labels follow the direction of their text, which need not be that of the window.
+    // By default labels follow the direction of their text, which may differ from that of the window.
     const Qt::Alignment leading = (root.isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignAbsolute;
     for (QLabel* label : labels) {
         label->setAlignment(leading | Qt::AlignVCenter);
         const QString role = label->property("role").toString();
-        if (role == u"heading") dressHeading(*label);
-        if (role == u"help") dressHelp(*label, root);
+        if (role == u"heading") styleHeading(*label);
+        if (role == u"help") styleHelp(*label, root);
     }
 }

@@ -35,12 +35,12 @@
 namespace {
 
 constexpr int kSettingGap = 8;
-constexpr int kLeastWidth = 480;  // of a page
-constexpr int kLeastHeight = 384;
+constexpr int kMinimumWidth = 480;  // of a page
+constexpr int kMinimumHeight = 384;
 constexpr int kUsualWidth = 720;
 constexpr int kUsualHeight = 536;
 
-/// As wide as its page needs to be, so that nothing is cut off beside; what is too high scrolls.
+/// A scroll area as wide as its page, so that it only scrolls vertically.
 class PageArea : public QScrollArea {
 public:
     explicit PageArea(QWidget* page) {
@@ -54,7 +54,8 @@ public:
 
     QSize minimumSizeHint() const override {
         const int bar = verticalScrollBar()->sizeHint().width();
-        return QSize(widget()->minimumSizeHint().width() + bar, 0).expandedTo({kLeastWidth, kLeastHeight});
+        return QSize(widget()->minimumSizeHint().width() + bar, 0)
+            .expandedTo({kMinimumWidth, kMinimumHeight});
     }
 
 protected:
@@ -102,7 +103,7 @@ PreferencesWindow::PreferencesWindow(Destinations& destinations, WatchFolder& wa
     connect(m_list, &QListWidget::currentRowChanged, m_pages, &QStackedWidget::setCurrentIndex);
     m_list->setCurrentRow(0);
     m_list->setFocus();
-    dress();
+    applyStyle();
     refresh();
     resize(sizeHint().expandedTo({kUsualWidth, kUsualHeight}));
 }
@@ -208,8 +209,7 @@ void PreferencesWindow::restoreDefaults(const QWidget* page) {
     refresh();
 }
 
-/// Gives the labels their fonts and colours, after those of the desktop.
-void PreferencesWindow::dress() {
+void PreferencesWindow::applyStyle() {
     styleLabels(*this);
     const QFontMetrics metrics(m_list->font());
     for (int i = 0; i < m_list->count(); ++i) {
@@ -233,6 +233,6 @@ void PreferencesWindow::closeEvent(QCloseEvent* event) {
 void PreferencesWindow::changeEvent(QEvent* event) {
     static const QSet<QEvent::Type> looks = {QEvent::PaletteChange, QEvent::FontChange, QEvent::StyleChange,
                                              QEvent::LayoutDirectionChange};
-    if (m_list && looks.contains(event->type())) dress();
+    if (m_list && looks.contains(event->type())) applyStyle();
     QWidget::changeEvent(event);
 }

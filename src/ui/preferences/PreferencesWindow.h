@@ -10,22 +10,22 @@ class QListWidget;
 class QStackedWidget;
 class WatchFolder;
 
-/// The preferences: a list of pages, and the page. Controls are joined to their settings by the properties
-/// that the interface files give them; see SettingsBinder.
+/// The preferences: a list of pages, and the selected page. Controls are bound to their settings by the
+/// properties in the interface files; see SettingsBinder. Main thread only.
 class PreferencesWindow : public QWidget {
     Q_OBJECT
 
 public:
-    /// Both outlive the window.
+    /// Both must outlive the window.
     PreferencesWindow(Destinations& destinations, WatchFolder& watchFolder, QWidget* parent = nullptr);
 
-    /// Shows what the settings hold now. Showing the window does it, too.
+    /// Shows the current settings. Called when the window is shown, too.
     void refresh();
 
 Q_SIGNALS:
     /// The window is about to close.
     void closing();
-    /// The user wants the main window, which may be closed.
+    /// The user wants to see the main window, which may be closed.
     void mainWindowRequested();
 
 protected:
@@ -34,11 +34,11 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
-    /// Makes a page of the interface file `Form`: its line in the list, and around its controls what scrolls
-    /// them and restores their defaults.
+    /// Creates a page from the interface file `Form`: its item in the list, and around its controls a scroll
+    /// area and the button that restores their defaults.
     template <class Form>
     QWidget* addPage(const QString& name, const QString& icon);
-    /// Adds a pane to the container of the styles.
+    /// Adds a pane to the container of the conversion styles.
     template <class Form>
     void addPane(const QString& name);
     void addPageFrame(QWidget* content, const QString& name, const QString& icon);
@@ -47,7 +47,7 @@ private:
     /// Shows the pane of the chosen conversion style.
     void selectConversionStyle();
     void showFolders();
-    void dress();
+    void applyStyle();
 
     Destinations& m_destinations;
     WatchFolder& m_watchFolder;

@@ -11,7 +11,7 @@
 
 namespace {
 
-/// What the list calls an encoding for those who do not know its name; empty: no more than that.
+/// The description of an encoding for users who do not know its name; empty: none.
 QString writingOf(const QString& encoding) {
     struct Writing {
         QString name;
@@ -45,7 +45,7 @@ void addSubtitleEncodings(QComboBox& box) {
     box.addItem(Texts::tr("Automatic (UTF-8 or UTF-16)"), 0);
     for (const settings::Choice& choice : settings::ExternalSubtitleEncoding.choices.list) {
         const QString encoding = choice.word;
-        // That part of the standard was given up; no converter has it.
+        // This part of the standard was abandoned; no converter supports it.
         if (encoding.isEmpty() || encoding == u"ISO-8859-12") continue;
         const QString writing = writingOf(encoding);
         box.addItem(writing.isEmpty() ? encoding : QStringLiteral("%1 – %2").arg(encoding, writing),

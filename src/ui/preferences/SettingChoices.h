@@ -2,9 +2,10 @@
 
 #include <QComboBox>
 
-/// Puts the text encodings of subtitle files into `box`, each with its position in the tool's list as data.
+/// Adds the text encodings of subtitle files to `box`, each with its position in the tool's list as data. The
+/// functions of this header: main thread only.
 void addSubtitleEncodings(QComboBox& box);
 
-/// Fills `box` anew with what a kind of audio can become, each with its method as data. Stereo is not blown
-/// up to 5.1, unless that is what is stored. The box has the properties "settingKey" and "methods".
+/// Fills `box` with the possible methods for a kind of audio, each method as data. Stereo is not converted to
+/// 5.1, unless that is stored. The box has the properties "settingKey" and "methods".
 void addAudioMethods(QComboBox& box);

@@ -23,7 +23,7 @@ bool isInverted(const QWidget& control) {
     return control.property("settingInverted").toBool();
 }
 
-/// Of the first setting of a control.
+/// The first setting of a control.
 const settings::Row& rowOf(const QWidget& control) {
     const QString key = SettingsBinder::keysOf(control).first();
     const settings::Row* row = settings::find(key);
@@ -31,7 +31,7 @@ const settings::Row& rowOf(const QWidget& control) {
     return *row;
 }
 
-/// What is stored; of a yes or no, its first or second value.
+/// The stored value; for a boolean, its first or second value.
 qint64 numberOf(const settings::Row& row) {
     const qint64 number = defaultInt(row.key);
     return row.type == settings::Type::Boolean && number != 0 ? 1 : number;
@@ -41,7 +41,7 @@ bool isChoice(const QComboBox& box, int index) {
     return (box.model()->flags(box.model()->index(index, 0)) & Qt::ItemIsEnabled) != 0;
 }
 
-/// Gives the items of `box` the allowed values, as long as there are some.
+/// Assigns the allowed values to the items of `box`, in order.
 void giveValues(QComboBox& box, std::span<const settings::Choice> choices) {
     for (int i = 0; i < box.count() && !choices.empty(); ++i) {
         if (!isChoice(box, i) || box.itemData(i).isValid()) continue;
@@ -55,7 +55,7 @@ qint64 valueOfItem(const QComboBox& box, int index) {
     return data.isValid() ? data.toLongLong() : index;
 }
 
-/// -1: none. A separator cannot be chosen and stands for nothing.
+/// -1: none. A separator cannot be selected and has no value.
 int itemOfValue(const QComboBox& box, qint64 value) {
     for (int i = 0; i < box.count(); ++i) {
         if (isChoice(box, i) && valueOfItem(box, i) == value) return i;
@@ -77,7 +77,7 @@ void showNumber(QSpinBox& box, qint64 value) {
     box.setValue(number);
 }
 
-/// The value of a button among the choices; null: the interface file has no value for it.
+/// The choice of a button; null: the interface file has no value for it.
 const settings::Choice* choiceOf(const QAbstractButton& button, const settings::Row& row) {
     return row.choices.find(button.property(kValue).toString());
 }
@@ -182,7 +182,7 @@ void SettingsBinder::showNeeds() {
 
 void SettingsBinder::store(QWidget* control, qint64 value) {
     setDefaultInt(rowOf(*control).key, value);
-    show(control);  // An override of this run holds against the choice; do not claim otherwise.
+    show(control);  // An override of this run has priority over the choice: show the effective value.
 }
 
 void SettingsBinder::showChanged(const QString& key) {
@@ -202,7 +202,7 @@ void SettingsBinder::restoreDefaults(const QWidget* page) {
     refresh();
 }
 
-// The wheel scrolls the page; it changes only a control that the user has gone into.
+// The wheel scrolls the page; it changes a control only if that has the focus.
 bool SettingsBinder::eventFilter(QObject* watched, QEvent* event) {
     const auto* control = qobject_cast<QWidget*>(watched);
     if (event->type() != QEvent::Wheel || !control || control->hasFocus())

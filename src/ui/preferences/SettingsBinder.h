@@ -8,35 +8,36 @@ class QComboBox;
 class QSpinBox;
 class QWidget;
 
-/// Joins controls to integer settings. An interface file says by dynamic properties what a control is about:
+/// Binds controls to integer settings. Dynamic properties in the interface files name the setting of a
+/// control:
 ///
 ///     settingKey             the setting
-///     settingInverted        check box: checked stands for 0
-///     settingValue           button inside a plain widget with a settingKey: the word of the value that
-///                            choosing it stores
-///     settingShownElsewhere  someone else reads and writes it; here its settings (divided by commas) are
-///                            only restored
+///     settingInverted        check box: checked means 0
+///     settingValue           button inside a plain widget with a settingKey: the word of the value that the
+///                            button stores
+///     settingShownElsewhere  another object reads and writes the setting; the binder only restores the
+///                            defaults of these settings (separated by commas)
 ///     settingNeeds           any widget: disabled while this setting is 0, or with "Key=word,word" while it
-///                            is none of these
+///                            has none of these values
 ///
-/// What is behind the items of a pop-up is their user data; without that, the values that the setting allows,
-/// in order; else their positions. Values are written at once, and only when the user did something; whoever
-/// else changes one, the control follows. A value that a control does not offer is shown as such and stays
-/// until the user chooses. Main thread only.
+/// The value of a pop-up's item is its user data; without that, the allowed values of the setting in order;
+/// else the item's index. Values are written at once, and only for input of the user; when another component
+/// changes a setting, the control follows. A value that a control does not offer is displayed and stays until
+/// the user chooses another one. Main thread only.
 class SettingsBinder : public QObject {
     Q_OBJECT
 
 public:
     explicit SettingsBinder(QObject* parent = nullptr);
 
-    /// Joins every control below `root`, which lives as long as this.
+    /// Binds every control below `root`, which must outlive this object.
     void bind(QWidget* root);
-    /// Shows what the settings hold now.
+    /// Shows the current settings.
     void refresh();
-    /// Forgets what is stored for the controls below `page`.
+    /// Deletes the stored values of the settings below `page`.
     void restoreDefaults(const QWidget* page);
 
-    /// The settings that a control is about; empty for any other widget.
+    /// The keys of the settings of a control; empty for any other widget.
     static QStringList keysOf(const QWidget& control);
 
 protected:

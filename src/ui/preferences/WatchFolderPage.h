@@ -3,6 +3,6 @@
 class QWidget;
 class WatchFolder;
 
-/// Has the page of the watch folder show what `watchFolder` does and hand the user's choice to it. Both live
-/// as long as the page.
+/// Connects the page of the watch folder with `watchFolder`: the page shows its state and passes the user's
+/// choices on. `watchFolder` must outlive the page. Main thread only.
 void joinWatchFolder(QWidget& page, WatchFolder& watchFolder);

@@ -46,8 +46,8 @@ void DestinationComboBox::showSelected() {
     setCurrentIndex(isDestination ? static_cast<int>(selected) : -1);
 }
 
-// The arrow keys and the wheel walk the closed box over what is enabled; they are not to run into a command
-// and open a panel.
+// The arrow keys and the wheel move through the enabled items of the closed box; they must not select a
+// command and open a panel.
 void DestinationComboBox::setCommandsEnabled(bool enabled) {
     auto* items = qobject_cast<QStandardItemModel*>(model());
     if (!items || !m_popUp) return;
@@ -69,7 +69,8 @@ void DestinationComboBox::hidePopup() {
 void DestinationComboBox::choose(int index) {
     if (!m_popUp || index < 0 || index >= m_popUp->items().size()) return;
     const Kind kind = m_popUp->items()[index].kind;
-    showSelected();  // A command never stays, and a destination comes with the pop-up's own selection.
+    showSelected();  // A command is never shown as selected, and a destination is shown when the pop-up has
+                     // selected it.
     switch (kind) {
         case Kind::Choose:
             Q_EMIT chooseRequested();

@@ -3,8 +3,8 @@
 #include <QString>
 #include <QWidget>
 
-/// One line of plain text that is cut in the middle where it does not fit, so that both the beginning of a
-/// file's name and its end can be read. The whole text is the tool tip then.
+/// One line of plain text. Text that is too long is shortened in the middle, so that both the beginning and
+/// the end of a file name are visible; the tool tip then shows the whole text. Main thread only.
 class ElidedLabel : public QWidget {
     Q_OBJECT
 

@@ -25,7 +25,7 @@ AddSheetView::AddSheetView(QWidget* parent)
     medium.setWeight(QFont::Medium);
     m_ui->nameLabel->setFont(medium);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    setFocusPolicy(Qt::StrongFocus);  // Keeps the keys from the list while a movie is read.
+    setFocusPolicy(Qt::StrongFocus);  // Keeps keys from the list while a movie is probed.
     hide();
     connect(m_animation, &QVariantAnimation::valueChanged, this,
             [this](const QVariant& value) { setSheetHeight(value.toInt()); });
@@ -55,7 +55,7 @@ void AddSheetView::setAddButtonTitle(const QString& title) {
 }
 
 void AddSheetView::refresh() {
-    if (!m_sheet->isShown() && m_sheet->path().isEmpty()) return;  // Sliding away as it was.
+    if (!m_sheet->isShown() && m_sheet->path().isEmpty()) return;  // Unchanged while it slides away.
     const bool isReady = !m_sheet->informationString().isEmpty();
     const qsizetype waiting = m_sheet->waitingCount();
     const bool becameReady = isReady && !std::exchange(m_isReady, isReady);
@@ -134,7 +134,7 @@ QSize AddSheetView::minimumSizeHint() const {
 }
 
 void AddSheetView::resizeEvent(QResizeEvent*) {
-    // The content comes down from behind the toolbar.
+    // The content slides down from behind the toolbar.
     m_content->setGeometry(0, height() - wholeHeight(), width(), wholeHeight());
 }
 

@@ -12,7 +12,7 @@ namespace Ui {
 class AddSheetView;
 }
 
-/// The add sheet as it is seen: slides down at the top of the window.
+/// The view of the add sheet; it slides down at the top of the window. Main thread only.
 class AddSheetView : public QWidget {
     Q_OBJECT
 
@@ -20,16 +20,15 @@ public:
     explicit AddSheetView(QWidget* parent = nullptr);
     ~AddSheetView() override;
 
-    /// Both outlive the view.
+    /// Both must outlive the view.
     void setSheet(AddSheet* sheet, Destinations* destinations);
-    /// What the confirm button says.
     void setAddButtonTitle(const QString& title);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
 Q_SIGNALS:
-    /// The sheet is gone and had the keyboard's focus.
+    /// The sheet is hidden and had the keyboard focus.
     void focusReleased();
 
 protected:

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Painted anew for every palette, as an image in a label would not be.
+/// Painted again for every palette; an image in a label would keep its colours.
 class Picture : public QWidget {
 public:
     explicit Picture(QWidget* parent) : QWidget(parent), m_icon(dropPicture()) { setFixedSize(160, 120); }
@@ -50,7 +50,7 @@ EmptyView::EmptyView(QWidget* parent) : QWidget(parent) {
     layout->addWidget(new Picture(this), 0, Qt::AlignCenter);
     layout->addSpacing(8);
     layout->addWidget(title, 0, Qt::AlignCenter);
-    // An aligned item would not get the height of its second line.
+    // An item with an alignment would not get the height of its second line.
     auto* line = new QHBoxLayout;
     constexpr int kBeforeTheStretches = 10;
     line->addStretch(1);

@@ -4,14 +4,15 @@
 
 class QPushButton;
 
-/// What the window shows while the list is empty: where to drop movies, in a picture and a sentence.
+/// Shown while the list is empty: explains where to drop movies, with a picture and a sentence. Main thread
+/// only.
 class EmptyView : public QWidget {
     Q_OBJECT
 
 public:
     explicit EmptyView(QWidget* parent = nullptr);
 
-    /// Movies are being dragged over the window: the picture answers.
+    /// Highlights the picture while movies are dragged over the window.
     void setDropHighlighted(bool highlighted);
 
 Q_SIGNALS:

@@ -8,8 +8,8 @@
 
 #include <optional>
 
-/// Paints a job's row: icon and word of its state, name, status, bar, and the buttons where the pointer or
-/// the focus is.
+/// Paints a job's row: icon and text of its state, name, status, progress bar, and the buttons if the row is
+/// hovered or focused. Main thread only.
 class JobDelegate : public QStyledItemDelegate {
     Q_OBJECT
 
@@ -20,13 +20,13 @@ public:
                const QModelIndex& index) const override;
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
-    /// Of a row that is painted with `option`.
+    /// The layout of a row that is painted with `option`.
     static jobrow::Layout layoutOf(const QStyleOptionViewItem& option);
     /// In one or two words, for tool tips and menus.
     static QString titleOf(jobrow::Button button, JobState state);
     static QString iconOf(jobrow::Button button, JobState state);
 
-    /// The button under the pointer, or pressed; no row: none.
+    /// The button under the pointer, or the pressed one; invalid index: none.
     void setHot(const QModelIndex& index, std::optional<jobrow::Button> button, bool isPressed);
 
 private:

@@ -9,8 +9,8 @@
 class ConversionJob;
 class JobQueue;
 
-/// The queue as rows, in its order. Announces only the row that changed; a tick of a job's progress costs the
-/// same however long the queue is.
+/// The queue as rows, in its order. Reports only the row that changed; the cost of a progress update does not
+/// depend on the length of the queue. Main thread only.
 class JobListModel : public QAbstractListModel {
     Q_OBJECT
 
@@ -22,7 +22,7 @@ public:
         StatusRole               ///< The status in one line.
     };
 
-    /// `queue` outlives the model.
+    /// `queue` must outlive the model.
     explicit JobListModel(JobQueue& queue, QObject* parent = nullptr);
 
     int rowCount(const QModelIndex& parent = {}) const override;
@@ -38,6 +38,7 @@ private:
     void onProgressed(const ConversionJob* job);
 
     JobQueue& m_queue;
-    /// Of the jobs that run: their rows move when others come and go, and Qt keeps these up to date.
+    /// The running jobs: their rows change when other jobs are added or removed, and Qt keeps these indexes
+    /// up to date.
     QHash<const ConversionJob*, QPersistentModelIndex> m_running;
 };

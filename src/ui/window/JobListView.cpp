@@ -66,7 +66,8 @@ void JobListView::trigger(Button button, bool shiftIsHeld) {
 void JobListView::fillMenu(QMenu& menu) {
     ConversionJob* job = currentJob();
     const JobState state = job ? job->state() : JobState::Queued;
-    // The key is only told: it is the list's own, and a menu must not take it from other controls.
+    // The shortcut is only displayed: the list handles the key itself, and the menu must not take it from
+    // other controls.
     const auto addCommand = [&](const QString& title, const QKeySequence& key, Button button, bool shift) {
         QAction* action = menu.addAction(title + u'\t' + key.toString(QKeySequence::NativeText));
         action->setEnabled(job && jobrow::isEnabled(button, state));
@@ -134,7 +135,7 @@ void JobListView::mouseReleaseEvent(QMouseEvent* event) {
 
 void JobListView::mouseMoveEvent(QMouseEvent* event) {
     const QModelIndex index = indexAt(event->position().toPoint());
-    // A drag across the rows is no choice of rows.
+    // Dragging across the rows does not select them.
     if (!event->buttons().testFlag(Qt::LeftButton)) {
         QListView::mouseMoveEvent(event);
         setHot(index, buttonAt(event->position().toPoint(), index), false);
@@ -145,7 +146,7 @@ void JobListView::mouseDoubleClickEvent(QMouseEvent* event) {
     const QModelIndex index = indexAt(event->position().toPoint());
     if (event->button() != Qt::LeftButton || !index.isValid()) return;
     if (buttonAt(event->position().toPoint(), index)) {
-        // After a removal another job is under the pointer; it was not meant.
+        // After a removal another job is under the pointer, which the user did not mean.
         if (m_jobs->job(index) == m_pressedJob) mousePressEvent(event);
     } else {
         trigger(Button::Reveal, event->modifiers().testFlag(Qt::ShiftModifier));
@@ -161,7 +162,7 @@ void JobListView::leaveEvent(QEvent* event) {
 void JobListView::keyPressEvent(QKeyEvent* event) {
     const bool shiftIsHeld = event->modifiers().testFlag(Qt::ShiftModifier);
     static const QSet<int> commands = {Qt::Key_Space, Qt::Key_Delete, Qt::Key_Return, Qt::Key_Enter};
-    // A held key is no wish for each of the rows that come by.
+    // Auto-repeat must not act on each row that moves up.
     if (event->isAutoRepeat() && commands.contains(event->key())) return;
     switch (event->key()) {
         case Qt::Key_Space:
@@ -190,14 +191,14 @@ void JobListView::contextMenuEvent(QContextMenuEvent* event) {
 
 void JobListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                               const QList<int>& roles) {
-    // All rows are of one height for ever: QListView would lay out every row anew.
+    // All rows always have the same height; QListView would lay out every row again.
     const QRect changed = visualRect(topLeft).united(visualRect(bottomRight)) & viewport()->rect();
     if (!changed.isEmpty()) viewport()->update(changed);
-    if (!roles.isEmpty()) return;  // A tick: nothing to say.
-    QAccessibleTableModelChangeEvent spoken(this, QAccessibleTableModelChangeEvent::DataChanged);
-    spoken.setFirstRow(topLeft.row());
-    spoken.setLastRow(bottomRight.row());
-    QAccessible::updateAccessibility(&spoken);
+    if (!roles.isEmpty()) return;  // A progress update: no accessibility event.
+    QAccessibleTableModelChangeEvent change(this, QAccessibleTableModelChangeEvent::DataChanged);
+    change.setFirstRow(topLeft.row());
+    change.setLastRow(bottomRight.row());
+    QAccessible::updateAccessibility(&change);
 }
 
 bool JobListView::viewportEvent(QEvent* event) {

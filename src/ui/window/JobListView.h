@@ -10,19 +10,21 @@ class JobDelegate;
 class JobListModel;
 class QMenu;
 
-/// The list of jobs: its rows' buttons, keys and context menu. Repaints only the rows that changed.
+/// The list of jobs with its rows' buttons, keys and context menu. Repaints only the rows that changed. Main
+/// thread only.
 class JobListView : public QListView {
     Q_OBJECT
 
 public:
     explicit JobListView(QWidget* parent = nullptr);
 
-    /// `model` outlives the view.
+    /// `model` must outlive the view.
     void setJobs(JobListModel* model);
 
-    /// Does what the button of that name does to the current job; nothing where it is not enabled.
+    /// Performs the action of that button for the current job; does nothing if it is not enabled.
     void trigger(jobrow::Button button, bool shiftIsHeld = false);
-    /// Puts the commands of the current job into `menu`. They stay that job's, also when it leaves the list.
+    /// Adds the commands of the current job to `menu`. They keep referring to that job, also when it has left
+    /// the list.
     void fillMenu(QMenu& menu);
 
 protected:
@@ -48,5 +50,6 @@ private:
     JobDelegate* m_delegate = nullptr;
     QPersistentModelIndex m_pressedIndex;
     std::optional<jobrow::Button> m_pressedButton;
-    QPointer<ConversionJob> m_pressedJob;  ///< Of the last press, for the second of a double click.
+    /// The job of the last press, for the second press of a double click.
+    QPointer<ConversionJob> m_pressedJob;
 };

@@ -8,13 +8,13 @@
 #include <array>
 #include <optional>
 
-/// Where the parts of a job's row are, and what its buttons are. No painting here.
+/// The layout of a job's row, and its buttons. No painting here. Main thread only.
 namespace jobrow {
 
 enum class Button { PauseContinue, Remove, Reveal };
 inline constexpr std::array kButtons = {Button::PauseContinue, Button::Remove, Button::Reveal};
 
-/// 72 device-independent pixels, more where the font needs it.
+/// 72 device-independent pixels, more if the font needs it.
 int height(const QFontMetrics& metrics);
 
 struct Layout {
@@ -28,11 +28,12 @@ struct Layout {
     QRect rectOf(Button button) const { return buttons[static_cast<size_t>(button)]; }
 };
 
-/// Text keeps free of the buttons' place whether they are shown or not, so that nothing moves on hover.
+/// The text never covers the place of the buttons, even while they are hidden, so that nothing moves on
+/// hover.
 Layout layout(const QRect& row, const QFontMetrics& nameMetrics, const QFontMetrics& statusMetrics,
               Qt::LayoutDirection direction);
 
-/// What can be done with a job in this state.
+/// Whether the button can be used for a job in this state.
 bool isEnabled(Button button, JobState state);
 
 }  // namespace jobrow

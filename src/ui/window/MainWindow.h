@@ -13,25 +13,25 @@ namespace Ui {
 class MainWindow;
 }
 
-/// The one window: toolbar, add sheet, job list, and drops. Closing it only hides it; the application goes
-/// on.
+/// The main window: toolbar, add sheet, job list, and drops. Closing it only hides it; the application
+/// continues to run. Main thread only.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
-    /// `delegate` outlives the window.
+    /// `delegate` must outlive the window.
     explicit MainWindow(AppDelegate& delegate);
     ~MainWindow() override;
 
-    /// Shows the window in front of the others. `activationToken` is the desktop's permission to do so, where
-    /// it gave one.
+    /// Shows the window in front of the others. `activationToken` is the desktop's permission to do so, if it
+    /// gave one.
     void bringToFront(const QString& activationToken = {});
     void openPreferences();
-    /// Null as long as it was not opened.
+    /// Null until it was opened for the first time.
     PreferencesWindow* preferencesWindow() const { return m_preferences.get(); }
 
 Q_SIGNALS:
-    /// The window was drawn for the first time.
+    /// The window was painted for the first time.
     void painted();
     void preferencesCreated(QWidget* window);
 

@@ -4,5 +4,6 @@
 
 class JobQueue;
 
-/// "1 converting, 3 queued, 1 failed": the states that occur, in words. Empty for an empty queue.
+/// "1 converting, 3 queued, 1 failed": the states that occur, with their numbers. Empty for an empty queue.
+/// Main thread only.
 QString queueSummary(const JobQueue& queue);

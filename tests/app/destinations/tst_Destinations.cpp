@@ -73,7 +73,7 @@ private Q_SLOTS:
         QCOMPARE(layoutOf(destinations.preferencesDestinationPopUp()), "ask|next|-|choose|clear");
         QCOMPARE(destinations.destinationPopUp().selected(), 0);
         QCOMPARE(defaultInt(kDefaultDestinationKey), 0);
-        QVERIFY(destinations.openedFolderFor(home.path("movies/x"))->securityScoped);  // As long as it runs.
+        QVERIFY(destinations.openedFolderFor(home.path("movies/x"))->securityScoped);  // While it runs.
     }
 
     void launchPutsTheDefaultRight_data() {
@@ -135,14 +135,14 @@ private Q_SLOTS:
         remove();
         {
             Destinations destinations(panels);
-            const QString told = destinations.restoreAtLaunch();
+            const QString text = destinations.restoreAtLaunch();
             for (const QChar letter : gone)
-                QVERIFY2(told.contains(home.path(letter)), qPrintable(told));
+                QVERIFY2(text.contains(home.path(letter)), qPrintable(text));
             QCOMPARE(defaultArray(kDestinationNamesKey).value(), letters(left));
             QCOMPARE(defaultArray(kDestinationBookmarksKey)->size(), left.size());
             QCOMPARE(defaultInt(kDefaultDestinationKey), preselectedThen);
 
-            // While it runs, one after the other, beside a movie for which the last folder is chosen.
+            // While it runs, one folder after the other; the last one is chosen for a movie.
             destinations.rebuildDestinationPopUp();
             const qsizetype last = DestinationPopUp::kFirstFolder + left.size() - 1;
             if (!left.isEmpty()) destinations.destinationPopUp().select(last);
@@ -238,7 +238,7 @@ private Q_SLOTS:
         QCOMPARE(destinations.openFolder(1), home.path("b"));
         folderaccess::stopAccessing(home.path("b"));
 
-        // The same folder by another way is the same.
+        // The same folder by another path is the same.
         QVERIFY(QFile::link(home.path("b"), home.path("link")));
         home.panels.folder = home.path("link");
         destinations.chooseNewDestination(place);

@@ -28,7 +28,7 @@ private Q_SLOTS:
         QCOMPARE(intake.fileInfo()->fileURL.toLocalFile(), b);
         QVERIFY(!intake.fileInfo()->subtitleFileURL);
 
-        // The movie at hand is not confirmed: nothing further is probed, also for new files.
+        // The current movie is not confirmed: no other file is probed, new ones neither.
         const QString c = home.write("c.mkv");
         intake.openFiles({c});
         QCoreApplication::processEvents();

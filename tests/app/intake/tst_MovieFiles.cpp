@@ -25,7 +25,7 @@ private Q_SLOTS:
         QCOMPARE(sorted.movies, (QStringList{"/a/B.MKV", "/a/c.webm"}));
         QCOMPARE(sorted.subtitles,
                  (moviefiles::SubtitleFiles{{"/a/x", "/a/x.ass"}, {home.path("text"), plain}}));
-        // Whatever the order in which they are given.
+        // Independent of the given order.
         const QString other = home.path("text.srt");
         for (const QStringList& paths : {QStringList{plain, other}, QStringList{other, plain}})
             QCOMPARE(moviefiles::sorted(paths).subtitles.values(), QStringList(plain));
@@ -63,7 +63,7 @@ private Q_SLOTS:
     void languageCodes() {
         QCOMPARE(languages::threeLetterCodes({"en-US", "de", "fr-CA", "bo", "aa", "zh_TW", "tlh-AQ", "C"}),
                  (QStringList{"eng", "ger", "fre", "tib", "aar", "chi", "tlh-AQ", "C"}));
-        // What is a language to some tables and another or none to others; what only looks like a row's end.
+        // Codes that are languages only in some tables; text that only looks like the end of a row.
         QCOMPARE(languages::threeLetterCodes({"no-NO", "nb", "tl", "tw-GH", "bh", "e", ""}),
                  (QStringList{"nor", "nob", "tgl", "twi", "bih", "e", ""}));
         QCOMPARE(languages::twoLetterCodes({"en-US", "de"}), (QStringList{"en", "de"}));

@@ -20,7 +20,7 @@ public:
     int cancelled = 0;
 };
 
-/// A queue over a stand-in whose conversions go on until release().
+/// A queue with a fake tool whose conversions run until release().
 struct Stage {
     Stage() : tool(home.path()) { tool.setConversion(FakeTool::waitFor(home.path("go"))); }
     ~Stage() {
@@ -110,7 +110,7 @@ private Q_SLOTS:
         setDefaultInt(kConcurrentJobsKey, 1);
         stage.addAll({"a", "b"});
         QSignalSpy paused(&stage.queue, &JobQueue::pausedChanged);
-        stage.queue.pauseContinueClicked(false);  // The queue runs: nothing to do.
+        stage.queue.pauseContinueClicked(false);  // The queue runs: no effect.
         QCOMPARE(paused.count(), 0);
         stage.queue.pauseContinueClicked(true);
         QCOMPARE(stage.list(), "b:2 a:2");
@@ -120,7 +120,7 @@ private Q_SLOTS:
         stage.queue.startNextJobInQueue();
         QCOMPARE(stage.list(), "c:0 b:2 a:2");
         stage.queue.pauseContinueClicked(true);
-        QCOMPARE(stage.list(), "c:1 b:1 a:2");  // From the top, paused ones as if they were queued.
+        QCOMPARE(stage.list(), "c:1 b:1 a:2");  // From the top; paused jobs like queued ones.
         QCOMPARE(stage.queue.addButtonTitle(), "Start Conversion");
         QCOMPARE(paused.count(), 2);
     }
@@ -131,7 +131,7 @@ private Q_SLOTS:
         stage.addAll({"a", "b"});
         stage.queue.job(1)->continueJob();
         QVERIFY(!stage.queue.isPaused());
-        QCOMPARE(stage.list(), "b:0 a:1");  // It alone.
+        QCOMPARE(stage.list(), "b:0 a:1");  // Only this job.
     }
 
     void cleaningUpKeepsFailedOnes() {
@@ -152,7 +152,7 @@ private Q_SLOTS:
         Stage stage;
         QVERIFY(!stage.add("a", "/proc"));
         QCOMPARE(stage.queue.count(), 0);
-        QCOMPARE(stage.waiting.cancelled, 0);  // Still at hand.
+        QCOMPARE(stage.waiting.cancelled, 0);  // It is still the current file.
         QCOMPARE(stage.queue.windowTitle(), "Ravelin ");
         stage.waiting.waiting = true;
         QVERIFY(stage.add("a"));

@@ -20,10 +20,10 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr int kLongEnough = 20000;
-/// A file that is gone is noticed before the record that says where to.
+/// A missing file is noticed before the record that reports its new path.
 constexpr WatchTimes kQuick = {200ms, {100ms, 300ms, 20ms, 100ms}};
 
-/// A watched folder "in" of its own, and what arrived.
+/// A watched folder "in", and the arrived files.
 class Watched : public TestHome {
 public:
     Watched() : arrived(&watch, &MovieArrivals::arrived) {
@@ -78,14 +78,14 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(home.names().size(), 5, kLongEnough);
         QStringList expected{"d.mkv", "e.mkv", "f \n ä.mkv", "z.mkv"};
         QStringList found = home.names();
-        // Of the two that are called a.mkv one is taken, whichever was seen first.
+        // Of the two files with the name a.mkv one is added, no matter which was seen first.
         QCOMPARE(found.removeIf([](const QString& name) { return QFileInfo(name).fileName() == u"a.mkv"; }),
                  1);
         for (QString& name : found)
             name = QFileInfo(name).fileName();
         QCOMPARE(found, expected);
 
-        // Replaced under its name, and one that comes after it: only the new name counts.
+        // Replaced under its name, and renamed afterwards: only the new name counts.
         home.write("in/z.mkv", "again");
         home.write("in/zz.mkv", "new");
         QTRY_VERIFY_WITH_TIMEOUT(home.names().contains("zz.mkv"), kLongEnough);
@@ -97,11 +97,11 @@ private Q_SLOTS:
         QDir(home.path()).mkpath("in/A");
         QFile file(home.path("in/A/moved.mkv"));
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write("whole") == 5 && file.flush());
-        // A time that says nothing about how long it stood still: it is waited for.
+        // A modification time in the future does not show how long the file is unchanged: wait for it.
         QVERIFY(file.setFileTime(QDateTime::currentDateTime().addDays(1), QFile::FileModificationTime));
         file.close();
         QTRY_COMPARE_WITH_TIMEOUT(home.watch.waiting(), QStringList(file.fileName()), kLongEnough);
-        // Looked for under its old name before anybody tells that the folder has moved, and that twice.
+        // Searched under its old name before the move of its folder is reported, twice.
         QVERIFY(QDir().rename(home.path("in/A"), home.path("in/B")));
         QVERIFY(QDir().rename(home.path("in/B"), home.path("in/C")));
         QTRY_COMPARE_WITH_TIMEOUT(home.names(), QStringList("C/moved.mkv"), kLongEnough);
@@ -132,7 +132,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(arrived.count(), 1, kLongEnough);
         QCOMPARE(arrived.first().first().toString(), home.path("in/a.mkv"));
 
-        // The same folder once more: each movie is still told once.
+        // The same folder again: each movie is still reported only once.
         folder.watchfolderSetClicked();
         home.write("in/b.mkv", "whole");
         QTRY_VERIFY_WITH_TIMEOUT(arrived.count() >= 2, kLongEnough);

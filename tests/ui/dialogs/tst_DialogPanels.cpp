@@ -19,7 +19,7 @@ class DialogPanelsTest : public QObject {
 
 public:
     static void initMain() {
-        static const QTemporaryDir home;  // The panel keeps its own settings.
+        static const QTemporaryDir home;  // The panel stores its own settings.
         qputenv("XDG_CONFIG_HOME", home.path().toUtf8());
         qputenv("QT_QPA_PLATFORM", "offscreen");
         QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
@@ -65,7 +65,7 @@ private Q_SLOTS:
         QCOMPARE(dialog->nameFilters(),
                  (QStringList{"Movies and subtitles (*.mkv *.[mM][kK][vV] *.m2ts *.[mM]2[tT][sS])",
                               "All files (*)"}));
-        // As a desktop matches them that looks at case.
+        // Like a desktop that matches case-sensitively.
         const QStringList patterns = dialog->nameFilters().first().section(u'(', 1).chopped(1).split(u' ');
         const auto isShown = [&](const QString& name) {
             return std::ranges::any_of(patterns, [&](const QString& pattern) {
@@ -110,7 +110,7 @@ private Q_SLOTS:
         write(m_folder->filePath("old.mp4"));
         write(m_folder->filePath("Dr. No.mp4"));
         m_panels->saveFile(m_folder->path(), "Movie.mp4", "mp4", answer());
-        // Where it replaces, No leads back to the panel.
+        // If it would replace a file, No returns to the panel.
         QList<QMessageBox::StandardButton> replies;
         if (asksFirst) replies = {QMessageBox::No, QMessageBox::Yes};
         QTimer watcher;
@@ -136,7 +136,7 @@ private Q_SLOTS:
         m_panels->chooseFolder(FilePanels::Over::MainWindow, {}, answer());
         m_window.reset();
         m_panels->chooseFolder(FilePanels::Over::MainWindow, {}, answer());
-        m_panels.reset();  // An open panel goes with it.
+        m_panels.reset();  // Closes an open panel, too.
         QVERIFY(QApplication::topLevelWidgets().isEmpty());
         QVERIFY(m_answers.isEmpty());
     }

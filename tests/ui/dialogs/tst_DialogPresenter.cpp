@@ -26,8 +26,8 @@
 
 using Act = std::function<void(QDialog&)>;
 
-/// Does `act` on the dialog that becomes the active modal one within the deadline, and closes it when `act`
-/// did not answer it.
+/// Calls `act` for the dialog that becomes the active modal one within the deadline, and closes the dialog if
+/// `act` did not answer it.
 static void onNextModal(const Act& act) {
     auto* timer = new QTimer(qApp);
     timer->setInterval(1);
@@ -166,11 +166,11 @@ private Q_SLOTS:
             isClosed ? void(m_window->close()) : m_window.reset();
             onNextModal([](QDialog& dialog) {
                 const QPoint off = dialog.geometry().center() - dialog.screen()->geometry().center();
-                QVERIFY(off.manhattanLength() <= 16);  // But for the frame.
+                QVERIFY(off.manhattanLength() <= 16);  // Except for the frame.
                 press(Qt::Key_Return)(dialog);
             });
             QString text;
-            QCOMPARE(alert_input("Name?", {}, text), 1000L);  // The single button that is the platform's.
+            QCOMPARE(alert_input("Name?", {}, text), 1000L);  // The only button with the platform's text.
             bool isAnswered = false;
             m_presenter.presentSheet({}, [&](const AlertAnswer&) { isAnswered = true; });
             press(Qt::Key_Return)(*qobject_cast<QDialog*>(QApplication::activeModalWidget()));
@@ -314,7 +314,7 @@ private Q_SLOTS:
         QVERIFY(line >= 11);
         QCOMPARE(AlertPanel::heightFor("", font), 130);
         QVERIFY(qAbs(AlertPanel::heightFor(QString(19, '\n') + "x", font) - (100 + 20 * line)) <= 20);
-        // A path has no place to break it, and is no wider than the text.
+        // A path contains no blanks, and must not be wider than the text.
         QVERIFY(AlertPanel::heightFor(QString(400, 'w'), font) > 130 + 4 * line);
     }
 

@@ -15,7 +15,7 @@
 
 namespace {
 
-/// The window of a controller whose actions are noted.
+/// The window of a controller whose actions are recorded.
 class Asked : public TestHome {
 public:
     explicit Asked(const QStringList& pages = {"AlternativetoProductPage"})
@@ -81,7 +81,7 @@ private Q_SLOTS:
         const Asked asked;
         QTest::keyClick(asked.find("problemButton"), Qt::Key_Space);
         QCOMPARE(asked.view(), "angryView");
-        QVERIFY(asked.find("feedbackButton")->isEnabled());  // Some write in the mail itself.
+        QVERIFY(asked.find("feedbackButton")->isEnabled());  // Some users write in the mail itself.
         QTest::keyClicks(asked.find("feedbackTextField"), "No sound");
         QTest::keyClick(asked.find("feedbackTextField"), Qt::Key_Tab);
         QTest::keyClick(asked.find("feedbackButton"), Qt::Key_Space);
@@ -98,7 +98,7 @@ private Q_SLOTS:
         }
     }
 
-    /// Whoever types, drags or answers a dialog is not disturbed.
+    /// A user who types, drags or answers a dialog is not disturbed.
     void waitsForAQuietMoment() {
         const TestHome home;
         QWidget main;
@@ -114,7 +114,7 @@ private Q_SLOTS:
             QVERIFY(main.isVisible() && !dialog.isVisible());
             QCOMPARE(keys, kKeys);
         });
-        // Of timers that are due together, as on a busy machine, the one that was due first comes first.
+        // Timers that are due at the same time, as on a busy machine, fire in the order of their deadlines.
         QTimer typist;
         QTimer::singleShot(2 * kQuiet, &main, [&] {
             main.show();

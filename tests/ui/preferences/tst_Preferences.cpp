@@ -38,7 +38,7 @@ struct Fixture {
         return window.findChild<Control*>(name);
     }
     QStackedWidget* pages() { return get<QStackedWidget>("pages"); }
-    /// Brings the page with the control to the front, as a click in the list does, and the control into view.
+    /// Shows the page with the control, as a click in the list does, and scrolls to the control.
     QWidget* reach(const QString& name) {
         auto* control = get<QWidget>(name);
         for (int i = 0; i < pages()->count(); ++i) {
@@ -182,7 +182,7 @@ private Q_SLOTS:
     void choosingStoresAtOnce() {
         const auto [control, key, setting, before, after] = row<QString, int, QString, int, int>();
         Fixture fixture;
-        setDefaultInt(kConcurrentJobsKey, 1);  // Enables what depends on it, as the style does.
+        setDefaultInt(kConcurrentJobsKey, 1);  // Enables the dependent controls, as the style does.
         setDefaultInt(kConversionPresetKey, control == u"dtsStereoPopUp" ? 2 : 0);
         setDefaultInt(setting, before);
         QSignalSpy changed(&settings::Changes::shared(), &settings::Changes::changed);
@@ -250,7 +250,7 @@ private Q_SLOTS:
         Fixture fixture;
         fixture.show();
         auto* box = static_cast<DestinationComboBox*>(fixture.reach("preferencesDestinationPopUp"));
-        fixture.press("preferencesDestinationPopUp", Qt::Key_End);  // Not into a command.
+        fixture.press("preferencesDestinationPopUp", Qt::Key_End);  // Does not select a command.
         QCOMPARE(defaultInt(kDefaultDestinationKey), 1);
         const auto pick = [&](int index) {
             box->showPopup();
@@ -269,7 +269,7 @@ private Q_SLOTS:
         QCOMPARE(list->item(0)->text(), fixture.home.path());
         pick(0);
         QCOMPARE(defaultInt(kDefaultDestinationKey), 0);
-        pick(6);  // Forgets them.
+        pick(6);  // Clears the list.
         QCOMPARE(list->count(), 0);
         QCOMPARE(box->currentIndex(), 0);
         fixture.destinations.preferencesDestinationPopUp().select(2);  // The separator.

@@ -31,7 +31,7 @@ private Q_SLOTS:
         QCOMPARE(names, QStringList({"c.mkv", "a.mkv", "b.mkv"}));
         QCOMPARE(queueSummary(app.queue()), "1 converting, 2 queued");
 
-        // The running job moved down; its tick is told of its row alone.
+        // The running job has moved down; its progress is reported for its row only.
         QSignalSpy changed(&model, &JobListModel::dataChanged);
         Q_EMIT app.job(1)->progressed();
         QCOMPARE(changed.count(), 1);

@@ -21,9 +21,9 @@ using jobrow::Button;
 
 namespace {
 
-constexpr int kPatience = 60000;  // ms, of what takes a moment even on a busy machine
+constexpr int kPatience = 60000;  // ms, for short operations even on a busy machine
 
-/// Drags the addresses in and drops them where they are taken. Whether they were.
+/// Drags the URLs into the window and drops them if they are accepted. Returns whether they were.
 bool dragAndDrop(MainWindow& window, const QList<QUrl>& urls) {
     QMimeData data;
     data.setUrls(urls);
@@ -37,8 +37,7 @@ bool dragAndDrop(MainWindow& window, const QList<QUrl>& urls) {
     return drop.dropAction() == Qt::CopyAction;
 }
 
-/// A window whose queue has these movies, the first one on top. The tool ends no conversion before
-/// `finish()`.
+/// A window whose queue has these movies, the first one on top. No conversion ends before `finish()`.
 class Queued : public WindowedApplication {
 public:
     explicit Queued(QStringList names = {}) {
@@ -51,7 +50,7 @@ public:
         write("go");
         QTRY_COMPARE_WITH_TIMEOUT(queue().jobCountWithState(JobState::Finished), count, kPatience);
     }
-    /// Hands the movies to the sheet and waits until it has read the first one.
+    /// Opens the movies and waits until the first one is probed.
     void open(const QStringList& names) {
         QStringList paths;
         for (const QString& name : names)
@@ -97,7 +96,7 @@ private Q_SLOTS:
             QTRY_VERIFY_WITH_TIMEOUT(app.sheetIsReady(), kPatience);
             QCOMPARE(app.find<QComboBox>("audioPopUp")->currentText(), "#1: eng (ac3)");
             QCOMPARE(app.find<QComboBox>("destinationPopUp")->currentText(), "out");
-            // One by the mouse, one by the keyboard, which is where the sheet put it.
+            // One with the mouse, one with the keyboard, whose focus is on the sheet.
             if (i % 2 == 0) {
                 QTest::mouseClick(app.find<QPushButton>("addButton"), Qt::LeftButton);
             } else {
@@ -131,7 +130,7 @@ private Q_SLOTS:
         QCOMPARE(job->state(), JobState::Converting);
         app.click(0, Button::PauseContinue);
         QCOMPARE(job->state(), JobState::Paused);
-        app.click(0, Button::Reveal);  // Nothing to show yet.
+        app.click(0, Button::Reveal);  // Nothing to reveal yet.
         QVERIFY(app.desktop.revealed.isEmpty());
         app.click(0, Button::PauseContinue);
         QCOMPARE(job->state(), JobState::Converting);
@@ -140,7 +139,7 @@ private Q_SLOTS:
         app.click(0, Button::Reveal, Qt::ShiftModifier);
         QCOMPARE(app.desktop.revealed, QStringList({app.path("out/a.mkv.mp4"), app.path("a.mkv")}));
 
-        // Pressed on the button, released elsewhere: not meant.
+        // Pressed on the button, released elsewhere: no action.
         QTest::mousePress(app.list().viewport(), Qt::LeftButton, {}, app.centreOf(0, Button::Remove));
         QTest::mouseRelease(app.list().viewport(), Qt::LeftButton, {}, app.centreOf(0, Button::Reveal));
         QCOMPARE(app.queue().count(), 1);
@@ -235,13 +234,13 @@ private Q_SLOTS:
         QCOMPARE(app.window->focusWidget(), app.find<QPushButton>("addButton"));
         QTest::keyClick(app.window->focusWidget(), Qt::Key_Space);
         QCOMPARE(app.queue().count(), 2);
-        // The next movie is being read: keys are the sheet's, which has nothing to do with them yet.
+        // The next movie is being probed: the sheet gets the keys and ignores them.
         for (const auto key : {Qt::Key_Space, Qt::Key_Delete, Qt::Key_Return})
             QTest::keyClick(app.window->focusWidget(), key);
         QCOMPARE(app.queue().count(), 2);
         QCOMPARE(app.job(1)->state(), JobState::Converting);
 
-        // A list that the user went to keeps the keys.
+        // A list that the user has focused keeps the focus.
         app.waitForSheet();
         app.list().setFocus();
         app.find<QAction>("pauseContinueAction")->trigger();
@@ -273,12 +272,12 @@ private Q_SLOTS:
         app.finish(1);
         app.delegate.applicationShouldHandleReopen();
         QVERIFY(app.window->isVisible());
-        // Another window that is open leads back to it, too.
+        // Another open window can show it, too.
         app.window->openPreferences();
         app.window->close();
         WindowedApplication::choose(*app.window->preferencesWindow(), "windowMenu", "showMainWindowAction");
         QVERIFY(app.window->isVisible());
-        // The next start has the window as it was.
+        // The next start restores the window's geometry.
         const MainWindow next(app.delegate);
         QCOMPARE(next.size(), QSize(700, 500));
     }
