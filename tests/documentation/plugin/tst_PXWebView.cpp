@@ -340,7 +340,7 @@ private Q_SLOTS:
     }
     void zoomAndScrolling() {
         const auto [factor, disableScrolling, first, second] = row<QVariant, bool, QString, QString>();
-        m_server->pages["/page.html"] = QByteArray(kTellingPage) +
+        m_server->pages["/page.html"] = QByteArray(kReportingPage) +
                                         "<script>setInterval(async () => { if ((await fetch('/go')).ok) "
                                         "location.search = 'second' }, 50)</script>";
         m_server->pages["/page.html?second"] = kReportingPage;
