@@ -35,7 +35,7 @@ struct Row {
 
     /// The allowed number that `number` stands for.
     constexpr qint64 fitting(qint64 number) const {
-        if (choices.isEmpty() || choices.find(number)) return number;
+        if (choices.isEmpty() || choices.contains(number)) return number;
         return choices.otherwise.value_or(integerDefault);
     }
 
@@ -77,7 +77,7 @@ struct Setting : Row {
     /// The value if it is an allowed one, else empty.
     std::optional<Value> chosen() const requires std::is_enum_v<Value> {
         const qint64 number = defaultInt(key);
-        return choices.find(number) ? std::optional(static_cast<Value>(number)) : std::nullopt;
+        return choices.contains(number) ? std::optional(static_cast<Value>(number)) : std::nullopt;
     }
 
     QLatin1StringView word() const requires std::is_enum_v<Value> { return wordOf(value()); }

@@ -25,13 +25,14 @@ constexpr const Row* kTable[] = {
 // Keys are unique, since each is also the name of a constant.
 static_assert(std::ranges::all_of(kTable,
                                   [](const Row* row) {
-                                      return row->choices.isEmpty() || row->choices.find(row->integerDefault);
+                                      return row->choices.isEmpty() ||
+                                             row->choices.contains(row->integerDefault);
                                   }),
               "a default is not among the allowed values");
 static_assert(std::ranges::all_of(kTable,
                                   [](const Row* row) {
                                       return !row->choices.otherwise ||
-                                             row->choices.find(*row->choices.otherwise);
+                                             row->choices.contains(*row->choices.otherwise);
                                   }),
               "what other numbers mean is not among the allowed values");
 

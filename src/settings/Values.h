@@ -53,6 +53,9 @@ struct Choices {
     std::optional<qint64> otherwise;  ///< The meaning of every other number; empty: the registered default.
 
     constexpr bool isEmpty() const { return list.empty(); }
+    constexpr bool contains(qint64 number) const {
+        return std::ranges::find(list, number, &Choice::number) != list.end();
+    }
     /// Null: the number is not allowed.
     constexpr const Choice* find(qint64 number) const {
         const auto found = std::ranges::find(list, number, &Choice::number);
