@@ -16,8 +16,8 @@ namespace settings {
 
 namespace {
 
-#define SETTING(key, type, standard, meaning) &key,
-#define UNREGISTERED(key, type, meaning) &key,
+#define SETTING(key, type, standard, meaning) &key,  // NOLINT(bugprone-macro-parentheses)
+#define UNREGISTERED(key, type, meaning) &key,       // NOLINT(bugprone-macro-parentheses)
 constexpr const Row* kTable[] = {
 #include "settings/Settings.def"
 };
