@@ -1,10 +1,21 @@
 #include "support/desktop/Desktop.h"
 
-#include "support/desktop/NullDesktop.h"
-
 #include <QFile>
 
 namespace {
+
+/// For programs and tests without a desktop: every request does nothing.
+class NullDesktop : public Desktop {
+public:
+    quint32 acquireSleepAssertion(const QString&) override { return ++m_lastAssertion; }
+    void releaseSleepAssertion(quint32) override {}
+    void notify(const Notification&) override {}
+    void reveal(const QString&) override {}
+    bool openUrl(const QUrl&) override { return false; }
+
+private:
+    quint32 m_lastAssertion = 0;
+};
 
 Desktop* theDesktop = nullptr;
 

@@ -65,6 +65,7 @@ Q_SIGNALS:
     void notificationActivated(const QString& path);
 };
 
-/// The desktop that the application uses; not owned. If none is set, sharedDesktop() returns a NullDesktop.
+/// The desktop that the application uses; not owned. If none is set, sharedDesktop() returns one that does
+/// nothing.
 void setSharedDesktop(Desktop* desktop);
 Desktop& sharedDesktop();
