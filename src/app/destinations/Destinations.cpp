@@ -121,7 +121,7 @@ QString returnedText(const QStringList& paths) {
 }  // namespace
 
 Destinations::Destinations(FilePanels& panels, QObject* parent) : QObject(parent), m_panels(panels) {
-    connect(&m_returnWatch, &ReturnWatch::stirred, this, &Destinations::restoreReturned);
+    connect(&m_returnWatch, &ReturnWatch::mayHaveReturned, this, &Destinations::restoreReturned);
 }
 
 QString Destinations::restoreAtLaunch() {

@@ -21,7 +21,7 @@ CompletionWaiter::Known whatIsKnown(const EventRecord& record) {
         case EventContents::Unfinished:
             return (record.flags & kEventItemCreated) != 0 ? CompletionWaiter::Known::Created
                                                            : CompletionWaiter::Known::Modified;
-        case EventContents::Untold:
+        case EventContents::Unknown:
             return CompletionWaiter::Known::Unknown;
     }
     return CompletionWaiter::Known::Unknown;
@@ -34,7 +34,7 @@ MovieArrivals::MovieArrivals(std::shared_ptr<Names> processedNames, QObject* par
       m_latency(times.latency),
       m_waiter(times.completion, {}),
       m_processedNames(std::move(processedNames)) {
-    connect(&m_waiter, &CompletionWaiter::droppedOut, this, &MovieArrivals::noteMissing);
+    connect(&m_waiter, &CompletionWaiter::abandoned, this, &MovieArrivals::noteMissing);
     connect(&m_waiter, &CompletionWaiter::complete, this, &MovieArrivals::report);
     connect(&m_waiter, &CompletionWaiter::waitingChanged, this, &MovieArrivals::waitingChanged);
 }

@@ -38,7 +38,7 @@ QString goneText(const QString& folder) {
 
 WatchFolder::WatchFolder(FilePanels& panels, QObject* parent, const WatchTimes& times)
     : QObject(parent), m_panels(panels), m_times(times), m_processedNames(std::make_shared<QSet<QString>>()) {
-    connect(&m_returnWatch, &ReturnWatch::stirred, this, &WatchFolder::restoreReturned);
+    connect(&m_returnWatch, &ReturnWatch::mayHaveReturned, this, &WatchFolder::restoreReturned);
     const auto follow = [this] {
         if (!m_isStoring) watchfolderActiveClicked();
     };
@@ -96,7 +96,7 @@ void WatchFolder::watchfolderActiveClicked() {
     // If it is turned on or off while it is absent, this applies when it returns.
     if (!isChosen && !settings::AbsentWatchfolderBookmark.value().isEmpty())
         settings::AbsentWatchfolderActive.setValue(settings::WatchfolderActive.value());
-    if (const QString told = apply(); !told.isEmpty()) Q_EMIT message(told);
+    if (const QString text = apply(); !text.isEmpty()) Q_EMIT message(text);
 }
 
 QString WatchFolder::apply() {

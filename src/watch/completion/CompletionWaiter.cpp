@@ -72,7 +72,7 @@ void CompletionWaiter::checkDueFiles() {
         // Remove first: a slot may start the wait again, or run a nested event loop with further turns.
         remove(path);
         arm();
-        Q_EMIT outcome == Outcome::Complete ? complete(path) : droppedOut(path);
+        Q_EMIT outcome == Outcome::Complete ? complete(path) : abandoned(path);
         if (!alive) return;
     }
     const bool changed = std::exchange(m_waitingChanged, false);

@@ -32,7 +32,7 @@ public:
     void wait(const QString& path, Known known);
     /// Reports another event of the file, such as its removal: checks it again if it is waited for.
     void lookAgain(const QString& path);
-    /// Ends the wait without complete() or droppedOut().
+    /// Ends the wait without complete() or abandoned().
     void cancel(const QString& path);
     void cancelAll();
 
@@ -45,7 +45,7 @@ Q_SIGNALS:
     /// The wait for `path` ended: the file is complete.
     void complete(const QString& path);
     /// The wait for `path` ended: the file was removed, is inaccessible, or is no regular file.
-    void droppedOut(const QString& path);
+    void abandoned(const QString& path);
     /// waiting() changed; emitted once for many changes.
     void waitingChanged();
 

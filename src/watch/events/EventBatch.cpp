@@ -38,7 +38,7 @@ void EventBatch::add(const std::string& folder, const std::string& name, quint32
         return;
     }
     item.flags |= flags;
-    if (contents == EventContents::Untold) return;
+    if (contents == EventContents::Unknown) return;
     item.contents = contents;
     // An item that is moved again keeps its first source here; the next move has its own record.
     if (!renamedFrom.empty()) item.renamedFrom = decoded(renamedFrom).value_or(QString());

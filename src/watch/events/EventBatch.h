@@ -16,14 +16,14 @@ enum EventFlag : quint32 {
     kEventItemIsFolder = 0x20000,
 };
 
-/// The last known state of a file's contents. Untold: no event, it was found in the tree. Whole: a writer
+/// The last known state of a file's contents. Unknown: no event, it was found in the tree. Whole: a writer
 /// closed it, or it was moved here.
-enum class EventContents { Whole, Unfinished, Untold };
+enum class EventContents { Whole, Unfinished, Unknown };
 
 struct EventRecord {
     QString path;  ///< Absolute.
     quint32 flags = 0;
-    EventContents contents = EventContents::Untold;
+    EventContents contents = EventContents::Unknown;
     /// The previous path, if the item was moved within the tree; else empty. A moved folder has only this
     /// record, none for its files.
     QString renamedFrom;
@@ -38,7 +38,7 @@ public:
 
     /// Adds an event of item `name` in `folder`. Without file-level events the record is the folder's.
     void add(const std::string& folder, const std::string& name, quint32 flags,
-             EventContents contents = EventContents::Untold, const std::string& renamedFrom = {});
+             EventContents contents = EventContents::Unknown, const std::string& renamedFrom = {});
 
     /// Adds the records of items below `from` again with their new paths, because the old ones no longer
     /// exist. Returns false if `from` is not valid UTF-8, so that nothing below it was ever reported.

@@ -31,7 +31,7 @@ void ReturnWatch::setFolders(const QStringList& folders) {
 
 void ReturnWatch::checkFolders() {
     watchParentFolders();
-    Q_EMIT stirred();
+    Q_EMIT mayHaveReturned();
 }
 
 QStringList ReturnWatch::existingParentFolders() const {

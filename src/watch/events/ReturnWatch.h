@@ -22,7 +22,7 @@ public:
 Q_SIGNALS:
     /// A folder may exist again: check them; often none does. Emitted shortly after a change, and once after
     /// setFolders() with other folders, for changes that happened just before.
-    void stirred();
+    void mayHaveReturned();
 
 private:
     void checkFolders();

@@ -49,7 +49,7 @@ struct Scene {
     QTemporaryDir folder;
     CompletionWaiter waiter;
     QSignalSpy complete{&waiter, &CompletionWaiter::complete};
-    QSignalSpy droppedOut{&waiter, &CompletionWaiter::droppedOut};
+    QSignalSpy abandoned{&waiter, &CompletionWaiter::abandoned};
 };
 
 }  // namespace
@@ -125,7 +125,7 @@ private Q_SLOTS:
             make(path);
             if (round == 1) scene.waiter.wait(path, Known::Created);
             scene.waiter.lookAgain(path);
-            QTRY_COMPARE(scene.droppedOut.count(), round);
+            QTRY_COMPARE(scene.abandoned.count(), round);
         }
         QVERIFY(scene.complete.isEmpty() && scene.waiter.waiting().isEmpty());
     }
