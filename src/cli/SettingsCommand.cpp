@@ -20,7 +20,7 @@ struct Present {
 /// A setting without a registered default reads as 0 or as empty.
 Present present(const settings::Row& setting) {
     const bool isNumber = setting.type == settings::Type::Integer || setting.type == settings::Type::Boolean;
-    const QVariant unset = setting.registered || !isNumber ? setting.defaultValue() : QVariant(qint64{0});
+    const QVariant unset = setting.isRegistered() || !isNumber ? setting.defaultValue() : QVariant(qint64{0});
     const QVariant stored = defaultObject(setting.key);
     const QVariant value = !stored.isValid() ? unset : isNumber ? QVariant(defaultInt(setting.key)) : stored;
     return {setting.key, value, value == unset};
@@ -50,7 +50,7 @@ void print(const Present& setting, bool asJson, bool withName) {
 
 void list(bool asJson) {
     for (const settings::Row* setting : settings::all()) {
-        if (setting->registered) print(present(*setting), asJson, true);
+        if (setting->registration == settings::Registration::Listed) print(present(*setting), asJson, true);
     }
 }
 

@@ -6,6 +6,7 @@
 /// see Settings.h. Constants; any thread.
 
 #define SETTING(key, type, standard, meaning) inline constexpr QLatin1StringView k##key##Key(#key);
+#define UNLISTED(key, type, standard, meaning) inline constexpr QLatin1StringView k##key##Key(#key);
 #define UNREGISTERED(key, type, meaning) inline constexpr QLatin1StringView k##key##Key(#key);
 #include "settings/Settings.def"
 

@@ -22,15 +22,19 @@ enum class Type {
     StringArray  ///< A list of texts.
 };
 
+/// Whether a default is registered. Without one, an unset integer reads as 0.
+enum class Registration { Listed, Unlisted, None };
+
 /// The description of a setting, independent of its type. One for each key, for the life of the process.
 struct Row {
     QLatin1StringView key;
     Type type;
-    Choices choices;        ///< The allowed values. Other values can be stored, too, and have a meaning.
-    bool registered;        ///< Whether a default is registered. Otherwise an unset integer reads as 0.
+    Choices choices;  ///< The allowed values. Other values can be stored, too, and have a meaning.
+    Registration registration;
     qint64 integerDefault;  ///< The default of an integer; lists are empty by default.
     const char* meaning;
 
+    constexpr bool isRegistered() const { return registration != Registration::None; }
     QVariant defaultValue() const;
 
     /// The allowed number that `number` stands for.
@@ -62,13 +66,10 @@ template <class Value>
 struct Setting : Row {
     static constexpr bool isNumber = std::is_integral_v<Value> || std::is_enum_v<Value>;
 
-    consteval Setting(const char* itsKey, bool isRegistered, qint64 standard, const char* itsMeaning)
-        : Row{QLatin1StringView(itsKey),
-              typeOf<Value>(),
-              kChoices<Value>,
-              isRegistered,
-              standard,
-              itsMeaning} {}
+    consteval Setting(const char* itsKey, Registration itsRegistration, qint64 standard,
+                      const char* itsMeaning)
+        : Row{QLatin1StringView(itsKey), typeOf<Value>(), kChoices<Value>,
+              itsRegistration,           standard,        itsMeaning} {}
 
     /// The override of this run, else the stored value, else the registered default. A number that is not
     /// allowed is converted to an allowed one.

@@ -6,8 +6,11 @@
 namespace settings {
 
 #define SETTING(key, type, standard, meaning) \
-    inline constexpr Setting<type> key{#key, true, static_cast<qint64>(standard), meaning};
-#define UNREGISTERED(key, type, meaning) inline constexpr Setting<type> key{#key, false, 0, meaning};
+    inline constexpr Setting<type> key{#key, Registration::Listed, static_cast<qint64>(standard), meaning};
+#define UNLISTED(key, type, standard, meaning) \
+    inline constexpr Setting<type> key{#key, Registration::Unlisted, static_cast<qint64>(standard), meaning};
+#define UNREGISTERED(key, type, meaning) \
+    inline constexpr Setting<type> key{#key, Registration::None, 0, meaning};
 #include "settings/Settings.def"
 
 }  // namespace settings

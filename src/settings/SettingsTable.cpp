@@ -16,8 +16,9 @@ namespace settings {
 
 namespace {
 
-#define SETTING(key, type, standard, meaning) &key,  // NOLINT(bugprone-macro-parentheses)
-#define UNREGISTERED(key, type, meaning) &key,       // NOLINT(bugprone-macro-parentheses)
+#define SETTING(key, type, standard, meaning) &key,   // NOLINT(bugprone-macro-parentheses)
+#define UNLISTED(key, type, standard, meaning) &key,  // NOLINT(bugprone-macro-parentheses)
+#define UNREGISTERED(key, type, meaning) &key,        // NOLINT(bugprone-macro-parentheses)
 constexpr const Row* kTable[] = {
 #include "settings/Settings.def"
 };
@@ -66,7 +67,7 @@ std::optional<QVariantList> listFromText(const QString& text, bool bytes) {
 }  // namespace
 
 QVariant Row::defaultValue() const {
-    if (!registered) return {};
+    if (!isRegistered()) return {};
     if (type == Type::DataArray || type == Type::StringArray) return QVariantList();
     return static_cast<qint64>(integerDefault);
 }
@@ -83,7 +84,7 @@ const Row* find(const QString& key) {
 void registerDefaults() {
     QVariantMap defaults;
     for (const Row* row : kTable) {
-        if (row->registered) defaults.insert(row->key, row->defaultValue());
+        if (row->isRegistered()) defaults.insert(row->key, row->defaultValue());
     }
     standardUserDefaults().registerDefaults(defaults);
     standardUserDefaults().setValueHandler([](const QString& key) {

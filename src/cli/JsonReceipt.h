@@ -1,0 +1,13 @@
+#pragma once
+
+#include "convert/Receipt.h"
+
+#include <QJsonObject>
+
+namespace json {
+
+/// "verdict", "tracks", "damage" and "notes". The keys are a contract with the scripts that read them. Pure;
+/// any thread.
+QJsonObject receipt(const Receipt& receipt);
+
+}  // namespace json

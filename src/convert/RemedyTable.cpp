@@ -1,0 +1,59 @@
+#include "convert/RemedyTable.h"
+
+#include "support/base/Texts.h"
+
+namespace remedies {
+
+namespace {
+
+struct Row {
+    const char* name;
+    bool (*fits)(const Seen& seen);
+    bool Remedies::*remedy;
+    const char* note;
+};
+
+// Each row is a loss that the usual arguments cause with some versions of the tool.
+const Row kRows[] = {
+    // The last line of a track, and one of two that start together, are never written.
+    {"durations", [](const Seen& seen) { return seen.ending.signs.embeddedLinesMissing; },
+     &Remedies::keepsSubtitleDurations,
+     RAVELIN_TEXT(
+         "Converted a second time with the durations of the subtitles left as they are, because lines were lost.")},
+    // Ticks of a microsecond in 31 bits: a pause of more than 2,147 s overflows.
+    {"subtitle times", [](const Seen& seen) { return seen.ending.signs.linesDisplaced; },
+     &Remedies::fineSubtitleTimes,
+     RAVELIN_TEXT(
+         "Converted a second time with another unit for the times of the subtitles, because lines were displaced.")},
+    // The extension makes the tool choose a container that takes fewer codecs.
+    {"format",
+     [](const Seen& seen) {
+         return seen.ending.kind == RunEnding::Kind::ToolFailed &&
+                seen.destination.endsWith(QLatin1StringView(".m4v"), Qt::CaseInsensitive) &&
+                seen.toolOutput.contains(QLatin1StringView("codec not currently supported in container"));
+     },
+     &Remedies::namesFormat,
+     RAVELIN_TEXT("Converted a second time as plain MP4, because the codecs do not fit into M4V.")},
+    {"queue",
+     [](const Seen& seen) {
+         return seen.ending.kind == RunEnding::Kind::ToolFailed &&
+                seen.toolOutput.contains(QLatin1StringView("Too many packets buffered for output stream"));
+     },
+     &Remedies::longMuxingQueue,
+     RAVELIN_TEXT("Converted a second time with a longer queue, because a track starts late.")},
+};
+
+}  // namespace
+
+std::optional<Next> next(const Remedies& applied, const Seen& seen) {
+    Next next{applied, {}, {}};
+    for (const Row& row : kRows) {
+        if (applied.*row.remedy || !row.fits(seen)) continue;
+        next.remedies.*row.remedy = true;
+        next.notes.append(text::localized(row.note));
+        next.name += (next.name.isEmpty() ? "" : ", ") + QString(row.name);
+    }
+    return next.notes.isEmpty() ? std::nullopt : std::optional(next);
+}
+
+}  // namespace remedies

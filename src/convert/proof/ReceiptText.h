@@ -1,0 +1,18 @@
+#pragma once
+
+#include "convert/Receipt.h"
+
+/// A receipt in words for the user, translated. Pure; any thread.
+namespace receipttext {
+
+/// One line for a row or a notification: "whole: 68,211 of 68,211 pictures", "Damaged at 0:12:31: 14
+/// picture(s) are missing", or why nothing could be compared.
+QString summary(const Receipt& receipt);
+
+/// One line for each track of the output, then one for each damaged part and each note.
+QStringList details(const Receipt& receipt);
+
+/// A position in the movie: "0:12:31".
+QString position(double seconds);
+
+}  // namespace receipttext

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QString>
+
+/// Finds what the tool reports about damage in its source in a run that it nevertheless ends with status 0.
+/// Pure; any thread.
+namespace toolwords {
+
+/// Whether the tool could not read the source, once or for good.
+bool reportReadErrors(const QString& toolOutput);
+
+/// Whether the tool found damaged data in the source.
+bool reportDamage(const QString& toolOutput);
+
+}  // namespace toolwords
