@@ -78,7 +78,7 @@ struct Track {
     TrackKind kind = TrackKind::Other;
     std::string codec;     ///< Matroska: CodecID, "V_MPEG4/ISO/AVC". MP4: the sample entry's type, "avc1".
     std::string language;  ///< "eng", "und"; empty if not given. Matroska: BCP 47 where the file has it.
-    std::string name;      ///< UTF-8, at most 255 bytes.
+    std::string name;      ///< UTF-8, at most 127 bytes.
 
     /// Matroska: frames with at least one byte, each frame of a laced block counted. MP4: samples, empty ones
     /// included. In raw PCM tracks of MP4 a sample is one value for each channel.
@@ -97,7 +97,7 @@ struct Track {
     /// Video: ordered. At most 4,000 in a reading, `holesLeftOut` counts the rest.
     std::vector<Hole> holes;
     quint64 holesLeftOut = 0;
-    /// Text subtitles: in the file's order, at most 60,000 in a reading; `linesLeftOut` counts the rest. MP4:
+    /// Text subtitles: in the file's order, at most 50,000 in a reading; `linesLeftOut` counts the rest. MP4:
     /// samples without text are gaps and no lines.
     std::vector<Line> lines;
     quint64 linesLeftOut = 0;

@@ -1,0 +1,104 @@
+#include "media/Findings.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace media {
+
+namespace {
+
+constexpr std::size_t kMostTracks = 256;
+constexpr std::size_t kMostDamage = 1000;
+constexpr quint64 kLongestText = 127;
+constexpr quint64 kShortestZeroFrame = 16;
+constexpr quint64 kLookedAt = 32;
+constexpr double kOnePiece = 1;  // seconds between damage that is one piece
+
+}  // namespace
+
+const char* name(Fault fault) {
+    switch (fault) {
+        case Fault::JunkBetweenElements:
+            return "junk between elements";
+        case Fault::Zeros:
+            return "zeros between elements";
+        case Fault::ClusterOrder:
+            return "timestamps out of order";
+        case Fault::BadElement:
+            return "element longer than its parent";
+        case Fault::BadLacing:
+            return "bad lacing";
+        case Fault::UnknownTrack:
+            return "unknown track";
+        case Fault::TruncatedFile:
+            return "truncated file";
+        case Fault::SampleOutsideFile:
+            return "sample outside of the file";
+        case Fault::EmptySample:
+            return "empty sample";
+        case Fault::ZeroSample:
+            return "sample of zeros";
+        case Fault::BadNalLength:
+            return "bad NAL unit length";
+        case Fault::BadTable:
+            return "bad sample table";
+    }
+    return "";
+}
+
+void Findings::addDamage(Fault fault, quint64 position, double from, double to) {
+    to = std::max(from, to);
+    if (!reading.damage.empty()) {
+        Damage& last = reading.damage.back();
+        if (last.fault == fault && from >= last.from && from <= last.to + kOnePiece) {
+            last.to = std::max(last.to, to);
+            return;
+        }
+    }
+    ++reading.damageTotal;
+    if (reading.damage.size() < kMostDamage) reading.damage.push_back({from, to, position, fault});
+}
+
+Track* Findings::addTrack() {
+    if (reading.tracks.size() >= kMostTracks) return nullptr;
+    return &reading.tracks.emplace_back();
+}
+
+Reading Findings::finished(File& file) {
+    reading.opened = file.isOpen();
+    reading.size = file.size();
+    reading.cancelled = file.isCancelled();
+    if (!reading.opened)
+        reading.problem = Problem::CannotOpen;
+    else if (file.hasFailed())
+        reading.problem = Problem::CannotRead;
+    return std::move(reading);
+}
+
+bool isNeverZero(const std::string& codec) {
+    static constexpr std::string_view kBeginnings[] = {
+        "V_MPEG", "V_VP8",  "V_VP9",  "V_AV1",    "A_AAC",    "A_AC3", "A_EAC3", "A_DTS",
+        "A_MPEG", "A_OPUS", "A_FLAC", "A_TRUEHD", "A_VORBIS", "avc",   "hvc1",   "hev1",
+        "dvh",    "dva",    "mp4v",   "vp08",     "vp09",     "av01",  "mp4a",   "ac-3",
+        "ec-3",   "Opus",   "fLaC",   "alac",     ".mp3",     "dts",   "mlpa"};
+    return std::ranges::any_of(kBeginnings, [&](std::string_view begin) { return codec.starts_with(begin); });
+}
+
+bool isZeroFrame(FileReader& bytes, quint64 position, quint64 end) {
+    if (end - position < kShortestZeroFrame) return false;
+    const quint64 looked = std::min(position + kLookedAt, end);
+    return isZero(bytes, position, looked) && isZero(bytes, looked, end);
+}
+
+std::string textAt(FileReader& bytes, quint64 position, quint64 length) {
+    const Bytes all = bytes.at(position, std::min(length, kLongestText));
+    std::size_t end = static_cast<std::size_t>(std::ranges::find(all, 0) - all.begin());
+    if (end == all.size() && length > end) {  // Not inside a character.
+        while (end > 0 && (all[end - 1] & 0xC0U) == 0x80)
+            --end;
+        if (end > 0 && all[end - 1] >= 0xC0) --end;
+    }
+    return {reinterpret_cast<const char*>(all.data()), end};
+}
+
+}  // namespace media

@@ -1,0 +1,96 @@
+#include "media/PresentationTimes.h"
+
+#include <algorithm>
+
+namespace media {
+
+namespace {
+
+constexpr double kShortestHole = 0.25;  // seconds
+constexpr double kHoleInFrames = 6;
+constexpr double kReordered = 0.5;   // seconds
+constexpr double kLongestFrame = 1;  // seconds; a longer distance is not taken for the duration of a frame
+constexpr double kAdaptation = 8;
+
+bool isHole(double gap, double frame) {
+    return gap > std::max(kShortestHole, kHoleInFrames * frame);
+}
+
+void addHole(Track& track, Budget& budget, Hole hole) {
+    if (budget.holes > 0) {
+        --budget.holes;
+        track.holes.push_back(hole);
+    } else {
+        ++track.holesLeftOut;
+    }
+}
+
+}  // namespace
+
+bool PresentationTimes::add(double time, double duration, Track& track, Budget& budget) {
+    if (!m_any || time < m_start) m_start = time;
+    if (!m_any || time > m_latest) m_latest = time;
+    if (!m_findsHoles) {
+        const double gap = time - m_previous;
+        if (duration <= 0 && m_declared <= 0 && m_any && gap > 0 && gap < kLongestFrame) m_typical = gap;
+        if (duration <= 0) duration = m_typical;
+    }
+    m_end = m_any ? std::max(m_end, time + duration) : time + duration;
+    m_any = true;
+    m_previous = time;
+    if (!m_findsHoles) return true;
+
+    bool inOrder = true;
+    if (m_count == kWindow) inOrder = pass(m_sorted[--m_count], track, budget);
+    unsigned place = m_count++;
+    for (; place > 0 && m_sorted[place - 1] < time; --place)
+        m_sorted[place] = m_sorted[place - 1];
+    m_sorted[place] = time;
+    return inOrder;
+}
+
+bool PresentationTimes::pass(double time, Track& track, Budget& budget) {
+    const double before = m_passed;
+    const double gap = time - before;
+    if (!m_passedAny || gap > 0) m_passed = time;
+    if (!m_passedAny) {
+        m_passedAny = true;
+        return true;
+    }
+    if (gap <= 0) return gap >= -kReordered;
+    if (m_typical <= 0) {
+        m_typical = m_firstGap = gap;
+        return true;
+    }
+    if (m_firstGap > 0) {
+        if (isHole(m_firstGap, gap)) {
+            addHole(track, budget, {before - m_firstGap, before});
+            m_typical = gap;
+        }
+        m_firstGap = 0;
+    }
+    if (isHole(gap, m_typical)) addHole(track, budget, {before, time});
+    m_typical += (std::min(gap, 2 * m_typical) - m_typical) / kAdaptation;
+    return true;
+}
+
+void PresentationTimes::finish(Track& track, Budget& budget) {
+    while (m_count > 0)
+        pass(m_sorted[--m_count], track, budget);
+    if (!m_any) return;
+    track.start = m_start;
+    track.end = std::max(m_end, m_findsHoles ? m_latest + (m_declared > 0 ? m_declared : m_typical) : m_end);
+}
+
+void addLine(Track& track, Budget& budget, const Line& line) {
+    if (budget.lines <= 0) {
+        ++track.linesLeftOut;
+        return;
+    }
+    --budget.lines;
+    // Doubling would take half of the memory that a reading may use.
+    if (track.lines.size() == track.lines.capacity()) track.lines.reserve(track.lines.size() * 5 / 4 + 16);
+    track.lines.push_back(line);
+}
+
+}  // namespace media

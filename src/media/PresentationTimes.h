@@ -1,0 +1,55 @@
+#pragma once
+
+#include "media/Reading.h"
+
+#include <array>
+
+namespace media {
+
+/// Counts what a reading's lists may still take, so that all tracks together stay within its memory.
+struct Budget {
+    int lines = 50000;
+    int holes = 4000;
+};
+
+/// Collects the times of a track's frames, which come in the order of decoding, and finds what is conspicuous
+/// about them: the beginning, the end and the holes.
+class PresentationTimes {
+public:
+    /// `frameDuration`: seconds, 0 if the track declares none. `findHoles`: for pictures.
+    explicit PresentationTimes(double frameDuration = 0, bool findHoles = false)
+        : m_declared(frameDuration), m_typical(frameDuration), m_findsHoles(findHoles) {}
+
+    /// `duration`: seconds, 0 if not known. False: the frame belongs long before those that were added
+    /// earlier, which reordering does not explain.
+    bool add(double time, double duration, Track& track, Budget& budget);
+    /// Adds what is still being sorted and writes start and end into the track.
+    void finish(Track& track, Budget& budget);
+
+    /// Seconds; 0 if not known yet.
+    double typicalDuration() const { return m_typical; }
+
+private:
+    static constexpr unsigned kWindow = 32;  // Twice what a codec may reorder.
+
+    bool pass(double time, Track& track, Budget& budget);
+
+    std::array<double, kWindow> m_sorted = {};  // The greatest first.
+    unsigned m_count = 0;
+    double m_declared;
+    double m_typical;
+    double m_firstGap = 0;
+    bool m_findsHoles;
+    bool m_any = false;
+    bool m_passedAny = false;
+    double m_start = 0;
+    double m_latest = 0;  // The greatest time.
+    double m_end = 0;
+    double m_passed = 0;  // The last sorted time.
+    double m_previous = 0;
+};
+
+/// Adds to the track's lines, as far as the budget goes.
+void addLine(Track& track, Budget& budget, const Line& line);
+
+}  // namespace media
