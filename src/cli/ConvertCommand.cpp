@@ -1,5 +1,6 @@
 #include "cli/ConvertCommand.h"
 
+#include "app/actions/JobMessages.h"
 #include "app/destinations/OutputName.h"
 #include "app/intake/AudioPreselection.h"
 #include "app/queue/Usages.h"
@@ -43,6 +44,8 @@ ConvertCommand::ConvertCommand(const ConvertOptions& options, ConsolePresenter& 
         QTimer::singleShot(0, this, &ConvertCommand::addNextMovie);
         endIfDone();
     });
+    // First, so that messages are reported before the end of the job.
+    connect(&m_queue, &JobQueue::jobAdded, this, [](ConversionJob* job) { jobmessages::follow(*job); });
     connect(&m_queue, &JobQueue::jobAdded, this, &ConvertCommand::watch);
     connect(&ToolReaper::shared(), &ToolReaper::becameIdle, this, &ConvertCommand::endIfDone);
 }
@@ -206,8 +209,7 @@ void ConvertCommand::refuseAtHand(const QString& message, bool wasShown) {
 
 void ConvertCommand::interrupt() {
     m_interrupted = true;
-    const failure::Explanation why{Texts::tr("Conversion Failed"),
-                                   Texts::tr("The conversion was interrupted."), false};
+    const failure::Explanation why = failure::explain({RunEnding::of(RunEnding::Kind::Interrupted), {}, {}});
     for (qsizetype i = 0; i < m_queue.count(); ++i) {
         const ConversionJob* job = m_queue.job(i);
         if (!statusNotFinished(job->state())) continue;
