@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 
+#include "app/actions/JobMessages.h"
 #include "app/intake/DroppedFiles.h"
 #include "app/intake/MovieFiles.h"
 #include "app/queue/UnfinishedFiles.h"
@@ -40,6 +41,7 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
       m_watchFolder(panels) {
     // The last file may have been skipped while added jobs waited for it.
     connect(&m_intake, &FileIntake::becameIdle, &m_queue, &JobQueue::startPostponed);
+    connect(&m_queue, &JobQueue::jobAdded, this, [](ConversionJob* job) { jobmessages::follow(*job); });
     m_queue.setUsageCounter(
         [this](bool increase, bool allowFeedbackNow) { increaseUsages(*this, increase, allowFeedbackNow); });
     connect(&m_addSheet, &AddSheet::message, this, &AppDelegate::statusMessage);

@@ -1,5 +1,6 @@
 #include "cli/ConvertCommand.h"
 
+#include "app/actions/JobMessages.h"
 #include "app/destinations/OutputName.h"
 #include "app/intake/AudioPreselection.h"
 #include "app/queue/Usages.h"
@@ -43,6 +44,8 @@ ConvertCommand::ConvertCommand(const ConvertOptions& options, ConsolePresenter& 
         QTimer::singleShot(0, this, &ConvertCommand::addNextMovie);
         endIfDone();
     });
+    // First, so that messages are reported before the end of the job.
+    connect(&m_queue, &JobQueue::jobAdded, this, [](ConversionJob* job) { jobmessages::follow(*job); });
     connect(&m_queue, &JobQueue::jobAdded, this, &ConvertCommand::watch);
     connect(&ToolReaper::shared(), &ToolReaper::becameIdle, this, &ConvertCommand::endIfDone);
 }
@@ -128,10 +131,7 @@ std::optional<qsizetype> ConvertCommand::chooseAudio(const QString& file, std::o
     const qsizetype count = m_intake.fileInfo()->audioTrackInformation.size();
     if (!m_options.audio) return best.value_or(0);
     if (*m_options.audio < count) return *m_options.audio;
-    refuseAtHand(Texts::tr("The movie '%1' has %n audio track(s), none with the position %2.", nullptr,
-                           static_cast<int>(count))
-                     .arg(file, QString::number(*m_options.audio)),
-                 false);
+    refuseAtHand(noSuchAudioTrack(file, count, *m_options.audio), false);
     return std::nullopt;
 }
 
@@ -185,6 +185,7 @@ void ConvertCommand::onEnded(ConversionJob* job) {
     --m_running;
     if (job->state() == JobState::Finished) {
         m_report->finished(*job);
+        if (job->ending()->isKnownDamaged()) ++m_damaged;
     } else {
         ++m_failures;
         m_report->failed(*job, job->explanation());
@@ -206,8 +207,7 @@ void ConvertCommand::refuseAtHand(const QString& message, bool wasShown) {
 
 void ConvertCommand::interrupt() {
     m_interrupted = true;
-    const failure::Explanation why{Texts::tr("Conversion Failed"),
-                                   Texts::tr("The conversion was interrupted."), false};
+    const failure::Explanation why = failure::explain({RunEnding::of(RunEnding::Kind::Interrupted), {}, {}});
     for (qsizetype i = 0; i < m_queue.count(); ++i) {
         const ConversionJob* job = m_queue.job(i);
         if (!statusNotFinished(job->state())) continue;
@@ -234,8 +234,7 @@ namespace {
 
 /// The error in the options for these inputs; empty: none.
 QString errorIn(const ConvertOptions& options, const Inputs& inputs) {
-    if (inputs.movies.isEmpty() && inputs.refusals.empty())
-        return Texts::tr("there is no movie among the files");
+    if (inputs.isEmpty()) return Inputs::noMovie();
     if (options.output.isEmpty()) return {};
     if (inputs.movies.size() > 1)
         return Texts::tr("--output is for a single movie, not for %1")
@@ -264,5 +263,6 @@ int runConvert(const ConvertOptions& options, const CommandLine& line) {
     QTimer::singleShot(0, &command, [&] { command.begin(inputs); });
     QCoreApplication::exec();
     if (const int signal = Interruption::signal()) return exitstatus::afterSignal(signal);
-    return command.failures() == 0 ? exitstatus::kSuccess : exitstatus::kFailure;
+    if (command.failures() > 0) return exitstatus::kFailure;
+    return command.damaged() > 0 ? exitstatus::kDamaged : exitstatus::kSuccess;
 }

@@ -30,6 +30,8 @@ public:
     void interrupt();
 
     int failures() const { return m_failures; }
+    /// Movies that finished but are not whole.
+    int damaged() const { return m_damaged; }
 
 private:
     void onMessage(const ConsolePresenter::Message& message);
@@ -58,6 +60,7 @@ private:
     QString m_subject;  ///< The movie that messages refer to.
     int m_running = 0;  ///< Number of jobs that have not ended.
     int m_failures = 0;
+    int m_damaged = 0;
     bool m_interrupted = false;
     bool m_endless = false;
     QStringList m_pendingMovies;  ///< Movies that were added during a probe; the oldest is first.

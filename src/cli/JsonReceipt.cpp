@@ -1,5 +1,7 @@
 #include "cli/JsonReceipt.h"
 
+#include "cli/JsonRecords.h"
+
 #include <QJsonArray>
 
 namespace json {
@@ -28,8 +30,8 @@ QJsonValue number(const std::optional<double>& seconds) {
 
 QJsonObject track(const ReceiptTrack& track) {
     return {{"stream", track.plan.output ? QJsonValue(*track.plan.output) : QJsonValue()},
-            {"kind", wordOf(track.plan.kind)},
-            {"action", wordOf(track.plan.action)},
+            {"kind", word(track.plan.kind)},
+            {"action", word(track.plan.action)},
             {"count", number(track.count)},
             {"sourceCount", number(track.sourceCount)},
             {"seconds", number(track.seconds)},

@@ -1,4 +1,5 @@
 #include "cli/ConvertReport.h"
+#include "cli/JsonReceipt.h"
 #include "cli/Output.h"
 
 #include <QJsonArray>
@@ -31,7 +32,8 @@ public:
     }
 
     void queued(const ConversionJob& job) override {
-        write("queued", fileOf(job), {{"destination", destinationOf(job)}});
+        write("queued", fileOf(job),
+              {{"destination", destinationOf(job)}, {"plan", json::tracks(job.plan())}});
     }
 
     void started(const ConversionJob& job) override {
@@ -50,12 +52,15 @@ public:
         write("finished", fileOf(job),
               {{"destination", destinationOf(job)},
                {"seconds", conversionSeconds(job)},
-               {"status", job.stateInfoString()}});
+               {"status", job.stateInfoString()},
+               {"receipt", json::receipt(job.receipt().value_or(Receipt()))}});
     }
 
     void failed(const ConversionJob& job, const failure::Explanation& explanation) override {
-        write("failed", fileOf(job),
-              {{"title", explanation.title}, {"message", explanation.message}, {"output", job.jobOutput()}});
+        QJsonObject facts{
+            {"title", explanation.title}, {"message", explanation.message}, {"output", job.jobOutput()}};
+        if (const auto receipt = job.receipt()) facts.insert("receipt", json::receipt(*receipt));
+        write("failed", fileOf(job), facts);
     }
 
     void refused(const QString& file, const QString& message, bool) override {

@@ -2,6 +2,7 @@
 #include "cli/Output.h"
 #include "cli/ProgressLines.h"
 #include "convert/StatusText.h"
+#include "convert/proof/ReceiptText.h"
 #include "support/base/Text.h"
 #include "support/base/Texts.h"
 
@@ -47,6 +48,7 @@ public:
         say(Texts::tr("Finished %1 -> %2 (%3)")
                 .arg(nameOf(job), job.fileInfo().destinationURL.toLocalFile(),
                      text::formattedTimeFromTimeInterval(conversionSeconds(job))));
+        if (const auto receipt = job.receipt()) sayDetails(*receipt);
     }
 
     void failed(const ConversionJob& job, const failure::Explanation& explanation) override {
@@ -67,6 +69,12 @@ private:
         m_lines.clear();
         if (!m_quiet) output::line(text);
         if (m_redraws) redraw();
+    }
+
+    void sayDetails(const Receipt& receipt) {
+        const QStringList lines = QStringList(receipttext::summary(receipt)) + receipttext::details(receipt);
+        for (const QString& line : lines)
+            say("  " + line);
     }
 
     void sayError(const QString& text) {

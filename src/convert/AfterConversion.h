@@ -5,10 +5,6 @@ class MKVFileInfo;
 /// Actions after the end of a run that do not change the job's state. Main thread only.
 namespace afterconversion {
 
-/// Shows a notification that the movie is converted, with a button that reveals it, or that the conversion
-/// failed.
-void notifyUser(const MKVFileInfo& info, bool hasFailed);
-
 /// Counts the run in the settings, also a failed one.
 void countRun();
 

@@ -1,5 +1,6 @@
 #include "convert/RemedyTable.h"
 
+#include "support/base/Text.h"
 #include "support/base/Texts.h"
 
 namespace remedies {

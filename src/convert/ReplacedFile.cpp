@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <utility>
+
 ReplacedFile::ReplacedFile(QString path) : m_path(std::move(path)) {
     const QFileInfo file(m_path);
     if (!file.exists()) return;
@@ -24,6 +26,13 @@ void ReplacedFile::restore() {
 void ReplacedFile::discard() {
     if (!m_asidePath.isEmpty()) QFile::remove(m_asidePath);
     m_asidePath.clear();
+}
+
+QString ReplacedFile::keep() {
+    const QString aside = std::exchange(m_asidePath, {});
+    if (aside.isEmpty()) return {};
+    const QString kept = files::uniqueFile(m_path);
+    return QFile::rename(aside, kept) ? kept : aside;
 }
 
 void ReplacedFile::restore(const QString& path, const QString& asidePath) {

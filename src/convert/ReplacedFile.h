@@ -18,6 +18,10 @@ public:
     /// The new file is complete: deletes the old one.
     void discard();
 
+    /// The new file is there, but is not a full replacement: gives the old one a free name beside it and
+    /// returns its path; empty: there is none.
+    QString keep();
+
     /// restore() for a file that an instance which no longer runs had moved aside.
     static void restore(const QString& path, const QString& asidePath);
 

@@ -1,19 +1,11 @@
 #pragma once
 
+#include "tool/ToolExit.h"
+
 #include <QObject>
 #include <QProcess>
 #include <QStringList>
 #include <QTimer>
-
-/// How a run of the tool ended.
-struct ToolExit {
-    enum class Reason { Exited, Signalled, NotStarted };
-    Reason reason = Reason::Exited;
-    int status = 0;      ///< Exit status, or the signal's number; -1 when it was not started.
-    QString startError;  ///< Why the tool was not started.
-
-    bool succeeded() const { return reason == Reason::Exited && status == 0; }
-};
 
 /// One asynchronous run of the bundled tool. Destroying it while it runs kills the tool immediately. Main
 /// thread only.
@@ -27,6 +19,8 @@ public:
     /// May be called once.
     void start(const QStringList& arguments);
     bool isRunning() const;
+    /// 0 before the start and after the end.
+    qint64 processId() const { return m_process.processId(); }
 
     /// Stops and continues the tool and all its child processes.
     void suspend();

@@ -1,3 +1,5 @@
+#include "app/actions/JobMessages.h"
+#include "app/actions/Reveal.h"
 #include "convert/ConversionJob.h"
 #include "convert/RunJournal.h"
 #include "fakes/FakeController.h"
@@ -13,6 +15,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QPointer>
 #include <QSignalSpy>
 
 #include <csignal>
@@ -32,6 +35,23 @@ QChar processState(qint64 process) {
     return QString::fromLatin1(file.readAll()).section(") ", -1).front();
 }
 
+/// A proof that ends when the test says so.
+class FakeProof : public RunProof {
+public:
+    explicit FakeProof(QStringList& calls) : m_calls(calls) {}
+    void start(const RunEnding& soFar, const QString& output, const QString&) override {
+        m_calls.append("start");
+        ending = soFar;
+        hasOutput = QFile::exists(output);
+    }
+
+    RunEnding ending;
+    bool hasOutput = false;
+
+private:
+    QStringList& m_calls;
+};
+
 /// A job with the fake tool.
 struct Stage {
     Stage() : tool(home.path()) { remake(); }
@@ -45,9 +65,13 @@ struct Stage {
         info.videoTrackCodec = "h264";
         for (const QString& track : tracks)
             info.audioTrackInformation.append({track, 48000});
-        job = std::make_unique<ConversionJob>(controller, info, 0);
+        make(info);
     }
 
+    void make(const MKVFileInfo& info) {
+        job = std::make_unique<ConversionJob>(controller, info, 0);
+        jobmessages::follow(*job);
+    }
     bool run() {
         job->start();
         return waitForEnd();
@@ -60,11 +84,23 @@ struct Stage {
         if (!QTest::qWaitFor([&] { return QFile::exists(tool.runningMark()); }, 20000)) return 0;
         return files::contents(tool.runningMark())->trimmed().toLongLong();
     }
+    /// Runs the tool; the proof waits for the test.
+    bool runUntilProof() {
+        job->request().makeProof = [this] {
+            auto made = std::make_unique<FakeProof>(proofCalls);
+            proof = made.get();
+            return made;
+        };
+        job->start();
+        return QTest::qWaitFor([&] { return proofCalls.contains("start"); }, 20000);
+    }
     QStringList progressFiles() const { return QDir(QuillonLib::shared().docDir()).entryList(QDir::Files); }
 
     TestHome home;
     FakeTool tool;
     FakeController controller;
+    QStringList proofCalls;
+    QPointer<FakeProof> proof;
     const QString output = home.path("movie.mp4");
     std::unique_ptr<ConversionJob> job;
 };
@@ -100,8 +136,8 @@ private Q_SLOTS:
         QCOMPARE(told.path, stage.output);
         QCOMPARE(told.action, "Show");
         QCOMPARE(stage.tool.lastArguments(), stage.job->arguments());
-        stage.job->reveal(false);
-        stage.job->reveal(true);
+        reveal(*stage.job, false);
+        reveal(*stage.job, true);
         QCOMPARE(stage.home.desktop.revealed, (QStringList{stage.output, stage.home.path("movie.mkv")}));
         stage.job.reset();
         QVERIFY(QFile::exists(stage.output));
@@ -162,7 +198,7 @@ private Q_SLOTS:
         Stage stage;
         MKVFileInfo info = stage.job->fileInfo();
         info.fileSize = std::numeric_limits<quint64>::max();
-        stage.job = std::make_unique<ConversionJob>(stage.controller, info, 0);
+        stage.make(info);
         stage.job->start();
         QCOMPARE(stage.job->state(), JobState::Failed);
         QCOMPARE(stage.job->jobOutput(), "FREE_SPACE");
@@ -310,6 +346,97 @@ private Q_SLOTS:
         ::waitpid(instance, nullptr, 0);
     }
 
+    void theProofDecides_data() {
+        addRows<RunEnding::Kind, bool>(
+            {{"whole", RunEnding::Kind::Succeeded, true}, {"much lost", RunEnding::Kind::MuchLost, false}});
+    }
+    void theProofDecides() {
+        const auto [kind, kept] = row<RunEnding::Kind, bool>();
+        Stage stage;
+        stage.home.write("movie.mp4", "somebody's");
+        stage.job->setMayReplaceDestination(true);
+        QVERIFY(stage.runUntilProof());
+        QVERIFY(stage.proof->hasOutput);
+        QCOMPARE(stage.job->state(), JobState::Converting);
+        QCOMPARE(stage.job->progress(), 100.0);
+        QCOMPARE(stage.controller.calls, QStringList{"unpause"});
+        QVERIFY(stage.home.desktop.notifications.isEmpty());
+        stage.proof->ending.kind = kind;
+        Q_EMIT stage.proof->finished(stage.proof->ending);
+        QCOMPARE(stage.job->state(), kept ? JobState::Finished : JobState::Failed);
+        QCOMPARE(files::contents(stage.output).value(), QByteArray(kept ? "movie\n" : "somebody's"));
+        QCOMPARE(stage.home.desktop.notifications.size(), 1);
+        QCOMPARE(stage.controller.calls, (QStringList{"unpause", "next", "count"}));
+        QTRY_VERIFY(!stage.proof);
+    }
+
+    void removedDuringTheProof_data() {
+        addRows<bool, bool>({{"running", false, false}, {"paused", true, false}, {"ended", true, true}});
+    }
+    void removedDuringTheProof() {
+        const auto [paused, proofEnded] = row<bool, bool>();
+        Stage stage;
+        QVERIFY(stage.runUntilProof());
+        if (paused) stage.job->pause();
+        if (proofEnded) Q_EMIT stage.proof->finished({});
+        QCOMPARE(stage.job->state(), paused ? JobState::Paused : JobState::Converting);
+        stage.job->remove();
+        QTRY_VERIFY(!stage.proof);
+        QVERIFY(!QFile::exists(stage.output));
+        QVERIFY(stage.progressFiles().isEmpty());
+        QVERIFY(stage.home.desktop.held.isEmpty() && stage.home.desktop.notifications.isEmpty());
+        QCOMPARE(defaultInt("Usages"), 0);
+    }
+
+    void pausedDuringTheProof() {
+        Stage stage;
+        QVERIFY(stage.runUntilProof());
+        stage.job->pause();
+        Q_EMIT stage.proof->finished({});
+        QCOMPARE(stage.job->state(), JobState::Paused);
+        stage.job->continueJob();
+        QCOMPARE(stage.job->state(), JobState::Finished);
+        QVERIFY(QFile::exists(stage.output));
+        QVERIFY(stage.home.desktop.held.isEmpty());
+    }
+
+    void remedies_data() {
+        addRows<QByteArray, QStringList, bool>(  // what the tool does, the remedies offered in turn, failure
+            {{"helps", "case \"$*\" in *second*) echo movie > $destination;; *) exit 1;; esac", {"a"}, false},
+             {"does not help", "exit 1", {"a"}, true},
+             {"the next one helps",
+              "case \"$*\" in *third*) echo movie > $destination;; *) exit 1;; esac",
+              {"a", "b"},
+              false},
+             {"the same again", "exit 1", {"a", "a"}, true}});
+    }
+    void remedies() {
+        const auto [script, offered, fails] = row<QByteArray, QStringList, bool>();
+        Stage stage;
+        stage.tool.setConversion("echo half > \"$destination\"; echo run $((++run)) >> " +
+                                 stage.home.path("runs").toUtf8() + "; " + script + "\n");
+        QStringList left = offered;
+        stage.job->request().remedy = [&](const RunEnding& ending, const QString&) -> std::optional<Remedy> {
+            if (ending.succeeded() || left.isEmpty()) return std::nullopt;
+            const char* word = left.size() == offered.size() ? "second" : "third";
+            return Remedy{left.takeFirst(), {}, [word](const RunContext& context) {
+                              return QStringList{word, "-progress", context.progressFile, context.output};
+                          }};
+        };
+        QSignalSpy launched(stage.job.get(), &ConversionJob::launched);
+        QSignalSpy ended(stage.job.get(), &ConversionJob::ended);
+        QVERIFY(stage.run());
+        QCOMPARE(stage.job->state(), fails ? JobState::Failed : JobState::Finished);
+        QCOMPARE(launched.count(), 1);
+        QCOMPARE(ended.count(), 1);
+        QCOMPARE(stage.home.desktop.notifications.size(), 1);
+        QCOMPARE(defaultInt("Usages"), 1);
+        QSet<QString> applied(offered.cbegin(), offered.cend());
+        QCOMPARE(files::contents(stage.home.path("runs"))->count('\n'), 1 + applied.size());
+        QCOMPARE(QFile::exists(stage.output), !fails);
+        QVERIFY(stage.progressFiles().isEmpty());
+    }
+
     void disposesOfTheSource_data() {
         addRows<bool, int>(
             {{"to trash", false, 0}, {"for good", false, 1}, {"not after a failure", true, 1}});
@@ -347,10 +474,10 @@ private Q_SLOTS:
         stage.tool.setConversion("echo 'strange words: A & B #1.mp4'; exit 1\n");
         QVERIFY(stage.run());
         stage.home.presenter.answer.response = 1001;
-        stage.job->reveal(false);
+        reveal(*stage.job, false);
         QVERIFY(stage.home.desktop.opened.isEmpty());
         stage.home.presenter.answer.response = 1000;
-        stage.job->reveal(false);
+        reveal(*stage.job, false);
         const OpenedMail mail(stage.home.desktop.opened.first());
         QCOMPARE(mail.subject, "Ravelin v1.0.0 Problem Report");
         QVERIFY(mail.body.startsWith("Hello\nConversion of a file failed.") &&

@@ -1,64 +1,92 @@
 #include "convert/FailureExplanation.h"
+#include "fakes/Table.h"
 
-#include <QTest>
+using Kind = RunEnding::Kind;
 
 class FailureExplanationTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void explanations() {
-        const auto isToldOf = [](const QString& words, const QString& output, bool embedded = false,
-                                 bool external = false) {
-            const auto told = failure::explain({output, {"-i", "a"}, embedded, external});
-            return told.message.contains(words) &&
-                   told.title == (words.startsWith("A problem") ? "Information" : "Conversion Failed") &&
-                   told.offersSupport == words.startsWith("A problem prevented");
-        };
+    void explanations_data() {
         const QString noSpace = "there is not enough free space left";
-        QVERIFY(isToldOf(noSpace, "av_write: No space left on device", true, true));
-        QVERIFY(isToldOf(noSpace, "USER_REMOVEDNo space left on device"));  // The disk before the rest.
         const QString volume = "it seems the reason is that the disk or network volume";
-        QVERIFY(isToldOf(volume, "Operation timed out"));
-        QVERIFY(isToldOf(volume, "Bad file descriptor"));
-        QVERIFY(isToldOf("too damaged", "Read error at pos. 5 Error while decoding stream #0:1"));
-        QVERIFY(isToldOf("A problem prevented", "Read error at pos. 5"));
-        QVERIFY(isToldOf("you've removed/renamed the source movie", "USER_REMOVED", true, true));
-        QVERIFY(isToldOf("can't be saved on the destination volume", "FREE_SPACE"));
+        const QString source = "you've removed/renamed the source movie";
+        const QString damaged = "too damaged";
         const QString picture = "you are trying to convert a movie with a video track";
         const QString unsupported = ", codec not currently supported in container";
-        QVERIFY(isToldOf(picture, "track 0: could not find tag" + unsupported, true));
-        QVERIFY(isToldOf(picture, "Could not find tag for codec ffv1 in stream #0" + unsupported));
-        QVERIFY(
-            isToldOf("A problem prevented", "Could not find tag for codec pcm in stream #1" + unsupported));
-        QVERIFY(
-            isToldOf("the conversion tool could not be started", "TOOL_MISSING no such file", true, true));
-        const QString subtitles = "A problem occured - this is most likely related to the subtitle";
-        QVERIFY(isToldOf(subtitles + "s embedded", "?", true, true));
-        QVERIFY(isToldOf(subtitles + " file", "?", false, true));
+        const QString embedded = "A problem occured - this is most likely related to the subtitles embedded";
+        const QString external = "A problem occured - this is most likely related to the subtitle file";
+        const QString unknown = "A problem prevented";
+        const QString decoding = "Error while decoding stream #0:1";
+        addRows<Kind, QString, QString,
+                QString>(  // ending, output, subtitles in the movie and beside, message
+            {{"no space", Kind::NoSpace, "av_write: No space left on device", "me", noSpace},
+             {"time-out", Kind::ToolFailed, "Operation timed out", "", volume},
+             {"bad descriptor", Kind::ToolFailed, "Bad file descriptor", "", volume},
+             {"not written to the end", Kind::Incomplete, "", "m", volume},
+             {"damaged", Kind::ToolFailed, "Read error at pos. 5 " + decoding, "", damaged},
+             {"half of the words", Kind::ToolFailed, "Read error at pos. 5", "", unknown},
+             {"source gone", Kind::SourceGone, "USER_REMOVED", "me", source},
+             {"only the movie's name", Kind::ToolFailed, "USER_REMOVED.mkv: FREE_SPACE", "", unknown},
+             {"volume too small", Kind::VolumeTooSmall, "FREE_SPACE", "",
+              "can't be saved on the destination"},
+             {"truncated", Kind::SourceTruncated, "File ended prematurely", "m", "the movie is incomplete"},
+             {"much lost", Kind::MuchLost, "", "m", "much of the movie is damaged"},
+             {"codec", Kind::ToolFailed, "track 0: could not find tag" + unsupported, "m", picture},
+             {"its newer words", Kind::ToolFailed,
+              "Could not find tag for codec ffv1 in stream #0" + unsupported, "", picture},
+             {"of the sound", Kind::ToolFailed, "Could not find tag for codec pcm in stream #1" + unsupported,
+              "", unknown},
+             {"no tool", Kind::ToolMissing, "TOOL_MISSING", "me", "the conversion tool could not be started"},
+             {"interrupted", Kind::Interrupted, "", "me", "The conversion was interrupted."},
+             {"embedded subtitles", Kind::ToolFailed, "?", "me", embedded},
+             {"subtitle file", Kind::ToolFailed, "?", "e", external},
+             {"subtitles lost", Kind::SubtitlesLost, "Unable to recode", "e", external}});
+    }
+    void explanations() {
+        const auto [kind, output, subtitles, words] = row<Kind, QString, QString, QString>();
+        const auto told = failure::explain(
+            {RunEnding::of(kind), output, {"-i", "a"}, subtitles.contains(u'm'), subtitles.contains(u'e')});
+        QVERIFY2(told.message.contains(words), qPrintable(told.message));
+        QCOMPARE(told.title, words.startsWith("A problem") ? "Information" : "Conversion Failed");
+        QCOMPARE(told.offersSupport, words == "A problem prevented");
     }
 
     void unknownTrouble() {
-        const auto told = failure::explain({QString(401, 'x'), {"-i", "a b"}, false, false});
+        const auto told = failure::explain(
+            {RunEnding::of(Kind::ToolFailed), QString(401, 'x'), {"-i", "a b"}, false, false});
         QVERIFY(told.message.endsWith("\n\nCommand-line: -i a b\nCommand-output: " + QString(400, 'x')));
     }
 
-    void seemingSuccesses() {
-        const auto reason = [](const QString& said, double converted = 4.0, std::optional<qint32> all = 10) {
-            return failure::whyNotFinished(said, converted, all).value_or(QString());
-        };
-        const QString cut = "SOURCE_TRUNCATED";
-        QCOMPARE(reason("[matroska,webm @ 0x1] File ended prematurely"), cut);
-        QCOMPARE(reason("stream 1, offset 0x4af1f: partial file"), cut);
-        QCOMPARE(reason("x.avi: corrupt input packet in stream 0"), cut);
-        QCOMPARE(reason("x.mkv: Input/output error"), cut);
-        QCOMPARE(reason("File ended prematurely", 10.02), "");  // Only the index is missing.
-        QCOMPARE(reason("File ended prematurely", 4.0, std::nullopt), cut);
-        QCOMPARE(reason(""), "");
-        QCOMPARE(reason("Error closing file x.mp4: No space left on device", 10.0), "OUTPUT_INCOMPLETE");
-        QCOMPARE(reason("Error writing trailer of x.mp4: Stale file handle", 10.0), "OUTPUT_INCOMPLETE");
-        const QString lost = "SUBTITLES_LOST";
-        QCOMPARE(reason("Invalid UTF-8 in decoded subtitles text; maybe missing -sub_charenc", 10.0), lost);
-        QCOMPARE(reason("Unable to recode subtitle event \"?\" from UTF-8", 10.0), lost);
+    void endings_data() {
+        constexpr auto none = -1;
+        const QString cut = "[matroska,webm @ 0x1] File ended prematurely";
+        addRows<int, QString, double, int, Kind>(  // status, output, converted and whole seconds, ending
+            {{"success", 0, "", 10.0, 10, Kind::Succeeded},
+             {"cut off", 0, cut, 4.0, 10, Kind::SourceTruncated},
+             {"of unknown length", 0, cut, 4.0, none, Kind::SourceTruncated},
+             {"only the index is missing", 0, cut, 10.02, 10, Kind::Succeeded},
+             {"partial", 0, "stream 1, offset 0x4af1f: partial file", 4.0, 10, Kind::SourceTruncated},
+             {"corrupt", 0, "x.avi: corrupt input packet in stream 0", 4.0, 10, Kind::SourceTruncated},
+             {"read error", 0, "x.mkv: Input/output error", 4.0, 10, Kind::SourceTruncated},
+             {"cut off and failed", 1, cut, 4.0, 10, Kind::ToolFailed},
+             {"full", 0, "Error closing file x.mp4: No space left on device", 10.0, 10, Kind::NoSpace},
+             {"full and failed", 1, "No space left on device", 4.0, 10, Kind::NoSpace},
+             {"trailer", 0, "Error writing trailer of x.mp4: Stale file handle", 10.0, 10, Kind::Incomplete},
+             {"bytes", 0, "Invalid UTF-8 in decoded subtitles text; maybe missing -sub_charenc", 10.0, 10,
+              Kind::SubtitlesLost},
+             {"encoding", 0, "Unable to recode subtitle event \"?\" from UTF-8", 10.0, 10,
+              Kind::SubtitlesLost}});
+    }
+    void endings() {
+        const auto [status, said, converted, whole, kind] = row<int, QString, double, int, Kind>();
+        runending::Evidence evidence{{ToolExit::Reason::Exited, status, {}}, said, 1, converted, {}};
+        if (whole >= 0) evidence.runtimeSeconds = whole;
+        QCOMPARE(runending::decide(evidence).kind, kind);
+        evidence.keepsDamaged = true;
+        const RunEnding kept = runending::decide(evidence);
+        QCOMPARE(kept.kind, kind == Kind::SourceTruncated ? Kind::Succeeded : kind);
+        QCOMPARE(kept.isDamaged, kind == Kind::SourceTruncated);
     }
 };
 

@@ -15,10 +15,10 @@ namespace {
 /// A movie of 100 s with 2,500 pictures, converted sound and three subtitle lines, which arrived whole.
 struct Scene {
     Scene() {
-        evidence.plan.tracks = {{0, Kind::Video, "h264", {}, {}, Action::Copied, {}, {}, 0},
-                                {1, Kind::Audio, "ac3", "eng", {}, Action::Converted, "AAC", {}, 1},
-                                {2, Kind::Audio, "dts", "ger", {}, Action::LeftOut, {}, "why", {}},
-                                {3, Kind::Subtitle, "subrip", {}, {}, Action::Converted, {}, {}, 2}};
+        evidence.plan.tracks = {planned(0, Kind::Video, Action::Copied, 0),
+                                planned(1, Kind::Audio, Action::Converted, 1),
+                                planned(2, Kind::Audio, Action::LeftOut, {}),
+                                planned(3, Kind::Subtitle, Action::Converted, 2)};
         media::Reading& in = evidence.source;
         in.container = media::Container::Matroska;
         in.opened = true;
@@ -34,6 +34,15 @@ struct Scene {
                       track(2, media::TrackKind::Subtitle, 6, 0)};
         out.tracks[2].lines = {{10, 2, true}, {30, 2, true}, {90, 2, true}};
         evidence.runtimeSeconds = 105;
+    }
+
+    static PlannedTrack planned(int stream, Kind kind, Action action, std::optional<int> output) {
+        PlannedTrack track;
+        track.stream = stream;
+        track.kind = kind;
+        track.action = action;
+        track.output = output;
+        return track;
     }
 
     static media::Track track(int index, media::TrackKind kind, quint64 frames, double start) {

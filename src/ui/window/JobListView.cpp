@@ -1,5 +1,6 @@
 #include "ui/window/JobListView.h"
 
+#include "app/actions/Reveal.h"
 #include "convert/CommandLineText.h"
 #include "convert/ConversionJob.h"
 #include "support/base/Collections.h"
@@ -54,7 +55,7 @@ void JobListView::act(ConversionJob& job, Button button, bool shiftIsHeld) {
             job.remove();
             return;
         case Button::Reveal:
-            job.reveal(shiftIsHeld);
+            reveal(job, shiftIsHeld);
             return;
     }
 }

@@ -1,4 +1,4 @@
-#include "convert/SupportMail.h"
+#include "app/actions/SupportMail.h"
 
 #include "probe/MKVFileInfo.h"
 #include "support/base/Format.h"

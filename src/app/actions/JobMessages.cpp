@@ -1,0 +1,70 @@
+#include "app/actions/JobMessages.h"
+
+#include "convert/ConversionJob.h"
+#include "convert/proof/ReceiptText.h"
+#include "support/alerts/Alert.h"
+#include "support/alerts/AlertQueue.h"
+#include "support/alerts/DontWarnAgain.h"
+#include "support/base/ApplicationInfo.h"
+#include "support/base/Texts.h"
+#include "support/desktop/Desktop.h"
+
+namespace jobmessages {
+
+namespace {
+
+void showUrgent(const ConversionJob& job, const RunEnding& ending) {
+    switch (ending.kind) {
+        case RunEnding::Kind::SourceGone: {
+            const QString message =
+                Texts::tr(
+                    "It seems you've removed the file %1 or unmounted its volume so conversion can't proceed.")
+                    .arg(job.fileInfo().fileURL.fileName());
+            showInTurn([message] {
+                alert_dontwarnagain_ever("warningremoved", Texts::tr("Error"), message, Texts::tr("OK"),
+                                         Texts::tr("Don't warn again"));
+            });
+            return;
+        }
+        case RunEnding::Kind::VolumeTooSmall: {
+            const QString message = spacecheck::message(ending.space);
+            showInTurn([message] { alert_apptitled(message, Texts::tr("OK")); }, message);
+            return;
+        }
+        case RunEnding::Kind::NoSpace:
+            showInTurn([told = job.explanation()] { alert(told.title, told.message, Texts::tr("OK")); },
+                       "no space left");
+            return;
+        default:
+            return;
+    }
+}
+
+void notifyUser(const MKVFileInfo& info, const RunEnding& ending) {
+    const bool hasFailed = !ending.succeeded();
+    const QString name = ApplicationInfo::name();
+    Notification notification;
+    if (hasFailed) {
+        notification.title = Texts::tr("%1 Conversion Failed").arg(name);
+        notification.text = Texts::tr("%1 has failed to convert the file %2.").arg(name, info.fileName);
+    } else {
+        notification.title = Texts::tr("%1 Conversion Finished").arg(name);
+        notification.text = Texts::tr("%1 has finished converting the file %2.").arg(name, info.fileName);
+        if (ending.receipt) notification.text += u'\n' + receipttext::summary(*ending.receipt);
+        notification.action = Texts::tr("Show");
+        notification.path = info.destinationURL.toLocalFile();
+    }
+    sharedDesktop().notify(notification);
+}
+
+}  // namespace
+
+void follow(ConversionJob& job) {
+    QObject::connect(&job, &ConversionJob::ended, &job, [&job] {
+        const RunEnding ending = job.ending().value_or(RunEnding());
+        showUrgent(job, ending);
+        if (ending.wasAttempted()) notifyUser(job.fileInfo(), ending);
+    });
+}
+
+}  // namespace jobmessages

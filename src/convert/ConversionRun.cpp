@@ -1,0 +1,253 @@
+#include "convert/ConversionRun.h"
+
+#include "convert/Progress.h"
+#include "convert/ReplacedFile.h"
+#include "convert/RunJournal.h"
+#include "support/base/Files.h"
+#include "support/base/Format.h"
+#include "support/base/Log.h"
+#include "support/base/Texts.h"
+#include "support/base/Volume.h"
+#include "support/reports/QuillonLib.h"
+#include "tool/Tool.h"
+#include "tool/ToolProcess.h"
+#include "tool/ToolReaper.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QUrl>
+
+namespace {
+
+constexpr int kProgressIntervalMilliseconds = 1000;
+
+}  // namespace
+
+ConversionRun::ConversionRun(RunRequest request, QObject* parent)
+    : QObject(parent), m_request(std::move(request)), m_output(m_request.destination) {
+    m_timer.setInterval(kProgressIntervalMilliseconds);
+    connect(&m_timer, &QTimer::timeout, this, &ConversionRun::progressTimer);
+}
+
+ConversionRun::~ConversionRun() {
+    abort();
+}
+
+spacecheck::Verdict ConversionRun::checkFreeSpace() const {
+    const QString folder = QFileInfo(m_request.destination).path();
+    return spacecheck::check(m_request.sourceBytes, volume::freeBytes(folder),
+                             volume::maximumFileSize(folder));
+}
+
+bool ConversionRun::prepare() {
+    RunEnding refusal;
+    if (!files::fileExists(m_request.source)) {
+        refusal.kind = RunEnding::Kind::SourceGone;
+    } else if (refusal.space = checkFreeSpace(); refusal.space != spacecheck::Verdict::Enough) {
+        refusal.kind = RunEnding::Kind::VolumeTooSmall;
+    } else {
+        claimDestination();
+        claimFiles();
+        return true;
+    }
+    m_said.note(runending::marker(refusal.kind));
+    m_ending = std::move(refusal);
+    return false;
+}
+
+void ConversionRun::claimDestination() {
+    const QString& destination = m_request.destination;
+    if (m_request.mayReplaceDestination) {
+        m_replaced = std::make_unique<ReplacedFile>(destination);
+    } else {
+        m_output = files::claimUniqueFile(destination, [&](const QString& candidate) {
+            return candidate != destination && m_request.destinationIsTaken &&
+                   m_request.destinationIsTaken(candidate);
+        });
+    }
+    m_hasOutput = true;
+}
+
+void ConversionRun::claimFiles() {
+    const QString name = files::fittingFileName(m_request.name, ".log");
+    m_progressFile =
+        std::make_unique<ProgressFile>(files::claimUniqueFile(QuillonLib::shared().docDir() + u'/' + name));
+    m_journal = std::make_unique<RunJournal>(m_output, m_progressFile->path(),
+                                             m_replaced ? m_replaced->asidePath() : QString());
+    if (m_replaced) {
+        m_replaced->moveAside();
+        files::claimUniqueFile(m_output);
+    }
+    m_journal->noteOutput();
+}
+
+QString ConversionRun::trialOutput() const {
+    const QStringList arguments =
+        m_request.trialArguments ? m_request.trialArguments(m_output) : QStringList();
+    if (arguments.isEmpty()) return {};
+    QString said = tool::trialRun(arguments);
+    // The output of the trial run must not be mistaken for the movie if the conversion writes nothing.
+    QFile::resize(m_output, 0);
+    return said;
+}
+
+void ConversionRun::launch() {
+    m_trialOutput = trialOutput();
+    if (m_request.makeProof) {
+        m_proof = m_request.makeProof();
+        connect(m_proof.get(), &RunProof::finished, this, [this](const RunEnding& proven) {
+            whenResumed([this, proven] {
+                if (!applyRemedy(proven)) end(proven);
+            });
+        });
+    }
+    startTool(m_request.arguments);
+    if (!m_ending) Q_EMIT launched();
+}
+
+void ConversionRun::startTool(const ArgumentsBuilder& arguments) {
+    m_arguments = arguments({m_output, m_progressFile->path(), m_trialOutput});
+    m_task = std::make_unique<ToolProcess>();
+    connect(m_task.get(), &ToolProcess::outputReceived, this,
+            [this](const QByteArray& bytes) { m_said.append(bytes); });
+    connect(m_task.get(), &ToolProcess::ended, this, &ConversionRun::taskFinished);
+    m_timer.start();
+    m_task->start(m_arguments);
+    if (m_proof && m_task) m_proof->toolStarted(m_task->processId());
+}
+
+void ConversionRun::progressTimer() {
+    readProgress();
+    m_journal->noteStillRunning();
+    Q_EMIT progressed();
+}
+
+void ConversionRun::readProgress() {
+    const auto seconds = m_progressFile->readNew();
+    if (!seconds || *seconds <= 0) return;
+    m_percent = progress::percent(*seconds, m_request.runtimeSeconds).value_or(m_percent);
+}
+
+void ConversionRun::taskFinished(const ToolExit& exit) {
+    m_timer.stop();
+    readProgress();
+    m_said.finish();
+    m_task.release()->deleteLater();  // Still emitting: delete later.
+    const RunEnding ending = runending::decide(
+        {exit, m_said.text(), files::fileSize(QUrl::fromLocalFile(m_output)),
+         m_progressFile->furthestSeconds(), m_request.runtimeSeconds, m_request.keepsDamaged});
+    if (applyRemedy(ending)) return;
+    if (ending.isProvable() && m_proof) {
+        prove(ending);
+    } else {
+        end(ending);
+    }
+}
+
+bool ConversionRun::applyRemedy(const RunEnding& ending) {
+    if (!m_request.remedy) return false;
+    const auto remedy = m_request.remedy(ending, m_said.text());
+    if (!remedy || m_remedies.contains(remedy->name)) return false;
+    // Keep the claimed file: a new one could be another program's.
+    if (!QFile::resize(m_output, 0)) return false;
+    logInformation("Info: converting %@ again with the remedy %@", m_request.source, remedy->name);
+    m_remedies.append(remedy->name);
+    m_notes += remedy->notes;
+    whenResumed([this, arguments = remedy->arguments] {
+        m_said = ToolOutput();
+        m_percent = 0;
+        QFile::resize(m_progressFile->path(), 0);
+        m_progressFile = std::make_unique<ProgressFile>(m_progressFile->path());
+        startTool(arguments);
+    });
+    return true;
+}
+
+void ConversionRun::prove(const RunEnding& ending) {
+    m_percent = 100;
+    m_timer.start();
+    Q_EMIT progressed();
+    m_proof->start(ending, m_output, m_said.text());
+}
+
+void ConversionRun::whenResumed(std::function<void()> step) {
+    if (m_isPaused) {
+        m_postponed = std::move(step);
+    } else {
+        step();
+    }
+}
+
+void ConversionRun::end(RunEnding ending) {
+    m_timer.stop();
+    m_progressFile->remove();
+    if (m_proof) m_proof.release()->deleteLater();  // Still emitting: delete later.
+    if (ending.succeeded()) {
+        if (m_replaced) endReplacement(ending);
+        if (ending.receipt) ending.receipt->notes += m_notes;
+    } else {
+        note(ending);
+        // An incomplete movie is useless, and it occupies space if the disk is full.
+        QFile::remove(m_output);
+        if (m_replaced) m_replaced->restore();
+    }
+    m_hasOutput = false;
+    m_progressFile.reset();
+    m_replaced.reset();
+    m_journal.reset();
+    m_ending = std::move(ending);
+    Q_EMIT ended();
+}
+
+/// The replaced file may be the only whole copy if the new one is not whole.
+void ConversionRun::endReplacement(const RunEnding& ending) {
+    if (!ending.receipt || ending.isWhole()) {
+        m_replaced->discard();
+    } else if (const QString kept = m_replaced->keep(); !kept.isEmpty()) {
+        m_notes.append(Texts::tr("The file that was there before is kept as %1.").arg(kept));
+    }
+}
+
+void ConversionRun::note(const RunEnding& ending) {
+    using enum RunEnding::Kind;
+    QString marker = runending::marker(ending.kind);
+    if (ending.kind == ToolMissing) marker += u' ' + ending.exit.startError;
+    m_said.note(marker);
+    const ToolExit& exit = ending.exit;
+    const QString line = makeString("CJ %p failedJobOutout: %@ status: %i reason: %li", this, m_said.text(),
+                                    exit.status, exit.reason == ToolExit::Reason::Exited ? 1L : 2L);
+    qn_log_message(kLogNotice, line);
+    if (ending.kind != NoSpace) m_said.note(line);
+}
+
+void ConversionRun::pause() {
+    m_isPaused = true;
+    m_timer.stop();
+    if (m_task) m_task->suspend();
+}
+
+void ConversionRun::resume() {
+    m_isPaused = false;
+    m_timer.start();
+    if (m_task) m_task->resume();
+    if (const auto step = std::exchange(m_postponed, nullptr)) step();
+}
+
+void ConversionRun::abort() {
+    m_timer.stop();
+    m_postponed = nullptr;
+    m_proof.reset();
+    if (m_task) m_task->disconnect(this);
+    if (!m_hasOutput) return;
+    m_hasOutput = false;
+    const auto cleanUp = [output = m_output,
+                          progressFile = std::shared_ptr<ProgressFile>(std::move(m_progressFile)),
+                          replaced = std::shared_ptr<ReplacedFile>(std::move(m_replaced)),
+                          journal = std::shared_ptr<RunJournal>(std::move(m_journal))] {
+        QFile::remove(output);
+        if (replaced) replaced->restore();
+        progressFile->remove();
+    };
+    ToolReaper::shared().adopt(std::move(m_task), cleanUp);
+    m_ending = RunEnding::of(RunEnding::Kind::Interrupted);
+}
