@@ -8,12 +8,11 @@ from support import CliTest, movie, tool
 PICTURES = 500  # 20 s of 25 pictures a second
 CONTAINERS = {
     ".mkv": dict(tracks=("ac3",)), ".webm": dict(tracks=("opus",), video="vp9"), ".mp4": dict(tracks=("aac",)),
-    ".m4v": dict(tracks=("aac",)), ".mov": dict(tracks=("aac",)), ".avi": dict(tracks=("mp3",), video="mpeg4"),
+    ".mov": dict(tracks=("aac",)), ".avi": dict(tracks=("mp3",), video="mpeg4"),
     ".ts": dict(tracks=("aac",)), ".mpg": dict(tracks=("mp2",), video="mpeg2video"), ".flv": dict(tracks=("aac",)),
     ".wmv": dict(tracks=("mp3",), video="mpeg4", options=("-f", "asf")),
-    ".ogm": dict(tracks=("vorbis",), video="mpeg4", options=("-f", "ogg")),
 }
-READ_TO_THE_FRAME = (".mkv", ".webm", ".mp4", ".m4v", ".mov")
+READ_TO_THE_FRAME = (".mkv", ".webm", ".mp4", ".mov")
 
 
 def source(suffix):

@@ -15,7 +15,7 @@ namespace {
 constexpr double kPictureTolerance = 0.5;    // seconds
 constexpr double kCopiedTolerance = 0.5;     // seconds
 constexpr double kConvertedTolerance = 1.0;  // seconds; an encoder delays and pads
-constexpr double kRuntimeTolerance = 2.0;    // seconds; of a running time that the container estimates
+constexpr double kRuntimeTolerance = 1.0;    // seconds; running times are rounded down
 
 using Kind = PlannedTrack::Kind;
 using Action = PlannedTrack::Action;
@@ -91,13 +91,17 @@ private:
 
     /// Null if there is no reader for the source, or if the reader sees other streams than the tool.
     const media::Track* sourceTrack(const PlannedTrack& planned) const {
-        if (!planned.stream || !m_evidence.source.opened) return nullptr;
+        if (!planned.stream || !sourceIsRead()) return nullptr;
         for (const media::Track& track : m_evidence.source.tracks)
             if (track.index == *planned.stream && track.kind == mediaKind(planned.kind)) return &track;
         return nullptr;
     }
 
-    bool sourceIsRead() const { return m_evidence.source.opened; }
+    /// Whether the frames of the source were counted.
+    bool sourceIsRead() const {
+        const media::Reading& source = m_evidence.source;
+        return source.opened && source.container != media::Container::Unknown && !source.tracks.empty();
+    }
 
     /// The tool shifts all times of a movie so that it begins at zero: output time = source time + shift.
     double shiftOfSource(const QList<PlannedTrack>& promised) const {
@@ -242,6 +246,8 @@ private:
     }
 
     void addDamageOfSource() {
+        if (m_evidence.source.problem == media::Problem::CannotRead)
+            damage(0, length(), Texts::tr("the source cannot be read to its end"));
         for (const media::Damage& part : m_evidence.source.damage) {
             m_loss.addSpan(Kind::Video, part.from, part.to);
             damage(part.from, part.to, Texts::tr("the source is damaged"));
@@ -258,6 +264,9 @@ private:
     }
 
     void addWordsOfTool() {
+        if (m_evidence.sourceIsCut) {
+            damage(length(), length(), Texts::tr("the source ends in the middle of the movie"));
+        }
         if (toolwords::reportReadErrors(m_evidence.toolOutput)) {
             damage(0, m_evidence.runtimeSeconds.value_or(0), Texts::tr("reading the movie failed"));
         } else if (!sourceIsRead() && toolwords::reportDamage(m_evidence.toolOutput)) {

@@ -14,10 +14,11 @@ namespace proof {
 /// What is known about a run that the tool ended with status 0.
 struct Evidence {
     ConversionPlan plan;
-    media::Reading source;  ///< Container::Unknown if there is no reader for the source.
+    media::Reading source;  ///< Container::Unknown: there is no reader for the source.
     media::Reading output;
     /// The lines of the subtitle file; empty: there is none, or its lines cannot be read.
     std::optional<std::vector<media::Line>> subtitleFile;
+    bool sourceIsCut = false;              ///< It ends inside a unit of its container.
     std::optional<qint32> runtimeSeconds;  ///< As reported by the probe, rounded down.
     QString toolOutput;                    ///< What the tool printed.
 };

@@ -1,6 +1,7 @@
 #include "convert/proof/ProofWorker.h"
 
 #include "convert/proof/ReadPosition.h"
+#include "media/FileEnd.h"
 #include "media/Mp4AudioTracks.h"
 #include "media/SubtitleFile.h"
 #include "support/base/Log.h"
@@ -43,11 +44,12 @@ struct ProofWorker::Work {
         std::optional<std::vector<media::Line>> lines;
         if (!request.subtitleFile.isEmpty())
             lines = media::readSubtitleFile(request.subtitleFile, stop.get_token());
+        const bool isCut = source.tracks.empty() && media::endsInsideUnit(request.source);
         while (const auto asked = nextQuestion()) {
             const media::Reading output = media::read(asked->output, {}, stop.get_token());
             enableOneAudioTrack(asked->output, output);
             const proof::Result result = proof::compare(
-                {asked->plan, source, output, lines, request.runtimeSeconds, asked->toolOutput});
+                {asked->plan, source, output, lines, isCut, request.runtimeSeconds, asked->toolOutput});
             dispatch_async_main([worker, result, token = stop.get_token()] {
                 if (worker && !token.stop_requested()) Q_EMIT worker->proved(result);
             });

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QString>
+
+namespace media {
+
+/// Whether the file ends in the middle of a unit of its container, so that it was cut off: MPEG transport and
+/// program streams, Ogg, FLV and AVI. False for other formats and where the end says nothing. Reads at most
+/// 128 KiB; any input is allowed. Any thread.
+bool endsInsideUnit(const QString& path);
+
+}  // namespace media
