@@ -1,6 +1,6 @@
 #pragma once
 
-#include "convert/Receipt.h"
+#include "convert/proof/Receipt.h"
 
 #include <QJsonObject>
 

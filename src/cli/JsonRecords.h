@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/ConsolePresenter.h"
-#include "convert/ConversionPlan.h"
+#include "convert/plan/ConversionPlan.h"
 #include "probe/MKVFileInfo.h"
 
 #include <QJsonArray>

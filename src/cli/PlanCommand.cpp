@@ -4,8 +4,8 @@
 #include "cli/Inputs.h"
 #include "cli/MovieProbe.h"
 #include "cli/Output.h"
-#include "convert/ConversionCommand.h"
-#include "convert/PlanText.h"
+#include "convert/plan/ConversionCommand.h"
+#include "convert/plan/PlanText.h"
 #include "support/base/Texts.h"
 #include "support/processes/Interruption.h"
 

@@ -1,11 +1,11 @@
 #include "convert/ConversionJob.h"
 
 #include "convert/AfterConversion.h"
-#include "convert/ConversionCommand.h"
 #include "convert/ConversionSettings.h"
 #include "convert/MovieProof.h"
 #include "convert/RemedyTable.h"
 #include "convert/StatusText.h"
+#include "convert/plan/ConversionCommand.h"
 #include "settings/Settings.h"
 #include "support/base/Files.h"
 #include "support/base/Log.h"

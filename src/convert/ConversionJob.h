@@ -1,10 +1,10 @@
 #pragma once
 
-#include "convert/AudioHandling.h"
 #include "convert/ConversionRun.h"
 #include "convert/FailureExplanation.h"
 #include "convert/JobController.h"
 #include "convert/JobState.h"
+#include "convert/plan/AudioHandling.h"
 #include "probe/MKVFileInfo.h"
 
 #include <QDateTime>

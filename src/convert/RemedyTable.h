@@ -1,7 +1,7 @@
 #pragma once
 
-#include "convert/ConversionPlan.h"
 #include "convert/RunEnding.h"
+#include "convert/plan/ConversionPlan.h"
 
 #include <QString>
 #include <QStringList>

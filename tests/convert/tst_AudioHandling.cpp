@@ -1,4 +1,4 @@
-#include "convert/AudioHandling.h"
+#include "convert/plan/AudioHandling.h"
 #include "fakes/Table.h"
 
 class AudioHandlingTest : public QObject {

@@ -1,4 +1,4 @@
-#include "convert/ConversionCommand.h"
+#include "convert/plan/ConversionCommand.h"
 
 #include <QTest>
 

@@ -1,6 +1,6 @@
-#include "convert/ConversionCommand.h"
-#include "convert/PlanText.h"
-#include "convert/StreamText.h"
+#include "convert/plan/ConversionCommand.h"
+#include "convert/plan/PlanText.h"
+#include "convert/plan/StreamText.h"
 #include "fakes/Table.h"
 
 namespace {

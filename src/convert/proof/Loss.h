@@ -1,6 +1,6 @@
 #pragma once
 
-#include "convert/ConversionPlan.h"
+#include "convert/plan/ConversionPlan.h"
 
 #include <map>
 #include <utility>

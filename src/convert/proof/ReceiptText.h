@@ -1,6 +1,6 @@
 #pragma once
 
-#include "convert/Receipt.h"
+#include "convert/proof/Receipt.h"
 
 /// A receipt in words for the user, translated. Pure; any thread.
 namespace receipttext {

@@ -1,6 +1,6 @@
 #include "ui/preferences/SettingChoices.h"
 
-#include "convert/ConversionCommand.h"
+#include "convert/plan/ConversionCommand.h"
 #include "settings/Settings.h"
 #include "support/base/Texts.h"
 #include "support/store/Defaults.h"

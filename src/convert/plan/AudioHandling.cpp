@@ -1,4 +1,4 @@
-#include "convert/AudioHandling.h"
+#include "convert/plan/AudioHandling.h"
 
 #include "settings/Keys.h"
 #include "support/base/Format.h"

@@ -1,6 +1,6 @@
-#include "convert/ConversionCommand.h"
+#include "convert/plan/ConversionCommand.h"
 
-#include "convert/AudioHandling.h"
+#include "convert/plan/AudioHandling.h"
 #include "support/base/Format.h"
 
 namespace {

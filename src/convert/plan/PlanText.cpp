@@ -1,6 +1,6 @@
-#include "convert/PlanText.h"
+#include "convert/plan/PlanText.h"
 
-#include "convert/StreamText.h"
+#include "convert/plan/StreamText.h"
 #include "support/base/Texts.h"
 
 #include <QHash>

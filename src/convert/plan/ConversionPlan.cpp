@@ -1,7 +1,7 @@
-#include "convert/ConversionPlan.h"
+#include "convert/plan/ConversionPlan.h"
 
-#include "convert/AudioHandling.h"
-#include "convert/StreamText.h"
+#include "convert/plan/AudioHandling.h"
+#include "convert/plan/StreamText.h"
 #include "settings/Keys.h"
 #include "support/base/Text.h"
 #include "support/base/Texts.h"

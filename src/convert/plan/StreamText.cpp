@@ -1,4 +1,4 @@
-#include "convert/StreamText.h"
+#include "convert/plan/StreamText.h"
 
 #include "support/base/Text.h"
 #include "support/base/Texts.h"
