@@ -235,7 +235,7 @@ void readAss(TextReader& text, Events& events) {
         std::string_view rest(line);
         rest.remove_prefix(static_cast<std::size_t>(read));
         for (int i = 0; i < kFieldsBeforeText; ++i)
-            rest.remove_prefix(std::min(rest.find(','), rest.size() - 1) + (rest.empty() ? 0 : 1));
+            rest = rest.substr(std::min(rest.find(',') + 1, rest.size()));
         const qint64 start = milliseconds(h1, m1, s1, f1 * 10);
         events.add(start, milliseconds(h2, m2, s2, f2 * 10) - start, rest);
     }
@@ -341,7 +341,7 @@ void readTimedLines(TextReader& text, Events& events, ReadTiming readTiming, con
 bool readSubViewerTiming(const char* line, Timing& timing) {
     int h1 = 0, m1 = 0, s1 = 0, f1 = 0, h2 = 0, m2 = 0, s2 = 0, f2 = 0, n1 = 0, n2 = 0;
     // NOLINTNEXTLINE(cert-err34-c)
-    if (std::sscanf(line, "%9u:%9u:%9u.%n%9u%n,%9u:%9u:%9u.%9u", &h1, &m1, &s1, &n1, &f1, &n2, &h2, &m2, &s2,
+    if (std::sscanf(line, "%9d:%9d:%9d.%n%9d%n,%9d:%9d:%9d.%9d", &h1, &m1, &s1, &n1, &f1, &n2, &h2, &m2, &s2,
                     &f2) < 8)
         return false;
     const int scale = n2 - n1 == 2 ? 10 : n2 - n1 == 1 ? 100 : 1;
