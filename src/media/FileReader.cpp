@@ -14,7 +14,8 @@ namespace media {
 namespace {
 
 constexpr quint64 kGateStep = quint64{4} << 20U;
-constexpr std::size_t kLeastAhead = 128;  // What a skip reads: a block header and the beginning of its frame.
+constexpr std::size_t kLeastAhead =
+    2048;                            // What a skip reads: often the frames of sound up to the next picture.
 constexpr quint64 kAdjacent = 1024;  // Up to here reading the bytes between costs less than another call.
 
 }  // namespace

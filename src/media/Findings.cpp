@@ -12,6 +12,8 @@ constexpr std::size_t kMostDamage = 1000;
 constexpr quint64 kLongestText = 127;
 constexpr quint64 kShortestZeroFrame = 16;
 constexpr quint64 kLookedAt = 32;
+constexpr double kOpen = std::numeric_limits<double>::infinity();
+constexpr std::size_t kKindsAtOnce = 4;
 constexpr double kOnePiece = 1;  // seconds between damage that is one piece
 
 }  // namespace
@@ -48,15 +50,31 @@ const char* name(Fault fault) {
 
 void Findings::addDamage(Fault fault, quint64 position, double from, double to) {
     to = std::max(from, to);
-    if (!reading.damage.empty()) {
-        Damage& last = reading.damage.back();
-        if (last.fault == fault && from >= last.from && from <= last.to + kOnePiece) {
-            last.to = std::max(last.to, to);
-            return;
-        }
+    // Damage of several kinds may alternate.
+    const std::size_t first = reading.damage.size() - std::min(reading.damage.size(), kKindsAtOnce);
+    for (std::size_t i = first; i < reading.damage.size(); ++i) {
+        Damage& earlier = reading.damage[i];
+        if (earlier.fault != fault || from < earlier.from || from > earlier.to + kOnePiece) continue;
+        earlier.to = std::max(earlier.to, to);
+        if (to == kOpen) m_firstOpen = std::min(m_firstOpen, i);
+        return;
     }
     ++reading.damageTotal;
-    if (reading.damage.size() < kMostDamage) reading.damage.push_back({from, to, position, fault});
+    if (reading.damage.size() >= kMostDamage) return;
+    if (to == kOpen) m_firstOpen = std::min(m_firstOpen, reading.damage.size());
+    reading.damage.push_back({from, to, position, fault});
+}
+
+void Findings::openDamage(Fault fault, quint64 position, double from) {
+    addDamage(fault, position, from, kOpen);
+}
+
+void Findings::closeDamage(double to) {
+    for (; m_firstOpen < reading.damage.size(); ++m_firstOpen) {
+        Damage& damage = reading.damage[m_firstOpen];
+        if (damage.to == kOpen) damage.to = std::max(damage.from, to);
+    }
+    m_firstOpen = std::numeric_limits<std::size_t>::max();
 }
 
 Track* Findings::addTrack() {

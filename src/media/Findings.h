@@ -3,19 +3,29 @@
 #include "media/FileReader.h"
 #include "media/PresentationTimes.h"
 
+#include <limits>
+
 namespace media {
 
 /// A reading that is being written, within its limits.
-struct Findings {
+class Findings {
+public:
     Reading reading;
     Budget budget;
 
-    /// Consecutive damage of the same fault is one piece.
+    /// Damage of one fault with less than a second in between is one piece.
     void addDamage(Fault fault, quint64 position, double from, double to);
+    /// The same where the end is not known yet.
+    void openDamage(Fault fault, quint64 position, double from);
+    /// Ends all open damage.
+    void closeDamage(double to);
     /// Null: there are enough.
     Track* addTrack();
     /// Adds how the file could be read.
     Reading finished(File& file);
+
+private:
+    std::size_t m_firstOpen = std::numeric_limits<std::size_t>::max();
 };
 
 /// A codec of which a frame is never empty and never all zeros, as far as is known. By Matroska's CodecID or

@@ -187,10 +187,9 @@ private:
     bool m_hasTracks = false;
     double m_scale = 1e-3;  // Seconds in a tick.
     double m_durationInTicks = 0;
-    std::optional<double> m_clusterTime;      // Ticks
-    double m_latestCluster = 0;               // Seconds
-    double m_latest = 0;                      // The greatest time of a block; seconds.
-    std::optional<std::size_t> m_openDamage;  // From there on the end is the next block's time.
+    std::optional<double> m_clusterTime;  // Ticks
+    double m_latestCluster = 0;           // Seconds
+    double m_latest = 0;                  // The greatest time of a block; seconds.
     quint64 m_lastChapter = 0;
     int m_streams = 0;  // That the tool makes of the tracks.
 };
@@ -254,10 +253,7 @@ Reading MatroskaScan::run() {
         if (done.kind != TrackKind::Video) done.leadingFrames = 0;
     }
     if (m_durationInTicks > 0) reading.duration = m_durationInTicks * m_scale;
-    if (m_openDamage) {
-        for (std::size_t i = *m_openDamage; i < reading.damage.size(); ++i)
-            reading.damage[i].to = std::max(reading.damage[i].from, reading.duration.value_or(0));
-    }
+    m_findings.closeDamage(reading.duration.value_or(0));
     if (!m_hasTracks) reading.problem = Problem::NoTracks;
     return m_findings.finished(m_file);
 }
@@ -536,17 +532,11 @@ int MatroskaScan::indexOf(quint64 number) const {
 }
 
 void MatroskaScan::damaged(Fault fault, quint64 position) {
-    m_findings.addDamage(fault, position, m_latest, m_latest);
-    if (!m_openDamage) m_openDamage = m_findings.reading.damage.size() - 1;
+    m_findings.openDamage(fault, position, m_latest);
 }
 
 void MatroskaScan::sawTime(double time) {
-    if (m_openDamage) {
-        auto& damage = m_findings.reading.damage;
-        for (std::size_t i = *m_openDamage; i < damage.size(); ++i)
-            damage[i].to = std::max(damage[i].from, time);
-        m_openDamage.reset();
-    }
+    m_findings.closeDamage(time);
     m_latest = std::max(m_latest, time);
 }
 

@@ -30,10 +30,11 @@ void addHole(Track& track, Budget& budget, Hole hole) {
 bool PresentationTimes::add(double time, double duration, Track& track, Budget& budget) {
     if (!m_any || time < m_start) m_start = time;
     if (!m_any || time > m_latest) m_latest = time;
-    if (!m_findsHoles) {
+    if (duration <= 0) duration = m_declared;
+    if (duration <= 0 && !m_findsHoles) {
         const double gap = time - m_previous;
-        if (duration <= 0 && m_declared <= 0 && m_any && gap > 0 && gap < kLongestFrame) m_typical = gap;
-        if (duration <= 0) duration = m_typical;
+        if (m_any && gap > 0 && gap < kLongestFrame) m_typical = gap;
+        duration = m_typical;
     }
     m_end = m_any ? std::max(m_end, time + duration) : time + duration;
     m_any = true;
@@ -79,7 +80,7 @@ void PresentationTimes::finish(Track& track, Budget& budget) {
         pass(m_sorted[--m_count], track, budget);
     if (!m_any) return;
     track.start = m_start;
-    track.end = std::max(m_end, m_findsHoles ? m_latest + (m_declared > 0 ? m_declared : m_typical) : m_end);
+    track.end = m_findsHoles && m_declared <= 0 ? std::max(m_end, m_latest + m_typical) : m_end;
 }
 
 void addLine(Track& track, Budget& budget, const Line& line) {

@@ -18,16 +18,13 @@ class PresentationTimes {
 public:
     /// `frameDuration`: seconds, 0 if the track declares none. `findHoles`: for pictures.
     explicit PresentationTimes(double frameDuration = 0, bool findHoles = false)
-        : m_declared(frameDuration), m_typical(frameDuration), m_findsHoles(findHoles) {}
+        : m_declared(frameDuration), m_findsHoles(findHoles) {}
 
     /// `duration`: seconds, 0 if not known. False: the frame belongs long before those that were added
     /// earlier, which reordering does not explain.
     bool add(double time, double duration, Track& track, Budget& budget);
     /// Adds what is still being sorted and writes start and end into the track.
     void finish(Track& track, Budget& budget);
-
-    /// Seconds; 0 if not known yet.
-    double typicalDuration() const { return m_typical; }
 
 private:
     static constexpr unsigned kWindow = 32;  // Twice what a codec may reorder.
@@ -37,8 +34,8 @@ private:
     std::array<double, kWindow> m_sorted = {};  // The greatest first.
     unsigned m_count = 0;
     double m_declared;
-    double m_typical;
-    double m_firstGap = 0;
+    double m_typical = 0;   // What the distances say of a frame's duration; a declared one may be wrong.
+    double m_firstGap = 0;  // Until the second one shows whether it was a hole.
     bool m_findsHoles;
     bool m_any = false;
     bool m_passedAny = false;
