@@ -236,7 +236,7 @@ void Mp4Scan::readTrack(const Box& box) {
     }
     if (boxes.isDamaged()) damaged(Fault::BadElement, boxes.position());
     // The tables have a duration for each frame.
-    state.times = PresentationTimes(0, track.kind == TrackKind::Video);
+    state.times = PresentationTimes(0, track.kind == TrackKind::Video || track.kind == TrackKind::Audio);
 }
 
 void Mp4Scan::readTrackHeader(const Box& box, Track& track) {
@@ -521,6 +521,7 @@ std::optional<std::pair<double, double>> Mp4Scan::presented(const TrackState& st
 /// False: no further sample of the track makes sense.
 bool Mp4Scan::addSample(Track& its, TrackState& state, const Sample& sample, bool isFirstDescription) {
     const std::optional<std::pair<double, double>> time = presented(state, sample);
+    if (!time) ++its.hiddenFrames;
     const double from = time ? time->first : m_end;
     const double to = time ? time->second : from;
     m_end = std::max(m_end, to);

@@ -47,7 +47,7 @@ enum class Fault {
 /// A word for the log: "junk between elements".
 const char* name(Fault fault);
 
-/// A conspicuous gap between consecutive pictures, in seconds of presentation time: longer than 0.25 s and
+/// A conspicuous gap between consecutive frames, in seconds of presentation time: longer than 0.25 s and
 /// than six of the pictures' durations around it. A movie of variable frame rate may have some and be whole.
 struct Hole {
     double from = 0;
@@ -86,6 +86,8 @@ struct Track {
     quint64 keyFrames = 0;
     /// Video: frames in front of the first key frame, which a stream copy leaves out.
     quint64 leadingFrames = 0;
+    /// MP4: samples that the edit list leaves out, which a copy of the stream may leave out, too.
+    quint64 hiddenFrames = 0;
     /// Sum of the frames' sizes; Matroska: with the bytes that header stripping removed.
     quint64 bytes = 0;
 
@@ -94,7 +96,7 @@ struct Track {
     /// the frame before it. MP4: as the edit list says; what it leaves out does not count.
     std::optional<double> start;
     std::optional<double> end;
-    /// Video: ordered. At most 4,000 in a reading, `holesLeftOut` counts the rest.
+    /// Video, and sound in MP4: ordered. At most 4,000 in a reading, `holesLeftOut` counts the rest.
     std::vector<Hole> holes;
     quint64 holesLeftOut = 0;
     /// Text subtitles: in the file's order, at most 50,000 in a reading; `linesLeftOut` counts the rest. MP4:

@@ -156,7 +156,8 @@ private:
             if (sourceIsRead()) cannotKnow(Texts::tr("The streams of the source cannot be assigned."));
             return;
         }
-        const quint64 expected = source->frames - std::min(source->leadingFrames, source->frames);
+        const quint64 mayGo = source->leadingFrames + source->hiddenFrames;
+        const quint64 expected = source->frames - std::min(mayGo, source->frames);
         compared.sourceCount = expected;
         compared.sourceSeconds = source->end;
         if (planned.kind == Kind::Video) compareHoles(*source, output);
@@ -292,7 +293,7 @@ private:
             const media::Track* output = outputTrack(track.plan);
             if (track.plan.kind != Kind::Video || !output) continue;
             for (const media::Hole& hole : output->holes)
-                addHole(hole);
+                if (isInSoundToo(hole)) addHole(hole);
         }
     }
 
@@ -300,6 +301,20 @@ private:
     double length() const {
         return std::max(m_evidence.output.duration.value_or(0),
                         static_cast<double>(m_evidence.runtimeSeconds.value_or(0)));
+    }
+
+    /// A still picture is no hole, but there the sound goes on.
+    bool isInSoundToo(const media::Hole& hole) const {
+        bool hasSound = false;
+        for (const media::Track& track : m_evidence.output.tracks) {
+            if (track.kind != media::TrackKind::Audio) continue;
+            hasSound = true;
+            const bool overlaps = std::any_of(
+                track.holes.cbegin(), track.holes.cend(),
+                [&](const media::Hole& other) { return other.from < hole.to && other.to > hole.from; });
+            if (overlaps) return true;
+        }
+        return !hasSound;
     }
 
     void cannotKnow(const QString& why) {
