@@ -11,6 +11,11 @@
 
 namespace {
 
+QString receiptOf(const ConversionJob& job) {
+    const auto receipt = job.receipt();
+    return receipt ? Texts::tr(". %1").arg(receipttext::sentence(*receipt)) : QString();
+}
+
 QString nameOf(const ConversionJob& job) {
     return job.fileInfo().fileName;
 }
@@ -47,8 +52,8 @@ public:
         m_running.removeOne(&job);
         say(Texts::tr("Finished %1 -> %2 (%3)")
                 .arg(nameOf(job), job.fileInfo().destinationURL.toLocalFile(),
-                     text::formattedTimeFromTimeInterval(conversionSeconds(job))));
-        if (const auto receipt = job.receipt()) sayDetails(*receipt);
+                     text::formattedTimeFromTimeInterval(conversionSeconds(job))) +
+            receiptOf(job));
     }
 
     void failed(const ConversionJob& job, const failure::Explanation& explanation) override {
@@ -69,12 +74,6 @@ private:
         m_lines.clear();
         if (!m_quiet) output::line(text);
         if (m_redraws) redraw();
-    }
-
-    void sayDetails(const Receipt& receipt) {
-        const QStringList lines = QStringList(receipttext::summary(receipt)) + receipttext::details(receipt);
-        for (const QString& line : lines)
-            say("  " + line);
     }
 
     void sayError(const QString& text) {

@@ -44,6 +44,10 @@ ConversionJob::ConversionJob(JobController& controller, MKVFileInfo info, qsizet
       m_fileInfo(std::move(info)),
       m_audioTrackIndex(audioTrackIndex) {
     m_request.destination = m_fileInfo.destinationURL.toLocalFile();
+    m_request.remedy = [this](const RunEnding& ending, const QString& said) {
+        return nextRemedy(ending, said);
+    };
+    m_request.makeProof = [this] { return settings::ProveResults.value() ? proofOf(*m_plan) : nullptr; };
 }
 
 ConversionJob::~ConversionJob() {
@@ -125,19 +129,18 @@ void ConversionJob::completeRequest() {
             return trialRunArguments(m_fileInfo, stream);
         };
     }
-    const Remedies usual;
-    m_plan = makePlan(m_fileInfo, m_audioTrackIndex, settings, usual);
+    m_remedies = {};
+    m_plan = makePlan(m_fileInfo, m_audioTrackIndex, settings, m_remedies);
     request.arguments = argumentsFor(*m_plan);
-    request.remedy = [this, settings, applied = usual](const RunEnding& ending,
-                                                       const QString& said) mutable -> std::optional<Remedy> {
-        const auto next = remedies::next(applied, {ending, said, m_run->output()});
-        if (!next) return std::nullopt;
-        applied = next->remedies;
-        const ConversionPlan plan = makePlan(m_fileInfo, m_audioTrackIndex, settings, applied);
-        return Remedy{next->name, next->notes, argumentsFor(plan)};
-    };
-    request.makeProof = nullptr;
-    if (settings::ProveResults.value()) request.makeProof = [this] { return proofOf(*m_plan); };
+}
+
+std::optional<Remedy> ConversionJob::nextRemedy(const RunEnding& ending, const QString& said) {
+    const auto next = remedies::next(m_remedies, {ending, said, m_run->output()});
+    if (!next) return std::nullopt;
+    m_remedies = next->remedies;
+    const auto settings = ConversionSettings::current();
+    return Remedy{next->name, next->notes,
+                  argumentsFor(makePlan(m_fileInfo, m_audioTrackIndex, settings, m_remedies))};
 }
 
 ArgumentsBuilder ConversionJob::argumentsFor(const ConversionPlan& plan) const {

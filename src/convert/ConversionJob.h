@@ -98,6 +98,7 @@ private:
     void holdSleepAssertion(bool hold);
     void completeRequest();
     std::unique_ptr<RunProof> proofOf(const ConversionPlan& plan) const;
+    std::optional<Remedy> nextRemedy(const RunEnding& ending, const QString& said);
     ArgumentsBuilder argumentsFor(const ConversionPlan& plan) const;
     void taskFinished();
     void endRun();
@@ -108,6 +109,7 @@ private:
     JobState m_state = JobState::Queued;
     bool m_fastmode = false;
     RunRequest m_request;
+    Remedies m_remedies;                   ///< Applied in the last start.
     std::optional<ConversionPlan> m_plan;  ///< Of the last start.
     std::unique_ptr<ConversionRun> m_run;  ///< The last one; null before the first start.
     QDateTime m_startDate;

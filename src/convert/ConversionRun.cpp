@@ -93,8 +93,8 @@ QString ConversionRun::trialOutput() const {
 
 void ConversionRun::launch() {
     m_trialOutput = trialOutput();
-    if (m_request.makeProof) {
-        m_proof = m_request.makeProof();
+    m_proof = m_request.makeProof ? m_request.makeProof() : nullptr;
+    if (m_proof) {
         connect(m_proof.get(), &RunProof::finished, this, [this](const RunEnding& proven) {
             whenResumed([this, proven] {
                 if (!applyRemedy(proven)) end(proven);

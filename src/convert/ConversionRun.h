@@ -52,7 +52,8 @@ struct RunRequest {
     ArgumentsBuilder arguments;
     /// Returns a remedy for an ending, from the tool's output; empty: there is none. May be null.
     std::function<std::optional<Remedy>(const RunEnding& ending, const QString& said)> remedy;
-    /// Makes the proof of the output; null: the tool's status and its output are believed.
+    /// Makes the proof of the output; null, or a null result: the tool's status
+    /// and its output are believed.
     std::function<std::unique_ptr<RunProof>()> makeProof;
 };
 

@@ -168,7 +168,7 @@ class CommandLine(CliTest):
         *drawn, ended = text.decode().split("\r\x1b[J")
         self.assertEqual(f"long long…g 映.mkv [{'.' * 20}]   0%  ETA 300m 0s", drawn[0])
         self.assertRegex(drawn[-1], r" \[#+\.*\] +\d+%  ETA \d+s$")
-        self.assertRegex(ended, r"^Finished .* -> .*\.mp4 \(\ds\)\r\n$")
+        self.assertRegex(ended, r"^Finished .* -> .*\.mp4 \(\ds\)\. Whole: .*\r\n$")
 
 
 if __name__ == "__main__":

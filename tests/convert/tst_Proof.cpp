@@ -215,6 +215,7 @@ private Q_SLOTS:
         const Receipt receipt = proof::compare(scene.evidence).receipt;
         QCOMPARE(receipttext::details(receipt).size(), 5);
         QCOMPARE(receipttext::details(receipt)[2], "2 of 3 subtitle lines");
+        QVERIFY(receipttext::sentence(receipt).startsWith("Damaged: 2,500 of 2,500 pictures, copied; "));
     }
 };
 

@@ -1,5 +1,6 @@
 #include "convert/proof/ReceiptText.h"
 
+#include "convert/plan/PlanText.h"
 #include "support/base/Texts.h"
 
 #include <QLocale>
@@ -53,8 +54,7 @@ QString trackLine(const ReceiptTrack& track) {
     const QString action = isCopied ? Texts::tr("copied") : Texts::tr("now %1").arg(track.plan.to);
     if (track.plan.kind == Kind::Subtitle) return Texts::tr("%1 subtitle lines").arg(counted(track));
     if (track.plan.kind == Kind::Video) return Texts::tr("%1 pictures, %2").arg(counted(track), action);
-    const QString name = QStringList{track.plan.language, track.plan.codec}.join(u' ').trimmed();
-    return Texts::tr("Sound: %1, %2").arg(name, action);
+    return Texts::tr("%1, %2").arg(plantext::name(track.plan), action);
 }
 
 QString damageLine(const ReceiptDamage& part) {
@@ -81,6 +81,19 @@ QString summary(const Receipt& receipt) {
     }
     return receipt.notes.isEmpty() ? Texts::tr("not compared")
                                    : Texts::tr("not compared: %1").arg(receipt.notes.first());
+}
+
+QString sentence(const Receipt& receipt) {
+    const QString facts = details(receipt).join(Texts::tr("; "));
+    switch (receipt.verdict) {
+        case ProofVerdict::Whole:
+            return Texts::tr("Whole: %1").arg(facts);
+        case ProofVerdict::Damaged:
+            return Texts::tr("Damaged: %1").arg(facts);
+        case ProofVerdict::Unknown:
+            break;
+    }
+    return Texts::tr("Not compared: %1").arg(facts);
 }
 
 QStringList details(const Receipt& receipt) {

@@ -9,6 +9,9 @@ namespace receipttext {
 /// picture(s) are missing", or why nothing could be compared.
 QString summary(const Receipt& receipt);
 
+/// The whole receipt in one line: "Whole: 250 of 250 pictures, copied; English AC3 5.1, copied; chapters".
+QString sentence(const Receipt& receipt);
+
 /// One line for each track of the output, then one for each damaged part and each note.
 QStringList details(const Receipt& receipt);
 
