@@ -42,6 +42,7 @@ enum class Fault {
     EmptySample,          ///< MP4: a sample without bytes where the codec has no empty ones.
     ZeroSample,           ///< A frame or sample of zeros only.
     BadNalLength,         ///< The NAL units of a frame do not fill it, or one has an impossible header.
+    BadSyncWord,          ///< A frame of AC-3 or E-AC-3 that does not begin as each of them does.
     BadTable,             ///< The sample tables contradict each other, the file's size or their box.
 };
 /// A word for the log: "junk between elements".
