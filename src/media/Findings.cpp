@@ -16,6 +16,13 @@ constexpr double kOpen = std::numeric_limits<double>::infinity();
 constexpr std::size_t kKindsAtOnce = 4;
 constexpr double kOnePiece = 1;  // seconds between damage that is one piece
 
+/// Looks at the first bytes, and at the others if those are zero.
+bool isZeroFrame(FileReader& bytes, quint64 position, quint64 end) {
+    if (end - position < kShortestZeroFrame) return false;
+    const quint64 looked = std::min(position + kLookedAt, end);
+    return isZero(bytes, position, looked) && isZero(bytes, looked, end);
+}
+
 }  // namespace
 
 const char* name(Fault fault) {
@@ -42,6 +49,8 @@ const char* name(Fault fault) {
             return "sample of zeros";
         case Fault::BadNalLength:
             return "bad NAL unit length";
+        case Fault::BadSyncWord:
+            return "frame without its sync word";
         case Fault::BadTable:
             return "bad sample table";
     }
@@ -93,19 +102,29 @@ Reading Findings::finished(File& file) {
     return std::move(reading);
 }
 
-bool isNeverZero(const std::string& codec) {
-    static constexpr std::string_view kBeginnings[] = {
+FrameRules frameRules(const std::string& codec) {
+    static constexpr std::string_view kNeverZero[] = {
         "V_MPEG", "V_VP8",  "V_VP9",  "V_AV1",    "A_AAC",    "A_AC3", "A_EAC3", "A_DTS",
         "A_MPEG", "A_OPUS", "A_FLAC", "A_TRUEHD", "A_VORBIS", "avc",   "hvc1",   "hev1",
         "dvh",    "dva",    "mp4v",   "vp08",     "vp09",     "av01",  "mp4a",   "ac-3",
         "ec-3",   "Opus",   "fLaC",   "alac",     ".mp3",     "dts",   "mlpa"};
-    return std::ranges::any_of(kBeginnings, [&](std::string_view begin) { return codec.starts_with(begin); });
+    static constexpr std::string_view kAc3[] = {"A_AC3", "A_EAC3", "ac-3", "ec-3"};
+    constexpr unsigned kAc3Sync = 0x0B77;
+    const auto begins = [&](std::string_view begin) { return codec.starts_with(begin); };
+    return {std::ranges::any_of(kNeverZero, begins), std::ranges::any_of(kAc3, begins) ? kAc3Sync : 0};
 }
 
-bool isZeroFrame(FileReader& bytes, quint64 position, quint64 end) {
-    if (end - position < kShortestZeroFrame) return false;
-    const quint64 looked = std::min(position + kLookedAt, end);
-    return isZero(bytes, position, looked) && isZero(bytes, looked, end);
+std::optional<Fault> faultInFrame(FileReader& bytes, quint64 position, quint64 end, FrameRules rules,
+                                  NalFormat units, Bytes prefix) {
+    const bool hasUnits = units.lengthSize > 0;
+    const bool isCut = hasUnits && !nalUnitsFill(bytes, position, end, units, prefix);
+    const bool hasNoSync =
+        rules.syncWord != 0 && prefix.empty() && bytes.number(position, 2) != rules.syncWord;
+    // The units of a sound frame show that there is more than zeros.
+    if ((isCut || (rules.isNeverZero && !hasUnits)) && isZeroFrame(bytes, position, end))
+        return Fault::ZeroSample;
+    if (isCut) return Fault::BadNalLength;
+    return hasNoSync ? std::optional(Fault::BadSyncWord) : std::nullopt;
 }
 
 std::string textAt(FileReader& bytes, quint64 position, quint64 length) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "media/FileReader.h"
+#include "media/NalUnits.h"
 #include "media/PresentationTimes.h"
 
 #include <limits>
@@ -28,12 +29,18 @@ private:
     std::size_t m_firstOpen = std::numeric_limits<std::size_t>::max();
 };
 
-/// A codec of which a frame is never empty and never all zeros, as far as is known. By Matroska's CodecID or
-/// MP4's type.
-bool isNeverZero(const std::string& codec);
-/// Whether the frame has zeros only. Not so for very short ones, which may be right: silence, a repeated
-/// picture. Looks at the first bytes, and at the others if those are zero.
-bool isZeroFrame(FileReader& bytes, quint64 position, quint64 end);
+/// What holds for each frame of a codec, as far as is known.
+struct FrameRules {
+    bool isNeverZero = false;  ///< It is neither empty nor all zeros. Very short ones may be: silence.
+    unsigned syncWord = 0;     ///< Its first two bytes; 0: not known.
+};
+/// By Matroska's CodecID or MP4's type.
+FrameRules frameRules(const std::string& codec);
+
+/// Looks at the first bytes of the frame from `position` to `end`, which is not empty, and at the headers of
+/// its units. `prefix` comes in front of it.
+std::optional<Fault> faultInFrame(FileReader& bytes, quint64 position, quint64 end, FrameRules rules,
+                                  NalFormat units, Bytes prefix = {});
 
 /// UTF-8 up to the first zero byte, cut to the longest that a reading keeps.
 std::string textAt(FileReader& bytes, quint64 position, quint64 length);

@@ -114,7 +114,7 @@ struct TrackState {
     double defaultDuration = 0;  // Seconds
     double delay = 0;
     NalFormat nal;
-    bool checksZeros = false;
+    FrameRules rules;
     bool looksInside = true;
     unsigned fieldsBeforeText = 0;  // ASS: so many commas come first.
     std::array<unsigned char, kLongestPrefix> prefix = {};
@@ -390,7 +390,7 @@ void MatroskaScan::readCodec(const Element& entry, Track& its, TrackState& state
     const bool isAss = its.codec.ends_with("ASS") || its.codec.ends_with("SSA");
     state.fieldsBeforeText = isAss ? 8 : 0;
     state.looksInside = m_checksFrames && !its.isEncoded && its.kind != TrackKind::Subtitle;
-    state.checksZeros = isNeverZero(its.codec);
+    state.rules = frameRules(its.codec);
     const bool isHevc = its.codec == "V_MPEGH/ISO/HEVC";
     if (!isHevc && its.codec != "V_MPEG4/ISO/AVC") return;
     forEachChild(entry, [&](const Element& child) {
@@ -622,13 +622,9 @@ void MatroskaScan::readFrame(const BlockOfFrames& block, quint64 position, quint
     ++its.frames;
     its.bytes += end - position + state.prefixLength;
     if (state.looksInside) {
-        const bool hasUnits = state.nal.lengthSize > 0;
         const Bytes prefix = Bytes(state.prefix).first(state.prefixLength);
-        const bool isSound = !hasUnits || nalUnitsFill(m_bytes, position, end, state.nal, prefix);
-        if ((!isSound || (!hasUnits && state.checksZeros)) && isZeroFrame(m_bytes, position, end))
-            damaged(Fault::ZeroSample, position);
-        else if (!isSound)
-            damaged(Fault::BadNalLength, position);
+        if (const auto fault = faultInFrame(m_bytes, position, end, state.rules, state.nal, prefix))
+            damaged(*fault, position);
     }
     if (!block.time) return;
     const double time = *block.time + delay;

@@ -23,7 +23,8 @@ using mp4::SampleTable;
 
 constexpr std::size_t kMostEdits = 64;  // A file has one or two.
 constexpr std::size_t kMostChapterTracks = 16;
-constexpr quint32 kNotKey = 0x10000;  // sample_is_non_sync_sample
+constexpr quint64 kFarthest = quint64{1} << 62U;  // Behind any file; what is added does not overflow.
+constexpr quint32 kNotKey = 0x10000;              // sample_is_non_sync_sample
 
 /// A part of the track's media and where it is presented; in the units of the file.
 struct Edit {
@@ -46,7 +47,7 @@ struct TrackState {
     double timeScale = 0;  // Units in a second.
     std::vector<Edit> edits;
     NalFormat nal;
-    bool checksZeros = false;
+    FrameRules rules;
     bool isRaw = false;
     quint64 rawPacketSamples = 0;  // QuickTime: so many samples take
     quint64 rawPacketBytes = 0;    // so many bytes.
@@ -364,7 +365,7 @@ void Mp4Scan::readDescription(const Box& box, Track& track, TrackState& state) {
     if (!entry || entries.isDamaged()) return damaged(Fault::BadElement, box.position);
     track.codec = typeText(entry->type);
     state.isRaw = isRawCodec(entry->type);
-    state.checksZeros = isNeverZero(track.codec);
+    state.rules = frameRules(track.codec);
     const bool isText = entry->type == fourCc("tx3g");
     const bool hasTextHandler = state.handler == fourCc("sbtl") || state.handler == fourCc("subt") ||
                                 state.handler == fourCc("text") || state.handler == fourCc("subp") ||
@@ -551,19 +552,15 @@ bool Mp4Scan::addSample(Track& its, TrackState& state, const Sample& sample, boo
 }
 
 void Mp4Scan::checkFrame(const TrackState& state, const Sample& sample, double from, double to) {
-    const bool hasUnits = state.nal.lengthSize > 0;
     if (sample.size == 0) {
-        if (hasUnits || state.checksZeros) damaged(Fault::EmptySample, sample.offset, from, to);
+        if (state.nal.lengthSize > 0 || state.rules.isNeverZero)
+            damaged(Fault::EmptySample, sample.offset, from, to);
         return;
     }
-    const quint64 end = sample.offset + sample.size;
     if (!m_checksFrames || m_file.isCancelled()) return;
-    const bool isSound = !hasUnits || nalUnitsFill(m_frames, sample.offset, end, state.nal);
-    if (isSound && (hasUnits || !state.checksZeros)) return;
-    if (isZeroFrame(m_frames, sample.offset, end))
-        damaged(Fault::ZeroSample, sample.offset, from, to);
-    else if (!isSound)
-        damaged(Fault::BadNalLength, sample.offset, from, to);
+    const quint64 end = sample.offset + sample.size;
+    if (const std::optional<Fault> fault = faultInFrame(m_frames, sample.offset, end, state.rules, state.nal))
+        damaged(*fault, sample.offset, from, to);
 }
 
 void Mp4Scan::readFragment(const Box& fragment) {
@@ -630,6 +627,7 @@ void Mp4Scan::readRun(const Box& box, std::size_t index, const FragmentDefaults&
         offset = base + static_cast<quint64>(qint64{static_cast<qint32>(number(at, 4, box))});
         at += 4;
     }
+    offset = std::min(offset, kFarthest);
     std::optional<quint32> firstFlags;
     if ((flags & 0x4U) != 0) {
         firstFlags = static_cast<quint32>(number(at, 4, box));

@@ -16,7 +16,7 @@
 /// readings share nothing.
 namespace media {
 
-enum class Container { Unknown, Matroska, Mp4, Avi };
+enum class Container { Unknown, Matroska, Mp4 };
 enum class TrackKind { Other, Video, Audio, Subtitle };
 
 /// Why there is no complete reading.
@@ -39,9 +39,10 @@ enum class Fault {
     UnknownTrack,         ///< A block or fragment of a track that was not declared.
     TruncatedFile,        ///< The file ends inside an element, or before the declared end.
     SampleOutsideFile,    ///< A sample that begins or ends behind the end of the file.
-    EmptySample,          ///< A frame or sample without bytes where the codec has no empty ones.
+    EmptySample,          ///< MP4: a sample without bytes where the codec has no empty ones.
     ZeroSample,           ///< A frame or sample of zeros only.
     BadNalLength,         ///< The NAL units of a frame do not fill it, or one has an impossible header.
+    BadSyncWord,          ///< A frame of AC-3 or E-AC-3 that does not begin as each of them does.
     BadTable,             ///< The sample tables contradict each other, the file's size or their box.
 };
 /// A word for the log: "junk between elements".
@@ -73,7 +74,8 @@ struct Line {
 };
 
 struct Track {
-    int index = 0;       ///< Among the tracks of the file, from 0: the index that the tool gives the stream.
+    int index =
+        0;  ///< The index that the tool gives the stream, from 0; -1: it makes no stream of the track.
     quint64 number = 0;  ///< Matroska: TrackNumber. MP4: track_ID.
     TrackKind kind = TrackKind::Other;
     std::string codec;     ///< Matroska: CodecID, "V_MPEG4/ISO/AVC". MP4: the sample entry's type, "avc1".
@@ -84,7 +86,8 @@ struct Track {
     /// included. In raw PCM tracks of MP4 a sample is one value for each channel.
     quint64 frames = 0;
     quint64 keyFrames = 0;
-    /// Video: frames in front of the first key frame, which a stream copy leaves out.
+    /// Video: frames in front of the first key frame that the container marks. A stream copy leaves them out,
+    /// unless the tool sees a key frame in the pictures themselves earlier.
     quint64 leadingFrames = 0;
     /// MP4: samples that the edit list leaves out, which a copy of the stream may leave out, too.
     quint64 hiddenFrames = 0;

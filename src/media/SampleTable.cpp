@@ -10,6 +10,8 @@ using media::Bytes;
 
 namespace {
 
+constexpr quint64 kFarthest = quint64{1} << 62U;  // Behind any file; what is added does not overflow.
+
 quint32 wordAt(Bytes entry, std::size_t index) {
     return static_cast<quint32>(bigEndian(entry.subspan(index * 4, 4)));
 }
@@ -70,7 +72,7 @@ std::optional<Chunk> SampleTable::nextChunk() {
         readRun();
     }
     Chunk chunk = m_run;
-    chunk.offset = bigEndian(offset);
+    chunk.offset = std::min(bigEndian(offset), kFarthest);
     chunk.samples = static_cast<quint32>(std::min<quint64>(chunk.samples, m_tables.samples - m_samples));
     return chunk;
 }
