@@ -1,18 +1,7 @@
 #include "fakes/Table.h"
 #include "ui/dialogs/DialogPanels.h"
 
-#include <QApplication>
-#include <QComboBox>
-#include <QDir>
-#include <QFile>
-#include <QFileDialog>
-#include <QLineEdit>
-#include <QMessageBox>
-#include <QPushButton>
-#include <QRegularExpression>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
+#include <QtWidgets>
 
 class DialogPanelsTest : public QObject {
     Q_OBJECT
@@ -28,12 +17,10 @@ public:
 private:
     /// The panel that is open over `window`, with its name field ready.
     static QFileDialog* open(const QWidget& window) {
-        QFileDialog* dialog = nullptr;
-        for (auto* candidate : window.findChildren<QFileDialog*>()) {
-            if (candidate->isVisible()) dialog = candidate;
-        }
-        if (!dialog || !QTest::qWaitForWindowExposed(dialog)) qFatal("no panel");
-        return dialog;
+        const auto dialogs = window.findChildren<QFileDialog*>();
+        const auto found = std::ranges::find_if(dialogs, &QWidget::isVisible);
+        if (found == dialogs.end() || !QTest::qWaitForWindowExposed(*found)) qFatal("no panel");
+        return *found;
     }
     static void type(const QFileDialog* dialog, const QString& name, Qt::Key answer = Qt::Key_Return) {
         auto* field = dialog->findChild<QLineEdit*>("fileNameEdit");
@@ -41,10 +28,7 @@ private:
         QTest::keyClicks(field, name);
         QTest::keyClick(field, answer);
     }
-    static void write(const QString& path) {
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-    }
+    void write(const QString& name) const { QVERIFY(QFile(m_folder->filePath(name)).open(QFile::WriteOnly)); }
 
 private Q_SLOTS:
     void init() {
@@ -57,8 +41,8 @@ private Q_SLOTS:
     }
 
     void files() {
-        for (const char* name : {"/a.mkv", "/b.mkv"})
-            write(m_folder->path() + name);
+        write("a.mkv");
+        write("b.mkv");
         m_panels->chooseFiles({"mkv", "m2ts"}, [this](const QStringList& paths) { m_answers += paths; });
         const QPointer<QFileDialog> dialog = open(*m_window);
         QCOMPARE(dialog->windowModality(), Qt::WindowModal);
@@ -69,9 +53,7 @@ private Q_SLOTS:
         const QStringList patterns = dialog->nameFilters().first().section(u'(', 1).chopped(1).split(u' ');
         const auto isShown = [&](const QString& name) {
             return std::ranges::any_of(patterns, [&](const QString& pattern) {
-                return QRegularExpression(QRegularExpression::wildcardToRegularExpression(pattern))
-                    .match(name)
-                    .hasMatch();
+                return QRegularExpression::fromWildcard(pattern, Qt::CaseSensitive).match(name).hasMatch();
             });
         };
         for (const char* name : {"film.mkv", "Film.Mkv", "FILM.MKV", "Film.M2ts"})
@@ -96,23 +78,20 @@ private Q_SLOTS:
     }
 
     void saved_data() {
-        addRows<QString, QString, bool>({
-            {"as filled in", "", "Movie.mp4", false},
-            {"without extension", "new", "new.mp4", false},
-            {"with it", "new.MP4", "new.MP4", false},
-            {"a point is no extension", "Dr. Who", "Dr. Who.mp4", false},
-            {"replaced", "old", "old.mp4", true},
-            {"replaced, with a point", "Dr. No", "Dr. No.mp4", true},
-        });
+        addRows<QString, QString, bool>({{"as filled in", "", "Movie.mp4", false},
+                                         {"without extension", "new", "new.mp4", false},
+                                         {"with it", "new.MP4", "new.MP4", false},
+                                         {"a point is no extension", "Dr. Who", "Dr. Who.mp4", false},
+                                         {"replaced", "old", "old.mp4", true},
+                                         {"replaced, with a point", "Dr. No", "Dr. No.mp4", true}});
     }
     void saved() {
         const auto [typed, name, asksFirst] = row<QString, QString, bool>();
-        write(m_folder->filePath("old.mp4"));
-        write(m_folder->filePath("Dr. No.mp4"));
+        write("old.mp4");
+        write("Dr. No.mp4");
         m_panels->saveFile(m_folder->path(), "Movie.mp4", "mp4", answer());
         // If it would replace a file, No returns to the panel.
-        QList<QMessageBox::StandardButton> replies;
-        if (asksFirst) replies = {QMessageBox::No, QMessageBox::Yes};
+        auto replies = QList{QMessageBox::No, QMessageBox::Yes}.first(asksFirst ? 2 : 0);
         QTimer watcher;
         connect(&watcher, &QTimer::timeout, this, [&] {
             auto* question = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());

@@ -2,27 +2,12 @@
 #include "fakes/TestHome.h"
 #include "support/alerts/Alert.h"
 #include "support/alerts/DontWarnAgain.h"
-#include "support/store/Defaults.h"
+#include "ui/dialogs/AlertControls.h"
 #include "ui/dialogs/AlertDialog.h"
 #include "ui/dialogs/AlertPanel.h"
 #include "ui/dialogs/DialogPresenter.h"
 
-#include <QApplication>
-#include <QCheckBox>
-#include <QColorDialog>
-#include <QComboBox>
-#include <QFile>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QPushButton>
-#include <QRadioButton>
-#include <QScreen>
-#include <QScrollBar>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
-#include <QToolButton>
+#include <QtWidgets>
 
 using Act = std::function<void(QDialog&)>;
 
@@ -90,26 +75,20 @@ private Q_SLOTS:
     }
 
     void answers_data() {
-        addRows<long, Act>({
-            {"Return", 1000L, press(Qt::Key_Return)},
-            {"Esc", 1002L, press(Qt::Key_Escape)},
-            {"key equivalent", 1001L, press(Qt::Key_D, Qt::ControlModifier)},
-            {"third button", 1002L, pressButton("Cancel")},
-            {"'&' is a letter", 1000L,
-             [](QDialog& d) {
-                 QVERIFY(button(d, "Save && Quit")->shortcut().isEmpty());
-                 pressButton("Save && Quit")(d);
-             }},
-            {"closed by the window manager", 1002L, [](QDialog& d) { d.close(); }},
-            {"nested", 1000L,
-             [](QDialog& outer) {
-                 onNextModal(press(Qt::Key_Escape));
-                 QCOMPARE(alert("Inner", "", "1", "2"), 1001L);
-                 QVERIFY(outer.isVisible());
-                 QTest::keyClick(outer.windowHandle(), Qt::Key_Return);
-             }},
-            {"window destroyed", 1002L, [this](QDialog&) { m_window.reset(); }},
-        });
+        addRows<long, Act>({{"Return", 1000L, press(Qt::Key_Return)},
+                            {"Esc", 1002L, press(Qt::Key_Escape)},
+                            {"key equivalent", 1001L, press(Qt::Key_D, Qt::ControlModifier)},
+                            {"third button", 1002L, pressButton("Cancel")},
+                            {"'&' is a letter", 1000L, pressButton("Save && Quit")},
+                            {"closed by the window manager", 1002L, [](QDialog& d) { d.close(); }},
+                            {"nested", 1000L,
+                             [](QDialog& outer) {
+                                 onNextModal(press(Qt::Key_Escape));
+                                 QCOMPARE(alert("Inner", "", "1", "2"), 1001L);
+                                 QVERIFY(outer.isVisible());
+                                 QTest::keyClick(outer.windowHandle(), Qt::Key_Return);
+                             }},
+                            {"window destroyed", 1002L, [this](QDialog&) { m_window.reset(); }}});
     }
     void answers() {
         const auto [response, act] = row<long, Act>();
@@ -117,23 +96,19 @@ private Q_SLOTS:
         QCOMPARE(alert("Title", "Save a & b?", "Save & Quit", {"Don't Save", "Ctrl+D"}, "Cancel"), response);
     }
 
-    void theFirstButtonMayCancel_data() {
-        addRows<long, Act>({
-            {"Esc", 1000L, press(Qt::Key_Escape)},
-            {"its button", 1000L, pressButton("Cancel")},
-            {"the other", 1001L, pressButton("For Good")},
-        });
-    }
     void theFirstButtonMayCancel() {
-        const auto [response, act] = row<long, Act>();
         Alert question;
         question.buttons = {AlertButton::cancelling("Cancel"), "For Good"};
-        onNextModal(act);
-        QCOMPARE(alert("Title", "Sure?", question.buttons[0], question.buttons[1]), response);
-        long answered = 0;
-        onNextModal(act);
-        m_presenter.presentSheet(question, [&](const AlertAnswer& answer) { answered = answer.response; });
-        QTRY_COMPARE(answered, response);
+        for (const auto& [response, act] : {std::pair(1000L, press(Qt::Key_Escape)),
+                                            {1000L, pressButton("Cancel")},
+                                            {1001L, pressButton("For Good")}}) {
+            onNextModal(act);
+            QCOMPARE(alert("Title", "Sure?", question.buttons[0], question.buttons[1]), response);
+            long answered = 0;
+            onNextModal(act);
+            m_presenter.presentSheet(question, [&](const AlertAnswer& given) { answered = given.response; });
+            QTRY_COMPARE(answered, response);
+        }
     }
 
     void overTheWindowThatAsked_data() { addRows<bool>({{"shown", true}, {"closed meanwhile", false}}); }
@@ -183,43 +158,42 @@ private Q_SLOTS:
             return [=](QDialog& d) { QTest::keyClicks(d.focusWidget(), text); };
         };
         using C = AlertControl;
-        addRows<AlertControl, QVariant, QVariant, Act>({
-            {"input", C::Input, QVariant(), "a & b", type("a & b")},
-            {"secure", C::SecureInput, "old", "secret",
-             [=](QDialog& d) {
-                 QCOMPARE(d.findChild<QLineEdit*>()->echoMode(), QLineEdit::Password);
-                 type("secret")(d);  // What was there is selected.
-             }},
-            {"box on", C::CheckBox, false, true,
-             [](QDialog& d) {
-                 QCOMPARE(d.findChild<QCheckBox*>()->text(), "R && D");
-                 clickOn(d.findChild<QCheckBox*>());
-             }},
-            {"colour", C::ColorWell, "#80112233", "#80112233", [](QDialog&) {}},
-            {"colour chosen", C::ColorWell, "#102030", "#445566",
-             [](QDialog& d) {
-                 const QImage shown = d.findChild<QToolButton*>()->grab().toImage();
-                 QCOMPARE(shown.pixelColor(shown.rect().center()), QColor("#102030"));
-                 onNextModal([](QDialog& panel) {
-                     qobject_cast<QColorDialog*>(&panel)->setCurrentColor("#445566");
-                     QTest::keyClick(panel.windowHandle(), Qt::Key_Return);
-                 });
-                 clickOn(d.findChild<QToolButton*>());
-                 QTRY_COMPARE(QApplication::activeModalWidget(), &d);
-             }},
-            {"lines", C::InputText, u"a\u00A0b\n"_qs, u"a\u00A0b\n\nc"_qs,
-             [=](QDialog& d) {
-                 QTest::keyClick(d.focusWidget(), Qt::Key_End, Qt::ControlModifier);
-                 QTest::keyClick(d.focusWidget(), Qt::Key_Return);  // A line, not the button.
-                 type("c")(d);
-             }},
-            {"output", C::OutputText, "text", "text",
-             [](QDialog& d) { QTest::keyClicks(d.findChild<QPlainTextEdit*>(), "x"); }},
-            {"pop-up", C::SelectionPopup, 0, 1,
-             [](QDialog& d) { QTest::keyClick(d.focusWidget(), Qt::Key_Down); }},
-            {"matrix", C::SelectionMatrix, 0, 2,
-             [](QDialog& d) { clickOn(d.findChildren<QRadioButton*>().at(2)); }},
-        });
+        addRows<AlertControl, QVariant, QVariant, Act>(
+            {{"input", C::Input, QVariant(), "a & b", type("a & b")},
+             {"secure", C::SecureInput, "old", "secret",
+              [=](QDialog& d) {
+                  QCOMPARE(d.findChild<QLineEdit*>()->echoMode(), QLineEdit::Password);
+                  type("secret")(d);  // What was there is selected.
+              }},
+             {"box on", C::CheckBox, false, true,
+              [](QDialog& d) {
+                  QCOMPARE(d.findChild<QCheckBox*>()->text(), "R && D");
+                  clickOn(d.findChild<QCheckBox*>());
+              }},
+             {"colour", C::ColorWell, "#80112233", "#80112233", [](QDialog&) {}},
+             {"colour chosen", C::ColorWell, "#102030", "#445566",
+              [](QDialog& d) {
+                  const QImage shown = d.findChild<QToolButton*>()->grab().toImage();
+                  QCOMPARE(shown.pixelColor(shown.rect().center()), QColor("#102030"));
+                  onNextModal([](QDialog& panel) {
+                      qobject_cast<QColorDialog*>(&panel)->setCurrentColor("#445566");
+                      QTest::keyClick(panel.windowHandle(), Qt::Key_Return);
+                  });
+                  clickOn(d.findChild<QToolButton*>());
+                  QTRY_COMPARE(QApplication::activeModalWidget(), &d);
+              }},
+             {"lines", C::InputText, u"a\u00A0b\n"_qs, u"a\u00A0b\n\nc"_qs,
+              [=](QDialog& d) {
+                  QTest::keyClick(d.focusWidget(), Qt::Key_End, Qt::ControlModifier);
+                  QTest::keyClick(d.focusWidget(), Qt::Key_Return);  // A line, not the button.
+                  type("c")(d);
+              }},
+             {"output", C::OutputText, "text", "text",
+              [](QDialog& d) { QTest::keyClicks(d.findChild<QPlainTextEdit*>(), "x"); }},
+             {"pop-up", C::SelectionPopup, 0, 1,
+              [](QDialog& d) { QTest::keyClick(d.focusWidget(), Qt::Key_Down); }},
+             {"matrix", C::SelectionMatrix, 0, 2,
+              [](QDialog& d) { clickOn(d.findChildren<QRadioButton*>().at(2)); }}});
     }
     void controls() {
         const auto [control, before, after, act] = row<AlertControl, QVariant, QVariant, Act>();
@@ -237,6 +211,22 @@ private Q_SLOTS:
         const AlertAnswer answer = m_presenter.present(shown);
         QCOMPARE(answer.response, 1000L);
         QCOMPARE(answer.value, after);
+    }
+
+    void sizesOfControls() {
+        const auto sizeOf = [](AlertControl control, int items = 3) {
+            Alert alert;
+            alert.control = control;
+            alert.items = QStringList(items, "item");
+            QWidget parent;
+            return makeAlertAccessory(alert, 300, &parent).widget->size();
+        };
+        using enum AlertControl;
+        for (const AlertControl line : {Input, SecureInput, ColorWell, SelectionPopup})
+            QVERIFY(sizeOf(line).width() == 310 && sizeOf(line).height() >= 24);
+        QCOMPARE(sizeOf(InputText), QSize(310, 200));
+        QCOMPARE(sizeOf(SelectionMatrix, 40), QSize(269, 240));
+        QVERIFY(sizeOf(SelectionMatrix).height() < 240);
     }
 
     void tabsInTheOrderThatIsRead() {
@@ -285,23 +275,20 @@ private Q_SLOTS:
     }
 
     void panel_data() {
-        addRows<QString, QStringList>({
-            {"plain", "", {"closed", "called"}},
-            {"check box", "Show & tell", {"called, ticked", "closed"}},
-        });
+        addRows<QString, QStringList>(
+            {{"plain", "", {"closed", "called"}}, {"box", "Show & tell", {"called, ticked", "closed"}}});
     }
     void panel() {
         const auto [box, expected] = row<QString, QStringList>();
         QStringList happened;
-        m_presenter.presentNonModal({"Title", "Message", "OK", "", box, [&](bool checked) {
-                                         happened.append(checked ? "called, ticked" : "called");
-                                     }});
+        const auto called = [&](bool isTicked) { happened += isTicked ? "called, ticked" : "called"; };
+        m_presenter.presentNonModal({"Title", "Message", "OK", "", box, called});
         QTRY_VERIFY(qobject_cast<AlertPanel*>(QApplication::activeWindow()));
         const QPointer<QWidget> shown = QApplication::activeWindow();
         QVERIFY(!QApplication::activeModalWidget());
         QCOMPARE(shown->width(), 420);
         if (!box.isEmpty()) clickOn(shown->findChild<QCheckBox*>());
-        connect(qobject_cast<QDialog*>(shown), &QDialog::finished, this, [&] { happened.append("closed"); });
+        connect(qobject_cast<QDialog*>(shown), &QDialog::finished, this, [&] { happened += "closed"; });
         QTest::keyClick(shown->windowHandle(), Qt::Key_Return);
         QTRY_VERIFY(!shown);
         QCOMPARE(happened, expected);
@@ -323,10 +310,9 @@ private Q_SLOTS:
         const QString message = QString("many words and a/path ").repeated(460).left(10'000);
         onNextModal([](QDialog& dialog) {
             QVERIFY(dialog.screen()->geometry().contains(dialog.frameGeometry()));
-            bool scrolls = false;
-            for (const auto* bar : dialog.findChildren<QScrollBar*>())
-                scrolls = scrolls || (bar->isVisible() && bar->maximum() > 0 && bar->value() == 0);
-            QVERIFY(scrolls);
+            QVERIFY(std::ranges::any_of(dialog.findChildren<QScrollBar*>(), [](const QScrollBar* bar) {
+                return bar->isVisible() && bar->maximum() > 0 && bar->value() == 0;
+            }));
             QTest::keyClick(dialog.windowHandle(), Qt::Key_Return);
         });
         alert_customicon("Title", message, "OK", QString(), QString(), "none such");
