@@ -156,7 +156,8 @@ private Q_SLOTS:
             app.panels.savedAs = "/proc/x.mp4";
             QTRY_VERIFY(app.isReady());
             if (!autoAdd) app.sheet().addToQueue();
-            QTRY_COMPARE(app.presenter.shown.size(), ++shownCount);
+            ++shownCount;
+            QTRY_COMPARE(app.presenter.shown.size(), shownCount);
             QCOMPARE(app.presenter.messages().last(), text.arg(name));
             QVERIFY(app.isReady());
             QCOMPARE(app.sheet().path(), app.path(name + QString(".mkv")));
