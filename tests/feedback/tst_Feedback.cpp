@@ -47,12 +47,10 @@ private Q_SLOTS:
         const auto isDue = [](int usages, bool isAsked, bool isTurnedOff, const QDateTime& lastAsked = {}) {
             return rating::isDue({usages, isAsked, isTurnedOff, lastAsked}, 20, kNow);
         };
-        QVERIFY(!isDue(19, false, false));
-        QVERIFY(isDue(20, false, false));
+        QVERIFY(!isDue(19, false, false) && isDue(20, false, false));
         QVERIFY(!isDue(500, true, false, kNow.addSecs(-2 * kPause)));  // By this version.
         QVERIFY(!isDue(500, false, true));
-        QVERIFY(!isDue(20, false, false, pauseAgo));
-        QVERIFY(isDue(20, false, false, pauseAgo.addMSecs(-1)));
+        QVERIFY(!isDue(20, false, false, pauseAgo) && isDue(20, false, false, pauseAgo.addMSecs(-1)));
         QVERIFY(!isDue(20, false, false, kNow.addSecs(kPause)));  // The clock was set back.
         QVERIFY(!rating::isRateable(1000, 0) && rating::isRateable(2, 1));
     }

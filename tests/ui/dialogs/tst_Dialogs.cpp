@@ -5,6 +5,7 @@
 #include "ui/dialogs/AlertControls.h"
 #include "ui/dialogs/AlertDialog.h"
 #include "ui/dialogs/AlertPanel.h"
+#include "ui/dialogs/DialogPanels.h"
 #include "ui/dialogs/DialogPresenter.h"
 
 #include <QtWidgets>
@@ -51,7 +52,22 @@ static Act press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
     return [=](QDialog& dialog) { QTest::keyClick(dialog.windowHandle(), key, modifiers); };
 }
 
-class DialogPresenterTest : public QObject {
+/// The panel that is open over `window`, with its name field ready.
+static QFileDialog* openPanel(const QWidget& window) {
+    const auto dialogs = window.findChildren<QFileDialog*>();
+    const auto found = std::ranges::find_if(dialogs, &QWidget::isVisible);
+    if (found == dialogs.end() || !QTest::qWaitForWindowExposed(*found)) qFatal("no panel");
+    return *found;
+}
+
+static void type(const QFileDialog* dialog, const QString& name, Qt::Key answer = Qt::Key_Return) {
+    auto* field = dialog->findChild<QLineEdit*>("fileNameEdit");
+    if (!name.isEmpty()) QTest::keyClick(field, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(field, name);
+    QTest::keyClick(field, answer);
+}
+
+class DialogsTest : public QObject {
     Q_OBJECT
 
 public:
@@ -62,6 +78,8 @@ public:
         screens.write(R"({"screens": [{"name": "small", "x": 0, "y": 0, "width": 800, "height": 600,
                           "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1}]})");
         qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + screens.fileName().toUtf8());
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.path());  // Of panels.
     }
 
 private Q_SLOTS:
@@ -72,6 +90,89 @@ private Q_SLOTS:
         m_window->show();
         m_presenter.setMainWindow(m_window.get());
         setAlertPresenter(&m_presenter);
+        m_panels = std::make_unique<DialogPanels>();
+        m_panels->setMainWindow(m_window.get());
+        m_answers.clear();
+    }
+
+    void files() {
+        m_home->write("a.mkv");
+        m_home->write("b.mkv");
+        m_panels->chooseFiles({"mkv", "m2ts"}, [this](const QStringList& paths) { m_answers += paths; });
+        const QPointer<QFileDialog> dialog = openPanel(*m_window);
+        QCOMPARE(dialog->windowModality(), Qt::WindowModal);
+        QCOMPARE(dialog->nameFilters(),
+                 (QStringList{"Movies and subtitles (*.mkv *.[mM][kK][vV] *.m2ts *.[mM]2[tT][sS])",
+                              "All files (*)"}));
+        // Like a desktop that matches case-sensitively.
+        const QStringList patterns = dialog->nameFilters().first().section(u'(', 1).chopped(1).split(u' ');
+        const auto isShown = [&](const QString& name) {
+            return std::ranges::any_of(patterns, [&](const QString& pattern) {
+                return QRegularExpression::fromWildcard(pattern, Qt::CaseSensitive).match(name).hasMatch();
+            });
+        };
+        for (const char* name : {"film.mkv", "Film.Mkv", "FILM.MKV", "Film.M2ts"})
+            QVERIFY2(isShown(name), name);
+        QVERIFY(!isShown("film.mkv.txt"));
+        dialog->setDirectory(m_home->path());
+        type(dialog, "\"a.mkv\" \"b.mkv\"");
+        QTRY_VERIFY(!dialog);
+        QCOMPARE(m_answers, (QStringList{m_home->path("a.mkv"), m_home->path("b.mkv")}));
+    }
+
+    void folder() {
+        QWidget preferences;
+        preferences.show();
+        m_panels->setPreferencesWindow(&preferences);
+        QVERIFY(QDir(m_home->path()).mkdir("sub"));
+        m_panels->chooseFolder(FilePanels::Over::Preferences, m_home->path(), m_answer);
+        const QPointer<QFileDialog> dialog = openPanel(preferences);
+        type(dialog, "sub");
+        QTRY_VERIFY(!dialog);
+        QCOMPARE(m_answers, QStringList{m_home->path("sub")});
+    }
+
+    void saved_data() {
+        addRows<QString, QString, bool>({{"as filled in", "", "Movie.mp4", false},
+                                         {"without extension", "new", "new.mp4", false},
+                                         {"with it", "new.MP4", "new.MP4", false},
+                                         {"a point is no extension", "Dr. Who", "Dr. Who.mp4", false},
+                                         {"replaced", "old", "old.mp4", true},
+                                         {"replaced, with a point", "Dr. No", "Dr. No.mp4", true}});
+    }
+    void saved() {
+        const auto [typed, name, asksFirst] = row<QString, QString, bool>();
+        m_home->write("old.mp4");
+        m_home->write("Dr. No.mp4");
+        m_panels->saveFile(m_home->path(), "Movie.mp4", "mp4", m_answer);
+        // If it would replace a file, No returns to the panel.
+        auto replies = QList{QMessageBox::No, QMessageBox::Yes}.first(asksFirst ? 2 : 0);
+        QTimer watcher;
+        connect(&watcher, &QTimer::timeout, this, [&] {
+            auto* question = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (question && question->isVisible() && !replies.isEmpty())
+                QTest::mouseClick(question->button(replies.takeFirst()), Qt::LeftButton);
+        });
+        watcher.start(1);
+        for (int round = asksFirst ? 2 : 1; round > 0; --round) {
+            QTRY_VERIFY(qobject_cast<QFileDialog*>(QApplication::activeModalWidget()));
+            type(openPanel(*m_window), typed);
+            QTRY_VERIFY(replies.size() < round);
+        }
+        QTRY_COMPARE(m_answers, QStringList{m_home->path(name)});
+    }
+
+    void cancelled() {
+        m_panels->saveFile(m_home->path(), "Movie.mp4", "mp4", m_answer);
+        const QPointer<QFileDialog> dialog = openPanel(*m_window);
+        type(dialog, "new", Qt::Key_Escape);
+        QTRY_VERIFY(!dialog);
+        m_panels->chooseFolder(FilePanels::Over::MainWindow, {}, m_answer);
+        m_window.reset();
+        m_panels->chooseFolder(FilePanels::Over::MainWindow, {}, m_answer);
+        m_panels.reset();  // Closes an open panel, too.
+        QVERIFY(QApplication::topLevelWidgets().isEmpty());
+        QVERIFY(m_answers.isEmpty());
     }
 
     void answers_data() {
@@ -326,7 +427,10 @@ private:
     std::unique_ptr<TestHome> m_home;
     std::unique_ptr<QWidget> m_window;
     DialogPresenter m_presenter;
+    std::unique_ptr<DialogPanels> m_panels;
+    QStringList m_answers;
+    const std::function<void(const QString&)> m_answer = [this](const QString& path) { m_answers += path; };
 };
 
-QTEST_MAIN(DialogPresenterTest)
-#include "tst_DialogPresenter.moc"
+QTEST_MAIN(DialogsTest)
+#include "tst_Dialogs.moc"
