@@ -57,6 +57,7 @@ class CrashTest(unittest.TestCase):
                 path.unlink()
                 head = dict(re.findall(r"^([A-Z][\w -]*): (.*)$", report, re.M))
                 self.assertEqual((head["Application"], head["Version"], head["Program"]), ("Ravelin", "1.0.0 (1)", PROBE))
+                self.assertTrue(head["System"].startswith(f"{os.uname().sysname} {os.uname().release}"))
                 self.assertRegex(head["Signal"], rf"^{number.name} \({int(number)}\), code -?\d+$")
                 self.assertEqual(head["Time"][:10], name[1][:10])
                 where = {"Sent by process": str(process.pid)} if way == "abort" else {"Address": address or head["Address"]}
