@@ -94,7 +94,7 @@ void queueWindow() {
                             app.write("Another One.mkv"), app.write("Third.mkv")});
     app.window->resize(760, 640);
     const auto* sheet = app.find<QWidget>("addSheetView");
-    waitUntil([&] { return app.sheetIsReady() && sheet->height() >= 117; });
+    waitUntil([&] { return app.isReady() && sheet->height() >= 117; });
     save(*app.window, "add-sheet");
     app.window->resize(640, 420);
     save(*app.window, "add-sheet-small");
@@ -120,7 +120,7 @@ void rightToLeft() {
     addQueue(app);
     app.delegate.openFiles({app.write("Sunday Matinee.mkv"), app.write("Second.mkv")});
     const auto* sheet = app.find<QWidget>("addSheetView");
-    waitUntil([&] { return app.sheetIsReady() && sheet->height() >= 117; });
+    waitUntil([&] { return app.isReady() && sheet->height() >= 117; });
     save(*app.window, "right-to-left");
     QApplication::setLayoutDirection(Qt::LeftToRight);
 }

@@ -1,69 +1,16 @@
-#include "app/AppDelegate.h"
 #include "app/queue/UnfinishedFiles.h"
-#include "fakes/FakeTool.h"
-#include "fakes/RecordingPanels.h"
+#include "fakes/LaunchedApplication.h"
 #include "fakes/Table.h"
-#include "fakes/TestHome.h"
 #include "feedback/PXRatingWindowController.h"
-#include "settings/Keys.h"
-#include "support/store/Defaults.h"
 #include "support/store/FolderAccess.h"
 
-#include <QDir>
 #include <QSignalSpy>
 
 namespace {
 
 constexpr int kLongEnough = 30000;
-constexpr int kNextToSource = 1;
-constexpr int kFirstFolder = 3;
 
-/// The whole application without its windows.
-class Launched : public TestHome {
-public:
-    enum class Starts { Now, Later };
-    explicit Launched(Starts starts = Starts::Now) : tool(path()), delegate(panels) {
-        AppDelegate::initialize();
-        QObject::connect(&delegate, &AppDelegate::statusMessage,
-                         [this](const QString& message) { status = message; });
-        if (starts == Starts::Now) delegate.applicationWillFinishLaunching();
-    }
-
-    AddSheet& sheet() { return delegate.addSheet(); }
-    JobQueue& queue() { return delegate.queue(); }
-    DestinationPopUp& popUp() { return delegate.destinations().destinationPopUp(); }
-    bool isReady() { return sheet().isShown() && !sheet().informationString().isEmpty(); }
-    /// Outputs are written next to their movies.
-    void putOutputsNextToSource() {
-        delegate.destinations().addOpenedFolder(path());
-        setDefaultInt(kDefaultDestinationKey, kNextToSource);
-    }
-    /// Opens movies; the last one is then on the sheet.
-    bool open(const QStringList& names) {
-        QStringList paths;
-        for (const QString& name : names)
-            paths.append(write(name));
-        delegate.openFiles(paths);
-        return QTest::qWaitFor([this] { return isReady(); }, kLongEnough);
-    }
-    bool add(const QString& name) {
-        const bool isOpen = open({name});
-        sheet().addToQueue();
-        return isOpen;
-    }
-    void saveAs(const QString& path) {
-        panels.savedAs = path;
-        sheet().addToQueue();
-    }
-    QString destinationOfJob(qsizetype index) {
-        return queue().job(index)->fileInfo().destinationURL.toLocalFile();
-    }
-
-    FakeTool tool;
-    RecordingPanels panels;
-    AppDelegate delegate;
-    QString status;
-};
+using Launched = LaunchedApplication;
 
 }  // namespace
 
@@ -73,8 +20,6 @@ class AppDelegateTest : public QObject {
 private Q_SLOTS:
     void theRoadOfOneMovie() {
         Launched app;
-        QCOMPARE(app.delegate.build(), "Build: 1");
-        QVERIFY(app.delegate.version().startsWith("Version: "));
         app.tool.setReport(
             FakeTool::report("    Stream #0:1(eng): Audio: ac3, 48000 Hz, stereo\n"
                              "    Stream #0:2(ger): Audio: aac, 48000 Hz, stereo\n"));
@@ -96,11 +41,10 @@ private Q_SLOTS:
         QDir(app.path()).mkpath("other");
         app.sheet().selectAudio(0);
         app.sheet().addToQueue();
-        QCOMPARE(app.panels.requests.last().kind, "save");
-        QCOMPARE(app.panels.requests.last().fileName, "Trip.mp4");
-        QCOMPARE(app.panels.requests.last().startingIn, app.path());
+        const RecordingPanels::Request& asked = app.panels.requests.last();
+        QCOMPARE(asked.kind + ' ' + asked.fileName, "save Trip.mp4");
+        QCOMPARE(asked.startingIn, app.path());
         QVERIFY(!app.sheet().isShown());
-        QCOMPARE(app.queue().count(), 1);
         QCOMPARE(app.queue().job(0)->audioTrackIndex(), 0);
         QVERIFY(app.desktop.launcherProgress.has_value());
         QTRY_COMPARE(app.queue().job(0)->state(), JobState::Finished);
@@ -122,7 +66,6 @@ private Q_SLOTS:
             QCOMPARE(app.sheet().waitingCount(), waiting);
             app.sheet().addToQueue();
         }
-        QCOMPARE(app.queue().count(), 2);
         QCOMPARE(app.queue().jobCountWithState(JobState::Queued), 2);
         QTRY_VERIFY(app.isReady());
         app.sheet().cancelAdd();
@@ -134,7 +77,7 @@ private Q_SLOTS:
         Launched app(Launched::Starts::Later);
         app.desktop.sandboxed = true;
         app.delegate.applicationWillFinishLaunching();
-        setDefaultInt(kDefaultDestinationKey, kNextToSource);
+        setDefaultInt(kDefaultDestinationKey, Launched::kNextToSource);
         QVERIFY(app.open({"a.mkv"}));
         app.sheet().addToQueue();  // The panel is cancelled.
         QVERIFY(app.presenter.messages().last().startsWith("You've chosen the 'Next to' default"));
@@ -143,28 +86,24 @@ private Q_SLOTS:
 
         app.panels.folder = app.path("elsewhere");
         app.sheet().addToQueue();
-        QCOMPARE(app.presenter.messages().last(),
-                 "You did not seem to select a folder that contains your MKV.");
+        QVERIFY(app.presenter.messages().last().startsWith("You did not seem to select a folder"));
         QCOMPARE(app.queue().count(), 0);
 
         app.panels.folder = app.path();
         app.write("a.mp4");
         app.sheet().addToQueue();
-        QCOMPARE(app.destinationOfJob(0), app.path("a-0.mp4"));
+        QCOMPARE(app.outputOf(0), app.path("a-0.mp4"));
         QCOMPARE(app.panels.requests.size(), 3);
     }
 
     void aStoredFolderIsOpenAsLongAsItsJob() {
         Launched app(Launched::Starts::Later);
         QDir(app.path()).mkpath("out");
-        setDefaultArray(kDestinationBookmarksKey, QVariantList{app.path("out").toUtf8()});
-        setDefaultArray(kDestinationNamesKey, QVariantList{"out"});
-        setDefaultInt(kHasUpgradedFromPre13Key, 1);
-        setDefaultInt(kDefaultDestinationKey, kFirstFolder);
+        app.storeFolder("out");
         app.delegate.applicationWillFinishLaunching();
         app.queue().pauseContinueClicked(true);
-        QVERIFY(app.add("a.mkv"));
-        QCOMPARE(app.destinationOfJob(0), app.path("out/a.mp4"));
+        QVERIFY(app.confirm("a.mkv"));
+        QCOMPARE(app.outputOf(0), app.path("out/a.mp4"));
         QCOMPARE(folderaccess::openAccesses(app.path("out")), 1);
         app.queue().job(0)->remove();
         QCOMPARE(folderaccess::openAccesses(app.path("out")), 0);
@@ -175,7 +114,6 @@ private Q_SLOTS:
         app.sheet().addToQueue();
         QVERIFY(app.presenter.messages().last().contains(app.path("out")));
         QVERIFY(app.isReady());
-        QCOMPARE(app.queue().count(), 0);
         app.popUp().select(0);
         app.saveAs(app.path("b.mp4"));
         QCOMPARE(app.queue().count(), 1);
@@ -192,39 +130,35 @@ private Q_SLOTS:
 
         // A second job for the planned output of the first one gets a free name.
         app.saveAs(app.path("out.mp4"));
-        QVERIFY(app.add("b.mkv"));
-        QCOMPARE(app.destinationOfJob(1), app.path("out.mp4"));
-        QCOMPARE(app.destinationOfJob(0), app.path("out-0.mp4"));
-        // So does one that is added while the first is being written, even if the panel asked whether to
-        // replace.
+        QVERIFY(app.confirm("b.mkv"));
+        QCOMPARE(app.outputOf(1), app.path("out.mp4"));
+        QCOMPARE(app.outputOf(0), app.path("out-0.mp4"));
+        // So does one that is added while the first is written, even if the panel asked whether to replace.
         app.tool.setConversion(FakeTool::waitFor(app.path("never")));
         app.queue().job(1)->start();
         QVERIFY(QFile::exists(app.path("out.mp4")));
-        QVERIFY(app.add("c.mkv"));
-        QCOMPARE(app.destinationOfJob(0), app.path("out-1.mp4"));
+        QVERIFY(app.confirm("c.mkv"));
+        QCOMPARE(app.outputOf(0), app.path("out-1.mp4"));
     }
 
-    void aRefusedMovieStaysOnTheSheet_data() {
-        addRows<bool>({{"confirmed", false}, {"without asking", true}});
-    }
-    void aRefusedMovieStaysOnTheSheet() {
+    void aRefusedMovieStays_data() { addRows<bool>({{"confirmed", false}, {"without asking", true}}); }
+    void aRefusedMovieStays() {
         const auto [autoAdd] = row<bool>();
         Launched app;
         app.presenter.waits = true;
         setDefaultInt(kAutoAddKey, autoAdd ? 1 : 0);
         app.delegate.openFiles({app.write("a.mkv"), app.write("b.mkv"), app.write("c.mkv")});
         qsizetype shownCount = 0;
+        const QString text =
+            "You don't seem to have write access to the selected destinatation or it is a read-only "
+            "filesystem. Please choose another destination.\n\nThe movie “%1.mkv” stays on the sheet.";
         for (const char* name : {"c", "b", "a"}) {
             app.panels.savedAs = "/proc/x.mp4";
             QTRY_VERIFY(app.isReady());
             if (!autoAdd) app.sheet().addToQueue();
             ++shownCount;
             QTRY_COMPARE(app.presenter.shown.size(), shownCount);
-            QCOMPARE(app.presenter.messages().last(),
-                     QString("You don't seem to have write access to the selected destinatation or it is a "
-                             "read-only filesystem. Please choose another destination.\n\nThe movie "
-                             "“%1.mkv” stays on the sheet.")
-                         .arg(name));
+            QCOMPARE(app.presenter.messages().last(), text.arg(name));
             QVERIFY(app.isReady());
             QCOMPARE(app.sheet().path(), app.path(name + QString(".mkv")));
             app.panels.savedAs = app.path(name + QString(".mp4"));
@@ -236,25 +170,18 @@ private Q_SLOTS:
 
     void whatIsMissingAtLaunchIsTold() {
         Launched app;
-        const auto store = [&](const char* bookmarks, const char* names, const char* watched) {
-            setDefaultArray(kDestinationBookmarksKey, QVariantList{app.path(bookmarks).toUtf8()});
-            setDefaultArray(kDestinationNamesKey, QVariantList{names});
-            setDefaultObject("WatchfolderBookmark", app.path(watched).toUtf8());
-            setDefaultInt("WatchfolderActive", 1);
-        };
-        store("disk/out", "out", "disk/in");
+        app.storeFolder("disk/out");
+        setDefaultObject("WatchfolderBookmark", app.path("disk/in").toUtf8());
+        setDefaultInt("WatchfolderActive", 1);
         app.delegate.applicationWillFinishLaunching();
-        QCOMPARE(
-            app.status,
-            QString("The destination folder “%1” is not there. It comes back to the list when it is. The "
-                    "watch folder “%2” is not there. It is watched again when it is.")
-                .arg(app.path("disk/out"), app.path("disk/in")));
-        const QString status = app.status;
+        const QString missing =
+            "The destination folder “%1” is not there. It comes back to the list when it is. The watch "
+            "folder “%2” is not there. It is watched again when it is.";
+        QCOMPARE(app.status, missing.arg(app.path("disk/out"), app.path("disk/in")));
         app.delegate.openFiles({app.write("a.mkv")});
-        QCOMPARE(app.status, status);  // Movies that arrive at the same time do not hide it.
+        QVERIFY(app.status.endsWith("when it is."));  // Movies that arrive at the same time do not hide it.
         QDir(app.path()).mkpath("disk/out");
-        QTRY_COMPARE(app.status,
-                     QString("The destination folder “%1” is there again.").arg(app.path("disk/out")));
+        QTRY_COMPARE(app.status, "The destination folder “" + app.path("disk/out") + "” is there again.");
     }
 
     void dropsAreJudged() {
@@ -279,7 +206,6 @@ private Q_SLOTS:
     }
 
     void speedNotice() {
-        // usages, style, already dismissed, shown
         for (const auto& [usages, style, wasDismissed, shown] : {std::tuple(3, 0, false, false),
                                                                  {4, 0, false, true},
                                                                  {4, 1, false, false},
@@ -304,10 +230,8 @@ private Q_SLOTS:
         QCOMPARE(app.desktop.revealed, QStringList("/tmp/a.mp4"));
     }
 
-    void theEndComesWhileAnAlertIsOpen_data() {
-        addRows<bool>({{"full disk", false}, {"source removed", true}});
-    }
-    void theEndComesWhileAnAlertIsOpen() {
+    void theEndDuringAnAlert_data() { addRows<bool>({{"full disk", false}, {"source removed", true}}); }
+    void theEndDuringAnAlert() {
         const auto [sourceIsGone] = row<bool>();
         Launched app;
         app.presenter.waits = true;
@@ -360,29 +284,26 @@ private Q_SLOTS:
         Launched app;
         app.tool.setConversion(FakeTool::waitFor(app.path("never")));
         app.putOutputsNextToSource();
-        QVERIFY(app.add("a.mkv"));
+        QVERIFY(app.confirm("a.mkv"));
         app.queue().job(0)->pause();
         QVERIFY(app.open({"b.mkv"}));
         app.sheet().cancelAdd();
         QCOMPARE(app.queue().job(0)->state(), JobState::Paused);
     }
 
-    void whatIsUnfinishedMakesTheSameQueueAgain_data() {
-        addRows<QString>({{"jobs on top", "dcba"}, {"jobs at the bottom", "abcd"}});
-    }
-    void whatIsUnfinishedMakesTheSameQueueAgain() {
+    void unfinishedMovies_data() { addRows<QString>({{"on top", "dcba"}, {"at the bottom", "abcd"}}); }
+    void unfinishedMovies() {  // Make the same queue again.
         const auto [queue] = row<QString>();
         Launched app(Launched::Starts::Later);
         AppDelegate next(app.panels);
         for (AppDelegate* delegate : {&app.delegate, &next})
             delegate->applicationWillFinishLaunching();
-        setDefaultInt(kDefaultDestinationKey, kNextToSource);
+        setDefaultInt(kDefaultDestinationKey, Launched::kNextToSource);
         setDefaultInt("InsertJobsAtBottom", queue.startsWith(u'a') ? 1 : 0);
-        app.tool.setConversion(
-            "case $destination in *finished.mp4) echo movie > $destination;; *) exit 1; esac\n");
+        app.tool.setConversion("case $destination in *finished*) echo a > $destination;; *) exit 1; esac\n");
         for (const char* name : {"finished.mkv", "a.mkv", "b.mkv"}) {
             app.delegate.openFiles({app.write("a.srt")});
-            QVERIFY(app.add(name));
+            QVERIFY(app.confirm(name));
         }
         QTRY_COMPARE(app.queue().jobCountWithState(JobState::Finished), 1);
         QVERIFY(app.open({"d.mkv", "c.mkv"}));  // One is current, one waits. A folder is being searched.
@@ -426,13 +347,12 @@ private Q_SLOTS:
         app.tool.setConversion(FakeTool::waitFor(app.path("never")));
         app.putOutputsNextToSource();
         QVERIFY(app.delegate.applicationShouldTerminate());
-        QVERIFY(app.add("a.mkv"));
+        QVERIFY(app.confirm("a.mkv"));
         QTRY_VERIFY(QFile::exists(app.tool.runningMark()));
         QSignalSpy terminated(&app.delegate, &AppDelegate::terminated);
         app.presenter.answer.response = kAlertSecondButton;
         app.delegate.terminate(true);
-        QCOMPARE(app.presenter.messages().last(),
-                 "Conversion is in progresss. Are you sure you want to quit?");
+        QVERIFY(app.presenter.messages().last().startsWith("Conversion is in progresss. Are you sure"));
         QCOMPARE(app.queue().count(), 1);
 
         app.presenter.answer.response = kAlertFirstButton;

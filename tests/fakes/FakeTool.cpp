@@ -50,19 +50,6 @@ FakeTool::FakeTool(const QString& folder) : m_folder(folder + "/resources") {
     qputenv("RAVELIN_RESOURCES", m_folder.toUtf8());
 }
 
-void FakeTool::setReport(const QByteArray& report) const {
-    write("report", report);
-}
-void FakeTool::setProbe(const QByteArray& script) const {
-    write("probe", script);
-}
-void FakeTool::setTrial(const QByteArray& output) const {
-    write("trial", output);
-}
-void FakeTool::setConversion(const QByteArray& script) const {
-    write("convert", script);
-}
-
 QStringList FakeTool::lastArguments() const {
     QFile file(m_folder + "/arguments");
     if (!file.open(QIODevice::ReadOnly)) return {};
@@ -70,9 +57,8 @@ QStringList FakeTool::lastArguments() const {
 }
 
 QByteArray FakeTool::report(const QByteArray& moreStreams, const QByteArray& duration) {
-    return "Input #0, matroska,webm, from 'movie.mkv':\n"
-           "  Duration: " +
-           duration +
+    const QByteArray start = "Input #0, matroska,webm, from 'movie.mkv':\n  Duration: " + duration;
+    return start +
            ", start: 0.000000, bitrate: 4712 kb/s\n"
            "    Stream #0:0: Video: h264 (High), yuv420p(progressive), 1920x1080, 25 fps\n" +
            moreStreams + "At least one output file must be specified\n";

@@ -9,6 +9,9 @@
 #include <QFile>
 #include <QFileInfo>
 
+/// Tests show no windows on the desktop of who runs them.
+[[maybe_unused]] static const bool isOffscreen = qputenv("QT_QPA_PLATFORM", "offscreen");
+
 TestHome::TestHome() {
     qputenv("XDG_CONFIG_HOME", m_folder.filePath("config").toUtf8());
     qputenv("XDG_DATA_HOME", m_folder.filePath("data").toUtf8());

@@ -1,32 +1,19 @@
 #pragma once
 
-#include "app/AppDelegate.h"
-#include "fakes/FakeTool.h"
-#include "fakes/RecordingPanels.h"
-#include "fakes/TestHome.h"
-#include "settings/Keys.h"
-#include "support/store/Defaults.h"
+#include "fakes/LaunchedApplication.h"
 #include "ui/window/JobDelegate.h"
 #include "ui/window/JobListView.h"
 #include "ui/window/MainWindow.h"
 
-#include <QAction>
-#include <QDir>
-#include <QMenu>
-#include <QMenuBar>
-#include <QTest>
+#include <QtWidgets>
 
 /// The application with its main window, a scripted tool, and recorded alerts and panels. Movies are written
 /// to the stored folder "out".
-class WindowedApplication : public TestHome {
+class WindowedApplication : public LaunchedApplication {
 public:
-    WindowedApplication() : tool(path()), delegate(panels) {
-        AppDelegate::initialize();
+    WindowedApplication() : LaunchedApplication(Starts::Later) {
         QDir(path()).mkpath("out");
-        setDefaultArray(kDestinationBookmarksKey, QVariantList{path("out").toUtf8()});
-        setDefaultArray(kDestinationNamesKey, QVariantList{"out"});
-        setDefaultInt(kHasUpgradedFromPre13Key, 1);
-        setDefaultInt(kDefaultDestinationKey, DestinationPopUp::kFirstFolder);
+        storeFolder("out");
         window = std::make_unique<MainWindow>(delegate);
         delegate.applicationWillFinishLaunching();
         window->show();
@@ -38,9 +25,7 @@ public:
         return window->findChild<Widget*>(name);
     }
     JobListView& list() const { return *find<JobListView>("jobListView"); }
-    JobQueue& queue() { return delegate.queue(); }
     ConversionJob* job(qsizetype row) { return queue().job(row); }
-    bool sheetIsReady() { return !delegate.addSheet().informationString().isEmpty(); }
 
     /// Queues a movie without the sheet.
     ConversionJob* add(const QString& name) {
@@ -57,15 +42,6 @@ public:
         return added;
     }
 
-    /// Chooses a command from the menu bar of `owner` with the mouse.
-    static void choose(const QWidget& owner, const char* menuName, const char* actionName) {
-        auto* bar = owner.findChild<QMenuBar*>();
-        auto* menu = owner.findChild<QMenu*>(menuName);
-        QTest::mouseClick(bar, Qt::LeftButton, {}, bar->actionGeometry(menu->menuAction()).center());
-        QVERIFY(QTest::qWaitForWindowExposed(menu));
-        auto* action = owner.findChild<QAction*>(actionName);
-        QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(action).center());
-    }
     QPoint centreOf(int row, jobrow::Button button) const {
         QStyleOptionViewItem option;
         option.initFrom(&list());
@@ -76,8 +52,5 @@ public:
         QTest::mouseClick(list().viewport(), Qt::LeftButton, modifiers, centreOf(row, button));
     }
 
-    FakeTool tool;
-    RecordingPanels panels;
-    AppDelegate delegate;
     std::unique_ptr<MainWindow> window;
 };

@@ -124,6 +124,7 @@ class Application(unittest.TestCase):
             run = subprocess.run([PROGRAM, option], env=home.environment, capture_output=True, text=True, timeout=LIMIT)
             self.assertEqual(run.returncode, 0)
             self.assertIn(expected.lower(), run.stdout.lower())
+            self.assertNotIn("gapplication", run.stdout)  # What only desktops add.
 
 
 if __name__ == "__main__":

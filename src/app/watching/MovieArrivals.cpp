@@ -14,7 +14,9 @@ bool mayHaveArrived(const EventRecord& record) {
            files::pathExtension(record.path) == u"mkv";
 }
 
-CompletionWaiter::Known whatIsKnown(const EventRecord& record) {
+}  // namespace
+
+CompletionWaiter::Known MovieArrivals::whatIsKnown(const EventRecord& record) {
     switch (record.contents) {
         case EventContents::Whole:
             return CompletionWaiter::Known::SeenWhole;
@@ -26,8 +28,6 @@ CompletionWaiter::Known whatIsKnown(const EventRecord& record) {
     }
     return CompletionWaiter::Known::Unknown;
 }
-
-}  // namespace
 
 MovieArrivals::MovieArrivals(std::shared_ptr<Names> processedNames, QObject* parent, const WatchTimes& times)
     : QObject(parent),

@@ -30,6 +30,9 @@ public:
     /// not converted a second time.
     using Names = QSet<QString>;
 
+    /// What the record of a movie file says of its completeness.
+    static CompletionWaiter::Known whatIsKnown(const EventRecord& record);
+
     /// `processedNames` may be shared by several watches: each name is then reported by one of them only.
     explicit MovieArrivals(std::shared_ptr<Names> processedNames = std::make_shared<Names>(),
                            QObject* parent = nullptr, const WatchTimes& times = {});

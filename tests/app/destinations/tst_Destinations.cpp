@@ -3,23 +3,17 @@
 #include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
-#include "support/store/Defaults.h"
 #include "support/store/FolderAccess.h"
 
-#include <QDir>
-#include <QMap>
 #include <QSignalSpy>
-#include <QTest>
 
 namespace {
 
 /// "ask|next|-|movies|-|choose" and the like.
 QString layoutOf(const DestinationPopUp& popUp) {
-    static const QMap<DestinationItem::Kind, QString> names = {{DestinationItem::Kind::Ask, "ask"},
-                                                               {DestinationItem::Kind::NextToSource, "next"},
-                                                               {DestinationItem::Kind::Separator, "-"},
-                                                               {DestinationItem::Kind::Choose, "choose"},
-                                                               {DestinationItem::Kind::Clear, "clear"}};
+    using enum DestinationItem::Kind;
+    static const QMap<DestinationItem::Kind, QString> names = {
+        {Ask, "ask"}, {NextToSource, "next"}, {Separator, "-"}, {Choose, "choose"}, {Clear, "clear"}};
     QStringList parts;
     for (const DestinationItem& item : popUp.items())
         parts.append(names.value(item.kind, item.title));
@@ -47,6 +41,8 @@ public:
         destinations.restoreAtLaunch();
         return destinations;
     }
+    static QVariantList names() { return defaultArray(kDestinationNamesKey).value(); }
+    static int preselected() { return static_cast<int>(defaultInt(kDefaultDestinationKey)); }
 
     RecordingPanels panels;
     Destinations destinations{panels};
@@ -72,7 +68,7 @@ private Q_SLOTS:
         QCOMPARE(layoutOf(destinations.destinationPopUp()), "ask|next|-|choose");
         QCOMPARE(layoutOf(destinations.preferencesDestinationPopUp()), "ask|next|-|choose|clear");
         QCOMPARE(destinations.destinationPopUp().selected(), 0);
-        QCOMPARE(defaultInt(kDefaultDestinationKey), 0);
+        QCOMPARE(Home::preselected(), 0);
         QVERIFY(destinations.openedFolderFor(home.path("movies/x"))->securityScoped);  // While it runs.
     }
 
@@ -97,7 +93,7 @@ private Q_SLOTS:
         setDefaultInt(kHasUpgradedFromPre13Key, fromOldVersion ? 0 : 1);
         setDefaultInt(kDefaultDestinationKey, stored);
         Destinations& destinations = home.launch();
-        QCOMPARE(defaultInt(kDefaultDestinationKey), expected);
+        QCOMPARE(Home::preselected(), expected);
         QCOMPARE(defaultInt(kHasUpgradedFromPre13Key), 1);
         QCOMPARE(destinations.preferencesDestinationPopUp().selected(), expected);
     }
@@ -113,16 +109,9 @@ private Q_SLOTS:
              {"all", "ab", 3, "ab", "", 0}});
     }
     void goneFoldersComeBack() {
-        const auto [stored, preselected, gone, left, preselectedThen] =
-            row<QString, int, QString, QString, int>();
+        const auto [stored, preselected, gone, left, then] = row<QString, int, QString, QString, int>();
         Home home;
-        RecordingPanels panels;
-        const auto letters = [](const QString& text) {
-            QVariantList list;
-            for (const QChar letter : text)
-                list.append(QString(letter));
-            return list;
-        };
+        const auto joined = [] { return QVariant(Home::names()).toStringList().join(QString()); };
         const auto remove = [&] {
             for (const QChar letter : gone)
                 QDir(home.path()).rmdir(letter);
@@ -134,13 +123,13 @@ private Q_SLOTS:
         setDefaultInt(kDefaultDestinationKey, preselected);
         remove();
         {
-            Destinations destinations(panels);
+            Destinations destinations(home.panels);
             const QString text = destinations.restoreAtLaunch();
             for (const QChar letter : gone)
                 QVERIFY2(text.contains(home.path(letter)), qPrintable(text));
-            QCOMPARE(defaultArray(kDestinationNamesKey).value(), letters(left));
+            QCOMPARE(joined(), left);
             QCOMPARE(defaultArray(kDestinationBookmarksKey)->size(), left.size());
-            QCOMPARE(defaultInt(kDefaultDestinationKey), preselectedThen);
+            QCOMPARE(Home::preselected(), then);
 
             // While it runs, one folder after the other; the last one is chosen for a movie.
             destinations.rebuildDestinationPopUp();
@@ -151,24 +140,24 @@ private Q_SLOTS:
                 home.folder(gone[i]);
                 QTRY_COMPARE(message.count(), gone.size() - i);
             }
-            QCOMPARE(defaultArray(kDestinationNamesKey).value(), letters(stored));
-            QCOMPARE(defaultInt(kDefaultDestinationKey), preselected);
+            QCOMPARE(joined(), stored);
+            QCOMPARE(Home::preselected(), preselected);
             const DestinationPopUp& popUp = destinations.destinationPopUp();
             if (!left.isEmpty()) QCOMPARE(popUp.items()[popUp.selected()].title, left.right(1));
             QCOMPARE(folderaccess::openAccesses(home.path(stored.first(1))), 0);
         }
         // The same at a later launch.
         remove();
-        Destinations(panels).restoreAtLaunch();
-        QCOMPARE(defaultInt(kDefaultDestinationKey), preselectedThen);
-        Destinations(panels).restoreAtLaunch();
-        QCOMPARE(defaultArray(kDestinationNamesKey).value(), letters(left));
+        for (int launch = 0; launch < 2; ++launch) {
+            Destinations(home.panels).restoreAtLaunch();
+            QCOMPARE(Home::preselected(), then);
+            QCOMPARE(joined(), left);
+        }
         for (const QChar letter : gone)
             home.folder(letter);
-        Destinations later(panels);
-        QCOMPARE(later.restoreAtLaunch(), QString());
-        QCOMPARE(defaultArray(kDestinationNamesKey).value(), letters(stored));
-        QCOMPARE(defaultInt(kDefaultDestinationKey), preselected);
+        QCOMPARE(Destinations(home.panels).restoreAtLaunch(), QString());
+        QCOMPARE(joined(), stored);
+        QCOMPARE(Home::preselected(), preselected);
     }
 
     void whatTheUserChoseMeanwhileStays_data() {
@@ -180,61 +169,55 @@ private Q_SLOTS:
     void whatTheUserChoseMeanwhileStays() {
         const auto [names, preselected] = row<QVariantList, int>();
         const QString choice = QTest::currentDataTag();
-        const Home home;
-        RecordingPanels panels;
+        Home home;
         home.store({home.path("a"), home.folder("b")});
         setDefaultInt(kDefaultDestinationKey, DestinationPopUp::kFirstFolder);
         {
-            Destinations destinations(panels);
+            Destinations destinations(home.panels);
             destinations.restoreAtLaunch();
-            QCOMPARE(defaultInt(kDefaultDestinationKey), 0);
+            QCOMPARE(Home::preselected(), 0);
             if (choice == u"ask") destinations.setDefaultDestination(0);
             if (choice == u"next to the movie") destinations.setDefaultDestination(1);
             if (choice == u"clear") destinations.clearDestinations();
-            panels.folder = home.folder("a");
+            home.panels.folder = home.folder("a");
             if (choice == u"add") destinations.chooseNewDestination(DestinationPopUp::Place::AddSheet);
         }
-        Destinations(panels).restoreAtLaunch();
-        QCOMPARE(defaultArray(kDestinationNamesKey).value(), names);
-        QCOMPARE(defaultInt(kDefaultDestinationKey), preselected);
+        home.launch();
+        QCOMPARE(Home::names(), names);
+        QCOMPARE(Home::preselected(), preselected);
     }
 
     void everyFolderIsOpenButInASandbox() {
         for (const bool sandboxed : {false, true}) {
             Home home;
-            RecordingPanels panels;
             home.desktop.sandboxed = sandboxed;
             home.store({home.folder("a"), home.write("file")});
-            Destinations destinations(panels);
-            destinations.restoreAtLaunch();
+            const Destinations& destinations = home.launch();
             QCOMPARE(destinations.openedFolderFor("/other/b.mp4").has_value(), !sandboxed);
             QVERIFY(destinations.openedFolderFor(home.path("a/b.mp4"))->securityScoped);
             QCOMPARE(destinations.openedFolders().size(), sandboxed ? 1 : 2);
         }
     }
 
-    void choosingStoresAndSelects_data() {
-        addRows<bool, int>({{"preferences", false, 4}, {"add sheet", true, 0}});
-    }
-    void choosingStoresAndSelects() {
-        const auto [onTheSheet, defaultAfter] = row<bool, int>();
+    void choosingStores_data() { addRows<bool, int>({{"preferences", false, 4}, {"add sheet", true, 0}}); }
+    void choosingStores() {
+        const auto [onSheet, defaultAfter] = row<bool, int>();
         Home home;
         home.store({home.folder("a")});
         Destinations& destinations = home.launch();
         destinations.rebuildDestinationPopUp();
-        const auto place =
-            onTheSheet ? DestinationPopUp::Place::AddSheet : DestinationPopUp::Place::Preferences;
+        const auto place = onSheet ? DestinationPopUp::Place::AddSheet : DestinationPopUp::Place::Preferences;
         destinations.chooseNewDestination(place);  // Cancelled.
-        QCOMPARE(defaultArray(kDestinationNamesKey)->size(), 1);
+        QCOMPARE(Home::names().size(), 1);
 
         home.panels.folder = home.folder("b");
         destinations.chooseNewDestination(place);
-        QCOMPARE(home.panels.requests.last().over == FilePanels::Over::MainWindow, onTheSheet);
+        QCOMPARE(home.panels.requests.last().over == FilePanels::Over::MainWindow, onSheet);
         DestinationPopUp& asked =
-            onTheSheet ? destinations.destinationPopUp() : destinations.preferencesDestinationPopUp();
+            onSheet ? destinations.destinationPopUp() : destinations.preferencesDestinationPopUp();
         QCOMPARE(asked.selected(), 4);
         QCOMPARE(asked.items()[4].title, "b");
-        QCOMPARE(defaultInt(kDefaultDestinationKey), defaultAfter);
+        QCOMPARE(Home::preselected(), defaultAfter);
         QCOMPARE(destinations.openFolder(1), home.path("b"));
         folderaccess::stopAccessing(home.path("b"));
 
@@ -242,21 +225,20 @@ private Q_SLOTS:
         QVERIFY(QFile::link(home.path("b"), home.path("link")));
         home.panels.folder = home.path("link");
         destinations.chooseNewDestination(place);
-        QVERIFY(home.presenter.messages().last().startsWith("This destination is already bookmarked."));
-        QCOMPARE(home.presenter.shown.last().buttons.front().title, "D'oh");
-        QCOMPARE(home.presenter.shown.last().window,
-                 onTheSheet ? AlertWindow::Main : AlertWindow::Preferences);
+        const Alert& told = home.presenter.shown.last();
+        QVERIFY(told.message.startsWith("This destination is already bookmarked."));
+        QCOMPARE(told.buttons.front().title, "D'oh");
+        QCOMPARE(told.window, onSheet ? AlertWindow::Main : AlertWindow::Preferences);
         QCOMPARE(asked.selected(), 0);
-        QCOMPARE(defaultInt(kDefaultDestinationKey), 0);
-        QCOMPARE(defaultArray(kDestinationNamesKey)->size(), 2);
+        QCOMPARE(Home::preselected(), 0);
+        QCOMPARE(Home::names().size(), 2);
     }
 
     void theLastOpenedFolderThatBeginsThePathWins() {
         Home home;
         Destinations& destinations = home.destinations;
-        destinations.addOpenedFolder("/m");
-        destinations.addOpenedFolder("/m/a");
-        destinations.addOpenedFolder("/x");
+        for (const char* folder : {"/m", "/m/a", "/x"})
+            destinations.addOpenedFolder(folder);
         QCOMPARE(destinations.openedFolderFor("/m/a/b.mp4")->path, "/m/a");
         QCOMPARE(destinations.openedFolderFor("/movies/b.mp4")->path, "/m");
         QVERIFY(!destinations.openedFolderFor("/y/b.mp4"));

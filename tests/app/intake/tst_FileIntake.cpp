@@ -1,10 +1,14 @@
+#include "app/destinations/OutputName.h"
+#include "app/intake/AudioPreselection.h"
 #include "app/intake/FileIntake.h"
+#include "app/intake/Languages.h"
+#include "app/intake/MovieFiles.h"
 #include "fakes/FakeTool.h"
 #include "fakes/TestHome.h"
+#include "settings/Keys.h"
 #include "support/base/Files.h"
 
 #include <QSignalSpy>
-#include <QTest>
 
 #include <csignal>
 
@@ -40,7 +44,6 @@ private Q_SLOTS:
         QTRY_COMPARE(accepted.count(), 3);
         QCOMPARE(intake.fileInfo()->fileURL.toLocalFile(), a);
         QCOMPARE(intake.fileInfo()->subtitleFileURL.value(), QUrl::fromLocalFile(home.path("a.srt")));
-        QVERIFY(intake.fileInfo()->informationString.endsWith("Audiotracks: 1 (0+1)"));
         QCOMPARE(intake.bestLanguage().value(), 0);
         QCOMPARE(idle.count(), 0);
         intake.cancelAdd();
@@ -51,15 +54,119 @@ private Q_SLOTS:
     void endsTheProbeUnderWay() {
         const TestHome home;
         const FakeTool tool(home.path());
-        tool.setProbe(
-            "echo $$ > \"$folder/running.new\"; mv \"$folder/running.new\" \"$folder/running\"; exec sleep "
-            "1000");
+        tool.setProbe("cd \"$folder\"; echo $$ > new; mv new running; exec sleep 1000");
         auto intake = std::make_unique<FileIntake>(FileIntake::Messages::Scheduled);
         intake->openFiles({home.write("a.mkv")});
         QTRY_VERIFY(QFile::exists(tool.runningMark()));
         const pid_t process = files::contents(tool.runningMark())->trimmed().toInt();
         intake.reset();
         QVERIFY(process > 0 && ::kill(process, 0) != 0);
+    }
+
+    void sorting() {
+        const TestHome home;
+        const QString pictures = home.write("dvd.sub", QByteArray::fromHex("000001ba 72657374"));
+        const QString plain = home.write("text.sub", "{1}{2}Hello");
+        const auto sorted =
+            moviefiles::sorted({"/a/B.MKV", "/a/x.srt", pictures, plain, "/a/notes.txt", "/a/c.webm",
+                                "/a/x.ass", "/a/noextension", home.path("gone.sub")});
+        QCOMPARE(sorted.movies, (QStringList{"/a/B.MKV", "/a/c.webm"}));
+        QCOMPARE(sorted.subtitles,
+                 (moviefiles::SubtitleFiles{{"/a/x", "/a/x.ass"}, {home.path("text"), plain}}));
+        // Independent of the given order.
+        const QString other = home.path("text.srt");
+        for (const QStringList& paths : {QStringList{plain, other}, QStringList{other, plain}})
+            QCOMPARE(moviefiles::sorted(paths).subtitles.values(), QStringList(plain));
+    }
+
+    void subtitleMatching() {
+        const auto found = [](const QString& movie, QStringList subtitles) {
+            subtitles.replaceInStrings(QRegularExpression("^"), "/m/");
+            return moviefiles::subtitleFor("/m/" + movie, moviefiles::sorted(subtitles).subtitles).mid(3);
+        };
+        const QStringList both = {"Movie.srt", "Movie 2.srt"};
+        QCOMPARE(found("Movie.mkv", both), "Movie.srt");
+        QCOMPARE(found("Movie 2.mkv", both), "Movie 2.srt");
+        QCOMPARE(found("Movie.mkv", {"Movie 2.srt"}), "Movie 2.srt");
+        QCOMPARE(found("Movie.mkv", {"Movie.en.srt"}), "Movie.en.srt");
+        QCOMPARE(found("Movie 2.mkv", {"Movie.srt"}), "");
+        QCOMPARE(found("Movie.mkv", {"n/Movie.srt"}), "");
+        QCOMPARE(found("Movie.mkv", {"movie.srt"}), "");
+        QCOMPARE(found("A.mkv", {"Z.srt"}), "");
+    }
+
+    void foldersAreSearchedInNameOrder() {
+        const TestHome home;
+        for (const char* name : {"f/b.mkv", "f/a/z.mp4", "f/a/y.srt", "f/.hidden.mkv", "f/c.txt", "f/d.AVI"})
+            home.write(name);
+        QFile::link(home.path("f"), home.path("f/loop"));
+        QStringList expected{".hidden.mkv", "a/y.srt", "a/z.mp4", "b.mkv", "d.AVI"};
+        expected.replaceInStrings(QRegularExpression("^"), home.path("f/"));
+        QCOMPARE(moviefiles::filesBelow(home.path("f")), expected);
+        QCOMPARE(moviefiles::withFoldersSearched({"/x.mkv", home.path("f/a")}),
+                 (QStringList{"/x.mkv", home.path("f/a/y.srt"), home.path("f/a/z.mp4")}));
+    }
+
+    void languageCodes() {
+        QCOMPARE(languages::threeLetterCodes({"en-US", "de", "fr-CA", "bo", "aa", "zh_TW", "tlh-AQ", "C"}),
+                 (QStringList{"eng", "ger", "fre", "tib", "aar", "chi", "tlh-AQ", "C"}));
+        // Codes that are languages only in some tables; text that only looks like the end of a row.
+        QCOMPARE(languages::threeLetterCodes({"no-NO", "nb", "tl", "tw-GH", "bh", "e", ""}),
+                 (QStringList{"nor", "nob", "tgl", "twi", "bih", "e", ""}));
+        QCOMPARE(languages::twoLetterCodes({"en-US", "de"}), (QStringList{"en", "de"}));
+    }
+
+    void languagesToLookFor() {
+        const TestHome home;
+        for (const auto& [value, list] : {std::pair(0, "ger eng"), {2, "eng"}, {8, "rus"}, {9, "ger eng"}}) {
+            setDefaultInt(kDefaultAudioKey, value);
+            QCOMPARE(audiopreselection::languages({"ger", "eng"}).join(' '), list);
+        }
+    }
+
+    void preselection() {
+        const auto best = [](const QStringList& tracks) {
+            MKVFileInfo info;
+            for (const QString& track : tracks)
+                info.audioTrackInformation.append({track, 48000});
+            return audiopreselection::bestTrack(info, {"ger", "eng"}).value_or(-1);
+        };
+        QCOMPARE(best({"#1: eng (ac3)", "#2: ger (dts)"}), 1);  // The language before the codec.
+        QCOMPARE(best({"#1: ger (dts)", "#2: ger (aac)"}), 1);
+        QCOMPARE(best({"#1: ger (dts)", "#2: ger (ac3) [5.1]"}), 1);
+        QCOMPARE(best({"#1: ger (dts)", "#2: ger (flac)"}), 0);
+        QCOMPARE(best({"#1: fre (aac)", "#2: eng (dts)"}), 1);
+        QCOMPARE(best({"#1: fre (dts)", "#2: spa (ac3)", "#3: ita (aac)"}), 2);
+        QCOMPARE(best({}), -1);
+    }
+
+    void unusualAudioIsTold() {
+        TestHome home;
+        MKVFileInfo info;
+        info.audioTrackInformation = {{"#1: en US (dts)", 48000}, {"#2: unk (dts)", 48000}};
+        home.presenter.answer.response = 1001;
+        QCOMPARE(audiopreselection::bestTrack(info, {}).value(), 0);
+        QCOMPARE(home.presenter.shown.size(), 2);
+        QVERIFY(home.presenter.messages().first().startsWith("Warning: this file contains some unusual"));
+    }
+
+    void outputNames() {
+        const TestHome home;
+        QCOMPARE(outputname::outputFileName("a.b.mkv"), "a.b.mp4");
+        QCOMPARE(outputname::outputFileName(QString(252, 'x') + ".ts").size(), 255);
+        setDefaultInt(kDefaultExtensionKey, 1);
+        QCOMPARE(outputname::outputFileName("a.mkv"), "a.m4v");
+        QVERIFY(outputname::hasOutputExtension("/x/a.M4V") && !outputname::hasOutputExtension("/x.mp4/a"));
+    }
+
+    void sameFileByAnyPath() {
+        const TestHome home;
+        const QString movie = home.write("a.mkv");
+        QFile::link(movie, home.path("link.mkv"));
+        QVERIFY(outputname::isSameFile(movie, home.path("link.mkv")));
+        QVERIFY(outputname::isSameFile(movie, home.path("./a.mkv")));
+        QVERIFY(!outputname::isSameFile(movie, home.write("b.mkv")));
+        QVERIFY(!outputname::isSameFile(home.path("x"), home.path("y")));
     }
 };
 

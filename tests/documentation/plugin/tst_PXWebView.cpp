@@ -5,13 +5,11 @@
 #include "fakes/Table.h"
 #include "fakes/TestHome.h"
 
-#include <QApplication>
 #include <QDirIterator>
 #include <QProcess>
 #include <QTcpServer>
 #include <QTcpSocket>
-#include <QTest>
-#include <QWidget>
+#include <QtWidgets>
 
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -32,7 +30,7 @@ extern "C" const char* __lsan_default_suppressions() {
 
 namespace {
 
-constexpr int kMilliseconds = 60000;
+constexpr int kLimit = 60000;  // ms
 
 /// The page's title reports its zoom, whether it can scroll, and its colour.
 constexpr const char* kReportingPage = R"html(<!doctype html>
@@ -69,16 +67,17 @@ private:
         asked.append(path);
         const QByteArray page = pages.value(path, "<title>Not found</title>");
         socket.write("HTTP/1.1 " + QByteArray(pages.contains(path) ? "200 OK" : "404 Not Found") +
-                     "\r\nContent-Type: text/html\r\nConnection: close\r\nContent-Length: " +
-                     QByteArray::number(page.size()) + "\r\n\r\n" + page);
+                     "\r\nContent-Type: text/html\r\nConnection: close\r\n\r\n" + page);
         socket.disconnectFromHost();
     }
 };
 
+using Properties = std::initializer_list<std::pair<const char*, QVariant>>;
+
 /// A view in its own window.
 class Window : public QWidget {
 public:
-    Window(WebViewFactory& factory, const QString& documents) {
+    Window(WebViewFactory& factory, const QString& documents, Properties properties) {
         WebViewServices services;
         services.documentsFolder = documents;
         services.bundleIdentifier = "example.test";
@@ -87,12 +86,13 @@ public:
         view = factory.makeView(services, this);
         resize(400, 300);
         view->widget()->resize(size());
+        for (const auto& [name, value] : properties) {
+            if (view->widget()->metaObject()->indexOfProperty(name) < 0) qFatal("no property %s", name);
+            view->widget()->setProperty(name, value);
+        }
+        show();
     }
 
-    void set(const char* property, const QVariant& value) const {
-        QVERIFY(view->widget()->metaObject()->indexOfProperty(property) >= 0);
-        view->widget()->setProperty(property, value);
-    }
     QWidget* engineView() const {
         for (QWidget* child : view->widget()->findChildren<QWidget*>()) {
             if (child->inherits("QWebEngineView")) return child;
@@ -102,9 +102,9 @@ public:
     QString title() const { return engineView()->property("title").toString(); }
     /// Clicks repeatedly until the page has drawn the clicked element.
     bool click() const {
-        constexpr int kPatience =
-            500;  // A click too soon after the previous one would stop the navigation that it started.
-        for (int waited = 0; outside.isEmpty() && waited < kMilliseconds; waited += kPatience) {
+        // A click too soon after the previous one would stop the navigation that it started.
+        constexpr int kPatience = 500;
+        for (int waited = 0; outside.isEmpty() && waited < kLimit; waited += kPatience) {
             QTest::mouseClick(engineView()->focusProxy(), Qt::LeftButton, {}, QPoint(200, 150));
             if (QTest::qWaitFor([this] { return !outside.isEmpty(); }, kPatience)) return true;
         }
@@ -123,7 +123,6 @@ class PXWebViewTest : public QObject {
 
 public:
     static void initMain() {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
         if (::geteuid() == 0) qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
     }
 
@@ -134,8 +133,8 @@ private:
     std::unique_ptr<TestHome> m_home;
     std::unique_ptr<Server> m_server;
 
-    std::unique_ptr<Window> makeWindow() const {
-        return std::make_unique<Window>(*m_factory, m_home->path("documents"));
+    std::unique_ptr<Window> show(Properties properties) const {
+        return std::make_unique<Window>(*m_factory, m_home->path("documents"), properties);
     }
     void writeLocal(const QByteArray& body) const {
         m_home->write("documents/local page.html", "<!doctype html><title>Local</title>" + body);
@@ -163,15 +162,14 @@ private Q_SLOTS:
     }
 
     void engineObstacles_data() {
-        addRows<QByteArray, QByteArray, QString>({
-            {"nothing", "UNRELATED", "1", ""},
-            {"no program", "QTWEBENGINEPROCESS_PATH", "/nowhere",
-             "QtWebEngineProcess of Qt WebEngine is not installed."},
-            {"no resources", "QTWEBENGINE_RESOURCES_PATH", "/nowhere",
-             "qtwebengine_resources.pak of Qt WebEngine is not installed."},
-            {"root", "QTWEBENGINE_DISABLE_SANDBOX", "0",
-             ::geteuid() == 0 ? "Qt WebEngine does not run as root." : ""},
-        });
+        addRows<QByteArray, QByteArray, QString>(
+            {{"nothing", "UNRELATED", "1", ""},
+             {"no program", "QTWEBENGINEPROCESS_PATH", "/nowhere",
+              "QtWebEngineProcess of Qt WebEngine is not installed."},
+             {"no resources", "QTWEBENGINE_RESOURCES_PATH", "/nowhere",
+              "qtwebengine_resources.pak of Qt WebEngine is not installed."},
+             {"root", "QTWEBENGINE_DISABLE_SANDBOX", "0",
+              ::geteuid() == 0 ? "Qt WebEngine does not run as root." : ""}});
     }
     void engineObstacles() {
         const auto [variable, value, expected] = row<QByteArray, QByteArray, QString>();
@@ -208,21 +206,19 @@ private Q_SLOTS:
     void onlineCopyReplacesTheLocalPage() {
         writeLocal("one word, two words");
         m_server->pages["/example.test/page.html"] = "<title>Remote</title>another word";
-        const auto window = makeWindow();
-        window->set("localHTMLName", "local page.html");
-        window->set("remoteHTMLURL", m_server->address("/$(CFBundleIdentifier)/page.html"));
+        const auto window = show({{"localHTMLName", "local page.html"},
+                                  {"remoteHTMLURL", m_server->address("/$(CFBundleIdentifier)/page.html")}});
         QStringList titles;
         connect(window->engineView(), SIGNAL(titleChanged(QString)), window.get(),
                 SLOT(setWindowTitle(QString)));
         connect(window.get(), &QWidget::windowTitleChanged, this,
                 [&](const QString& title) { titles.append(title); });
-        window->show();
-        QTRY_COMPARE_WITH_TIMEOUT(window->title(), "Remote", kMilliseconds);
+        QTRY_COMPARE_WITH_TIMEOUT(window->title(), "Remote", kLimit);
         QVERIFY(titles.contains("Local"));
         QCOMPARE(window->failures + window->outside, QStringList());
         int found = -1;
         window->view->find("word", false, [&](int places) { found = places; });
-        QTRY_COMPARE_WITH_TIMEOUT(found, 1, kMilliseconds);
+        QTRY_COMPARE_WITH_TIMEOUT(found, 1, kLimit);
     }
 
     void theLocalPageStays() {
@@ -232,39 +228,49 @@ private Q_SLOTS:
         for (const QString& remote :
              {QString("http://127.0.0.1:1/page.html"), QString("http://nowhere.invalid/page.html"),
               m_server->address("/none")}) {
-            const auto window = makeWindow();
-            window->set("localHTMLName", "local page.html");
-            window->set("remoteHTMLURL", remote);
-            window->show();
-            QTRY_COMPARE_WITH_TIMEOUT(window->title(), "Local", kMilliseconds);
+            const auto window = show({{"localHTMLName", "local page.html"}, {"remoteHTMLURL", remote}});
+            QTRY_COMPARE_WITH_TIMEOUT(window->title(), "Local", kLimit);
             // When a second view has loaded its page, the first one would have finished, too.
-            const auto second = makeWindow();
-            second->set("localHTMLName", "local page.html");
-            second->set("remoteHTMLURL", m_server->address("/page.html"));
-            second->show();
-            QTRY_COMPARE_WITH_TIMEOUT(second->title(), "Remote", kMilliseconds);
+            const auto second = show({{"remoteHTMLURL", m_server->address("/page.html")}});
+            QTRY_COMPARE_WITH_TIMEOUT(second->title(), "Remote", kLimit);
             QCOMPARE(window->title(), "Local");
             QCOMPARE(window->failures + window->outside, QStringList());
         }
     }
 
+    void theContextMenuCopies() {
+        writeLocal("some words");
+        const auto window = show({{"localHTMLName", "local page.html"}});
+        QTRY_COMPARE_WITH_TIMEOUT(window->title(), "Local", kLimit);
+        const auto choose = [&](const QString& title) {
+            Q_EMIT window->engineView()->customContextMenuRequested({9, 9});
+            QWidget* menu = QApplication::activePopupWidget();
+            const auto actions = menu->actions();
+            const auto found = std::ranges::find(actions, title, &QAction::text);
+            if (found != actions.end()) (*found)->trigger();
+            menu->close();
+            return found != actions.end();
+        };
+        QVERIFY(!choose("&Copy"));  // Nothing is selected.
+        QVERIFY(choose("Select &All"));
+        QTRY_VERIFY_WITH_TIMEOUT(choose("&Copy"), kLimit);
+        QTRY_COMPARE_WITH_TIMEOUT(QApplication::clipboard()->text().trimmed(), "some words", kLimit);
+    }
+
     void otherAddressesLeaveTheView_data() {
-        addRows<QString, QString>({
-            {"foreign page", "href='https://foreign.example/a%20b?c'", "https://foreign.example/a b?c"},
-            {"in a new window", "target=_blank href='https://foreign.example/'", "https://foreign.example/"},
-            {"another local page", "href='other.html#place'", "file://%1/other.html#place"},
-        });
+        addRows<QString, QString>(
+            {{"foreign page", "href='https://foreign.example/a%20b?c'", "https://foreign.example/a b?c"},
+             {"in a new window", "target=_blank href='https://foreign.example/'", "https://foreign.example/"},
+             {"another local page", "href='other.html#place'", "file://%1/other.html#place"}});
     }
     void otherAddressesLeaveTheView() {
         const auto [link, outside] = row<QString, QString>();
         for (const bool onlyClicks : {false, true}) {
             writeLocal("<a style='position: fixed; inset: 0; font-size: 99px' " + link.toUtf8() + ">go</a>");
             m_home->write("documents/other.html", "<title>Other</title>");
-            const auto window = makeWindow();
-            window->set("localHTMLName", "local page.html");
-            window->set("openOnlyClicksInBrowser", onlyClicks);
-            window->show();
-            QTRY_COMPARE_WITH_TIMEOUT(window->title(), "Local", kMilliseconds);
+            const auto window =
+                show({{"localHTMLName", "local page.html"}, {"openOnlyClicksInBrowser", onlyClicks}});
+            QTRY_COMPARE_WITH_TIMEOUT(window->title(), "Local", kLimit);
             QVERIFY(window->click());
             QCOMPARE(window->outside.first(), QString(outside).replace("%1", m_home->path("documents")));
             QCOMPARE(window->title(), "Local");
@@ -277,28 +283,23 @@ private Q_SLOTS:
         m_server->pages["/page.html"] =
             "<title>Remote</title><script>location = '" + elsewhere.address("/").toUtf8() + "'</script>";
         for (const bool onlyClicks : {false, true}) {
-            const auto window = makeWindow();
-            window->set("remoteHTMLURL", m_server->address("/page.html"));
-            window->set("openOnlyClicksInBrowser", onlyClicks);
-            window->show();
+            const auto window = show({{"remoteHTMLURL", m_server->address("/page.html")},
+                                      {"openOnlyClicksInBrowser", onlyClicks}});
             if (onlyClicks) {
-                QTRY_COMPARE_WITH_TIMEOUT(window->title(), "Elsewhere", kMilliseconds);
+                QTRY_COMPARE_WITH_TIMEOUT(window->title(), "Elsewhere", kLimit);
                 QCOMPARE(window->outside, QStringList());
             } else {
-                QTRY_COMPARE_WITH_TIMEOUT(window->outside, QStringList(elsewhere.address("/")),
-                                          kMilliseconds);
+                QTRY_COMPARE_WITH_TIMEOUT(window->outside, QStringList(elsewhere.address("/")), kLimit);
                 QCOMPARE(elsewhere.asked, QStringList());
             }
         }
     }
 
     void scriptIsAClickOnlyAfterInput_data() {
-        addRows<QString, int, bool>({
-            {"by itself", "load", 100, false},
-            {"mouse", "mousedown", 0, true},
-            {"key", "keydown", 0, true},
-            {"long after the mouse", "mousedown", 3000, false},
-        });
+        addRows<QString, int, bool>({{"by itself", "load", 100, false},
+                                     {"mouse", "mousedown", 0, true},
+                                     {"key", "keydown", 0, true},
+                                     {"long after the mouse", "mousedown", 3000, false}});
     }
     /// The engine reports a script after loading as a link click.
     void scriptIsAClickOnlyAfterInput() {
@@ -312,31 +313,26 @@ private Q_SLOTS:
                 "setTimeout(() => location.href = '%2', %3); }, { once: true })</script>")
                 .arg(starts, elsewhere.address("/"), QString::number(milliseconds))
                 .toUtf8();
-        const auto window = makeWindow();
-        window->set("remoteHTMLURL", m_server->address("/page.html"));
-        window->set("openOnlyClicksInBrowser", true);
-        window->show();
-        QTRY_VERIFY_WITH_TIMEOUT(window->title() == u"Remote" || starts == u"load", kMilliseconds);
+        const auto window =
+            show({{"remoteHTMLURL", m_server->address("/page.html")}, {"openOnlyClicksInBrowser", true}});
+        QTRY_VERIFY_WITH_TIMEOUT(window->title() == u"Remote" || starts == u"load", kLimit);
         // The page does not accept events at once.
         const auto isStarted = [&] { return starts == u"load" || window->title() != u"Remote"; };
-        for (int tries = 0; !isStarted() && tries < kMilliseconds / 100; ++tries) {
+        for (int tries = 0; !isStarted() && tries < kLimit / 100; ++tries) {
             QWidget* target = window->engineView()->focusProxy();
             starts == u"keydown" ? QTest::keyClick(target, Qt::Key_A)
                                  : QTest::mouseClick(target, Qt::LeftButton, {}, QPoint(200, 150));
             std::ignore = QTest::qWaitFor(isStarted, 100);
         }
-        QTRY_VERIFY_WITH_TIMEOUT(!window->outside.isEmpty() || window->title() == u"Elsewhere",
-                                 kMilliseconds);
+        QTRY_VERIFY_WITH_TIMEOUT(!window->outside.isEmpty() || window->title() == u"Elsewhere", kLimit);
         QCOMPARE(window->outside, leaves ? QStringList(elsewhere.address("/")) : QStringList());
     }
 
     void zoomAndScrolling_data() {
-        addRows<QVariant, bool, QString, QString>({
-            {"neither", QVariant(), false, "none visible", "none visible"},
-            {"as good as 1", 1.00005, false, "none visible", "none visible"},
-            {"zoomed once", 1.25, false, "1.25 hidden", "none hidden"},
-            {"not scrolled", QVariant(), true, "none hidden", "none hidden"},
-        });
+        addRows<QVariant, bool, QString, QString>(
+            {{"neither", QVariant(), false, "none visible", "none visible"},
+             {"zoomed once", 1.25, false, "1.25 hidden", "none hidden"},
+             {"not scrolled", QVariant(), true, "none hidden", "none hidden"}});
     }
     void zoomAndScrolling() {
         const auto [factor, disableScrolling, first, second] = row<QVariant, bool, QString, QString>();
@@ -344,34 +340,28 @@ private Q_SLOTS:
                                         "<script>setInterval(async () => { if ((await fetch('/go')).ok) "
                                         "location.search = 'second' }, 50)</script>";
         m_server->pages["/page.html?second"] = kReportingPage;
-        const auto window = makeWindow();
-        window->set("remoteHTMLURL", m_server->address("/page.html"));
-        window->set("zoomFactor", factor);
-        window->set("disableScrolling", disableScrolling);
-        window->show();
-        QTRY_VERIFY_WITH_TIMEOUT(window->title().startsWith(first), kMilliseconds);
+        const auto window = show({{"remoteHTMLURL", m_server->address("/page.html")},
+                                  {"zoomFactor", factor},
+                                  {"disableScrolling", disableScrolling}});
+        QTRY_VERIFY_WITH_TIMEOUT(window->title().startsWith(first), kLimit);
         m_server->pages["/go"] = "now";
-        QTRY_VERIFY_WITH_TIMEOUT(m_server->asked.contains("/page.html?second"), kMilliseconds);
-        QTRY_VERIFY_WITH_TIMEOUT(window->title().startsWith(second), kMilliseconds);
+        QTRY_VERIFY_WITH_TIMEOUT(m_server->asked.contains("/page.html?second"), kLimit);
+        QTRY_VERIFY_WITH_TIMEOUT(window->title().startsWith(second), kLimit);
     }
 
     void aPageFollowsThePalette() {
         m_server->pages["/page.html"] = kReportingPage;
-        const auto window = makeWindow();
-        window->set("remoteHTMLURL", m_server->address("/page.html"));
-        window->show();
-        QTRY_VERIFY_WITH_TIMEOUT(window->title().endsWith("rgb(1, 1, 1)"), kMilliseconds);
+        const auto window = show({{"remoteHTMLURL", m_server->address("/page.html")}});
+        QTRY_VERIFY_WITH_TIMEOUT(window->title().endsWith("rgb(1, 1, 1)"), kLimit);
         QApplication::setPalette(QPalette(Qt::darkGray, Qt::black));
-        QTRY_VERIFY_WITH_TIMEOUT(window->title().endsWith("rgb(2, 2, 2)"), kMilliseconds);
+        QTRY_VERIFY_WITH_TIMEOUT(window->title().endsWith("rgb(2, 2, 2)"), kLimit);
         QApplication::setPalette({});
-        QTRY_VERIFY_WITH_TIMEOUT(window->title().endsWith("rgb(1, 1, 1)"), kMilliseconds);
+        QTRY_VERIFY_WITH_TIMEOUT(window->title().endsWith("rgb(1, 1, 1)"), kLimit);
     }
 
     void missingPageIsReportedOnce() {
-        const auto window = makeWindow();
-        window->set("localHTMLName", "missing.html");
-        window->show();
-        QTRY_COMPARE_WITH_TIMEOUT(window->failures.size(), 1, kMilliseconds);
+        const auto window = show({{"localHTMLName", "missing.html"}});
+        QTRY_COMPARE_WITH_TIMEOUT(window->failures.size(), 1, kLimit);
     }
 };
 

@@ -6,13 +6,6 @@
 #include "fakes/WindowedApplication.h"
 #include "ui/widgets/WindowMenu.h"
 
-#include <QAction>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMenu>
-#include <QStatusBar>
-#include <QTabWidget>
-
 namespace {
 
 constexpr int kPages = 6;
@@ -30,8 +23,11 @@ public:
     bool isLoaded(const QString& page) const {
         return !engine.views.isEmpty() && engine.views.last() && engine.views.last()->page() == page;
     }
-    QUrl address(const QString& name) const {
-        return QUrl::fromLocalFile(path("resources/documents/" + name));
+    QUrl address(const QString& name) const { return QUrl::fromLocalFile(page(name)); }
+    QString page(const QString& name) const { return path("resources/documents/" + name); }
+    void openQuickStart() {
+        delegate.openDocumentationWindow(0);
+        QTRY_VERIFY(isLoaded("quick-start.html"));
     }
     void press(const QString& keys) const {
         const QKeyCombination key = QKeySequence(keys)[0];
@@ -47,32 +43,20 @@ public:
 class DocumentationWindowTest : public QObject {
     Q_OBJECT
 
-public:
-    static void initMain() { qputenv("QT_QPA_PLATFORM", "offscreen"); }
-
 private Q_SLOTS:
     void theMenuOpensItsPage() {
         DocumentedApplication app;
         const QStringList pages = {"quickStartAction",      "audioAndPlayersAction", "subtitlesAction",
                                    "troubleshootingAction", "whatsNewAction",        "licencesAction"};
         for (int i = 0; i < kPages; ++i) {
-            const auto* action = app.find<QAction>(qPrintable(pages[i]));
+            auto* action = app.find<QAction>(qPrintable(pages[i]));
             QVERIFY(app.find<QMenu>("helpMenu")->actions().contains(action));
-            app.find<QAction>(qPrintable(pages[i]))->trigger();
+            action->trigger();
             QCOMPARE(app.tabs().count(), kPages);
             QCOMPARE(app.tabs().currentIndex(), i);
             QCOMPARE(action->text().remove('&'), app.tabs().tabText(i));
         }
         QCOMPARE(app.find<QAction>("quickStartAction")->shortcut(), QKeySequence("F1"));
-    }
-
-    void menuShowsTheMainWindow() {
-        DocumentedApplication app;
-        app.delegate.openDocumentationWindow(0);
-        app.window->close();
-        WindowedApplication::choose(*app.docs(), "windowMenu", "showMainWindowAction");
-        QVERIFY(app.window->isVisible());
-        QVERIFY(QTest::qWaitForWindowActive(app.window.get()));
     }
 
     void tags() {
@@ -90,11 +74,12 @@ private Q_SLOTS:
     void onlyWhatIsShownLoads() {
         DocumentedApplication app;
         app.delegate.openDocumentationWindow(2);
-        QVERIFY(app.docs()->isVisible());
+        QVERIFY(app.docs()->isVisible() && app.docs()->findChild<QAction*>("showMainWindowAction"));
         QVERIFY(app.engine.views.isEmpty());  // The window is painted first.
         QTRY_VERIFY(app.isLoaded("subtitles.html"));
         QCOMPARE(app.engine.views.size(), 1);
         QVERIFY(app.engine.views[0]->property("openOnlyClicksInBrowser").toBool());
+        QCOMPARE(app.engine.views[0]->property("remoteHTMLURL"), documentation::pages()[2].remoteHTMLURL);
         app.press("Ctrl+PgDown");
         QVERIFY(app.isLoaded("troubleshooting.html"));
         app.press("Ctrl+PgUp");
@@ -120,8 +105,7 @@ private Q_SLOTS:
 
     void linkTargets() {
         DocumentedApplication app;
-        app.delegate.openDocumentationWindow(0);
-        QTRY_VERIFY(app.isLoaded("quick-start.html"));
+        app.openQuickStart();
         const auto& leave = app.engine.views[0]->services.openInBrowser;
         QUrl troubles = app.address("troubleshooting.html");
         troubles.setFragment("no-sound");
@@ -140,8 +124,7 @@ private Q_SLOTS:
 
     void finding() {
         DocumentedApplication app;
-        app.delegate.openDocumentationWindow(0);
-        QTRY_VERIFY(app.isLoaded("quick-start.html"));
+        app.openQuickStart();
         QVERIFY(QTest::qWaitForWindowActive(app.docs()));
         app.press("Ctrl+F");
         const auto* bar = app.docs()->findChild<FindBar*>();
@@ -150,7 +133,11 @@ private Q_SLOTS:
         QTest::keyClicks(field, "here");
         QTest::keyClick(field, Qt::Key_Return);
         QTest::keyClick(field, Qt::Key_Return, Qt::ShiftModifier);
-        QCOMPARE(app.engine.views[0]->searches, QStringList({"h", "he", "her", "here", "here", "-here"}));
+        for (auto* button : bar->findChildren<QToolButton*>(Qt::FindDirectChildrenOnly).first(2)) {
+            QVERIFY(!button->geometry().intersects(field->geometry()));
+            QTest::mouseClick(button, Qt::LeftButton);
+        }
+        QCOMPARE(app.engine.views[0]->searches.join(' '), "h he her here here -here -here here");
         QTest::keyClicks(field, "!");
         QCOMPARE(bar->findChild<QLabel*>()->text(), "Not found");
         QTest::keyClick(field, Qt::Key_Escape);
@@ -163,35 +150,33 @@ private Q_SLOTS:
     void aPageThatCannotBeShown() {
         for (const bool isMissing : {true, false}) {  // Else its process crashes.
             DocumentedApplication app;
-            const QString page = app.path("resources/documents/quick-start.html");
-            if (isMissing) QVERIFY(QFile::remove(page));
-            app.delegate.openDocumentationWindow(0);
-            if (!isMissing) {
-                QTRY_VERIFY(app.isLoaded("quick-start.html"));
+            const QString page = app.page("quick-start.html");
+            if (isMissing) {
+                QVERIFY(QFile::remove(page));
+                app.delegate.openDocumentationWindow(0);
+            } else {
+                app.openQuickStart();
                 app.engine.views[0]->services.failed("killed");
             }
-            QTRY_VERIFY(app.docs()->findChild<QLabel*>("sentence"));
-            const auto* sentence = app.docs()->findChild<QLabel*>("sentence");
-            QTRY_VERIFY(sentence->isVisible());
-            QCOMPARE(sentence->text().contains(page), isMissing);
+            const QLabel* notice = nullptr;
+            QTRY_VERIFY((notice = app.docs()->findChild<QLabel*>("sentence")) && notice->isVisible());
+            QCOMPARE(notice->text().contains(page), isMissing);
         }
     }
 
     void withoutAnEngine_data() {
-        addRows<bool, bool, bool>({
-            {"not installed", true, true, false},
-            {"does not load", false, true, false},
-            {"no browser, too", true, false, false},
-            {"no page, too", true, true, true},
-        });
+        addRows<bool, bool, bool>({{"not installed", true, true, false},
+                                   {"does not load", false, true, false},
+                                   {"no browser, too", true, false, false},
+                                   {"no page, too", true, true, true}});
     }
     void withoutAnEngine() {
         const auto [isKnownBefore, hasBrowser, isMissing] = row<bool, bool, bool>();
         DocumentedApplication app;
         (isKnownBefore ? app.engine.speaksAgainst : app.engine.failure) = "It is not here.";
         app.desktop.opens = hasBrowser;
-        const QString page = app.path("resources/documents/audio-and-players.html");
-        if (isMissing) QDir(app.path("resources/documents")).removeRecursively();
+        const QString page = app.page("audio-and-players.html");
+        if (isMissing) QFile::remove(page);
         if (!isKnownBefore) {
             app.delegate.openDocumentationWindow(5);  // Needs no engine.
             QTRY_VERIFY(app.docs()->findChild<PXRTFView*>());

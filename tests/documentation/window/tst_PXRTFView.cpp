@@ -1,25 +1,20 @@
 #include "documentation/window/PXRTFView.h"
+#include "fakes/Logged.h"
 #include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Log.h"
 
-#include <QFile>
-#include <QImage>
-#include <QPixmap>
-#include <QTest>
+#include <QtWidgets>
 
 class PXRTFViewTest : public QObject {
     Q_OBJECT
 
-public:
-    static void initMain() { qputenv("QT_QPA_PLATFORM", "offscreen"); }
+    std::unique_ptr<TestHome> m_home;
+    std::unique_ptr<PXRTFView> m_view;
+    QList<QUrl> m_asked;
+    std::function<void(const QString&)> m_done;
 
-private:
-    QString logged() const {
-        QFile file(m_home->path("log"));
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    }
     /// Shows the view with these properties set as by an interface file.
     void show(const QString& name, const QString& address = {}) {
         m_view->setProperty("localRTFName", name);
@@ -41,7 +36,6 @@ private Q_SLOTS:
         m_home->write("resources/documents/notes.rtf",
                       "{\\rtf1\\b Notes\\b0\\par {\\field{\\*\\fldinst HYPERLINK "
                       "\"https://e.example/a\"}{\\fldrslt here}}}");
-        qn_log_enablecapturetofile(QUrl::fromLocalFile(m_home->path("log")), 0, kLogError);
         m_view = std::make_unique<PXRTFView>();
         m_asked.clear();
         m_done = {};
@@ -54,12 +48,12 @@ private Q_SLOTS:
         m_view->hide();
         m_view->show();
         QCOMPARE(m_view->toPlainText(), "Notes\nhere");
-        QVERIFY(m_asked.isEmpty() && logged().isEmpty());
+        QVERIFY(m_asked.isEmpty() && logged(kLogError).isEmpty());
     }
 
     void withoutName() {
         show({}, "https://e.example/");
-        QVERIFY(logged().contains("Error: localRTFName not set on PXRTFView"));
+        QVERIFY(logged(kLogError).join(' ').contains("Error: localRTFName not set on PXRTFView"));
         QVERIFY(m_asked.isEmpty());
     }
 
@@ -68,7 +62,7 @@ private Q_SLOTS:
         for (const char* name : {"missing.rtf", "no rich text.rtf"}) {
             m_view = std::make_unique<PXRTFView>();
             show(name);
-            QVERIFY(logged().contains(name));
+            QVERIFY(logged(kLogError).join(' ').contains(name));
             QVERIFY(m_view->toPlainText().contains(name));
         }
     }
@@ -87,14 +81,12 @@ private Q_SLOTS:
 
     void links_data() {
         // What is opened from the documents folder: its name only.
-        addRows<QString, bool, QString>({
-            {"page", "https://e.example/a", false, "https://e.example/a"},
-            {"file beside", "more.pdf", false, "more.pdf"},
-            {"script", "javascript:x", false, ""},
-            {"place in the document", "#a", false, ""},
-            {"beside a page", "b.html", true, "https://e.example/b.html"},
-            {"this machine's file", "file:///etc/passwd", true, ""},
-        });
+        addRows<QString, bool, QString>({{"page", "https://e.example/a", false, "https://e.example/a"},
+                                         {"file beside", "more.pdf", false, "more.pdf"},
+                                         {"script", "javascript:x", false, ""},
+                                         {"place in the document", "#a", false, ""},
+                                         {"beside a page", "b.html", true, "https://e.example/b.html"},
+                                         {"this machine's file", "file:///etc/passwd", true, ""}});
     }
     void links() {
         auto [link, fromElsewhere, opened] = row<QString, bool, QString>();
@@ -138,12 +130,6 @@ private Q_SLOTS:
                                 QUrl("../../outside.png"), QUrl("https://e.example/a.png")})
             QCOMPARE(widthOf(url), 1);
     }
-
-private:
-    std::unique_ptr<TestHome> m_home;
-    std::unique_ptr<PXRTFView> m_view;
-    QList<QUrl> m_asked;
-    std::function<void(const QString&)> m_done;
 };
 
 QTEST_MAIN(PXRTFViewTest)

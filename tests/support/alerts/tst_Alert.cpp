@@ -7,9 +7,6 @@
 #include "support/processes/Dispatch.h"
 #include "support/reports/ProblemReport.h"
 #include "support/reports/QuillonLib.h"
-#include "support/store/Defaults.h"
-
-#include <QTest>
 
 #include <thread>
 
@@ -29,6 +26,31 @@ private Q_SLOTS:
         alert_nonmodal_customicon_block("T", "M", "OK", "icon", [&] { pressed = true; });
         home.presenter.shownNonModal.first().completion(false);
         QVERIFY(pressed);
+    }
+
+    void controls() {
+        TestHome home;
+        home.presenter.answer = {kAlertSecondButton, false, "2"};
+        QString line, hidden, lines, colour = "#123456";
+        bool state = false;
+        qsizetype item = 0, radio = 0;
+        const QStringList many{"1", "2", "3", "4"};
+        const QStringList items{QString(150, 'a'), QString(80, 'b') + QString(71, 'c')};
+        for (const long answer :  // In the order of AlertControl.
+             {alert_input("P", many, line), alert_inputsecure("P", many, hidden),
+              alert_checkbox("T", "P", many, "Box", state), alert_colorwell("P", many, colour),
+              alert_inputtext("P", many, lines), alert_outputtext("P", "old", many),
+              alert_selection_popup("P", many, items, item), alert_selection_matrix("P", many, items, radio)})
+            QCOMPARE(answer, kAlertSecondButton);
+        const auto& shown = home.presenter.shown;
+        for (qsizetype i = 0; i < 8; ++i) {
+            QCOMPARE(shown[i].control, static_cast<AlertControl>(i + 1));
+            QVERIFY(shown[i].message == u"P" && shown[i].buttons.size() == 3);
+        }
+        QCOMPARE(QStringList({line, hidden, lines, colour}), QStringList(4, "2"));
+        QVERIFY(state && item == 2 && radio == 2);
+        QVERIFY(shown[3].value == "#123456" && shown[5].value == "old");
+        QCOMPARE(shown[7].items, QStringList({items[0], QString(70, 'b') + " […] " + QString(70, 'c')}));
     }
 
     void suppressedForThisVersion() {
@@ -57,6 +79,8 @@ private Q_SLOTS:
         QCOMPARE(defaultInt("_identifier_asked"), 1);
         alert_dontwarnagain_ever("identifier", "Error", "text", "OK", "Don't warn again");
         QCOMPARE(home.presenter.shown.size(), 1);
+        for (const long answer : {kAlertSecondButton, -1L})
+            QCOMPARE(_alert_dontwarnagain_prefs("key", "T", "M", "OK", "Cancel", "Box"), answer);
     }
 
     void movesToTheMainThread() {
@@ -100,6 +124,9 @@ private Q_SLOTS:
         std::thread waiting([&] { dispatch_sync_main([&] { order += 'c'; }); });
         QTRY_COMPARE(order, "abc");
         waiting.join();
+        QVERIFY(dispatch_sync_back_timeout([] {}, 60));
+        QVERIFY(dispatch_async_to_sync_resulthandler<bool>(
+            [](const auto& handler) { dispatch_async_back([handler] { handler(!isMainThread()); }); }));
         dispatch_async_back([&] { dispatch_after_main([&] { order += 'd'; }, 0.01F); });
         QTRY_COMPARE(order, "abcd");
     }

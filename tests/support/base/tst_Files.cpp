@@ -2,9 +2,6 @@
 #include "support/base/Files.h"
 #include "support/base/Volume.h"
 
-#include <QFile>
-#include <QTest>
-
 #include <sys/stat.h>
 
 class FilesTest : public QObject {
@@ -24,10 +21,10 @@ private Q_SLOTS:
         const TestHome home;
         const QString path = home.path("movie.mp4");
         QCOMPARE(files::uniqueFile(path), path);
-        home.write("movie.mp4");
-        QCOMPARE(files::uniqueFile(path), home.path("movie-0.mp4"));
-        home.write("movie-0.mp4");
-        QCOMPARE(files::uniqueFile(path), home.path("movie-1.mp4"));
+        for (const char* next : {"movie-0.mp4", "movie-1.mp4"}) {
+            home.write(QFileInfo(files::uniqueFile(path)).fileName());
+            QCOMPARE(files::uniqueFile(path), home.path(next));
+        }
         QCOMPARE(files::uniqueFile(home.write("movie")), home.path("movie-0."));
         QVERIFY(QFile::link(home.path("nowhere"), home.path("movie-1.mp4")));
         QCOMPARE(files::uniqueFile(path), home.path("movie-2.mp4"));
@@ -51,9 +48,8 @@ private Q_SLOTS:
         const QString path = home.path("movie.mp4");
         QCOMPARE(files::claimUniqueFile(path), path);
         QCOMPARE(files::claimUniqueFile(path), home.path("movie-0.mp4"));
-        const QString next =
-            files::claimUniqueFile(path, [](const QString& name) { return name.endsWith("-1.mp4"); });
-        QCOMPARE(next, home.path("movie-2.mp4"));
+        const auto isTaken = [](const QString& name) { return name.endsWith("-1.mp4"); };
+        QCOMPARE(files::claimUniqueFile(path, isTaken), home.path("movie-2.mp4"));
         QCOMPARE(files::claimUniqueFile("/proc/movie.mp4"), "/proc/movie.mp4");
     }
 
@@ -82,6 +78,14 @@ private Q_SLOTS:
         for (const char* name : {"movie.mkv", "link.mkv", "gone.mkv", "pipe.mkv"})
             QVERIFY2(!isAlias(name), name);
         QVERIFY(isAlias("dangling.mkv") && isAlias("alias.mkv"));
+    }
+
+    void temporaryPlacesArePrivate() {
+        const QString file = files::makeTempFilepath("txt");
+        const QString folder = files::makeTempDirectory();
+        for (const QString& path : {file, folder})
+            QVERIFY(!(QFile::permissions(path) & (QFile::ReadGroup | QFile::ReadOther)));
+        QVERIFY(file.endsWith(".txt") && QFile::remove(file) && QDir().rmdir(folder));
     }
 
     void addressesOfOtherKinds() {

@@ -23,8 +23,7 @@ int main(int argc, char** argv) {
         std::printf("%s\n", QJsonDocument(told).toJson(QJsonDocument::Compact).constData());
         std::fflush(stdout);
     };
-    QObject::connect(&instance, &SingleInstance::opened,
-                     [&tell](const QStringList& paths) { tell("opened", paths); });
+    QObject::connect(&instance, &SingleInstance::opened, [&](const auto& paths) { tell("opened", paths); });
     QObject::connect(&instance, &SingleInstance::activated, [&tell] { tell("activated", {}); });
     switch (instance.begin(arguments.mid(3))) {
         case SingleInstance::Role::First:

@@ -6,6 +6,7 @@ import subprocess
 import sys
 import tempfile
 import unittest
+from pathlib import Path
 
 import dbus
 import dbus.bus
@@ -63,15 +64,18 @@ class DesktopTest(dbusmock.DBusTestCase):
     def tearDown(self):
         self.assertEqual(self.probe.quit(), 0)
 
-    def mock(self, name, path, interface, system=False):
+    def mock(self, name, path, interface, *method, system=False):
+        """A service with this method: its name, types of arguments and of the answer, and code."""
         server = self.spawn_server(name, path, interface, system_bus=system)
         self.addCleanup(server.wait)
         self.addCleanup(server.terminate)
         bus = self.system if system else self.session
-        return dbus.Interface(bus.get_object(name, path), dbusmock.MOCK_IFACE)
+        mock = dbus.Interface(bus.get_object(name, path), dbusmock.MOCK_IFACE)
+        mock.AddMethod("", *method)
+        return mock
 
-    def portal(self, interface, name=PORTAL):
-        return self.mock(name, PORTAL_PATH, "org.freedesktop.portal." + interface)
+    def portal(self, interface, *method, name=PORTAL):
+        return self.mock(name, PORTAL_PATH, "org.freedesktop.portal." + interface, *method)
 
     def folder(self):
         folder = tempfile.TemporaryDirectory()
@@ -85,26 +89,21 @@ class DesktopTest(dbusmock.DBusTestCase):
     def restart_with_opener(self, then=""):
         """Puts a folder first in the search path, whose xdg-open writes its argument to the file "opened"."""
         folder = self.folder()
-        opener = os.path.join(folder, "xdg-open")
-        with open(opener, "w", encoding="utf-8") as file:
-            file.write(f'#!/bin/sh\necho chatter\necho "$1" >{folder}/new && mv {folder}/new {folder}/opened\n'
-                       f'cd {folder}\n{then}\n')
-        os.chmod(opener, 0o755)
+        opener = Path(folder, "xdg-open")
+        opener.write_text(f'#!/bin/sh\necho chatter\ncd {folder}\necho "$1" >new && mv new opened\n{then}\n')
+        opener.chmod(0o755)
         self.restart(PATH=f"{folder}:{os.environ['PATH']}")
         return folder
 
     def content(self, path):
         wait_until(lambda: os.path.exists(path) and os.path.getsize(path), path)
-        with open(path, encoding="utf-8") as file:
-            return file.read().strip()
+        return Path(path).read_text("utf-8").strip()
 
     def inhibiting_file(self):
         """A logind whose lock is our open file, so that the holder's descriptors show it."""
-        logind = self.mock("org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager", system=True)
-        folder = self.folder()
-        lock = os.path.join(folder, "lock")
-        logind.AddMethod("", "Inhibit", "ssss", "h", f"import os; ret = dbus.types.UnixFd(open({lock!r}, 'w'))")
-        return logind, lock
+        lock = os.path.join(self.folder(), "lock")
+        return self.mock("org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager", "Inhibit",
+                         "ssss", "h", f"import os; ret = dbus.types.UnixFd(open({lock!r}, 'w'))", system=True), lock
 
     def test_sleep_is_held_off_until_released(self):
         logind, lock = self.inhibiting_file()
@@ -125,8 +124,8 @@ class DesktopTest(dbusmock.DBusTestCase):
 
     def test_sleep_is_held_off_through_the_portal(self):
         self.restart("--flatpak")
-        portal = self.portal("Inhibit")
-        portal.AddMethod("", "Inhibit", "sua{sv}", "o", "ret = dbus.ObjectPath('/request/' + str(len(self.call_log)))")
+        portal = self.portal("Inhibit", "Inhibit", "sua{sv}", "o",
+                             "ret = dbus.ObjectPath('/request/' + str(len(self.call_log)))")
         for number in (1, 2):
             portal.AddObject(f"/request/{number}", "org.freedesktop.portal.Request", {}, [("Close", "", "", "")])
         requests = [dbus.Interface(self.session.get_object(PORTAL, f"/request/{number}"), dbusmock.MOCK_IFACE)
@@ -140,8 +139,7 @@ class DesktopTest(dbusmock.DBusTestCase):
 
     def test_notification_with_an_action(self):
         service = "org.freedesktop.Notifications"
-        daemon = self.mock(service, "/org/freedesktop/Notifications", service)
-        daemon.AddMethod("", "Notify", "susssasa{sv}i", "u", "ret = 7")
+        daemon = self.mock(service, "/org/freedesktop/Notifications", service, "Notify", "susssasa{sv}i", "u", "ret = 7")
         self.probe.send("notify Finished|a < b|Show|/movies/a b.mp4")
         self.probe.send("settle")  # An immediate reply has been handled by now.
         call = wait_until(lambda: daemon.GetMethodCalls("Notify"), "the notification")[0][1]
@@ -162,8 +160,7 @@ class DesktopTest(dbusmock.DBusTestCase):
 
     def test_notification_through_the_portal(self):
         self.restart("--flatpak")
-        portal = self.portal("Notification")
-        portal.AddMethod("", "AddNotification", "sa{sv}", "", "")
+        portal = self.portal("Notification", "AddNotification", "sa{sv}", "", "")
         self.probe.send("notify Finished|text|Show|/a.mp4")
         call = wait_until(lambda: portal.GetMethodCalls("AddNotification"), "the notification")[0][1]
         self.assertEqual(call[1]["title"], "Finished")
@@ -173,8 +170,7 @@ class DesktopTest(dbusmock.DBusTestCase):
 
     def test_reveal(self):
         name = "org.freedesktop.FileManager1"
-        manager = self.mock(name, "/org/freedesktop/FileManager1", name)
-        manager.AddMethod("", "ShowItems", "ass", "", "")
+        manager = self.mock(name, "/org/freedesktop/FileManager1", name, "ShowItems", "ass", "", "")
         self.probe.send("reveal /movies/a #100% ü.mp4")
         call = wait_until(lambda: manager.GetMethodCalls("ShowItems"), "the call")[0][1]
         self.assertEqual(call[0], ["file:///movies/a%20%23100%25%20%C3%BC.mp4"])
@@ -190,8 +186,7 @@ class DesktopTest(dbusmock.DBusTestCase):
         self.assertEqual(self.content(f"{folder}/opened"), "mailto:a@b.example?subject=x%20y%26z")
         self.probe.send("open no-scheme?subject=x", "not opened")
 
-        portal = self.portal("OpenURI")
-        portal.AddMethod("", "OpenURI", "ssa{sv}", "o", "ret = dbus.ObjectPath('/request')")
+        portal = self.portal("OpenURI", "OpenURI", "ssa{sv}", "o", "ret = dbus.ObjectPath('/request')")
         portal.AddMethod("", "OpenFile", "sha{sv}", "o",
                          "import os; open('{0}/file', 'w').write(os.readlink(f'/proc/self/fd/{{args[1].take()}}')); "
                          "ret = dbus.ObjectPath('/request')".format(folder))
@@ -233,8 +228,7 @@ class DesktopTest(dbusmock.DBusTestCase):
                                 for fraction, visible in ((0.25, True), (1, True), (0, False), (0.5, True))])
 
     def test_appearance_of_a_portal_that_comes_late(self):
-        portal = self.portal("Settings", "example.stand.in")
-        portal.AddMethod("", "Appear", "", "", f"self.connection.request_name({PORTAL!r})")
+        portal = self.portal("Settings", "Appear", "", "", f"self.connection.request_name({PORTAL!r})", name="example.stand.in")
         portal.AddMethod("", "ReadAll", "as", "a{sa{sv}}",
                          "ret = {'org.freedesktop.appearance': {'color-scheme': dbus.UInt32(1), 'contrast': 'x'}, "
                          "'org.gnome.desktop.interface': {'enable-animations': dbus.Boolean(False, variant_level=2)}}")

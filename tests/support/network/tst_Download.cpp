@@ -3,10 +3,8 @@
 #include "fakes/TestHome.h"
 #include "support/base/Format.h"
 #include "support/network/Download.h"
-#include "support/store/Defaults.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QProcess>
 #include <QScopeGuard>
 #include <QSslCertificate>

@@ -3,9 +3,9 @@
 #include "support/base/Format.h"
 #include "support/processes/ChildProcess.h"
 #include "support/processes/ProcessRunner.h"
-#include "support/store/Defaults.h"
 
-#include <QTest>
+#include <QBuffer>
+#include <QProcess>
 
 #include <csignal>
 #include <thread>
@@ -32,8 +32,7 @@ private Q_SLOTS:
     }
 
     void fullPipesDoNotBlockTheChild() {
-        const auto text = runAsTask(
-            shell("head -c 300000 /dev/zero | tr '\\0' e >&2; head -c 300000 /dev/zero | tr '\\0' o"));
+        const auto text = runAsTask(shell("for stream in 1 2; do yes | head -c 300000 >&$stream; done"));
         QCOMPARE(text->size(), 600001);
     }
 
@@ -50,8 +49,7 @@ private Q_SLOTS:
         QVERIFY(!runAsTaskWithTerminationStatus({"/nowhere/tool", "a"}, &status, Polling::Off));
         QCOMPARE(status, 42);
         QVERIFY(logged().join(' ').contains("while trying to perform task /nowhere/tool a"));
-        QVERIFY_THROWS_EXCEPTION(std::system_error,
-                                 runAsTaskWithProgressBlock({"/nowhere/tool"}, [](const auto&) {}));
+        QVERIFY_THROWS_EXCEPTION(std::system_error, runAsTaskWithProgressBlock({"/nowhere/tool"}, {}));
     }
 
     void longArgumentsAreLogged() {
@@ -60,6 +58,19 @@ private Q_SLOTS:
         QVERIFY(runAsTask(command) && logged().isEmpty());  // At the limit.
         QVERIFY(runAsTask(command << "x"));
         QVERIFY(logged().join(' ').contains("task argument size approaching or above limit"));
+    }
+
+    void numbersAndTimeLimit() {
+        QByteArray bytes("\x00\x00\x01\xba\x00\x00\x80\x3f\x01", 9);
+        QBuffer buffer(&bytes);
+        QVERIFY(buffer.open(QIODevice::ReadOnly));
+        QCOMPARE(readInt(buffer).value(), 0xba010000U);
+        QCOMPARE(readFloat(buffer).value(), 1.0F);
+        QVERIFY(!readInt(buffer));
+        QProcess slow;
+        slow.start("/bin/sleep", {"60"});
+        QVERIFY(waitUntilExitWithTimeout(slow, 0.1));
+        QCOMPARE(slow.state(), QProcess::NotRunning);
     }
 
     /// Last: an interruption is for good.

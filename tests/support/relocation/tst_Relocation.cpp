@@ -3,8 +3,6 @@
 #include "support/relocation/MountTable.h"
 #include "support/relocation/PXAppMovedHandler.h"
 
-#include <QDir>
-
 #include <sys/inotify.h>
 
 namespace {
@@ -13,7 +11,7 @@ constexpr int kLatencyMilliseconds = 50;
 
 /// An application folder, and the record of its restarts.
 struct Place : TestHome {
-    explicit Place(int latencyMilliseconds = kLatencyMilliseconds) {
+    explicit Place(int latency = kLatencyMilliseconds) {
         write("disk/app/bin/program");
         qputenv("RAVELIN_RESOURCES", path("disk/app/resources").toUtf8());
         const auto giveWay = [this](const QString& newPath, const Block& launch) {
@@ -24,8 +22,7 @@ struct Place : TestHome {
             restarts.append(newPath);
             return startsAnew;
         };
-        handler =
-            PXAppMovedHandler::startMoveObservation({giveWay, launch}, path("disk/app"), latencyMilliseconds);
+        handler = PXAppMovedHandler::startMoveObservation({giveWay, launch}, path("disk/app"), latency);
     }
     ~Place() { qunsetenv("RAVELIN_RESOURCES"); }
     void move(const QString& from, const QString& to) const { QVERIFY(QDir().rename(path(from), path(to))); }

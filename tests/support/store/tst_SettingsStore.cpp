@@ -1,11 +1,7 @@
 #include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "support/base/Files.h"
-#include "support/store/Defaults.h"
 #include "support/store/SettingsFile.h"
-
-#include <QFile>
-#include <QUrl>
 
 #include <array>
 #include <csignal>
@@ -16,11 +12,16 @@
 class SettingsStoreTest : public QObject {
     Q_OBJECT
 
+    static QVariantMap onDisk(const SettingsStore& store) {
+        return settingsfile::decoded(files::contents(store.filePath()).value()).value();
+    }
+
 private Q_SLOTS:
     void valuesComeBackAsWhatTheyWere() {
         for (const QVariant& value : std::initializer_list<QVariant>{
                  qint64{9007199254740993}, qint64{-1}, 100.0, 0.1, "12", "\"\\\n\t€ü\u2028",
-                 QByteArray("\0\xff/folder", 9), QUrl("file:///a%20b"), QVariantList{"only"}, QVariantList(),
+                 QByteArray("\0\xff/folder", 9), QUrl("file:///a%20b"),
+                 QDateTime::fromMSecsSinceEpoch(1, Qt::UTC), QVariantList{"only"}, QVariantList(),
                  QVariantMap{{"a", qint64{1}}, {"b", QVariantList{2.5}}},
                  QVariantMap{{"$data", "looks marked"}}}) {
             const QVariantMap map = settingsfile::decoded(settingsfile::encoded({{"key", value}})).value();
@@ -32,15 +33,14 @@ private Q_SLOTS:
     void coercion_data() {
         constexpr float infinity = std::numeric_limits<float>::infinity();
         const QString none;
-        addRows<QVariant, qint64, float, QString>(
-            {{"missing", QVariant(), 0, 0.0F, none},
-             {"number", QVariant(qint64{7}), 7, 7.0F, "7"},
-             {"real", QVariant(2.9), 2, 2.9F, "2.9"},
-             {"text that begins with a number", QVariant("12.5 apples"), 12, 12.5F, "12.5 apples"},
-             {"truth", QVariant(true), 1, 1.0F, "1"},
-             {"list", QVariant(QVariantList{1}), 0, 0.0F, none},
-             {"data", QVariant(QByteArray("5")), 0, 0.0F, none},
-             {"beyond an integer", QVariant(1e300), 0, infinity, "1e+300"}});
+        addRows<QVariant, qint64, float, QString>({{"missing", QVariant(), 0, 0.0F, none},
+                                                   {"number", qint64{7}, 7, 7.0F, "7"},
+                                                   {"real", 2.9, 2, 2.9F, "2.9"},
+                                                   {"text", "12.5 apples", 12, 12.5F, "12.5 apples"},
+                                                   {"truth", true, 1, 1.0F, "1"},
+                                                   {"list", QVariantList{1}, 0, 0.0F, none},
+                                                   {"data", QByteArray("5"), 0, 0.0F, none},
+                                                   {"too great", 1e300, 0, infinity, "1e+300"}});
     }
     void coercion() {
         const auto [value, integer, real, text] = row<QVariant, qint64, float, QString>();
@@ -50,6 +50,17 @@ private Q_SLOTS:
         QCOMPARE(defaultFloat("key"), real);
         QCOMPARE(defaultString("key").has_value(), !text.isNull());
         QCOMPARE(defaultString("key").value_or(QString()), text);
+    }
+
+    void otherTypes() {
+        const TestHome home;
+        setDefaultURL("url", QUrl("file:///a%20b"));
+        setDefaultFloat("real", 1.5F);
+        setDefaultDict("map", QVariantMap{{"a", 1}});
+        QCOMPARE(defaultURL("url").value(), QUrl("file:///a%20b"));
+        QCOMPARE(defaultFloat("real"), 1.5F);
+        QCOMPARE(defaultDict("map").value(), (QVariantMap{{"a", 1}}));
+        QVERIFY(!defaultURL("real") && !defaultDict("url") && !defaultArray("map"));
     }
 
     void boundedHistory() {
@@ -71,8 +82,7 @@ private Q_SLOTS:
         store.setOverride("key", 3);
         QCOMPARE(store.object("key"), QVariant(3));
         QVERIFY(store.synchronise());
-        const QVariantMap onDisk = settingsfile::decoded(files::contents(store.filePath()).value()).value();
-        QCOMPARE(onDisk, (QVariantMap{{"key", qint64{2}}}));
+        QCOMPARE(onDisk(store), (QVariantMap{{"key", qint64{2}}}));
     }
 
     void twoInstancesLoseNothing() {
@@ -93,8 +103,7 @@ private Q_SLOTS:
         QVERIFY(first.synchronise());
         reported.sort();
         QCOMPARE(reported, (QStringList{"removed", "second", "shared"}));
-        const QVariantMap both{{"first", qint64{1}}, {"second", qint64{2}}, {"shared", "new"}};
-        QCOMPARE(settingsfile::decoded(files::contents(path).value()).value(), both);
+        QCOMPARE(onDisk(first), (QVariantMap{{"first", 1LL}, {"second", 2LL}, {"shared", "new"}}));
         QCOMPARE(first.object("shared").toString(), "new");  // What the other one wrote is taken over.
     }
 
@@ -167,7 +176,7 @@ private Q_SLOTS:
         }
         for (std::thread& thread : threads)
             thread.join();
-        QCOMPARE(settingsfile::decoded(files::contents(store.filePath()).value())->size(), 200);
+        QCOMPARE(onDisk(store).size(), 200);
     }
 
     void changesAreReportedOnceUntilSaved() {

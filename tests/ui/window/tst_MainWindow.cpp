@@ -1,21 +1,14 @@
 #include "fakes/OpenedMail.h"
+#include "fakes/Table.h"
 #include "fakes/WindowedApplication.h"
 #include "ui/help/AboutWindow.h"
+#include "ui/look/TabularText.h"
 #include "ui/preferences/PreferencesWindow.h"
+#include "ui/window/JobListModel.h"
+#include "ui/window/QueueSummary.h"
 
-#include <QAction>
-#include <QApplication>
-#include <QClipboard>
-#include <QComboBox>
-#include <QDropEvent>
-#include <QLabel>
-#include <QMenu>
-#include <QMimeData>
-#include <QPushButton>
+#include <QAbstractItemModelTester>
 #include <QSignalSpy>
-#include <QStackedWidget>
-#include <QStatusBar>
-#include <QToolBar>
 
 using jobrow::Button;
 
@@ -40,8 +33,10 @@ bool dragAndDrop(MainWindow& window, const QList<QUrl>& urls) {
 /// A window whose queue has these movies, the first one on top. No conversion ends before `finish()`.
 class Queued : public WindowedApplication {
 public:
-    explicit Queued(QStringList names = {}) {
+    enum class Begins { Running, Paused };
+    explicit Queued(QStringList names = {}, Begins begins = Begins::Running) {
         tool.setConversion(FakeTool::waitFor(path("go")));
+        if (begins == Begins::Paused) queue().pauseContinueClicked(true);
         while (!names.isEmpty())
             add(names.takeLast());
     }
@@ -50,17 +45,7 @@ public:
         write("go");
         QTRY_COMPARE_WITH_TIMEOUT(queue().jobCountWithState(JobState::Finished), count, kPatience);
     }
-    /// Opens the movies and waits until the first one is probed.
-    void open(const QStringList& names) {
-        QStringList paths;
-        for (const QString& name : names)
-            paths.append(write(name));
-        delegate.openFiles(paths);
-        waitForSheet();
-    }
-    void waitForSheet() { QTRY_VERIFY_WITH_TIMEOUT(sheetIsReady(), kPatience); }
     void press(Qt::Key key) const { QTest::keyClick(&list(), key); }
-    void clickOn(const char* name) const { QTest::mouseClick(find<QWidget>(name), Qt::LeftButton); }
 };
 
 QStringList enabledTitles(const QMenu& menu) {
@@ -77,31 +62,24 @@ QStringList enabledTitles(const QMenu& menu) {
 class MainWindowTest : public QObject {
     Q_OBJECT
 
-public:
-    static void initMain() { qputenv("QT_QPA_PLATFORM", "offscreen"); }
-
 private Q_SLOTS:
     void tenMoviesAndTwoSubtitlesAreDropped() {
         WindowedApplication app;
         QList<QUrl> urls;
-        for (int i = 0; i < 10; ++i)
-            urls.append(QUrl::fromLocalFile(app.write(QStringLiteral("Movie %1.mkv").arg(i))));
-        for (const char* name : {"Movie 3.srt", "Movie 7.en.ass"})
-            urls.append(QUrl::fromLocalFile(app.write(name)));
+        for (const char* name : {"0.mkv", "1.mkv", "2.mkv", "3.mkv", "4.mkv", "5.mkv", "6.mkv", "7.mkv",
+                                 "8.mkv", "9.mkv", "3.srt", "7.en.ass"})
+            urls.append(QUrl::fromLocalFile(app.write(QString("Movie ") + name)));
         QCOMPARE(app.find<QStackedWidget>("pages")->currentWidget()->objectName(), "emptyView");
         QVERIFY(dragAndDrop(*app.window, urls));
         auto* sheet = app.find<QWidget>("addSheetView");
         QTRY_COMPARE(sheet->height(), qMax(117, sheet->minimumSizeHint().height()));
         for (int i = 0; i < 10; ++i) {
-            QTRY_VERIFY_WITH_TIMEOUT(app.sheetIsReady(), kPatience);
+            QTRY_VERIFY_WITH_TIMEOUT(app.isReady(), kPatience);
             QCOMPARE(app.find<QComboBox>("audioPopUp")->currentText(), "#1: eng (ac3)");
             QCOMPARE(app.find<QComboBox>("destinationPopUp")->currentText(), "out");
             // One with the mouse, one with the keyboard, whose focus is on the sheet.
-            if (i % 2 == 0) {
-                QTest::mouseClick(app.find<QPushButton>("addButton"), Qt::LeftButton);
-            } else {
-                QTest::keyClick(app.window->focusWidget(), Qt::Key_Return);
-            }
+            i % 2 == 0 ? QTest::mouseClick(app.find<QPushButton>("addButton"), Qt::LeftButton)
+                       : QTest::keyClick(app.window->focusWidget(), Qt::Key_Return);
             QCOMPARE(app.queue().count(), i + 1);
         }
         QTRY_VERIFY(!sheet->isVisible());
@@ -109,19 +87,16 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(app.path("out/Movie 3.mp4")));
         QVERIFY(app.job(3)->fileInfo().subtitleFileURL && app.job(7)->fileInfo().subtitleFileURL);
         QCOMPARE(app.list().model()->rowCount(), 10);
-        QTest::mouseClick(qobject_cast<QWidget*>(app.find<QToolBar>("toolBar")->widgetForAction(
-                              app.find<QAction>("cleanAction"))),
-                          Qt::LeftButton);
+        auto* clean = app.find<QAction>("cleanAction");
+        QTest::mouseClick(app.find<QToolBar>("toolBar")->widgetForAction(clean), Qt::LeftButton);
         QCOMPARE(app.find<QStackedWidget>("pages")->currentWidget()->objectName(), "emptyView");
-        QVERIFY(!app.find<QAction>("cleanAction")->isEnabled());
+        QVERIFY(!clean->isEnabled());
     }
 
     void uselessDropsAreRefusedWithTheReason() {
         const WindowedApplication app;
         QVERIFY(!dragAndDrop(*app.window, {QUrl::fromLocalFile(app.write("notes.pdf"))}));
         QCOMPARE(app.find<QStatusBar>("statusBar")->currentMessage(), "“notes.pdf” is not a movie.");
-        QVERIFY(!dragAndDrop(*app.window, {QUrl("https://films.example/a.mkv")}));
-        QVERIFY(app.find<QStatusBar>("statusBar")->currentMessage().contains("Only files of this computer"));
     }
 
     void rowsByMouse() {
@@ -194,10 +169,7 @@ private Q_SLOTS:
     }
 
     void aMenuStaysItsJobs() {
-        Queued app;
-        app.queue().pauseContinueClicked(true);
-        app.add("b.mkv");
-        app.add("a.mkv");
+        Queued app({"a.mkv", "b.mkv"}, Queued::Begins::Paused);
         app.select(0);
         QMenu menu;
         app.list().fillMenu(menu);
@@ -209,10 +181,7 @@ private Q_SLOTS:
     }
 
     void heldKeysAndDoubleClicksRemoveOneRow() {
-        Queued app;
-        app.queue().pauseContinueClicked(true);
-        for (const char* name : {"d.mkv", "c.mkv", "b.mkv", "a.mkv"})
-            app.add(name);
+        Queued app({"a.mkv", "b.mkv", "c.mkv", "d.mkv"}, Queued::Begins::Paused);
         const QPoint remove = app.centreOf(0, Button::Remove);
         QTest::mouseClick(app.list().viewport(), Qt::LeftButton, {}, remove);
         QTest::mouseDClick(app.list().viewport(), Qt::LeftButton, {}, remove);
@@ -230,7 +199,7 @@ private Q_SLOTS:
         Queued app({"running.mkv"});
         app.list().setFocus();
         app.select(0);
-        app.open({"a.mkv", "b.mkv"});
+        QVERIFY(app.open({"a.mkv", "b.mkv"}));
         QCOMPARE(app.window->focusWidget(), app.find<QPushButton>("addButton"));
         QTest::keyClick(app.window->focusWidget(), Qt::Key_Space);
         QCOMPARE(app.queue().count(), 2);
@@ -241,11 +210,11 @@ private Q_SLOTS:
         QCOMPARE(app.job(1)->state(), JobState::Converting);
 
         // A list that the user has focused keeps the focus.
-        app.waitForSheet();
+        QTRY_VERIFY_WITH_TIMEOUT(app.isReady(), kPatience);
         app.list().setFocus();
         app.find<QAction>("pauseContinueAction")->trigger();
         QCOMPARE(app.window->focusWidget(), &app.list());
-        app.delegate.addSheet().cancelAdd();
+        app.sheet().cancelAdd();
     }
 
     void theQueueIsPausedAndResumed() {
@@ -275,7 +244,10 @@ private Q_SLOTS:
         // Another open window can show it, too.
         app.window->openPreferences();
         app.window->close();
-        WindowedApplication::choose(*app.window->preferencesWindow(), "windowMenu", "showMainWindowAction");
+        const auto* menu = app.window->preferencesWindow()->findChild<QMenu*>("windowMenu");
+        auto* action = app.window->preferencesWindow()->findChild<QAction*>("showMainWindowAction");
+        QVERIFY(menu->actions().contains(action));
+        action->trigger();
         QVERIFY(app.window->isVisible());
         // The next start restores the window's geometry.
         const MainWindow next(app.delegate);
@@ -284,19 +256,18 @@ private Q_SLOTS:
 
     void escapeLeavesTheMovieOut() {
         Queued app;
-        app.open({"a.mkv", "b.mkv", "c.mkv"});
+        QVERIFY(app.open({"a.mkv", "b.mkv", "c.mkv"}));
         QCOMPARE(app.find<QLabel>("waitingLabel")->text(), "2 more to come");
         QTest::keyClick(app.find<QPushButton>("addButton"), Qt::Key_Escape);
-        QCOMPARE(app.delegate.addSheet().waitingCount(), 1);
-        app.waitForSheet();
-        app.clickOn("cancelAllButton");
-        QVERIFY(!app.delegate.addSheet().isShown());
+        QCOMPARE(app.sheet().waitingCount(), 1);
+        QTRY_VERIFY_WITH_TIMEOUT(app.isReady(), kPatience);
+        QTest::mouseClick(app.find<QWidget>("cancelAllButton"), Qt::LeftButton);
+        QVERIFY(!app.sheet().isShown());
         QCOMPARE(app.queue().count(), 0);
     }
 
     void onlyTheRowThatTicksIsRepainted() {
-        Queued app;
-        app.queue().pauseContinueClicked(true);
+        Queued app({}, Queued::Begins::Paused);
         for (int i = 0; i < 500; ++i)
             app.add(QStringLiteral("%1.mkv").arg(i));
         app.job(2)->start();
@@ -320,7 +291,7 @@ private Q_SLOTS:
     void theHelpMenuLeadsToItsPagesAndWindows() {
         WindowedApplication app;
         app.find<QAction>("supportAction")->trigger();
-        QCOMPARE(OpenedMail(app.desktop.opened.last()).subject, "Ravelin v1.0.0 (1) Support Request");
+        QVERIFY(OpenedMail(app.desktop.opened.last()).subject.endsWith("Support Request"));
         auto* rate = app.find<QAction>("rateAction");
         app.delegate.increaseUsagesBy(10, 10, 20, {}, false, false);
         QVERIFY(!rate->isEnabled());
@@ -348,7 +319,7 @@ private Q_SLOTS:
         for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
             QApplication::setLayoutDirection(direction);
             Queued app({"a.mkv"});
-            app.open({"b.mkv", "c.mkv"});
+            QVERIFY(app.open({"b.mkv", "c.mkv"}));
             app.window->resize(app.window->minimumSize());
             QCoreApplication::processEvents();
             QVERIFY2(app.window->width() <= 640 && app.window->height() <= 420,
@@ -359,6 +330,90 @@ private Q_SLOTS:
             QVERIFY(add->width() >= add->sizeHint().width());
         }
         QApplication::setLayoutDirection(Qt::LeftToRight);
+    }
+
+    void theModelFollowsTheQueue() {
+        WindowedApplication app;
+        JobListModel model(app.queue());
+        const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        app.tool.setConversion(FakeTool::waitFor(app.path("go")));
+        app.add("a.mkv");
+        setDefaultInt("InsertJobsAtBottom", 1);
+        app.add("b.mkv");
+        setDefaultInt("InsertJobsAtBottom", 0);
+        app.add("c.mkv");
+        for (int row = 0; row < 3; ++row)
+            QCOMPARE(model.index(row).data(), QStringList({"c.mkv", "a.mkv", "b.mkv"})[row]);
+        QCOMPARE(queueSummary(app.queue()), "1 converting, 2 queued");
+
+        // The running job has moved down; its progress is reported for its row only.
+        QSignalSpy changed(&model, &JobListModel::dataChanged);
+        Q_EMIT app.job(1)->progressed();
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(changed.first().at(0).toModelIndex().row(), 1);
+        QCOMPARE(changed.first().at(1).toModelIndex().row(), 1);
+        app.job(0)->remove();
+        Q_EMIT app.job(0)->progressed();
+        QCOMPARE(changed.last().at(0).toModelIndex().row(), 0);
+        app.write("go");
+        QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 2, 30000);
+        app.queue().cleanClicked();
+        QCOMPARE(model.rowCount(), 0);
+    }
+
+    void partsOfARowDoNotOverlap_data() {
+        addRows<int, Qt::LayoutDirection, int>({{"narrow", 400, Qt::LeftToRight, 9},
+                                                {"right to left", 640, Qt::RightToLeft, 9},
+                                                {"large font", 640, Qt::LeftToRight, 22}});
+    }
+    void partsOfARowDoNotOverlap() {
+        const auto [width, direction, points] = row<int, Qt::LayoutDirection, int>();
+        QFont font = QApplication::font();
+        font.setPointSize(points);
+        const QFontMetrics metrics(font);
+        const QRect row(0, 144, width, jobrow::height(metrics));
+        QVERIFY(row.height() >= 72);
+        const jobrow::Layout layout = jobrow::layout(row, metrics, metrics, direction);
+        QList<QRect> parts{layout.icon, layout.name, layout.status, layout.bar};
+        parts.append(QList<QRect>(layout.buttons.begin(), layout.buttons.end()));
+        for (qsizetype i = 0; i < parts.size(); ++i) {
+            QVERIFY(row.contains(parts[i]));
+            for (qsizetype j = i + 1; j < parts.size(); ++j)
+                QVERIFY(!parts[i].intersects(parts[j]));
+        }
+        QCOMPARE(layout.icon.x() < layout.name.x(), direction == Qt::LeftToRight);
+        QCOMPARE(layout.name.x() < layout.rectOf(jobrow::Button::Remove).x(), direction == Qt::LeftToRight);
+    }
+
+    void tickingDigitsPushNothingAside() {
+        constexpr int kDigit = 40;
+        const auto drawn = [](const QString& text, const QRect& part) {
+            QImage image(300, 30, QImage::Format_Mono);
+            image.fill(1);
+            QPainter painter(&image);
+            drawWithDigitsOf(kDigit, painter, image.rect(), text);
+            return image.copy(part);
+        };
+        const QRect rest(2 * kDigit, 0, 220, 30);
+        QCOMPARE(drawn("19: in 8", rest), drawn("01: in 8", rest));
+        for (const char* other : {"19: in 9", "19: on 8"})
+            QVERIFY(drawn("19: in 8", rest) != drawn(other, rest));
+        QVERIFY(drawn("1", QRect(0, 0, kDigit, 30)) != drawn("2", QRect(0, 0, kDigit, 30)));
+    }
+
+    void buttonsByState() {
+        const auto enabled = [](JobState state) {
+            QString letters;
+            for (const auto& [button, letter] :
+                 {std::pair(Button::PauseContinue, 'p'), {Button::Remove, 'r'}, {Button::Reveal, 'v'}})
+                if (jobrow::isEnabled(button, state)) letters += letter;
+            return letters;
+        };
+        QCOMPARE(enabled(JobState::Queued), "pr");
+        QCOMPARE(enabled(JobState::Converting), "prv");
+        QCOMPARE(enabled(JobState::Paused), "pr");
+        QCOMPARE(enabled(JobState::Finished), "rv");
+        QCOMPARE(enabled(JobState::Failed), "rv");
     }
 };
 

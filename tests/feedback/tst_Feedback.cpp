@@ -1,14 +1,14 @@
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "feedback/PXApplicationDelegate.h"
 #include "feedback/PXRatingWindowController.h"
 #include "feedback/RatingRules.h"
+#include "feedback/UpdateCheck.h"
 #include "support/alerts/Alert.h"
 #include "support/base/ApplicationInfo.h"
-#include "support/store/Defaults.h"
 
 #include <QPointer>
 #include <QSignalSpy>
-#include <QTest>
 
 namespace {
 
@@ -37,7 +37,7 @@ PXRatingWindowController::PageLookup pages(const QStringList& keys) {
 
 }  // namespace
 
-class RatingTest : public QObject {
+class FeedbackTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -47,12 +47,10 @@ private Q_SLOTS:
         const auto isDue = [](int usages, bool isAsked, bool isTurnedOff, const QDateTime& lastAsked = {}) {
             return rating::isDue({usages, isAsked, isTurnedOff, lastAsked}, 20, kNow);
         };
-        QVERIFY(!isDue(19, false, false));
-        QVERIFY(isDue(20, false, false));
+        QVERIFY(!isDue(19, false, false) && isDue(20, false, false));
         QVERIFY(!isDue(500, true, false, kNow.addSecs(-2 * kPause)));  // By this version.
         QVERIFY(!isDue(500, false, true));
-        QVERIFY(!isDue(20, false, false, pauseAgo));
-        QVERIFY(isDue(20, false, false, pauseAgo.addMSecs(-1)));
+        QVERIFY(!isDue(20, false, false, pauseAgo) && isDue(20, false, false, pauseAgo.addMSecs(-1)));
         QVERIFY(!isDue(20, false, false, kNow.addSecs(kPause)));  // The clock was set back.
         QVERIFY(!rating::isRateable(1000, 0) && rating::isRateable(2, 1));
     }
@@ -130,7 +128,80 @@ private Q_SLOTS:
         QVERIFY(alert.message.startsWith("Ravelin asks for your feedback only rarely"));
         QCOMPARE(alert.buttons[1].title, "Turn off feedback dialog");
     }
+
+    void feeds_data() {
+        // What the alert calls the newest version, "none" or "failed". The feed is null where the download
+        // failed.
+        addRows<QByteArray, QString>(
+            {{"text and number", "<a sparkle:shortVersionString=\"1.1\" sparkle:version=\"2\"/>",
+              "'1.1 (2)'"},
+             {"empty text", "sparkle:version=\"002\" sparkle:shortVersionString=\"\"", "' (2)'"},
+             {"text without end", "sparkle:version=\"2\" sparkle:shortVersionString=\"1.1", "'2 (2)'"},
+             {"large", "sparkle:version=\"99999999999\"", "'99999999999 (2147483647)'"},
+             {"first counts", "sparkle:version=\"1\" sparkle:shortVersionString=\"7\" sparkle:version=\"2\"",
+              "none"},
+             {"empty number", "sparkle:version=\"\"", "none"},
+             {"points", "sparkle:version=\"1.2.0\" sparkle:version=\"2\"", "failed"},
+             {"sign", "sparkle:version=\"+2\"", "failed"},
+             {"space", "sparkle:version=\" 2\"", "failed"},
+             {"other digits", "sparkle:version=\"٢\"", "failed"},
+             {"other spelling", "sparkle:version='2' sparkle:Version=\"2\"", "failed"},
+             {"number without end", "sparkle:version=\"2", "failed"},
+             {"not UTF-8", "\xFF sparkle:version=\"2\"", "failed"},
+             {"no page", {}, "failed"}});
+    }
+    void feeds() {
+        const auto [feed, newest] = row<QByteArray, QString>();
+        TestHome home;
+        QList<QUrl> asked;
+        const Fetcher fetcher = [&, feed = feed](const QUrl& url) {
+            asked.append(url);
+            return download::Page{url, feed.isNull() ? std::nullopt : std::optional(feed)};
+        };
+        home.presenter.answer.response = kAlertFirstButton;
+        checkForUpdates(fetcher);
+        QCOMPARE(asked, {QUrl("https://ravelin.example/appcast.xml")});
+        QCOMPARE(home.presenter.shown.size(), 1);
+        const Alert alert = home.presenter.shown.first();
+        QStringList texts{alert.title, alert.message};
+        for (const AlertButton& button : alert.buttons)
+            texts.append(button.title);
+        const QString failure =
+            "The update-check failed - please check your internet connection and try again.";
+        const QString update =
+            "An Update is available! You have version '1.0.0 (1)' but the newest version is " + newest +
+            ". Please use our 'Fettle' to update to the newest version - it can also update your other apps!";
+        if (newest == "failed") {
+            QCOMPARE(texts, (QStringList{"Update Check Failed", failure, "OK"}));
+        } else if (newest == "none") {
+            QCOMPARE(texts, (QStringList{"No Update Available", "This app is fully up-to-date.", "Cool"}));
+        } else {
+            QCOMPARE(texts, (QStringList{"Update Available", update, "Open Fettle Homepage", "Cancel"}));
+            QCOMPARE(home.desktop.opened, {QUrl("https://ravelin.example/fettle/")});
+        }
+        home.desktop.opened.clear();
+        home.presenter.answer.response = RecordingPresenter::kNobody;
+        checkForUpdates(fetcher);
+        QCOMPARE(home.desktop.opened, {});
+    }
+
+    void oneAtATime() {
+        TestHome home;
+        int fetched = 0;
+        Fetcher fetcher;
+        fetcher = [&](const QUrl& url) {
+            if (++fetched == 1) checkForUpdates(fetcher);
+            return download::Page{url, {}, fetched == 2};
+        };
+        home.presenter.whileShown = [&] { checkForUpdates(fetcher); };
+        checkForUpdates(fetcher);
+        QCOMPARE(fetched, 1);
+        QCOMPARE(home.presenter.shown.size(), 1);
+        checkForUpdates(fetcher);
+        QCOMPARE(fetched, 2);
+        QCOMPARE(home.presenter.shown.size(), 1);  // The application quits.
+    }
 };
 
-QTEST_GUILESS_MAIN(RatingTest)
-#include "tst_Rating.moc"
+QTEST_GUILESS_MAIN(FeedbackTest)
+#include "tst_Feedback.moc"
