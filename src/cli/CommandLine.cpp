@@ -29,7 +29,7 @@ struct Raw {
     std::vector<std::string> settings;
     std::string folder, output, style, watched, key, value;
     int audio = 0;
-    bool json = false, quiet = false;
+    bool json = false, quiet = false, keepDamaged = false;
 };
 
 const std::map<std::string, qint64>& styles() {
@@ -106,6 +106,8 @@ CLI::App* addConvert(CLI::App& app, Raw& raw) {
                      help(Texts::tr("How audio is handled: compatible, fast or custom")))
         ->type_name("STYLE")
         ->check(CLI::IsMember(styles()));
+    convert->add_flag("--keep-damaged", raw.keepDamaged,
+                      help(Texts::tr("Keep the output of a movie even if a part of the movie is lost")));
     addSet(convert, raw);
     convert->add_option("PATH", raw.paths, help(Texts::tr("Movies, subtitle files, and folders of them")))
         ->required()
@@ -279,6 +281,7 @@ CommandLine CommandLine::parse(int argc, char** argv) {
                                       decoded(raw.folder),
                                       decoded(raw.output),
                                       hasAudio ? std::optional(raw.audio) : std::nullopt,
+                                      raw.keepDamaged,
                                       decoded(raw.paths)};
     } else if (watch->parsed()) {
         line.command = WatchOptions{raw.json, decoded(raw.folder), decoded(raw.watched)};

@@ -54,8 +54,14 @@ public:
     }
 
     void failed(const ConversionJob& job, const failure::Explanation& explanation) override {
+        QJsonArray actions;
+        for (const FailureAction action : explanation.actions)
+            actions.append(wordOf(action));
         write("failed", fileOf(job),
-              {{"title", explanation.title}, {"message", explanation.message}, {"output", job.jobOutput()}});
+              {{"title", explanation.title},
+               {"message", explanation.message},
+               {"output", job.jobOutput()},
+               {"actions", actions}});
     }
 
     void refused(const QString& file, const QString& message, bool) override {

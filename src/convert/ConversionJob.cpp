@@ -105,23 +105,33 @@ void ConversionJob::completeRequest() {
     request.sourceBytes = m_fileInfo.fileSize;
     request.runtimeSeconds = m_fileInfo.runtimeSeconds;
 
-    const auto settings = ConversionSettings::current();
-    const AudioEntry* audio = chosenAudio(m_fileInfo, m_audioTrackIndex);
-    const bool copiesAac = audio && audio->codec() == u"aac" &&
-                           methodFor(m_fileInfo, m_audioTrackIndex, settings) == ConversionMethod::Copy;
+    request.keepsDamaged = m_overrides.keepDamaged;
+
+    auto [info, settings] = effective();
     request.trialArguments = nullptr;
+    const AudioEntry* audio = chosenAudio(info, m_audioTrackIndex);
+    const bool copiesAac = audio && audio->codec() == u"aac" &&
+                           methodFor(info, m_audioTrackIndex, settings) == ConversionMethod::Copy;
     if (copiesAac) {
-        request.trialArguments = [this, stream = audio->stream()](const QString&) {
-            return trialRunArguments(m_fileInfo, stream);
+        request.trialArguments = [info = info, stream = audio->stream()](const QString& output) mutable {
+            info.destinationURL = QUrl::fromLocalFile(output);
+            return trialRunArguments(info, stream);
         };
     }
-    request.arguments = [this, settings, hasAudio = audio != nullptr](const RunContext& context) {
-        if (hasAudio && m_fileInfo.subtitleFileURL)
-            logInformation("Info: adding subtitles from file %@", m_fileInfo.subtitleFileURL->toLocalFile());
+    request.arguments = [info = info, settings = settings,
+                         track = m_audioTrackIndex](const RunContext& context) mutable {
+        info.destinationURL = QUrl::fromLocalFile(context.output);
+        if (chosenAudio(info, track) && info.subtitleFileURL)
+            logInformation("Info: adding subtitles from file %@", info.subtitleFileURL->toLocalFile());
         return conversionArguments(
-            {m_fileInfo, m_audioTrackIndex, trialRunAsksForFixup(context.trialOutput), context.progressFile},
-            settings);
+            {info, track, trialRunAsksForFixup(context.trialOutput), context.progressFile}, settings);
     };
+}
+
+ConversionJob::Effective ConversionJob::effective() const {
+    Effective result{m_fileInfo, ConversionSettings::current()};
+    apply(m_overrides, result.info, result.settings);
+    return result;
 }
 
 QString ConversionJob::stateInfoString() const {
@@ -168,6 +178,20 @@ void ConversionJob::continueJob() {
     m_controller.pauseContinueClicked(false);
 }
 
+void ConversionJob::setDestination(const QString& path) {
+    m_request.destination = path;
+    m_request.mayReplaceDestination = false;
+    m_fileInfo.destinationURL = QUrl::fromLocalFile(path);
+}
+
+void ConversionJob::queueAgain() {
+    if (m_state != JobState::Failed) return;
+    // It may still be emitting.
+    if (m_run) m_run.release()->deleteLater();
+    m_fileInfo.destinationURL = QUrl::fromLocalFile(m_request.destination);
+    setState(JobState::Queued);
+}
+
 void ConversionJob::remove() {
     endRun();
     m_controller.removeJob(this);
@@ -182,8 +206,9 @@ void ConversionJob::endRun() {
 }
 
 failure::Explanation ConversionJob::explanation() const {
-    return failure::explain(
-        {ending().value_or(RunEnding()), jobOutput(), arguments(),
-         !settings::DisableBuiltinSubtitles.value() && !m_fileInfo.subtitleTrackIDs.isEmpty(),
-         m_fileInfo.subtitleFileURL.has_value()});
+    const auto [info, settings] = effective();
+    const bool usesEmbedded =
+        !settings.value(settings::DisableBuiltinSubtitles) && !info.subtitleTrackIDs.isEmpty();
+    return failure::explain({ending().value_or(RunEnding()), jobOutput(), arguments(), usesEmbedded,
+                             info.subtitleFileURL.has_value()});
 }

@@ -4,6 +4,7 @@
 #include "convert/ConversionRun.h"
 #include "convert/FailureExplanation.h"
 #include "convert/JobController.h"
+#include "convert/JobOverrides.h"
 #include "convert/JobState.h"
 #include "probe/MKVFileInfo.h"
 
@@ -59,8 +60,13 @@ public:
         m_request.destinationIsTaken = std::move(taken);
     }
 
-    /// The destination when the job was created.
+    /// What the user chose for this job alone; valid from the next start on.
+    JobOverrides& overrides() { return m_overrides; }
+
+    /// Where the output is to be written; see fileInfo() for where it is.
     const QString& queuedDestination() const { return m_request.destination; }
+    /// Call it only while the job does not run. An existing file is not replaced.
+    void setDestination(const QString& path);
     /// Whether the output can be written there.
     bool destinationIsWriteable() const;
 
@@ -72,6 +78,8 @@ public:
     void pause();
     /// Resumes a paused job, starts a queued one.
     void continueJob();
+    /// Queues a failed job again, as if it had never run.
+    void queueAgain();
     /// Ends the run, if any; deletes the output unless it is complete; asks the controller to remove the job.
     void remove();
 
@@ -90,6 +98,12 @@ Q_SIGNALS:
     void quitRequested();
 
 private:
+    /// The movie and the settings with the job's overrides.
+    struct Effective {
+        MKVFileInfo info;
+        ConversionSettings settings;
+    };
+    Effective effective() const;
     void setState(JobState state);
     void holdSleepAssertion(bool hold);
     void completeRequest();
@@ -102,6 +116,7 @@ private:
     JobState m_state = JobState::Queued;
     bool m_fastmode = false;
     RunRequest m_request;
+    JobOverrides m_overrides;
     std::unique_ptr<ConversionRun> m_run;  ///< The last one; null before the first start.
     QDateTime m_startDate;
     QDateTime m_stopDate;
