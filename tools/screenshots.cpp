@@ -236,12 +236,12 @@ void alerts() {
         mail::open(mail::withSettings("support@ravelin.example", "Ravelin v1.0.0 Problem Report",
                                       [&](const QString& settings) { return words + settings; }));
     });
-    alertOf("alert-failed", [] {
-        alert(
-            "Conversion Failed",
-            "Movie conversion failed because there is not enough free space left on the destination volume. "
-            "Please make sure your harddisk has enough free space before starting conversion",
-            "OK");
+    const auto failure = [](const failure::Facts& facts) {
+        alert_described(FailureActions::offerFor(failure::explain(facts), "Holiday.mkv").alert);
+    };
+    alertOf("alert-failed", [&] { failure({RunEnding::of(RunEnding::Kind::NoSpace), {}, {}}); });
+    alertOf("alert-subtitles", [&] {
+        failure({RunEnding::of(RunEnding::Kind::ToolFailed), {}, {}, true, true});
     });
     alertOf("alert-long", [] {
         alert("Information", QString("Command-output: something went wrong here. ").repeated(60),

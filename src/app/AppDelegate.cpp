@@ -37,6 +37,7 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
       m_queue(m_intake),
       m_destinations(panels),
       m_addSheet(m_intake, m_queue, m_destinations, panels),
+      m_failureActions(m_queue, panels),
       m_progress(m_queue),
       m_watchFolder(panels) {
     // The last file may have been skipped while added jobs waited for it.
@@ -44,6 +45,7 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
     connect(&m_queue, &JobQueue::jobAdded, this, [](ConversionJob* job) { jobmessages::follow(*job); });
     m_queue.setUsageCounter(
         [this](bool increase, bool allowFeedbackNow) { increaseUsages(*this, increase, allowFeedbackNow); });
+    connect(&m_failureActions, &FailureActions::preferenceRequested, this, &AppDelegate::preferenceRequested);
     connect(&m_addSheet, &AddSheet::message, this, &AppDelegate::statusMessage);
     connect(&m_destinations, &Destinations::message, this, &AppDelegate::statusMessage);
     connect(&m_queue, &JobQueue::quitRequested, this, [this] { terminate(true); });

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AddSheet.h"
+#include "app/actions/FailureActions.h"
 #include "app/destinations/Destinations.h"
 #include "app/intake/FileIntake.h"
 #include "app/queue/JobQueue.h"
@@ -38,6 +39,7 @@ public:
     FileIntake& intake() { return m_intake; }
     Destinations& destinations() { return m_destinations; }
     AddSheet& addSheet() { return m_addSheet; }
+    FailureActions& failureActions() { return m_failureActions; }
     WatchFolder& watchFolder() { return m_watchFolder; }
     const QueueProgress& progress() const { return m_progress; }
 
@@ -96,6 +98,8 @@ Q_SIGNALS:
     void mainWindowRequested();
     /// Load the documentation or bring it to the front, and show the tab at `tag`; negative: leave the tab.
     void documentationWindowRequested(int tag);
+    /// Show the setting in the preferences.
+    void preferenceRequested(const QString& key);
     /// Message for the status area; empty clears it.
     void statusMessage(const QString& message);
     /// Emitted once, when the application starts to terminate: nothing is accepted from now on.
@@ -116,6 +120,7 @@ private:
     JobQueue m_queue;
     Destinations m_destinations;
     AddSheet m_addSheet;
+    FailureActions m_failureActions;
     QueueProgress m_progress;
     WatchFolder m_watchFolder;
     std::unique_ptr<PXAppMovedHandler> m_moveObservation;

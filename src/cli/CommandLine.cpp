@@ -29,7 +29,7 @@ struct Raw {
     std::vector<std::string> settings;
     std::string folder, output, style, watched, key, value;
     int audio = 0;
-    bool json = false, quiet = false;
+    bool json = false, quiet = false, keepDamaged = false;
 };
 
 const std::map<std::string, qint64>& styles() {
@@ -123,6 +123,8 @@ CLI::App* addConvert(CLI::App& app, Raw& raw) {
         ->type_name("FILE")
         ->excludes(folder);
     addPlanning(convert, raw);
+    convert->add_flag("--keep-damaged", raw.keepDamaged,
+                      help(Texts::tr("Keep the output of a movie even if a part of the movie is lost")));
     return convert;
 }
 
@@ -293,8 +295,8 @@ CommandLine CommandLine::parse(int argc, char** argv) {
         line.command = PlanOptions{raw.json, audio(plan), decoded(raw.paths)};
     } else if (convert->parsed()) {
         line.command =
-            ConvertOptions{raw.json,       raw.quiet,         decoded(raw.folder), decoded(raw.output),
-                           audio(convert), decoded(raw.paths)};
+            ConvertOptions{raw.json,       raw.quiet,       decoded(raw.folder), decoded(raw.output),
+                           audio(convert), raw.keepDamaged, decoded(raw.paths)};
     } else if (watch->parsed()) {
         line.command = WatchOptions{raw.json, decoded(raw.folder), decoded(raw.watched)};
     } else {

@@ -22,6 +22,7 @@ struct ConvertOptions {
     QString folder;            ///< --to; empty: next to the source.
     QString output;            ///< --output; empty: by the source's name.
     std::optional<int> audio;  ///< --audio
+    bool keepDamaged = false;
     QStringList paths;
 };
 

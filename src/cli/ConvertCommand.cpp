@@ -161,6 +161,7 @@ void ConvertCommand::addToQueue(MKVFileInfo info, qsizetype audioTrackIndex) {
     auto job = std::make_unique<ConversionJob>(m_queue, std::move(info), audioTrackIndex);
     job->presetSpeedInfo();
     job->setMayReplaceDestination(!m_options.output.isEmpty());
+    job->overrides().keepDamaged = m_options.keepDamaged;
     if (!m_queue.addJob(std::move(job))) {
         const QString message = text::localized(JobQueue::kNotWriteable);
         alert_apptitled(message, Texts::tr("OK"));

@@ -57,8 +57,13 @@ public:
     }
 
     void failed(const ConversionJob& job, const failure::Explanation& explanation) override {
-        QJsonObject facts{
-            {"title", explanation.title}, {"message", explanation.message}, {"output", job.jobOutput()}};
+        QJsonArray actions;
+        for (const FailureAction action : explanation.actions)
+            actions.append(wordOf(action));
+        QJsonObject facts{{"title", explanation.title},
+                          {"message", explanation.message},
+                          {"output", job.jobOutput()},
+                          {"actions", actions}};
         if (const auto receipt = job.receipt()) facts.insert("receipt", json::receipt(*receipt));
         write("failed", fileOf(job), facts);
     }

@@ -8,6 +8,7 @@
 
 #include <QDateTime>
 #include <QFileInfo>
+#include <QMap>
 
 namespace {
 
@@ -18,6 +19,20 @@ QString receiptOf(const ConversionJob& job) {
 
 QString nameOf(const ConversionJob& job) {
     return job.fileInfo().fileName;
+}
+
+/// The options of the command that do the same as the actions; empty: there are none.
+QString optionsFor(const QList<FailureAction>& actions) {
+    static const QMap<FailureAction, const char*> kOptions = {
+        {FailureAction::ReadSubtitlesAs, "--set ExternalSubtitleEncoding=NUMBER"},
+        {FailureAction::WithoutEmbeddedSubtitles, "--set DisableBuiltinSubtitles=1"},
+        {FailureAction::ConvertWhatIsLeft, "--keep-damaged"},
+        {FailureAction::ChooseAnotherFolder, "--to FOLDER"}};
+    QStringList options;
+    for (const FailureAction action : actions) {
+        if (kOptions.contains(action)) options.append(kOptions.value(action));
+    }
+    return options.join(Texts::tr(" or "));
 }
 
 /// Output for people: on a terminal, lines that are redrawn in place; in a pipe, one line at the start and
@@ -58,7 +73,10 @@ public:
 
     void failed(const ConversionJob& job, const failure::Explanation& explanation) override {
         m_running.removeOne(&job);
-        sayError(Texts::tr("Failed %1: %2").arg(nameOf(job), explanation.message));
+        const QString options = optionsFor(explanation.actions);
+        sayError(options.isEmpty()
+                     ? Texts::tr("Failed %1: %2").arg(nameOf(job), explanation.message)
+                     : Texts::tr("Failed %1: %2 [try %3]").arg(nameOf(job), explanation.message, options));
     }
 
     void refused(const QString& file, const QString& message, bool wasShown) override {

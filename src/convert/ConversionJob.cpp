@@ -119,28 +119,37 @@ void ConversionJob::completeRequest() {
     request.sourceBytes = m_fileInfo.fileSize;
     request.runtimeSeconds = m_fileInfo.runtimeSeconds;
 
-    const auto settings = ConversionSettings::current();
-    const AudioEntry* audio = chosenAudio(m_fileInfo, m_audioTrackIndex);
-    const bool copiesAac = audio && audio->codec() == u"aac" &&
-                           methodFor(m_fileInfo, m_audioTrackIndex, settings) == ConversionMethod::Copy;
+    request.keepsDamaged = m_overrides.keepDamaged;
+
+    auto [info, settings] = effective();
     request.trialArguments = nullptr;
+    const AudioEntry* audio = chosenAudio(info, m_audioTrackIndex);
+    const bool copiesAac = audio && audio->codec() == u"aac" &&
+                           methodFor(info, m_audioTrackIndex, settings) == ConversionMethod::Copy;
     if (copiesAac) {
-        request.trialArguments = [this, stream = audio->stream()](const QString&) {
-            return trialRunArguments(m_fileInfo, stream);
+        request.trialArguments = [info = info, stream = audio->stream()](const QString& output) mutable {
+            info.destinationURL = QUrl::fromLocalFile(output);
+            return trialRunArguments(info, stream);
         };
     }
     m_remedies = {};
-    m_plan = makePlan(m_fileInfo, m_audioTrackIndex, settings, m_remedies);
+    m_plan = makePlan(info, m_audioTrackIndex, settings, m_remedies);
     request.arguments = argumentsFor(*m_plan);
+}
+
+ConversionJob::Effective ConversionJob::effective() const {
+    Effective result{m_fileInfo, ConversionSettings::current()};
+    apply(m_overrides, result.info, result.settings);
+    return result;
 }
 
 std::optional<Remedy> ConversionJob::nextRemedy(const RunEnding& ending, const QString& said) {
     const auto next = remedies::next(m_remedies, {ending, said, m_run->output()});
     if (!next) return std::nullopt;
     m_remedies = next->remedies;
-    const auto settings = ConversionSettings::current();
+    const auto [info, settings] = effective();
     return Remedy{next->name, next->notes,
-                  argumentsFor(makePlan(m_fileInfo, m_audioTrackIndex, settings, m_remedies))};
+                  argumentsFor(makePlan(info, m_audioTrackIndex, settings, m_remedies))};
 }
 
 ArgumentsBuilder ConversionJob::argumentsFor(const ConversionPlan& plan) const {
@@ -161,7 +170,9 @@ std::unique_ptr<RunProof> ConversionJob::proofOf(const ConversionPlan& plan) con
 }
 
 ConversionPlan ConversionJob::plan() const {
-    return m_plan ? *m_plan : makePlan(m_fileInfo, m_audioTrackIndex, ConversionSettings::current());
+    if (m_plan && m_state != JobState::Queued) return *m_plan;
+    const auto [info, settings] = effective();
+    return makePlan(info, m_audioTrackIndex, settings);
 }
 
 std::optional<Receipt> ConversionJob::receipt() const {
@@ -218,6 +229,20 @@ void ConversionJob::continueJob() {
     m_controller.pauseContinueClicked(false);
 }
 
+void ConversionJob::setDestination(const QString& path) {
+    m_request.destination = path;
+    m_request.mayReplaceDestination = false;
+    m_fileInfo.destinationURL = QUrl::fromLocalFile(path);
+}
+
+void ConversionJob::queueAgain() {
+    if (m_state != JobState::Failed) return;
+    // It may still be emitting.
+    if (m_run) m_run.release()->deleteLater();
+    m_fileInfo.destinationURL = QUrl::fromLocalFile(m_request.destination);
+    setState(JobState::Queued);
+}
+
 void ConversionJob::remove() {
     endRun();
     m_controller.removeJob(this);
@@ -232,8 +257,9 @@ void ConversionJob::endRun() {
 }
 
 failure::Explanation ConversionJob::explanation() const {
-    return failure::explain(
-        {ending().value_or(RunEnding()), jobOutput(), arguments(),
-         !settings::DisableBuiltinSubtitles.value() && !m_fileInfo.subtitleTrackIDs.isEmpty(),
-         m_fileInfo.subtitleFileURL.has_value()});
+    const auto [info, settings] = effective();
+    const bool usesEmbedded =
+        !settings.value(settings::DisableBuiltinSubtitles) && !info.subtitleTrackIDs.isEmpty();
+    return failure::explain({ending().value_or(RunEnding()), jobOutput(), arguments(), usesEmbedded,
+                             info.subtitleFileURL.has_value()});
 }

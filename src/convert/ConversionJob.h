@@ -3,6 +3,7 @@
 #include "convert/ConversionRun.h"
 #include "convert/FailureExplanation.h"
 #include "convert/JobController.h"
+#include "convert/JobOverrides.h"
 #include "convert/JobState.h"
 #include "convert/plan/AudioHandling.h"
 #include "probe/MKVFileInfo.h"
@@ -63,8 +64,13 @@ public:
         m_request.destinationIsTaken = std::move(taken);
     }
 
-    /// The destination when the job was created.
+    /// What the user chose for this job alone; valid from the next start on.
+    JobOverrides& overrides() { return m_overrides; }
+
+    /// Where the output is to be written; see fileInfo() for where it is.
     const QString& queuedDestination() const { return m_request.destination; }
+    /// Call it only while the job does not run. An existing file is not replaced.
+    void setDestination(const QString& path);
     /// Whether the output can be written there.
     bool destinationIsWriteable() const;
 
@@ -76,6 +82,8 @@ public:
     void pause();
     /// Resumes a paused job, starts a queued one.
     void continueJob();
+    /// Queues a failed job again, as if it had never run.
+    void queueAgain();
     /// Ends the run, if any; deletes the output unless it is complete; asks the controller to remove the job.
     void remove();
 
@@ -94,6 +102,12 @@ Q_SIGNALS:
     void quitRequested();
 
 private:
+    /// The movie and the settings with the job's overrides.
+    struct Effective {
+        MKVFileInfo info;
+        ConversionSettings settings;
+    };
+    Effective effective() const;
     void setState(JobState state);
     void holdSleepAssertion(bool hold);
     void completeRequest();
@@ -109,6 +123,7 @@ private:
     JobState m_state = JobState::Queued;
     bool m_fastmode = false;
     RunRequest m_request;
+    JobOverrides m_overrides;
     Remedies m_remedies;                   ///< Applied in the last start.
     std::optional<ConversionPlan> m_plan;  ///< Of the last start.
     std::unique_ptr<ConversionRun> m_run;  ///< The last one; null before the first start.

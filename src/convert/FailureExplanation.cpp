@@ -1,7 +1,10 @@
 #include "convert/FailureExplanation.h"
 
+#include "settings/Settings.h"
 #include "support/base/Text.h"
 #include "support/base/Texts.h"
+
+#include <QMap>
 
 #include <algorithm>
 
@@ -10,102 +13,127 @@ namespace failure {
 namespace {
 
 using Kind = RunEnding::Kind;
+using enum FailureAction;
 
-constexpr const char* kVolumeTrouble = RAVELIN_TEXT(
-    "Movie conversion failed but it seems the reason is that the disk or network volume to save the movie is having problems. Try converting to a reliable disk and copying the file to its destination later.");
-constexpr const char* kCodecNotInContainer = RAVELIN_TEXT(
-    "Movie conversion failed because you are trying to convert a movie with a video track that can't be embedded into MP4s.");
-
-/// The message for an ending that needs no look at the tool's output; null for the others.
-const char* messageOf(Kind kind) {
-    switch (kind) {
-        case Kind::NoSpace:
-            return RAVELIN_TEXT(
-                "Movie conversion failed because there is not enough free space left on the destination volume. Please make sure your harddisk has enough free space before starting conversion");
-        case Kind::SourceGone:
-            return RAVELIN_TEXT(
-                "Movie conversion failed because you've removed/renamed the source movie file or unmounted its volume.");
-        case Kind::VolumeTooSmall:
-            return RAVELIN_TEXT(
-                "The converted file can't be saved on the destination volume as there is not enough free space or it doesn't support large files.");
-        case Kind::ToolMissing:
-            return RAVELIN_TEXT(
-                "Movie conversion failed because the conversion tool could not be started. Please install the application again.");
-        case Kind::Incomplete:
-            return kVolumeTrouble;
-        case Kind::SourceTruncated:
-            return RAVELIN_TEXT(
-                "Movie conversion failed because the movie is incomplete: the file ends before the movie does. Please copy or download it again. The source movie was left as it is.");
-        case Kind::MuchLost:
-            return RAVELIN_TEXT(
-                "Movie conversion failed because much of the movie is damaged and would be missing. The source movie was left as it is.");
-        case Kind::Interrupted:
-            return RAVELIN_TEXT("The conversion was interrupted.");
-        case Kind::Succeeded:
-        case Kind::ToolFailed:
-        case Kind::SubtitlesLost:
-            break;
-    }
-    return nullptr;
-}
-
-/// The message for an output of the tool that contains all words of a rule. The first rule that matches is
-/// used.
-struct Rule {
-    QStringList words;
+/// What is known of a failure.
+struct Known {
     const char* message;
+    QList<FailureAction> actions;
 };
 
-const QList<Rule>& rules() {
-    static const QList<Rule> list = {
-        {{"Operation timed out"}, kVolumeTrouble},
-        {{"Bad file descriptor"}, kVolumeTrouble},
-        {{"Read error at pos", "Error while decoding stream"},
-         RAVELIN_TEXT(
-             "Movie conversion failed because the movie seems to be too damaged to convert - playback may work but converting it is impossible.")},
-        {{"track 0: could not find tag, codec not currently supported in container"}, kCodecNotInContainer},
-        // Newer tools print the name of the codec. The first stream of an output is the video.
-        {{"Could not find tag for codec", "in stream #0, codec not currently supported in container"},
-         kCodecNotInContainer},
+const Known& volumeTrouble() {
+    static const Known known{
+        RAVELIN_TEXT(
+            "Movie conversion failed but it seems the reason is that the disk or network volume to save the movie is having problems. Try converting to a reliable disk and copying the file to its destination later."),
+        {ChooseAnotherFolder, TryAgain}};
+    return known;
+}
+
+/// Endings that need no look at the tool's output.
+const QMap<Kind, Known>& endings() {
+    static const QMap<Kind, Known> list = {
+        {Kind::NoSpace,
+         {RAVELIN_TEXT(
+              "Movie conversion failed because there is not enough free space left on the destination volume. Please make sure your harddisk has enough free space before starting conversion"),
+          {ChooseAnotherFolder, TryAgain}}},
+        {Kind::SourceGone,
+         {RAVELIN_TEXT(
+              "Movie conversion failed because you've removed/renamed the source movie file or unmounted its volume."),
+          {TryAgain}}},
+        {Kind::VolumeTooSmall,
+         {RAVELIN_TEXT(
+              "The converted file can't be saved on the destination volume as there is not enough free space or it doesn't support large files."),
+          {ChooseAnotherFolder, TryAgain}}},
+        {Kind::ToolMissing,
+         {RAVELIN_TEXT(
+              "Movie conversion failed because the conversion tool could not be started. Please install the application again."),
+          {TryAgain}}},
+        {Kind::Incomplete, volumeTrouble()},
+        {Kind::SourceTruncated,
+         {RAVELIN_TEXT(
+              "Movie conversion failed because the movie is incomplete: the file ends before the movie does. Please copy or download it again. The source movie was left as it is."),
+          {ConvertWhatIsLeft, TryAgain}}},
+        {Kind::MuchLost,
+         {RAVELIN_TEXT(
+              "Movie conversion failed because much of the movie is damaged and would be missing. The source movie was left as it is."),
+          {ConvertWhatIsLeft, TryAgain}}},
+        {Kind::Interrupted, {RAVELIN_TEXT("The conversion was interrupted."), {TryAgain}}},
     };
     return list;
 }
 
-Explanation failed(const char* message) {
-    return {Texts::tr("Conversion Failed"), text::localized(message), false};
+/// Outputs of the tool that contain all words of a rule. The first rule that matches is used.
+struct Rule {
+    QStringList words;
+    Known known;
+};
+
+const QList<Rule>& rules() {
+    // Trying again would end the same way.
+    static const Known codecNotInContainer{
+        RAVELIN_TEXT(
+            "Movie conversion failed because you are trying to convert a movie with a video track that can't be embedded into MP4s."),
+        {}};
+    static const QList<Rule> list = {
+        {{"Operation timed out"}, volumeTrouble()},
+        {{"Bad file descriptor"}, volumeTrouble()},
+        {{"Read error at pos", "Error while decoding stream"},
+         {RAVELIN_TEXT(
+              "Movie conversion failed because the movie seems to be too damaged to convert - playback may work but converting it is impossible."),
+          {TryAgain}}},
+        {{"track 0: could not find tag, codec not currently supported in container"}, codecNotInContainer},
+        // Newer tools print the name of the codec. The first stream of an output is the video.
+        {{"Could not find tag for codec", "in stream #0, codec not currently supported in container"},
+         codecNotInContainer},
+    };
+    return list;
 }
 
-Explanation information(const QString& message, bool offersSupport) {
-    return {Texts::tr("Information"), message, offersSupport};
+Explanation failed(const Known& known) {
+    return {Texts::tr("Conversion Failed"), text::localized(known.message), known.actions, {}};
+}
+
+Explanation information(const QString& message, const QList<FailureAction>& actions) {
+    return {Texts::tr("Information"), message, actions, {}};
+}
+
+/// The movie's own subtitles come first, as they are there more often.
+Explanation subtitleTrouble(const Facts& facts) {
+    const QList<FailureAction> forFile = {ReadSubtitlesAs, WithoutSubtitleFile};
+    if (!facts.embeddedSubtitlesWereUsed) {
+        return information(
+            Texts::tr(
+                "A problem occured - this is most likely related to the subtitle file you have specified. Please either specify the correct 'External SRT Encoding' in the preferences or just try again without the subtitle file."),
+            forFile);
+    }
+    QList<FailureAction> actions = {WithoutEmbeddedSubtitles};
+    if (facts.hasSubtitleFile) actions += forFile;
+    actions.append(ShowPreference);
+    Explanation told = information(
+        Texts::tr(
+            "A problem occured - this is most likely related to the subtitles embedded into the movie. Please disable conversion of 'Internal MKV Subtitles' in the preferences and try again."),
+        actions);
+    told.preference = settings::DisableBuiltinSubtitles.key;
+    return told;
 }
 
 }  // namespace
 
 Explanation explain(const Facts& facts) {
-    if (const char* message = messageOf(facts.ending.kind)) return failed(message);
+    if (const auto known = endings().constFind(facts.ending.kind); known != endings().cend())
+        return failed(*known);
     for (const Rule& rule : rules()) {
         const bool fits = std::all_of(rule.words.cbegin(), rule.words.cend(),
                                       [&](const QString& word) { return facts.output.contains(word); });
-        if (fits) return failed(rule.message);
+        if (fits) return failed(rule.known);
     }
-    if (facts.embeddedSubtitlesWereUsed) {
-        return information(
-            Texts::tr(
-                "A problem occured - this is most likely related to the subtitles embedded into the movie. Please disable conversion of 'Internal MKV Subtitles' in the preferences and try again."),
-            false);
-    }
-    if (facts.hasSubtitleFile) {
-        return information(
-            Texts::tr(
-                "A problem occured - this is most likely related to the subtitle file you have specified. Please either specify the correct 'External SRT Encoding' in the preferences or just try again without the subtitle file."),
-            false);
-    }
+    if (facts.embeddedSubtitlesWereUsed || facts.hasSubtitleFile) return subtitleTrouble(facts);
     constexpr qsizetype kShown = 400;
     return information(
         Texts::tr(
             "A problem prevented the file from being converted. You can contact our support with this information so that we can fix this problem.\n\nCommand-line: %1\nCommand-output: %2")
             .arg(facts.arguments.join(u' '), text::clamp(facts.output, kShown)),
-        true);
+        {SendToSupport, TryAgain});
 }
 
 bool explainsSomething(QStringView line) {

@@ -1,11 +1,14 @@
 #pragma once
 
+#include "convert/FailureAction.h"
 #include "convert/RunEnding.h"
 
+#include <QList>
 #include <QString>
 #include <QStringList>
 
-/// Explains why a job failed, from its ending and the output of the tool. Pure; any thread.
+/// Explains why a job failed and what can be done about it, from its ending and the output of the tool. Pure;
+/// any thread.
 namespace failure {
 
 struct Facts {
@@ -19,7 +22,11 @@ struct Facts {
 struct Explanation {
     QString title;
     QString message;
-    bool offersSupport = false;  ///< The reason is unknown: the user may send the details to support.
+    QList<FailureAction> actions;  ///< What may help; the most helpful first.
+    QString preference;            ///< The key of the setting for ShowPreference.
+
+    /// The reason is unknown: the user may send the details to support.
+    bool offersSupport() const { return actions.contains(FailureAction::SendToSupport); }
 };
 
 Explanation explain(const Facts& facts);

@@ -34,10 +34,6 @@ void ToolOutput::note(const QString& text) {
     keep(text);
 }
 
-bool ToolOutput::contains(QStringView mark) const {
-    return text().contains(mark);
-}
-
 void ToolOutput::addLine(QStringView line) {
     const bool isStatistics = line.contains(u"frame=") && line.contains(u"bitrate=");
     if (!isStatistics) keep(line);

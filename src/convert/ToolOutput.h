@@ -17,7 +17,6 @@ public:
     void note(const QString& text);
 
     QString text() const { return m_begin + m_relevant + m_end; }
-    bool contains(QStringView mark) const;
 
 private:
     void addLine(QStringView line);

@@ -46,7 +46,11 @@ class Failures(CliTest):
                     self.place(content, name)
                 self.assert_fails(says, name)
         self.place(whole[:len(whole) // 2], "cut.mkv")
-        self.assert_fails("the movie is incomplete", "cut.mkv", ending="failed")
+        end = self.assert_fails("the movie is incomplete", "cut.mkv", ending="failed")
+        self.assertEqual(["convertWhatIsLeft", "tryAgain"], end["actions"])
+        self.assertIn("[try --keep-damaged]", self.run_cli("convert", "cut.mkv", status=1).err)
+        self.convert("cut.mkv", "--keep-damaged", status=0).only("finished")
+        (self.folder / "cut.mp4").unlink()
         self.place(whole, "whole.mkv")
         self.assert_fails("has 1 audio track", "whole.mkv", "--audio", "1")
 

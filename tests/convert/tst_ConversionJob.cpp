@@ -1,10 +1,8 @@
 #include "app/actions/JobMessages.h"
-#include "app/actions/Reveal.h"
 #include "convert/ConversionJob.h"
 #include "convert/RunJournal.h"
 #include "fakes/FakeController.h"
 #include "fakes/FakeTool.h"
-#include "fakes/OpenedMail.h"
 #include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
@@ -136,9 +134,6 @@ private Q_SLOTS:
         QCOMPARE(told.path, stage.output);
         QCOMPARE(told.action, "Show");
         QCOMPARE(stage.tool.lastArguments(), stage.job->arguments());
-        reveal(*stage.job, false);
-        reveal(*stage.job, true);
-        QCOMPARE(stage.home.desktop.revealed, (QStringList{stage.output, stage.home.path("movie.mkv")}));
         stage.job.reset();
         QVERIFY(QFile::exists(stage.output));
     }
@@ -467,24 +462,6 @@ private Q_SLOTS:
         QSignalSpy notNow(stage.job.get(), &ConversionJob::quitRequested);
         QVERIFY(stage.run());
         QCOMPARE(notNow.count(), 0);
-    }
-
-    void sendsToSupport() {
-        Stage stage;
-        stage.tool.setConversion("echo 'strange words: A & B #1.mp4'; exit 1\n");
-        QVERIFY(stage.run());
-        stage.home.presenter.answer.response = 1001;
-        reveal(*stage.job, false);
-        QVERIFY(stage.home.desktop.opened.isEmpty());
-        stage.home.presenter.answer.response = 1000;
-        reveal(*stage.job, false);
-        const OpenedMail mail(stage.home.desktop.opened.first());
-        QCOMPARE(mail.subject, "Ravelin v1.0.0 Problem Report");
-        QVERIFY(mail.body.startsWith("Hello\nConversion of a file failed.") &&
-                mail.body.contains("strange words: A & B #1.mp4"));
-        QVERIFY(mail.body.contains("\nfileName: movie.mkv\n"));
-        QVERIFY(QByteArray::fromBase64(mail.body.section("Preferences: ", 1).toLatin1()).startsWith('{'));
-        QVERIFY(stage.home.presenter.shown.last().value.toString().contains("Preferences: {"));
     }
 };
 

@@ -18,38 +18,54 @@ private Q_SLOTS:
         const QString external = "A problem occured - this is most likely related to the subtitle file";
         const QString unknown = "A problem prevented";
         const QString decoding = "Error while decoding stream #0:1";
-        addRows<Kind, QString, QString,
-                QString>(  // ending, output, subtitles in the movie and beside, message
-            {{"no space", Kind::NoSpace, "av_write: No space left on device", "me", noSpace},
-             {"time-out", Kind::ToolFailed, "Operation timed out", "", volume},
-             {"bad descriptor", Kind::ToolFailed, "Bad file descriptor", "", volume},
-             {"not written to the end", Kind::Incomplete, "", "m", volume},
-             {"damaged", Kind::ToolFailed, "Read error at pos. 5 " + decoding, "", damaged},
-             {"half of the words", Kind::ToolFailed, "Read error at pos. 5", "", unknown},
-             {"source gone", Kind::SourceGone, "USER_REMOVED", "me", source},
-             {"only the movie's name", Kind::ToolFailed, "USER_REMOVED.mkv: FREE_SPACE", "", unknown},
-             {"volume too small", Kind::VolumeTooSmall, "FREE_SPACE", "",
-              "can't be saved on the destination"},
-             {"truncated", Kind::SourceTruncated, "File ended prematurely", "m", "the movie is incomplete"},
-             {"much lost", Kind::MuchLost, "", "m", "much of the movie is damaged"},
-             {"codec", Kind::ToolFailed, "track 0: could not find tag" + unsupported, "m", picture},
+        const QString folder = "chooseAnotherFolder tryAgain";
+        const QString again = "tryAgain";
+        const QString left = "convertWhatIsLeft tryAgain";
+        const QString support = "sendToSupport tryAgain";
+        const QString file = "readSubtitlesAs withoutSubtitleFile";
+        // ending, output, subtitles in the movie and beside it, message, actions
+        addRows<Kind, QString, QString, QString, QString>(
+            {{"no space", Kind::NoSpace, "av_write: No space left on device", "me", noSpace, folder},
+             {"time-out", Kind::ToolFailed, "Operation timed out", "", volume, folder},
+             {"bad descriptor", Kind::ToolFailed, "Bad file descriptor", "", volume, folder},
+             {"not written to the end", Kind::Incomplete, "", "m", volume, folder},
+             {"damaged", Kind::ToolFailed, "Read error at pos. 5 " + decoding, "", damaged, again},
+             {"half of the words", Kind::ToolFailed, "Read error at pos. 5", "", unknown, support},
+             {"source gone", Kind::SourceGone, "USER_REMOVED", "me", source, again},
+             {"only the movie's name", Kind::ToolFailed, "USER_REMOVED.mkv: FREE_SPACE", "", unknown,
+              support},
+             {"volume too small", Kind::VolumeTooSmall, "FREE_SPACE", "", "can't be saved on the destination",
+              folder},
+             {"truncated", Kind::SourceTruncated, "File ended prematurely", "m", "the movie is incomplete",
+              left},
+             {"much lost", Kind::MuchLost, "", "m", "much of the movie is damaged", left},
+             {"codec", Kind::ToolFailed, "track 0: could not find tag" + unsupported, "m", picture, ""},
              {"its newer words", Kind::ToolFailed,
-              "Could not find tag for codec ffv1 in stream #0" + unsupported, "", picture},
+              "Could not find tag for codec ffv1 in stream #0" + unsupported, "", picture, ""},
              {"of the sound", Kind::ToolFailed, "Could not find tag for codec pcm in stream #1" + unsupported,
-              "", unknown},
-             {"no tool", Kind::ToolMissing, "TOOL_MISSING", "me", "the conversion tool could not be started"},
-             {"interrupted", Kind::Interrupted, "", "me", "The conversion was interrupted."},
-             {"embedded subtitles", Kind::ToolFailed, "?", "me", embedded},
-             {"subtitle file", Kind::ToolFailed, "?", "e", external},
-             {"subtitles lost", Kind::SubtitlesLost, "Unable to recode", "e", external}});
+              "", unknown, support},
+             {"no tool", Kind::ToolMissing, "TOOL_MISSING", "me", "the conversion tool could not be started",
+              again},
+             {"interrupted", Kind::Interrupted, "", "me", "The conversion was interrupted.", again},
+             {"embedded subtitles", Kind::ToolFailed, "?", "m", embedded,
+              "withoutEmbeddedSubtitles showPreference"},
+             {"both", Kind::ToolFailed, "?", "me", embedded,
+              "withoutEmbeddedSubtitles " + file + " showPreference"},
+             {"subtitle file", Kind::ToolFailed, "?", "e", external, file},
+             {"subtitles lost", Kind::SubtitlesLost, "Unable to recode", "e", external, file}});
     }
     void explanations() {
-        const auto [kind, output, subtitles, words] = row<Kind, QString, QString, QString>();
+        const auto [kind, output, subtitles, words, actions] =
+            row<Kind, QString, QString, QString, QString>();
         const auto told = failure::explain(
             {RunEnding::of(kind), output, {"-i", "a"}, subtitles.contains(u'm'), subtitles.contains(u'e')});
         QVERIFY2(told.message.contains(words), qPrintable(told.message));
         QCOMPARE(told.title, words.startsWith("A problem") ? "Information" : "Conversion Failed");
-        QCOMPARE(told.offersSupport, words == "A problem prevented");
+        QStringList offered;
+        for (const FailureAction action : told.actions)
+            offered.append(wordOf(action));
+        QCOMPARE(offered.join(u' '), actions);
+        QCOMPARE(told.preference.isEmpty(), !offered.contains("showPreference"));
     }
 
     void unknownTrouble() {

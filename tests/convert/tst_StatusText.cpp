@@ -104,7 +104,8 @@ private Q_SLOTS:
         const QString text = output.text();
         QVERIFY(text.size() < 1'000'000);
         QVERIFY(text.startsWith("first words") && text.endsWith("last words"));
-        QVERIFY(output.contains(u"No space left on device") && output.contains(u"File ended prematurely"));
+        QVERIFY(output.text().contains(u"No space left on device") &&
+                output.text().contains(u"File ended prematurely"));
     }
 
     void space() {

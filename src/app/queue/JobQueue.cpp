@@ -85,7 +85,7 @@ void JobQueue::removeJob(ConversionJob* job) {
     std::unique_ptr<ConversionJob> removed = std::move(m_taskArray[static_cast<size_t>(index)]);
     m_taskArray.erase(m_taskArray.begin() + index);
     countState(job->state(), -1);
-    if (--m_destinations[job->queuedDestination()] == 0) m_destinations.remove(job->queuedDestination());
+    releaseDestination(job->queuedDestination());
     Q_EMIT jobRemoved(job);
     Q_EMIT titleChanged();
     removed.release()->deleteLater();  // The caller is often the job itself: delete later.
@@ -191,6 +191,20 @@ QStringList JobQueue::unfinishedFiles() const {
     // bottom.
     if (insertsAtBottom()) std::ranges::reverse(movies);
     return subtitles + movies;
+}
+
+bool JobQueue::changeFolder(ConversionJob& job, const QString& folder) {
+    const QString name = QFileInfo(job.queuedDestination()).fileName();
+    releaseDestination(job.queuedDestination());
+    const QString path = uniqueDestination(folder + u'/' + name);
+    const bool isWriteable = files::isWriteablePath(path);
+    if (isWriteable) job.setDestination(path);
+    ++m_destinations[job.queuedDestination()];
+    return isWriteable;
+}
+
+void JobQueue::releaseDestination(const QString& path) {
+    if (--m_destinations[path] == 0) m_destinations.remove(path);
 }
 
 bool JobQueue::isDestinationTaken(const QString& path) const {

@@ -43,6 +43,9 @@ public:
     QString uniqueDestination(const QString& path) const;
     /// Whether an unfinished job writes or will write this file.
     bool willWrite(const QString& path) const;
+    /// Has the output of a job that does not run written into `folder`, under a free name. Returns false and
+    /// changes nothing if no file can be written there.
+    [[nodiscard]] bool changeFolder(ConversionJob& job, const QString& folder);
     /// The movies that are not converted yet, including failed ones, with their subtitle files, in an order
     /// in which FileIntake::openFiles() restores the same queue.
     QStringList unfinishedFiles() const;
@@ -83,6 +86,7 @@ Q_SIGNALS:
 
 private:
     void countState(JobState state, int change);
+    void releaseDestination(const QString& path);
     bool isDestinationTaken(const QString& path) const;
     qsizetype indexOf(const ConversionJob* job) const;
 

@@ -31,8 +31,13 @@ void QueueProgress::note(const ConversionJob* job, double percent) {
 }
 
 void QueueProgress::onStateChanged(const ConversionJob* job, JobState now) {
-    const auto share = m_shares.find(job);
-    if (share == m_shares.end() || statusNotFinished(now) != share->isOver) return;
+    auto share = m_shares.find(job);
+    if (share == m_shares.end()) {
+        if (now != JobState::Queued) return;
+        // It is converted again after the queue was idle.
+        share = m_shares.insert(job, {.percent = 0, .isOver = true});
+    }
+    if (statusNotFinished(now) != share->isOver) return;
     share->isOver = !statusNotFinished(now);
     m_unfinished += share->isOver ? -1 : 1;
     constexpr double kWhole = 100;

@@ -94,6 +94,10 @@ long alert(const QString& title, const QString& message, const AlertButton& defa
     return alert_customicon(title, message, defaultButton, alternate, other, {});
 }
 
+long alert_described(const Alert& description) {
+    return logAndShow(description);
+}
+
 long alert_apptitled(const QString& message, const AlertButton& defaultButton, const AlertButton& alternate,
                      const AlertButton& other) {
     return alert(ApplicationInfo::name(), message, defaultButton, alternate, other);

@@ -12,6 +12,8 @@ long alert_customicon(const QString& title, const QString& message, const AlertB
                       const AlertButton& alternate, const AlertButton& other, const QString& icon);
 long alert(const QString& title, const QString& message, const AlertButton& defaultButton,
            const AlertButton& alternate = QString(), const AlertButton& other = QString());
+/// The alert as it is described, with any number of buttons: 1000 is the answer for the first.
+long alert_described(const Alert& description);
 /// With the application's name as the title.
 long alert_apptitled(const QString& message, const AlertButton& defaultButton,
                      const AlertButton& alternate = QString(), const AlertButton& other = QString());

@@ -57,6 +57,7 @@ inline constexpr long kAlertThirdButton = 1002;
 struct Alert {
     QString title;
     QString message;
+    QString subject;                   ///< What the message is about, in a line of its own; may be empty.
     std::vector<AlertButton> buttons;  ///< None: the platform's single default button.
     QString icon;                      ///< Name of the icon; empty: the application's.
     QString suppressionTitle;          ///< Title of the don't-warn-again box; empty: no box.

@@ -21,6 +21,10 @@ constexpr int kLowestMessage = 48;
 /// Reserve for the window's frame and title bar, and a margin.
 constexpr int kWindowFrame = 64;
 
+QString textOf(const Alert& alert) {
+    return alert.subject.isEmpty() ? alert.message : alert.message + "\n\n" + alert.subject;
+}
+
 QFont titleFont(QFont font) {
     font.setBold(true);
     if (font.pointSizeF() > 0) font.setPointSizeF(font.pointSizeF() * 1.1);
@@ -44,15 +48,15 @@ int columnWidth(const AlertText& title, const AlertText& message, int buttons, Q
 AlertDialog::AlertDialog(const Alert& alert, QWidget* parent) : QDialog(parent) {
     setWindowTitle(ApplicationInfo::name());
     setAccessibleName(alert.title);
-    setAccessibleDescription(alert.message);
+    setAccessibleDescription(textOf(alert));
     const QSize available = screen()->availableSize();
 
     m_buttonBox = new QDialogButtonBox(this);
     addButtons(alert);
-    if (m_buttonBox->sizeHint().width() > available.width() - 2 * kMargin)
-        m_buttonBox->setOrientation(Qt::Vertical);
+    const int widestButtons = qMin(kWidestOfLongText + kBesidesColumn, available.width()) - 2 * kMargin;
+    if (m_buttonBox->sizeHint().width() > widestButtons) m_buttonBox->setOrientation(Qt::Vertical);
     m_title = new AlertText(alert.title, titleFont(font()), this);
-    m_message = new AlertText(alert.message, font(), this);
+    m_message = new AlertText(textOf(alert), font(), this);
     const int width = columnWidth(*m_title, *m_message, m_buttonBox->sizeHint().width(), available);
     setTexts(alert, width);
 
@@ -128,7 +132,7 @@ void AlertDialog::setTexts(const Alert& alert, int width) {
     m_title->setSize(width, qMin(m_title->heightAt(width), highest));
     m_title->setVisible(!alert.title.isEmpty());
     m_message->setSize(width, m_message->heightAt(width));
-    m_message->setVisible(!alert.message.isEmpty());
+    m_message->setVisible(!textOf(alert).isEmpty());
 }
 
 AlertAnswer AlertDialog::answer() const {

@@ -198,6 +198,18 @@ void PreferencesWindow::refresh() {
     selectConversionStyle();
 }
 
+void PreferencesWindow::showSetting(const QString& key) {
+    for (int page = 0; page < m_pages->count(); ++page) {
+        const QList<QWidget*> controls = m_pages->widget(page)->findChildren<QWidget*>();
+        for (QWidget* control : controls) {
+            if (!SettingsBinder::keysOf(*control).contains(key)) continue;
+            m_list->setCurrentRow(page);
+            control->setFocus();
+            return;
+        }
+    }
+}
+
 void PreferencesWindow::restoreDefaults(const QWidget* page) {
     if (page->findChild<QWidget*>(QStringLiteral("watchfolderActive"))) m_watchFolder.forget();
     if (page->findChild<DestinationComboBox*>()) m_destinations.clearDestinations();

@@ -21,6 +21,8 @@ public:
 
     /// Shows the current settings. Called when the window is shown, too.
     void refresh();
+    /// Selects the page with the control of that setting, if there is one, and gives it the focus.
+    void showSetting(const QString& key);
 
 Q_SIGNALS:
     /// The window is about to close.

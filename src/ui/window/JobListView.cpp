@@ -1,6 +1,6 @@
 #include "ui/window/JobListView.h"
 
-#include "app/actions/Reveal.h"
+#include "app/actions/FailureActions.h"
 #include "convert/CommandLineText.h"
 #include "convert/ConversionJob.h"
 #include "support/base/Collections.h"
@@ -32,8 +32,9 @@ JobListView::JobListView(QWidget* parent) : QListView(parent), m_delegate(new Jo
     setAccessibleName(tr("Movies"));
 }
 
-void JobListView::setJobs(JobListModel* model) {
+void JobListView::setJobs(JobListModel* model, FailureActions* actions) {
     m_jobs = model;
+    m_actions = actions;
     setModel(model);
 }
 
@@ -55,7 +56,7 @@ void JobListView::act(ConversionJob& job, Button button, bool shiftIsHeld) {
             job.remove();
             return;
         case Button::Reveal:
-            reveal(job, shiftIsHeld);
+            m_actions->reveal(job, shiftIsHeld);
             return;
     }
 }
@@ -73,7 +74,8 @@ void JobListView::fillMenu(QMenu& menu) {
         QAction* action = menu.addAction(title + u'\t' + key.toString(QKeySequence::NativeText));
         action->setEnabled(job && jobrow::isEnabled(button, state));
         if (job) {
-            connect(action, &QAction::triggered, job, [job, button, shift] { act(*job, button, shift); });
+            connect(action, &QAction::triggered, job,
+                    [this, job, button, shift] { act(*job, button, shift); });
         }
         return action;
     };

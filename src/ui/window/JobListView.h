@@ -6,6 +6,7 @@
 #include <QPointer>
 
 class ConversionJob;
+class FailureActions;
 class JobDelegate;
 class JobListModel;
 class QMenu;
@@ -18,8 +19,8 @@ class JobListView : public QListView {
 public:
     explicit JobListView(QWidget* parent = nullptr);
 
-    /// `model` must outlive the view.
-    void setJobs(JobListModel* model);
+    /// Both must outlive the view.
+    void setJobs(JobListModel* model, FailureActions* actions);
 
     /// Performs the action of that button for the current job; does nothing if it is not enabled.
     void trigger(jobrow::Button button, bool shiftIsHeld = false);
@@ -44,9 +45,10 @@ private:
     std::optional<jobrow::Button> buttonAt(QPoint position, const QModelIndex& index) const;
     void setHot(const QModelIndex& index, std::optional<jobrow::Button> button, bool isPressed);
     bool showToolTip(QPoint position, QPoint globalPosition);
-    static void act(ConversionJob& job, jobrow::Button button, bool shiftIsHeld);
+    void act(ConversionJob& job, jobrow::Button button, bool shiftIsHeld);
 
     JobListModel* m_jobs = nullptr;
+    FailureActions* m_actions = nullptr;
     JobDelegate* m_delegate = nullptr;
     QPersistentModelIndex m_pressedIndex;
     std::optional<jobrow::Button> m_pressedButton;

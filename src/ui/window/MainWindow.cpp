@@ -37,13 +37,17 @@ MainWindow::MainWindow(AppDelegate& delegate)
     m_ui->statusBar->addPermanentWidget(m_summary);
     setUpActions();
     setUpToolBar();
-    m_ui->jobListView->setJobs(m_model.get());
+    m_ui->jobListView->setJobs(m_model.get(), &delegate.failureActions());
     m_ui->addSheetView->setSheet(&delegate.addSheet(), &delegate.destinations());
     connect(m_ui->addSheetView, &AddSheetView::focusReleased, m_ui->jobListView,
             qOverload<>(&QWidget::setFocus));
     setAcceptDrops(true);
     followQueue();
     connect(&delegate, &AppDelegate::mainWindowRequested, this, [this] { bringToFront(); });
+    connect(&delegate, &AppDelegate::preferenceRequested, this, [this](const QString& key) {
+        openPreferences();
+        m_preferences->showSetting(key);
+    });
     connect(&delegate, &AppDelegate::statusMessage, this, &MainWindow::showStatus);
     restoreGeometryFromSettings();
 }

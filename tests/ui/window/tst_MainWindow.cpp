@@ -148,6 +148,15 @@ private Q_SLOTS:
         app.press(Qt::Key_Return);
         QCOMPARE(app.presenter.shown.size(), 1);
         QVERIFY(app.presenter.messages().first().contains("not enough free space left"));
+        app.tool.setConversion("echo movie > \"$destination\"\n");
+        app.presenter.answer.response = kAlertThirdButton;  // Try again.
+        app.press(Qt::Key_Return);
+        QTRY_COMPARE_WITH_TIMEOUT(job->state(), JobState::Finished, kPatience);
+        Q_EMIT app.delegate.failureActions().preferenceRequested("DisableBuiltinSubtitles");
+        const QWidget* preferences = app.window->preferencesWindow();
+        QVERIFY(preferences && preferences->isVisible());
+        QVERIFY(preferences->findChild<QWidget*>("internalCheck")->isVisible());
+        QCOMPARE(preferences->focusWidget()->objectName(), "internalCheck");
     }
 
     void theMenuOfARow() {
