@@ -15,10 +15,9 @@ namespace {
 /// A movie of 100 s with 2,500 pictures, converted sound and three subtitle lines, which arrived whole.
 struct Scene {
     Scene() {
-        evidence.plan.tracks = {planned(0, Kind::Video, Action::Copied, 0),
-                                planned(1, Kind::Audio, Action::Converted, 1),
-                                planned(2, Kind::Audio, Action::LeftOut, {}),
-                                planned(3, Kind::Subtitle, Action::Converted, 2)};
+        evidence.plan.tracks = {
+            planned(0, Kind::Video, Action::Copied, 0), planned(1, Kind::Audio, Action::Converted, 1),
+            planned(2, Kind::Audio, Action::LeftOut, {}), planned(3, Kind::Subtitle, Action::Converted, 2)};
         media::Reading& in = evidence.source;
         in.container = media::Container::Matroska;
         in.opened = true;
@@ -152,6 +151,9 @@ private Q_SLOTS:
              true},
             {"other words do not matter for a source that is read",
              [](Scene& s) { s.evidence.toolOutput = "corrupt input packet in stream 0"; }, Whole, true},
+            {"sound cannot be decoded",
+             [](Scene& s) { s.evidence.toolOutput = "Error while decoding stream #0:1: Invalid data"; },
+             Damaged, true},
             {"no reader for the source", [](Scene& s) { s.hideSource(), s.evidence.runtimeSeconds = 101; },
              Whole, true},
             {"no reader, too short", [](Scene& s) { s.hideSource(); }, Damaged, false},

@@ -162,7 +162,11 @@ private:
         compared.sourceSeconds = source->end;
         if (planned.kind == Kind::Video) compareHoles(*source, output);
         compareEnds(planned, *source, output);
-        if (planned.action == Action::Copied) compareCounts(planned, expected, *source, output);
+        if (planned.action == Action::Copied) {
+            compareCounts(planned, expected, *source, output);
+        } else if (toolwords::reportDecodingErrors(m_evidence.toolOutput, *planned.stream)) {
+            damage(0, length(), Texts::tr("parts of the sound cannot be decoded"));
+        }
     }
 
     void compareCounts(const PlannedTrack& planned, quint64 expected, const media::Track& source,

@@ -26,6 +26,12 @@ bool reportReadErrors(const QString& toolOutput) {
     return text::containsAny(toolOutput, kReadErrors);
 }
 
+bool reportDecodingErrors(const QString& toolOutput, int stream) {
+    // Newer tools do not name the stream.
+    return toolOutput.contains(QStringLiteral("Error while decoding stream #0:%1:").arg(stream)) ||
+           toolOutput.contains(QLatin1StringView("Error submitting packet to decoder"));
+}
+
 bool reportDamage(const QString& toolOutput) {
     return text::containsAny(toolOutput, kDamage);
 }

@@ -12,4 +12,7 @@ bool reportReadErrors(const QString& toolOutput);
 /// Whether the tool found damaged data in the source.
 bool reportDamage(const QString& toolOutput);
 
+/// Whether the tool could not decode all of a stream that it converted.
+bool reportDecodingErrors(const QString& toolOutput, int stream);
+
 }  // namespace toolwords
