@@ -119,11 +119,11 @@ void AviScan::readPlainIndex(const Chunk& chunk) {
     for (quint64 at = chunk.data; at + 16 <= chunk.end; at += 16) {
         const Bytes entry = m_bytes.at(at, 16);
         if (entry.size() < 16) return;
-        const int tens = entry[0] - '0';
-        const int ones = entry[1] - '0';
+        const auto tens = static_cast<std::size_t>(entry[0] - '0');  // Huge for what is no digit.
+        const auto ones = static_cast<std::size_t>(entry[1] - '0');
         const bool isPicture = entry[2] == 'd' && (entry[3] == 'c' || entry[3] == 'b');
-        if (!isPicture || tens < 0 || tens > 9 || ones < 0 || ones > 9) continue;
-        const auto index = static_cast<std::size_t>(tens * 10 + ones);
+        if (!isPicture || tens > 9 || ones > 9) continue;
+        const std::size_t index = tens * 10 + ones;
         if (index < m_streams.size() && m_streams[index].index.entries == 0)
             count(m_streams[index], number(at + 12, 4));
     }

@@ -77,7 +77,8 @@ private:
         const Bytes bytes = m_bytes.at(m_position, 2);
         if (bytes.size() < 2) return 0;
         m_position += 2;
-        return m_unit == BigEndian ? bytes[0] << 8U | bytes[1] : bytes[1] << 8U | bytes[0];
+        const auto value = static_cast<quint32>(bigEndian(bytes));
+        return m_unit == BigEndian ? value : (value & 0xFFU) << 8U | value >> 8U;
     }
     bool decode() {
         if (m_unit == Byte) {
