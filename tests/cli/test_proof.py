@@ -1,7 +1,6 @@
 """Every output is compared with its source: sound movies are called whole, and no damage stays silent."""
 import random
 import unittest
-from pathlib import Path
 
 from support import CliTest, movie, tool
 
@@ -11,6 +10,13 @@ CONTAINERS = {
     ".mov": dict(tracks=("aac",)), ".avi": dict(tracks=("mp3",), video="mpeg4"),
     ".ts": dict(tracks=("aac",)), ".mpg": dict(tracks=("mp2",), video="mpeg2video"), ".flv": dict(tracks=("aac",)),
     ".wmv": dict(tracks=("mp3",), video="mpeg4", options=("-f", "asf")),
+}
+# The options that make 20 s of pictures and sound odd, but no less whole.
+ODD = {
+    "variable rate.mkv": "-vf select=lt(n\\,100)+not(mod(n\\,7)) -vsync vfr", "live.mkv": "-f matroska -live 1",
+    "pause.flv": "-vf select=lt(n\\,100)+gt(n\\,350) -vsync vfr -ar 44100 -c:a aac", "late.mkv": "-output_ts_offset 5",
+    "fragments.mp4": "-movflags frag_keyframe+empty_moov", "reordered.mp4": "-bf 3", "uncompressed.mov": "-c:a pcm_s16le",
+    "open gop.mkv": "-bf 3 -x264-params open-gop=1", "packed.avi": "-c:v libxvid -bf 2 -c:a libmp3lame",
 }
 READ_TO_THE_FRAME = (".mkv", ".webm", ".mp4", ".mov")
 
@@ -51,6 +57,43 @@ class Proof(CliTest):
                 self.assertAlmostEqual(20, sound["seconds"], delta=0.2)
                 if suffix in READ_TO_THE_FRAME:
                     self.assertEqual(PICTURES, picture["sourceCount"])
+
+    def test_odd_but_whole(self):
+        for name, options in ODD.items():
+            with self.subTest(name):
+                path = self.folder / name
+                tool("-f", "lavfi", "-i", "testsrc2=s=160x120:r=25:d=20", "-f", "lavfi", "-i", "sine=d=20", "-c:v", "libx264",
+                     "-preset", "ultrafast", *options.split(), path)
+                self.assertEqual("whole", self.word(end := self.verdict(path)), end)
+        # An edit list leaves out what lies between the last key picture and the cut.
+        tool("-ss", "3.3", "-i", self.folder / "reordered.mp4", "-c", "copy", self.folder / "edited.mp4")
+        self.assertEqual("whole", self.word(end := self.verdict(self.folder / "edited.mp4")), end)
+
+    def test_lost_lines_are_fetched(self):
+        """The usual arguments lose the last line of a track, and one of two that start together."""
+        lines = "".join(f"{i}\n00:00:0{at},000 --> 00:00:0{at + 1},000\nline\n\n" for i, at in enumerate((1, 3, 3, 5), 1))
+        path = self.folder / "Movie.mkv"
+        tool("-i", source(".mkv"), "-i", self.place(lines, "lines.srt"), "-c", "copy", "-c:s", "srt", path)
+        end = self.verdict(path, "--set", "DisableBuiltinSubtitles=0")
+        self.assertEqual(("whole", 4, 4), (self.word(end), *[end["receipt"]["tracks"][2][k] for k in ("count", "sourceCount")]))
+        self.assertIn("Converted a second time", end["receipt"]["notes"][0])
+
+    def test_codec_of_another_muxer(self):
+        path = self.place(movie("ac3", video="hevc"), "Movie.mkv")
+        self.assertEqual("whole", self.word(self.verdict(path, "--style", "fast", "--set", "DefaultExtension=1")))
+
+    def test_what_is_left(self):
+        whole = source(".mkv").read_bytes()
+        self.place(whole[:len(whole) // 2], "cut.mkv")
+        output = self.place("the former one", "out.mp4")
+        end = self.verdict("cut.mkv", "--output", output)
+        self.assertEqual("failed", end["event"])
+        self.assertIn("convertWhatIsLeft", end["actions"])
+        self.assertEqual("the former one", output.read_text())
+        end = self.verdict("cut.mkv", "--output", output, "--keep-damaged", "--set", "AutoRemove=1", "--set", "AutoRemoveType=1")
+        self.assertEqual("damaged", self.word(end))
+        self.assertAlmostEqual(10, end["receipt"]["tracks"][0]["seconds"], delta=1)
+        self.assertEqual(["cut.mkv", "out-1.mp4", "out.mp4"], self.outputs())
 
     def test_damage(self):
         for suffix in CONTAINERS:
