@@ -85,6 +85,31 @@ CLI::Option* addTo(CLI::App* command, Raw& raw) {
         ->type_name("FOLDER");
 }
 
+/// The options that decide what becomes of movies, and the movies.
+void addPlanning(CLI::App* command, Raw& raw) {
+    command
+        ->add_option("--audio", raw.audio, help(Texts::tr("Take the audio track with this position, from 0")))
+        ->type_name("INDEX")
+        ->check(position, "");
+    command
+        ->add_option("--style", raw.style,
+                     help(Texts::tr("How audio is handled: compatible, fast or custom")))
+        ->type_name("STYLE")
+        ->check(CLI::IsMember(styles()));
+    addSet(command, raw);
+    command->add_option("PATH", raw.paths, help(Texts::tr("Movies, subtitle files, and folders of them")))
+        ->required()
+        ->type_name("");
+}
+
+CLI::App* addPlan(CLI::App& app, Raw& raw) {
+    CLI::App* plan = app.add_subcommand(
+        "plan", help(Texts::tr("Tell what would become of each stream, without converting anything")));
+    addJson(plan, raw);
+    addPlanning(plan, raw);
+    return plan;
+}
+
 CLI::App* addConvert(CLI::App& app, Raw& raw) {
     CLI::App* convert =
         app.add_subcommand("convert", help(Texts::tr("Put movies into MP4 without re-encoding the picture")));
@@ -97,19 +122,7 @@ CLI::App* addConvert(CLI::App& app, Raw& raw) {
             help(Texts::tr("Write the output of the single movie to FILE, also over an existing one")))
         ->type_name("FILE")
         ->excludes(folder);
-    convert
-        ->add_option("--audio", raw.audio, help(Texts::tr("Take the audio track with this position, from 0")))
-        ->type_name("INDEX")
-        ->check(position, "");
-    convert
-        ->add_option("--style", raw.style,
-                     help(Texts::tr("How audio is handled: compatible, fast or custom")))
-        ->type_name("STYLE")
-        ->check(CLI::IsMember(styles()));
-    addSet(convert, raw);
-    convert->add_option("PATH", raw.paths, help(Texts::tr("Movies, subtitle files, and folders of them")))
-        ->required()
-        ->type_name("");
+    addPlanning(convert, raw);
     return convert;
 }
 
@@ -241,13 +254,14 @@ CommandLine CommandLine::parse(int argc, char** argv) {
         help(Texts::tr("Display program version information and exit")));
     app.require_subcommand(1);
     const CLI::App* probe = addProbe(app, raw);
+    const CLI::App* plan = addPlan(app, raw);
     const CLI::App* convert = addConvert(app, raw);
     const CLI::App* watch = addWatch(app, raw);
     const CLI::App* settings = addSettings(app, raw);
     translateHelp(app);
 
     const auto commandName = [&] {
-        for (const CLI::App* candidate : {probe, convert, watch, settings}) {
+        for (const CLI::App* candidate : {probe, plan, convert, watch, settings}) {
             if (candidate->parsed()) return decoded(candidate->get_name());
         }
         return QString();
@@ -270,16 +284,17 @@ CommandLine CommandLine::parse(int argc, char** argv) {
     }
     if (!raw.style.empty()) line.overrides.insert(settings::ConversionPreset.key, styles().at(raw.style));
 
+    const auto audio = [&](const CLI::App* command) {
+        return command->get_option("--audio")->count() > 0 ? std::optional(raw.audio) : std::nullopt;
+    };
     if (probe->parsed()) {
         line.command = ProbeOptions{raw.json, decoded(raw.paths)};
+    } else if (plan->parsed()) {
+        line.command = PlanOptions{raw.json, audio(plan), decoded(raw.paths)};
     } else if (convert->parsed()) {
-        const bool hasAudio = convert->get_option("--audio")->count() > 0;
-        line.command = ConvertOptions{raw.json,
-                                      raw.quiet,
-                                      decoded(raw.folder),
-                                      decoded(raw.output),
-                                      hasAudio ? std::optional(raw.audio) : std::nullopt,
-                                      decoded(raw.paths)};
+        line.command =
+            ConvertOptions{raw.json,       raw.quiet,         decoded(raw.folder), decoded(raw.output),
+                           audio(convert), decoded(raw.paths)};
     } else if (watch->parsed()) {
         line.command = WatchOptions{raw.json, decoded(raw.folder), decoded(raw.watched)};
     } else {

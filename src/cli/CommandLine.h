@@ -25,6 +25,12 @@ struct ConvertOptions {
     QStringList paths;
 };
 
+struct PlanOptions {
+    bool json = false;
+    std::optional<int> audio;  ///< --audio
+    QStringList paths;
+};
+
 struct WatchOptions {
     bool json = false;
     QString destination;  ///< --to; empty: next to the source.
@@ -41,7 +47,8 @@ struct SettingsOptions {
 
 struct CommandLine {
     /// monostate: nothing to do but to exit with exitStatus (help, version, wrong usage).
-    std::variant<std::monostate, ProbeOptions, ConvertOptions, WatchOptions, SettingsOptions> command;
+    std::variant<std::monostate, ProbeOptions, PlanOptions, ConvertOptions, WatchOptions, SettingsOptions>
+        command;
     /// Values of --set and --style, for this run only.
     QMap<QString, QVariant> overrides;
     int exitStatus = 0;

@@ -128,10 +128,7 @@ std::optional<qsizetype> ConvertCommand::chooseAudio(const QString& file, std::o
     const qsizetype count = m_intake.fileInfo()->audioTrackInformation.size();
     if (!m_options.audio) return best.value_or(0);
     if (*m_options.audio < count) return *m_options.audio;
-    refuseAtHand(Texts::tr("The movie '%1' has %n audio track(s), none with the position %2.", nullptr,
-                           static_cast<int>(count))
-                     .arg(file, QString::number(*m_options.audio)),
-                 false);
+    refuseAtHand(noSuchAudioTrack(file, count, *m_options.audio), false);
     return std::nullopt;
 }
 
@@ -234,8 +231,7 @@ namespace {
 
 /// The error in the options for these inputs; empty: none.
 QString errorIn(const ConvertOptions& options, const Inputs& inputs) {
-    if (inputs.movies.isEmpty() && inputs.refusals.empty())
-        return Texts::tr("there is no movie among the files");
+    if (inputs.isEmpty()) return Inputs::noMovie();
     if (options.output.isEmpty()) return {};
     if (inputs.movies.size() > 1)
         return Texts::tr("--output is for a single movie, not for %1")

@@ -27,6 +27,16 @@ QString whyNotReadable(const QString& path) {
     return {};
 }
 
+QString noSuchAudioTrack(const QString& file, qsizetype count, qsizetype position) {
+    return Texts::tr("The movie '%1' has %n audio track(s), none with the position %2.", nullptr,
+                     static_cast<int>(count))
+        .arg(file, QString::number(position));
+}
+
+QString Inputs::noMovie() {
+    return Texts::tr("there is no movie among the files");
+}
+
 Inputs findInputs(const QStringList& paths) {
     Inputs inputs;
     const auto sort = [&](const QString& path) {

@@ -15,6 +15,10 @@ struct Inputs {
     QStringList movies;  ///< Absolute paths, in the given order.
     QStringList subtitles;
     std::vector<Refusal> refusals;  ///< Paths without a movie, with the reason.
+
+    bool isEmpty() const { return movies.isEmpty() && refusals.empty(); }
+    /// The error for inputs that are empty.
+    static QString noMovie();
 };
 
 /// Resolves each path: folders are searched, files that cannot be movies are refused with a reason.
@@ -23,5 +27,8 @@ Inputs findInputs(const QStringList& paths);
 /// Why a file cannot be read as a movie; empty: it can, as far as can be checked without reading it. A broken
 /// link is left to the probe, which has a message for it.
 QString whyNotReadable(const QString& path);
+
+/// Why a movie with `count` audio tracks is refused if the one at `position` was asked for.
+QString noSuchAudioTrack(const QString& file, qsizetype count, qsizetype position);
 
 QString absolutePath(const QString& path);

@@ -1,7 +1,5 @@
 #include "cli/JsonRecords.h"
 
-#include <QJsonArray>
-
 namespace json {
 
 namespace {
@@ -13,23 +11,53 @@ QJsonArray messageArray(const Messages& messages) {
     return array;
 }
 
+QJsonValue textOrNull(const QString& text) {
+    return text.isEmpty() ? QJsonValue() : QJsonValue(text);
+}
+
+QString word(PlannedTrack::Kind kind) {
+    switch (kind) {
+        case PlannedTrack::Kind::Video:
+            return "video";
+        case PlannedTrack::Kind::Audio:
+            return "audio";
+        case PlannedTrack::Kind::Subtitle:
+            return "subtitle";
+        case PlannedTrack::Kind::Attachment:
+            return "attachment";
+        case PlannedTrack::Kind::Data:
+            break;
+    }
+    return "data";
+}
+
+QString word(PlannedTrack::Action action) {
+    switch (action) {
+        case PlannedTrack::Action::Copied:
+            return "copied";
+        case PlannedTrack::Action::Converted:
+            return "converted";
+        case PlannedTrack::Action::LeftOut:
+            break;
+    }
+    return "leftOut";
+}
+
 }  // namespace
 
 QJsonObject message(const ConsolePresenter::Message& message) {
-    return {{"key", message.key.isEmpty() ? QJsonValue() : QJsonValue(message.key)},
-            {"title", message.title},
-            {"message", message.message}};
+    return {{"key", textOrNull(message.key)}, {"title", message.title}, {"message", message.message}};
 }
 
 QJsonObject probed(const QString& file, const std::optional<MKVFileInfo>& record,
                    std::optional<qsizetype> bestTrack, const Messages& messages) {
-    QJsonObject object{
-        {"file", file}, {"accepted", record.has_value()}, {"messages", messageArray(messages)}};
+    QJsonObject object = refused(file, messages);
     if (!record) return object;
-    QJsonArray tracks;
+    object.insert("accepted", true);
+    QJsonArray audio;
     QJsonArray rates;
     for (const AudioEntry& entry : record->audioTrackInformation) {
-        tracks.append(entry.text);
+        audio.append(entry.text);
         rates.append(entry.sampleRate);
     }
     QJsonArray subtitles;
@@ -42,12 +70,40 @@ QJsonObject probed(const QString& file, const std::optional<MKVFileInfo>& record
     object.insert("runtimeSeconds",
                   record->runtimeSeconds ? QJsonValue(*record->runtimeSeconds) : QJsonValue());
     object.insert("fileSize", static_cast<qint64>(record->fileSize));
-    object.insert("audioTrackInformation", tracks);
+    object.insert("audioTrackInformation", audio);
     object.insert("sampleRates", rates);
     object.insert("subtitleTrackIDs", subtitles);
     object.insert("bestLanguage",
                   bestTrack ? QJsonValue(record->audioTrackInformation[*bestTrack].text) : QJsonValue());
     return object;
+}
+
+QJsonObject refused(const QString& file, const Messages& messages) {
+    return {{"file", file}, {"accepted", false}, {"messages", messageArray(messages)}};
+}
+
+QJsonArray tracks(const ConversionPlan& plan) {
+    QJsonArray array;
+    for (const PlannedTrack& track : plan.tracks) {
+        array.append(QJsonObject{{"stream", track.stream ? QJsonValue(*track.stream) : QJsonValue()},
+                                 {"kind", word(track.kind)},
+                                 {"codec", track.codec},
+                                 {"language", track.language},
+                                 {"title", track.title},
+                                 {"action", word(track.action)},
+                                 {"to", textOrNull(track.to)},
+                                 {"reason", textOrNull(track.reason)}});
+    }
+    return array;
+}
+
+QJsonObject planned(const QString& file, const ConversionPlan& plan, const QStringList& arguments,
+                    const Messages& messages) {
+    return {{"file", file},
+            {"accepted", true},
+            {"messages", messageArray(messages)},
+            {"tracks", tracks(plan)},
+            {"arguments", QJsonArray::fromStringList(arguments)}};
 }
 
 }  // namespace json

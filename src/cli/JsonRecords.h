@@ -1,8 +1,10 @@
 #pragma once
 
 #include "cli/ConsolePresenter.h"
+#include "convert/ConversionPlan.h"
 #include "probe/MKVFileInfo.h"
 
+#include <QJsonArray>
 #include <QJsonObject>
 
 #include <optional>
@@ -21,5 +23,15 @@ QJsonObject message(const ConsolePresenter::Message& message);
 /// empty for a refused movie.
 QJsonObject probed(const QString& file, const std::optional<MKVFileInfo>& record,
                    std::optional<qsizetype> bestTrack, const Messages& messages);
+
+/// A movie that is refused: "file", "accepted" and "messages".
+QJsonObject refused(const QString& file, const Messages& messages);
+
+/// What becomes of each stream, in the order of the plan.
+QJsonArray tracks(const ConversionPlan& plan);
+
+/// The plan of an accepted movie; `arguments` are those of the tool.
+QJsonObject planned(const QString& file, const ConversionPlan& plan, const QStringList& arguments,
+                    const Messages& messages);
 
 }  // namespace json

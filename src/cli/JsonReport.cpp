@@ -31,7 +31,9 @@ public:
     }
 
     void queued(const ConversionJob& job) override {
-        write("queued", fileOf(job), {{"destination", destinationOf(job)}});
+        const ConversionPlan plan =
+            makePlan(job.fileInfo(), job.audioTrackIndex(), ConversionSettings::current());
+        write("queued", fileOf(job), {{"destination", destinationOf(job)}, {"plan", json::tracks(plan)}});
     }
 
     void started(const ConversionJob& job) override {

@@ -12,6 +12,7 @@ struct RunCommand {
 
     int operator()(std::monostate) const { return line.exitStatus; }
     int operator()(const ProbeOptions& options) const { return runProbe(options, line); }
+    int operator()(const PlanOptions& options) const { return runPlan(options, line); }
     int operator()(const ConvertOptions& options) const { return runConvert(options, line); }
     int operator()(const WatchOptions& options) const { return runWatch(options, line); }
     int operator()(const SettingsOptions& options) const { return runSettings(options); }

@@ -3,49 +3,90 @@
 #include "settings/Keys.h"
 #include "support/base/Format.h"
 
+#include <algorithm>
+#include <array>
+
 namespace {
 
-/// The setting of the custom style for a kind of audio.
-const settings::Setting<ConversionMethod>& customHandling(const QString& codec, bool surround) {
-    if (codec == u"ac3")
-        return surround ? settings::CustomAC351AudioHandling : settings::CustomAC3AudioHandling;
-    if (codec == u"dts")
-        return surround ? settings::CustomDTS51AudioHandling : settings::CustomDTSAudioHandling;
-    if (codec == u"flac")
-        return surround ? settings::CustomFLAC51AudioHandling : settings::CustomFLACAudioHandling;
-    // MP3 and Vorbis have no setting for surround.
-    if (codec == u"mp3" && !surround) return settings::CustomMP3AudioHandling;
-    if (codec == u"vorbis" && !surround) return settings::CustomVorbisAudioHandling;
-    return surround ? settings::CustomUnknown51AudioHandling : settings::CustomUnknownAudioHandling;
-}
+using enum ConversionMethod;
+
+/// What the styles make of a codec. Without settings for the custom style it is copied in every style.
+struct AudioRule {
+    QLatin1StringView codec;  ///< The codec tag of the record; empty: any other.
+    ConversionMethod compatible;
+    ConversionMethod fast;
+    ConversionMethod fastSurround;
+    /// Whether the fast style makes stereo of surround; null: there is no choice.
+    const settings::Setting<bool>* downmix;
+    const settings::Setting<ConversionMethod>* custom;
+    const settings::Setting<ConversionMethod>* customSurround;
+};
+
+// MP3 and Vorbis have no setting for surround.
+constexpr std::array kRules = {
+    AudioRule{QLatin1StringView("aac"), Copy, Copy, Copy, nullptr, nullptr, nullptr},
+    AudioRule{QLatin1StringView("ac3"), AacStereo, Copy, Copy, &settings::AC3Downmix,
+              &settings::CustomAC3AudioHandling, &settings::CustomAC351AudioHandling},
+    AudioRule{QLatin1StringView("dts"), AacStereo, Ac3Stereo, Ac3Surround, &settings::DTSDownmix,
+              &settings::CustomDTSAudioHandling, &settings::CustomDTS51AudioHandling},
+    AudioRule{QLatin1StringView("flac"), AacStereo, Ac3Stereo, Ac3Stereo, nullptr,
+              &settings::CustomFLACAudioHandling, &settings::CustomFLAC51AudioHandling},
+    AudioRule{QLatin1StringView("mp3"), AacStereo, Ac3Stereo, Ac3Stereo, nullptr,
+              &settings::CustomMP3AudioHandling, &settings::CustomUnknown51AudioHandling},
+    AudioRule{QLatin1StringView("vorbis"), AacStereo, Ac3Stereo, Ac3Stereo, nullptr,
+              &settings::CustomVorbisAudioHandling, &settings::CustomUnknown51AudioHandling},
+    AudioRule{QLatin1StringView(), AacStereo, Ac3Stereo, Ac3Stereo, nullptr,
+              &settings::CustomUnknownAudioHandling, &settings::CustomUnknown51AudioHandling},
+};
 
 }  // namespace
 
 ConversionMethod calculateConversionMethod(const QString& codec, bool audioIsSurround,
                                            const ConversionSettings& chosen) {
-    using enum ConversionMethod;
-    if (codec == u"aac") return Copy;
-    const ConversionStyle style = chosen.value(settings::ConversionPreset);
-    if (style == ConversionStyle::Custom) return chosen.value(customHandling(codec, audioIsSurround));
-    if (style == ConversionStyle::Compatible) return AacStereo;
-    if (codec == u"ac3") return audioIsSurround && chosen.value(settings::AC3Downmix) ? Ac3Stereo : Copy;
-    if (codec == u"dts")
-        return audioIsSurround && !chosen.value(settings::DTSDownmix) ? Ac3Surround : Ac3Stereo;
-    return Ac3Stereo;
+    const AudioRule* rule = std::find_if(kRules.begin(), kRules.end() - 1,
+                                         [&](const AudioRule& each) { return codec == each.codec; });
+    switch (chosen.value(settings::ConversionPreset)) {
+        case ConversionStyle::Compatible:
+            return rule->compatible;
+        case ConversionStyle::Custom: {
+            const auto* handling = audioIsSurround ? rule->customSurround : rule->custom;
+            return handling ? chosen.value(*handling) : Copy;
+        }
+        case ConversionStyle::Fast:
+            break;
+    }
+    if (!audioIsSurround) return rule->fast;
+    return rule->downmix && chosen.value(*rule->downmix) ? Ac3Stereo : rule->fastSurround;
 }
 
 QString codecWord(ConversionMethod method) {
     switch (method) {
-        case ConversionMethod::AacStereo:
-        case ConversionMethod::AacSurround:
+        case AacStereo:
+        case AacSurround:
             return "aac";
-        case ConversionMethod::Ac3Stereo:
-        case ConversionMethod::Ac3Surround:
+        case Ac3Stereo:
+        case Ac3Surround:
             return "ac3";
-        case ConversionMethod::Copy:
-            return "copy";
+        case Copy:
+            break;
     }
     return "copy";
+}
+
+QString rateWord(ConversionMethod method, const ConversionSettings& chosen) {
+    switch (method) {
+        case AacStereo:
+            return chosen.word(settings::AACBitrate);
+        case AacSurround:
+            return chosen.word(settings::AACSurroundBitrate);
+        case Ac3Stereo:
+            return chosen.word(settings::AC3StereoBitrate);
+        case Ac3Surround:
+            return chosen.word(settings::AC3SurroundBitrate);
+        case Copy:
+            break;
+    }
+    return {};
 }
 
 QStringList trialRunArguments(const MKVFileInfo& info, int audioStream) {

@@ -12,6 +12,9 @@ ConversionMethod calculateConversionMethod(const QString& codec, bool audioIsSur
 
 /// The tool's name of the audio codec.
 QString codecWord(ConversionMethod method);
+/// The tool's word for the bit rate that the user has chosen, "128k", or for the level of a variable one,
+/// "5"; empty for a copy.
+QString rateWord(ConversionMethod method, const ConversionSettings& chosen);
 
 /// The arguments of the trial run over one second, which shows whether a copied AAC stream needs the
 /// "aac_adtstoasc" filter. It writes to the movie's destination.

@@ -1,178 +1,99 @@
 #include "convert/ConversionCommand.h"
 
-#include "settings/Keys.h"
-#include "settings/SettingsTable.h"
+#include "convert/AudioHandling.h"
 #include "support/base/Format.h"
 
 namespace {
 
-constexpr int kAudioMapTarget = 6;  // index of the value of the audio "-map"
-constexpr int kBehindMaps = 7;
-constexpr int kAudioOptions = 13;
-constexpr int kHighestSampleRate = 48000;  // Hz; the highest rate that players support
-
-void insert(QStringList& list, qsizetype position, const QStringList& items) {
-    for (qsizetype i = 0; i < items.size(); ++i)
-        list.insert(position + i, items[i]);
+bool isSubtitleFile(const PlannedTrack& track) {
+    return !track.stream;
 }
 
-void insertBeforeDestination(QStringList& arguments, const QStringList& items) {
-    insert(arguments, arguments.size() - 1, items);
+QString mapTarget(const PlannedTrack& track) {
+    if (isSubtitleFile(track)) return "1:0";
+    if (track.audio && track.audio->volume) return "[out]";
+    return makeString("0:%i", *track.stream);
 }
 
-/// Quality levels have no unit.
-QStringList aacRate(QLatin1StringView rate) {
-    return {rate.endsWith('k') ? "-b:a" : "-q:a", rate};
-}
-
-/// Options for channels and bit rate.
-QStringList audioOptions(ConversionMethod method, const ConversionSettings& chosen) {
-    switch (method) {
+/// Options of the main audio track.
+QStringList mainAudioOptions(const PlannedTrack& track) {
+    const PlannedAudio& audio = *track.audio;
+    QStringList options;
+    if (audio.volume)
+        options += {"-filter_complex", makeString("[0:%i]volume=%.2f[out]", *track.stream, *audio.volume)};
+    if (audio.sampleRate > 0) options += {"-ar", QString::number(audio.sampleRate)};
+    // Levels have no unit.
+    const QString rateOption = audio.rate.endsWith(u'k') ? "-b:a" : "-q:a";
+    switch (audio.method) {
         case ConversionMethod::AacStereo:
-            return QStringList{"-ac", "2"} + aacRate(chosen.word(settings::AACBitrate));
-        case ConversionMethod::AacSurround:
-            return QStringList{"-ac", "6"} + aacRate(chosen.word(settings::AACSurroundBitrate)) +
-                   QStringList{"-channel_layout", "5.1(side)"};
         case ConversionMethod::Ac3Stereo:
-            return {"-ac", "2", "-b:a", chosen.word(settings::AC3StereoBitrate)};
+            options += {"-ac", "2", rateOption, audio.rate};
+            break;
+        case ConversionMethod::AacSurround:
+            options += {"-ac", "6", rateOption, audio.rate, "-channel_layout", "5.1(side)"};
+            break;
         case ConversionMethod::Ac3Surround:
-            return {"-ac", "6", "-b:a", chosen.word(settings::AC3SurroundBitrate)};
+            options += {"-ac", "6", rateOption, audio.rate};
+            break;
         case ConversionMethod::Copy:
-            return {};
+            break;
     }
-    return {};
+    return options + QStringList{"-acodec", codecWord(audio.method)};
 }
 
-QStringList withoutAudio(const ConversionRequest& request) {
-    const MKVFileInfo& info = request.info;
-    return {"-i",
-            info.fileURL.toLocalFile(),
-            "-stats",
-            "-map",
-            makeString("0:%i", info.videoTrackID),
-            "-scodec",
-            "mov_text",
-            "-vcodec",
-            "copy",
-            "-progress",
-            request.progressFile,
-            "-loglevel",
-            "warning",
-            "-y",
-            info.destinationURL.toLocalFile()};
-}
-
-QStringList withAudio(const ConversionRequest& request, const AudioEntry& audio,
-                      const ConversionSettings& chosen) {
-    const MKVFileInfo& info = request.info;
-    const ConversionMethod method = calculateConversionMethod(audio.codec(), audio.isSurround(), chosen);
-    QStringList arguments = {"-i",
-                             info.fileURL.toLocalFile(),
-                             "-stats",
-                             "-map",
-                             makeString("0:%i", info.videoTrackID),
-                             "-map",
-                             makeString("0:%i", audio.stream()),
-                             "-scodec",
-                             "mov_text",
-                             "-vcodec",
-                             "copy",
-                             "-acodec",
-                             codecWord(method),
-                             "-progress",
-                             request.progressFile,
-                             "-loglevel",
-                             "warning",
-                             "-y",
-                             info.destinationURL.toLocalFile()};
-
-    if (request.needsFixup) insert(arguments, kBehindMaps, {"-absf", "aac_adtstoasc"});
-    insert(arguments, kBehindMaps, {"-max_muxing_queue_size", "2048"});
-    insert(arguments, kAudioOptions, audioOptions(method, chosen));
-    if (method != ConversionMethod::Copy) {
-        if (audio.sampleRate > kHighestSampleRate) insert(arguments, kAudioOptions, {"-ar", "48000"});
-        const float volume = chosen.value(settings::AudioVolume);
-        if (volume < 99 || volume > 101) {
-            insert(arguments, kAudioOptions,
-                   {"-filter_complex", makeString("[0:%i]volume=%.2f[out]", audio.stream(), volume / 100)});
-            arguments[kAudioMapTarget] = "[out]";
-        }
-    }
-    int position = kBehindMaps;
-    addAdditionalSurroundTrack(arguments, position, info, request.audioTrackIndex, chosen);
-    addSubtitles(arguments, "1:0", position, info, chosen);
-    return arguments;
-}
-
-bool isCarriedSurround(const AudioEntry& entry) {
-    return entry.text.contains("[5.1]");
-}
-
-/// The entry of the second surround track: the main track itself if it is surround, else the first AC3, else
-/// the first DTS track in its language.
-const AudioEntry* additionalSurroundTrack(const MKVFileInfo& info, const AudioEntry& main) {
-    if (isCarriedSurround(main) && (main.text.contains("(ac3)") || main.text.contains("(dts)"))) return &main;
-    for (const char* codec : {"(ac3)", "(dts)"}) {
-        for (const AudioEntry& candidate : info.audioTrackInformation) {
-            if (isCarriedSurround(candidate) && candidate.language() == main.language() &&
-                candidate.codecWord() == codec)
-                return &candidate;
-        }
-    }
-    return nullptr;
+QStringList secondAudioOptions(const PlannedTrack& track) {
+    const PlannedAudio& audio = *track.audio;
+    QStringList options = {"-c:a:1", codecWord(audio.method)};
+    if (audio.method != ConversionMethod::Copy)
+        options += {makeString("-ac:%i", *track.output), "6", "-b:a:1", audio.rate};
+    return options;
 }
 
 }  // namespace
 
-const AudioEntry* chosenAudio(const MKVFileInfo& info, qsizetype audioTrackIndex) {
-    const auto& entries = info.audioTrackInformation;
-    return audioTrackIndex >= 0 && audioTrackIndex < entries.size() ? &entries[audioTrackIndex] : nullptr;
+QStringList toolArguments(const ConversionPlan& plan, const ConversionFiles& files, bool needsFixup) {
+    const auto outputs = plan.outputs();
+    const auto find = [&](auto matches) -> const PlannedTrack* {
+        const auto found = std::find_if(outputs.cbegin(), outputs.cend(),
+                                        [&](const PlannedTrack* track) { return matches(*track); });
+        return found == outputs.cend() ? nullptr : *found;
+    };
+    const PlannedTrack* main = find([](const auto& track) { return track.audio && !track.audio->isSecond; });
+    const PlannedTrack* second = find([](const auto& track) { return track.audio && track.audio->isSecond; });
+
+    QStringList arguments;
+    if (plan.fixesSubtitleDurations) arguments += "-fix_sub_duration";
+    // Players of one vendor accept HEVC only with this tag.
+    if (plan.tagsHevc) arguments += {"-tag:v", "hvc1"};
+    arguments += {"-i", files.source};
+    if (find(isSubtitleFile)) {
+        if (!plan.subtitleEncoding.isEmpty()) arguments += {"-sub_charenc", plan.subtitleEncoding};
+        arguments += {"-i", files.subtitles};
+    }
+    arguments += "-stats";
+    for (const PlannedTrack* track : outputs)
+        arguments += {"-map", mapTarget(*track)};
+    if (main) {
+        arguments += {"-max_muxing_queue_size", plan.longMuxingQueue ? "65536" : "2048"};
+        if (needsFixup && main->audio->method == ConversionMethod::Copy)
+            arguments += {"-absf", "aac_adtstoasc"};
+    }
+    arguments += {"-scodec", "mov_text", "-vcodec", "copy"};
+    if (main) arguments += mainAudioOptions(*main);
+    if (second) arguments += secondAudioOptions(*second);
+    const bool hasSubtitles = find([](const auto& track) { return track.kind == StreamKind::Subtitle; });
+    if (plan.fineSubtitleTimes && hasSubtitles) arguments += {"-time_base:s", "1/100000"};
+    if (plan.namesFormat) arguments += {"-f", "mp4"};
+    arguments += {"-progress", files.progress, "-loglevel", "warning", "-y"};
+    if (plan.isStreamable) arguments += {"-movflags", "faststart"};
+    return arguments + QStringList{"-strict", "experimental", files.destination};
 }
 
 QStringList conversionArguments(const ConversionRequest& request, const ConversionSettings& chosen) {
-    const AudioEntry* audio = chosenAudio(request.info, request.audioTrackIndex);
-    QStringList arguments = audio ? withAudio(request, *audio, chosen) : withoutAudio(request);
-    // Players of one vendor accept HEVC only with this tag.
-    if (request.info.videoTrackCodec == u"hevc") insert(arguments, 0, {"-tag:v", "hvc1"});
-    if (chosen.value(settings::ProduceStreamableFiles))
-        insertBeforeDestination(arguments, {"-movflags", "faststart"});
-    insertBeforeDestination(arguments, {"-strict", "experimental"});
-    if (chosen.value(settings::FixSubtitleDuration)) insert(arguments, 0, {"-fix_sub_duration"});
-    return arguments;
-}
-
-void addAdditionalSurroundTrack(QStringList& arguments, int& position, const MKVFileInfo& info,
-                                qsizetype audioTrackIndex, const ConversionSettings& chosen) {
-    if (chosen.value(settings::ConversionPreset) != ConversionStyle::Compatible ||
-        !chosen.value(settings::IncludeSurroundTrack))
-        return;
-    const AudioEntry* main = chosenAudio(info, audioTrackIndex);
-    const AudioEntry* track = main ? additionalSurroundTrack(info, *main) : nullptr;
-    if (!track) return;
-    insert(arguments, position, {"-map", makeString("0:%i", track->stream())});
-    position += 2;
-    const bool transcodes =
-        track->codecWord() == u"(dts)" && chosen.value(settings::IncludeSurroundTrackTranscoded);
-    const QStringList options =
-        transcodes
-            ? QStringList{"-c:a:1", "ac3", "-ac:2", "6", "-b:a:1", chosen.word(settings::AC3SurroundBitrate)}
-            : QStringList{"-c:a:1", "copy"};
-    insert(arguments, arguments.indexOf("-progress"), options);
-}
-
-void addSubtitles(QStringList& arguments, const QString& mapTarget, int position, const MKVFileInfo& info,
-                  const ConversionSettings& chosen) {
-    if (!chosen.value(settings::DisableBuiltinSubtitles)) {
-        for (const int stream : info.subtitleTrackIDs)
-            insert(arguments, position, {"-map", makeString("0:%i", stream)});
-    }
-    if (!info.subtitleFileURL) return;
-    const qsizetype behindFirstInput = arguments.indexOf("-stats");
-    insert(arguments, position, {"-map", mapTarget});
-    insert(arguments, behindFirstInput, {"-i", info.subtitleFileURL->toLocalFile()});
-    QString encoding = chosen.word(settings::ExternalSubtitleEncoding);
-    if (encoding.isEmpty()) return;
-    // The tool detects UTF-16 and converts it to UTF-8 before it applies this option.
-    if (encoding == u"UTF-16") encoding = "UTF-8";
-    insert(arguments, behindFirstInput, {"-sub_charenc", encoding});
+    const MKVFileInfo& info = request.info;
+    return toolArguments(
+        makePlan(info, request.audioTrackIndex, chosen, request.remedies),
+        {info.fileURL.toLocalFile(), info.subtitleFileURL ? info.subtitleFileURL->toLocalFile() : QString(),
+         request.progressFile, info.destinationURL.toLocalFile()},
+        request.needsFixup);
 }

@@ -1,35 +1,33 @@
 #pragma once
 
-#include "convert/AudioHandling.h"
-#include "convert/ConversionSettings.h"
-#include "probe/MKVFileInfo.h"
+#include "convert/ConversionPlan.h"
 
 #include <QString>
 #include <QStringList>
 
-/// Builds the tool's arguments for one conversion. Pure functions, any thread: nothing is started or read.
-/// The order of the arguments is a contract, down to the positions at which options are inserted.
+/// Formats the tool's arguments for one conversion. Pure functions, any thread: nothing is started or read.
+/// The order of the arguments is a contract. What is converted into what is decided in the plan.
+
+/// The paths of one conversion, or words that stand for them.
+struct ConversionFiles {
+    QString source;
+    QString subtitles;  ///< Used if the plan carries a subtitle file.
+    QString progress;
+    QString destination;
+};
+
+/// The arguments without the tool's own path. `needsFixup`: a copied AAC stream needs the "aac_adtstoasc"
+/// filter.
+QStringList toolArguments(const ConversionPlan& plan, const ConversionFiles& files, bool needsFixup);
 
 /// The input of conversionArguments().
 struct ConversionRequest {
     const MKVFileInfo& info;
     qsizetype audioTrackIndex = 0;  ///< Position in audioTrackInformation.
-    bool needsFixup = false;        ///< The copied AAC stream needs the "aac_adtstoasc" filter.
+    bool needsFixup = false;
     QString progressFile;
+    Remedies remedies = {};
 };
 
-/// The chosen entry; null for a movie without audio or an index out of range.
-const AudioEntry* chosenAudio(const MKVFileInfo& info, qsizetype audioTrackIndex);
-
-/// The arguments without the tool's own path.
+/// Plans the conversion and formats the arguments.
 QStringList conversionArguments(const ConversionRequest& request, const ConversionSettings& chosen);
-
-/// Maps a second audio track, 5.1 AC3 or DTS in the main track's language, at `position`, which is advanced
-/// past it.
-void addAdditionalSurroundTrack(QStringList& arguments, int& position, const MKVFileInfo& info,
-                                qsizetype audioTrackIndex, const ConversionSettings& chosen);
-
-/// Maps the movie's own text subtitles and its subtitle file at `position`. `mapTarget` is the stream of the
-/// second input.
-void addSubtitles(QStringList& arguments, const QString& mapTarget, int position, const MKVFileInfo& info,
-                  const ConversionSettings& chosen);

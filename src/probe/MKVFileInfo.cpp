@@ -27,6 +27,7 @@ MKVFileInfo MKVFileInfo::fromFacts(const ReportFacts& facts, const QUrl& url) {
     record.videoTrackCodec = facts.videoTrackCodec;
     record.runtimeSeconds = facts.runtimeSeconds;
     record.fileSize = files::fileSize(url);
+    record.contents = facts.contents;
     return record;
 }
 

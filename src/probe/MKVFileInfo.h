@@ -2,6 +2,7 @@
 
 #include "probe/AudioEntry.h"
 #include "probe/ReportParser.h"
+#include "probe/Streams.h"
 #include "probe/Verdicts.h"
 
 #include <QList>
@@ -28,6 +29,7 @@ public:
     quint64 fileSize = 0;                 ///< Bytes; 0: unknown.
     std::optional<QUrl> subtitleFileURL;  ///< A subtitle file to be added.
     std::optional<QUrl> securityURL;      ///< The folder that was opened for the destination.
+    MovieContents contents;               ///< Every stream of the file, also those that are left out.
 
     struct Probe;
 

@@ -196,7 +196,9 @@ QString ReportFacts::informationString() const {
 }
 
 ReportFacts parseReport(const QString& report, const settings::Snapshot& chosen, const QString& fileName) {
-    return Parser(chosen, fileName).parse(report);
+    ReportFacts facts = Parser(chosen, fileName).parse(report);
+    if (!facts.rejected) facts.contents = parseContents(report, fileName);
+    return facts;
 }
 
 qint32 durationInReport(const QString& report) {

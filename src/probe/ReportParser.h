@@ -1,6 +1,7 @@
 #pragma once
 
 #include "probe/AudioEntry.h"
+#include "probe/Streams.h"
 #include "probe/Verdicts.h"
 #include "settings/Snapshot.h"
 
@@ -21,6 +22,7 @@ struct ReportFacts {
     std::optional<QString> duration;    ///< As in the report, without the fraction: "01:42:17".
     std::optional<QString> bitrate;     ///< As in the report: "4712 kb/s".
     std::optional<QString> resolution;  ///< "1920x1080"
+    MovieContents contents;             ///< All streams; empty for a rejected movie.
     bool rejected = false;              ///< The movie cannot be converted.
     std::vector<Verdict> verdicts;      ///< In the order of the report.
 

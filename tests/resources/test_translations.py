@@ -14,9 +14,9 @@ from pathlib import Path
 
 SOURCE, BUILD = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve()
 LINGUIST = "/usr/lib/qt6/bin/"
-DATA = r"Ctrl\+\S+|F1|#\d: \w+ \(\w+\)|Ravelin|GPL|Qt|MP4|M4V|AA?C3?|[A-Z]{2}-?\d+|UTF-\d+|ISO-\d+-\d+|LATIN\d|CP\d+|\d+k|\w+\.mkv|eng|ger|unk|out|https?:\S+|[/~]\S+"
+DATA = r"Ctrl\+\S+|F1|#\d: \w+ \(\w+\)|Ravelin|GPL|Qt|MP4|M4V|AA?C3?|[A-Z]{2}-?\d+|UTF-\d+|ISO-\d+-\d+|Vorbis|LATIN\d|CP\d+|\d+k|\w+\.mkv|eng|ger|unk|out|https?:\S+|[/~]\S+"
 OPTIONS = (r"--?\w[\w-]*|\b[A-Z]{3,}(=[A-Z]+)?\b|ravelin-cli|"
-           r"\b(probe|convert|watch|settings|list|get|set|unset|path|compatible|fast|custom)\b")
+           r"\b(probe|plan|convert|watch|settings|list|get|set|unset|path|compatible|fast|custom)\b")
 
 
 def linguist(program, *arguments):
@@ -85,9 +85,10 @@ class Translations(unittest.TestCase):
         movie = self.home / "1.mkv"
         subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc=d=1", "-f", "lavfi", "-i", "sine=d=1", movie],
                        check=True)
-        for arguments in (["--help"], ["convert", "--help"], ["settings", "--help"], ["probe", movie], ["convert", movie],
-                          ["convert", "--audio", 7, movie], ["probe", "/nowhere"], ["watch", "/nowhere"], ["convert", "/tmp/x"],
-                          ["convert", "--output", "a", "b"], ["settings", "get", "Nonsense"], ["settings", "set", "AutoAdd", "x"]):
+        for arguments in (["--help"], ["plan", "--help"], ["convert", "--help"], ["settings", "--help"], ["probe", movie],
+                          ["plan", movie], ["convert", movie], ["convert", "--audio", 7, movie], ["probe", "/nowhere"],
+                          ["watch", "/nowhere"], ["convert", "/tmp/x"], ["convert", "--output", "a", "b"],
+                          ["settings", "get", "Nonsense"], ["settings", "set", "AutoAdd", "x"]):
             for line in "\n".join(self.run_program("ravelin-cli", *arguments)).splitlines():
                 with self.subTest(arguments=arguments, line=line):
                     self.assertEqual(self.left_untranslated(line, DATA + "|" + OPTIONS), [])
