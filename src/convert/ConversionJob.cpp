@@ -60,6 +60,10 @@ std::optional<ConversionMethod> ConversionJob::method() const {
     return calculateConversionMethod(audio->codec(), audio->isSurround(), ConversionSettings::current());
 }
 
+ConversionPlan ConversionJob::plan() const {
+    return m_plan ? *m_plan : makePlan(m_fileInfo, m_audioTrackIndex, ConversionSettings::current());
+}
+
 void ConversionJob::presetSpeedInfo() {
     if (const auto chosen = method()) setSpeedInfoFromMethod(*chosen);
 }
@@ -95,6 +99,7 @@ void ConversionJob::start() {
     Q_EMIT starting();
     acquireSleepAssertion();
     m_output = ToolOutput();
+    m_receipt.reset();
     m_progress = 0;
     if (!files::fileExists(m_fileInfo.fileURL)) {
         m_output.note(failure::kUserRemoved);
@@ -154,6 +159,7 @@ void ConversionJob::prepareRun() {
 
 QStringList ConversionJob::buildArguments() {
     const ConversionSettings settings = ConversionSettings::current();
+    m_plan = makePlan(m_fileInfo, m_audioTrackIndex, settings);
     ConversionRequest request{m_fileInfo, m_audioTrackIndex, false, m_progressFile->path()};
     if (const AudioEntry* audio = chosenAudio(m_fileInfo, m_audioTrackIndex)) {
         const ConversionMethod method =

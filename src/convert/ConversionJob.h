@@ -1,10 +1,12 @@
 #pragma once
 
 #include "convert/AudioHandling.h"
+#include "convert/ConversionPlan.h"
 #include "convert/FailureExplanation.h"
 #include "convert/JobController.h"
 #include "convert/JobState.h"
 #include "convert/Progress.h"
+#include "convert/Receipt.h"
 #include "convert/ToolOutput.h"
 #include "probe/MKVFileInfo.h"
 
@@ -53,6 +55,12 @@ public:
     QString jobOutput() const { return m_output.text(); }
     /// The status in one line; with audio and remaining time while converting.
     QString stateInfoString() const;
+    /// What the last start does; before the first one, what it would do with the present settings.
+    ConversionPlan plan() const;
+    /// The proof of the output; empty before the job is finished, and if nothing was proved.
+    const std::optional<Receipt>& receipt() const { return m_receipt; }
+    /// To be called before the job is finished.
+    void setReceipt(Receipt receipt) { m_receipt = std::move(receipt); }
     /// Why the job failed; valid for a failed job.
     failure::Explanation explanation() const;
 
@@ -136,6 +144,8 @@ private:
 
     ToolOutput m_output;
     QStringList m_arguments;
+    std::optional<ConversionPlan> m_plan;
+    std::optional<Receipt> m_receipt;
     std::unique_ptr<ToolProcess> m_task;
     std::unique_ptr<ProgressFile> m_progressFile;
     std::unique_ptr<ReplacedFile> m_replaced;
