@@ -1,6 +1,7 @@
 // Puts the windows into every relevant state and saves a screenshot of each: screenshots FOLDER [--dark]
 #include "documentation/window/Documentation.h"
 #include "documentation/window/WebEngine.h"
+#include "fakes/InstantProof.h"
 #include "fakes/WindowedApplication.h"
 #include "feedback/PXRatingWindowController.h"
 #include "feedback/UpdateCheck.h"
@@ -16,12 +17,15 @@
 #include "ui/widgets/WindowMenu.h"
 #include "ui/window/EmptyView.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
+#include <QComboBox>
 #include <QCommandLineParser>
 #include <QDialog>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
+#include <QPushButton>
 #include <QTimer>
 
 #include <unistd.h>
@@ -37,6 +41,18 @@ case "$destination" in
 esac
 )sh";
 
+/// A movie with more than an MP4 can hold.
+constexpr const char* kManyStreams = R"(
+    Stream #0:1(eng): Audio: ac3, 48000 Hz, 5.1(side), fltp, 448 kb/s (default)
+    Stream #0:2(ger): Audio: dts (DTS), 48000 Hz, 5.1(side), fltp, 1536 kb/s
+    Stream #0:3(eng): Audio: ac3, 48000 Hz, stereo, fltp, 192 kb/s
+    Metadata:
+      title           : Director's commentary
+    Stream #0:4(eng): Subtitle: hdmv_pgs_subtitle
+    Stream #0:5(ger): Subtitle: hdmv_pgs_subtitle
+    Stream #0:6(eng): Subtitle: subrip
+)";
+
 QString folder;
 
 void save(QWidget& widget, const QString& name) {
@@ -47,6 +63,15 @@ void save(QWidget& widget, const QString& name) {
 
 void waitUntil(const std::function<bool()>& condition) {
     if (!QTest::qWaitFor(condition, 20000)) qFatal("a state was not reached");
+}
+
+bool sheetIsWhole(const WindowedApplication& app) {
+    const auto* sheet = app.find<QWidget>("addSheetView");
+    return sheet->height() >= 117 + app.find<QWidget>("planStrip")->minimumSizeHint().height();
+}
+
+void waitForSheet(WindowedApplication& app) {
+    waitUntil([&] { return app.isReady() && sheetIsWhole(app); });
 }
 
 void emptyWindow() {
@@ -78,11 +103,46 @@ void addQueue(WindowedApplication& app) {
     app.list().setCurrentIndex(app.list().model()->index(0, 0));
 }
 
+ReceiptTrack receiptTrack(StreamKind kind, const QString& codec, quint64 count, quint64 sourceCount) {
+    ReceiptTrack track;
+    track.plan.kind = kind;
+    track.plan.codec = codec;
+    track.plan.action = PlannedTrack::Action::Copied;
+    track.count = count;
+    track.sourceCount = sourceCount;
+    return track;
+}
+
+/// What the proof of these movies would find.
+void addReceipts(WindowedApplication& app) {
+    Receipt whole;
+    whole.verdict = ProofVerdict::Whole;
+    whole.tracks = {receiptTrack(StreamKind::Video, "h264", 68211, 68211),
+                    receiptTrack(StreamKind::Audio, "ac3", 88817, 88817)};
+    Receipt damaged;
+    damaged.verdict = ProofVerdict::Damaged;
+    damaged.tracks = {receiptTrack(StreamKind::Video, "h264", 68197, 68211)};
+    damaged.damage = {{.from = 751, .to = 751.6, .what = "14 pictures are missing"}};
+    Receipt unknown;
+    unknown.notes = {"the source counts no pictures"};
+    QObject::connect(&app.queue(), &JobQueue::jobAdded, [=](ConversionJob* job) {
+        const QString& name = job->fileInfo().fileName;
+        proveWith(*job, name.startsWith("Harbour") ? whole : name.startsWith("An Unr") ? damaged : unknown);
+    });
+}
+
 void queueWindow() {
     WindowedApplication app;
+    addReceipts(app);
     addQueue(app);
     app.window->resize(760, 640);
     save(*app.window, "queue");
+    for (const int row : {4, 0}) {
+        Q_EMIT app.list().detailsRequested(app.job(row));
+        auto* details = app.find<QWidget>("detailsWindow");
+        save(*details, row == 0 ? "details-converting" : "details-damaged");
+        details->close();
+    }
     QMenu menu(app.window.get());
     app.list().fillMenu(menu);
     menu.popup(app.window->mapToGlobal(QPoint(200, 120)));
@@ -90,12 +150,20 @@ void queueWindow() {
     menu.close();
     app.window->resize(640, 420);
     save(*app.window, "queue-small");
+    app.tool.setReport(FakeTool::report(kManyStreams));
     app.delegate.openFiles({app.write("Sunday Matinee With a Name of Some Length (1968).mkv"),
-                            app.write("Another One.mkv"), app.write("Third.mkv")});
+                            app.write("Another One.mkv"), app.write("Third Act (2021).mkv"),
+                            app.write("Third Act (2021).srt")});
     app.window->resize(760, 640);
-    const auto* sheet = app.find<QWidget>("addSheetView");
-    waitUntil([&] { return app.isReady() && sheet->height() >= 117; });
+    waitForSheet(app);
     save(*app.window, "add-sheet");
+    app.find<QPushButton>("whyButton")->click();
+    save(*app.find<QWidget>("leftOutPopup"), "left-out");
+    app.find<QWidget>("leftOutPopup")->close();
+    auto* audio = app.find<QComboBox>("audioPopUp");
+    audio->showPopup();
+    save(*audio->view()->window(), "audio-tracks");
+    audio->hidePopup();
     app.window->resize(640, 420);
     save(*app.window, "add-sheet-small");
     app.queue().pauseContinueClicked(true);
@@ -109,8 +177,7 @@ void scanningWindow() {
     app.write("resources/ffmpeg", "#!/bin/sh\nsleep 3\n");
     QFile::setPermissions(app.path("resources/ffmpeg"), QFile::ReadOwner | QFile::ExeOwner);
     app.delegate.openFiles({app.write("The Long Way to Lisbon (2019).mkv")});
-    const auto* sheet = app.find<QWidget>("addSheetView");
-    waitUntil([&] { return sheet->height() >= 117; });
+    waitUntil([&] { return sheetIsWhole(app); });
     save(*app.window, "scanning");
 }
 
@@ -119,10 +186,25 @@ void rightToLeft() {
     WindowedApplication app;
     addQueue(app);
     app.delegate.openFiles({app.write("Sunday Matinee.mkv"), app.write("Second.mkv")});
-    const auto* sheet = app.find<QWidget>("addSheetView");
-    waitUntil([&] { return app.isReady() && sheet->height() >= 117; });
+    waitForSheet(app);
     save(*app.window, "right-to-left");
     QApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
+void largeFont() {
+    const QFont usual = QApplication::font();
+    QFont large = usual;
+    large.setPointSizeF(usual.pointSizeF() * 1.7);
+    QApplication::setFont(large);
+    WindowedApplication app;
+    addReceipts(app);
+    addQueue(app);
+    app.tool.setReport(FakeTool::report(kManyStreams));
+    app.delegate.openFiles({app.write("Third Act (2021).mkv"), app.write("Third Act (2021).srt")});
+    waitForSheet(app);
+    app.window->resize(960, 760);
+    save(*app.window, "large-font");
+    QApplication::setFont(usual);
 }
 
 void preferences() {
@@ -302,6 +384,7 @@ int main(int argc, char** argv) {
     queueWindow();
     scanningWindow();
     rightToLeft();
+    largeFont();
     preferences();
     rating();
     about();

@@ -4,6 +4,8 @@
 #include "app/destinations/OutputName.h"
 #include "app/intake/FileIntake.h"
 #include "app/queue/JobQueue.h"
+#include "convert/plan/PlanText.h"
+#include "settings/Changes.h"
 #include "settings/Keys.h"
 #include "settings/Settings.h"
 #include "support/alerts/Alert.h"
@@ -38,6 +40,8 @@ AddSheet::AddSheet(FileIntake& intake, JobQueue& queue, Destinations& destinatio
         Q_EMIT changed();
     });
     connect(&queue, &JobQueue::pausedChanged, this, &AddSheet::changed);
+    // Nearly every setting of a conversion shows in the plan.
+    connect(&settings::Changes::shared(), &settings::Changes::changed, this, &AddSheet::planChanged);
 }
 
 bool AddSheet::isScanning() const {
@@ -60,8 +64,26 @@ QStringList AddSheet::audioItems() const {
     return items;
 }
 
+QStringList AddSheet::audioLabels() const {
+    QStringList labels;
+    for (qsizetype i = 0; i < audioItems().size(); ++i)
+        labels.append(plantext::audioLabel(*m_intake.fileInfo(), i));
+    return labels;
+}
+
 void AddSheet::selectAudio(qsizetype index) {
     m_selectedAudio = index;
+    Q_EMIT planChanged();
+}
+
+std::optional<ConversionPlan> AddSheet::plan() const {
+    if (!m_intake.fileInfo()) return std::nullopt;
+    return makePlan(*m_intake.fileInfo(), m_selectedAudio, ConversionSettings::current());
+}
+
+void AddSheet::removeSubtitleFile() {
+    m_intake.removeSubtitleFile();
+    Q_EMIT changed();
 }
 
 void AddSheet::setTopConstraint(double height) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "probe/MKVFileInfo.h"
+#include "convert/plan/ConversionPlan.h"
 
 #include <QObject>
 #include <QStringList>
@@ -39,8 +39,15 @@ public:
     QString informationString() const;
     /// One item for each audio track, as shown to the user.
     QStringList audioItems() const;
+    /// The language, the title and the format of each of them in words; no two are the same.
+    QStringList audioLabels() const;
     qsizetype selectedAudio() const { return m_selectedAudio; }
     void selectAudio(qsizetype index);
+    /// What a conversion of the movie would do with the selected audio track and the present settings; empty
+    /// while there is no movie to confirm.
+    std::optional<ConversionPlan> plan() const;
+    /// The movie is converted without its subtitle file.
+    void removeSubtitleFile();
 
     /// Confirms the movie: creates the job and queues it, after the file panels that the selected destination
     /// needs.
@@ -55,6 +62,8 @@ public:
 Q_SIGNALS:
     /// Emitted for every change except those of the selected audio track and destination.
     void changed();
+    /// The plan may have changed with the selected audio track or a setting. changed() implies it, too.
+    void planChanged();
     void topConstraintChanged(double height);
     /// Message for the status area.
     void message(const QString& text);

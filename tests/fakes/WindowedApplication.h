@@ -32,6 +32,7 @@ public:
         MKVFileInfo info;
         info.fileName = name;
         info.runtimeSeconds = 10;
+        info.videoTrackCodec = "h264";
         info.audioTrackInformation = {AudioEntry::make(1, "eng", "ac3", false, 48000),
                                       AudioEntry::make(2, "ger", "dts", true, 48000)};
         info.fileURL = QUrl::fromLocalFile(write(name));

@@ -73,6 +73,13 @@ void FileIntake::handleResult(const QString& path, const QString& subtitle, MKVF
     Q_EMIT fileAccepted();
 }
 
+void FileIntake::removeSubtitleFile() {
+    if (!m_fileInfo || !m_fileInfo->subtitleFileURL) return;
+    m_fileInfo->subtitleFileURL.reset();
+    // In front of every parenthesis there is what was added with the file.
+    m_fileInfo->informationString.replace("+1)", ")");
+}
+
 void FileIntake::cancelProbe() {
     if (m_isCancelled) *m_isCancelled = true;
 }

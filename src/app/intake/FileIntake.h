@@ -48,6 +48,9 @@ public:
     bool isScanning() const { return !m_scannedFile.isEmpty(); }
     /// The current movie: probed, and not yet confirmed or cancelled.
     const std::optional<MKVFileInfo>& fileInfo() const { return m_fileInfo; }
+    /// Takes the subtitle file off the current movie, also in its informationString; other movies may still
+    /// get that file.
+    void removeSubtitleFile();
     /// All files that were added and are neither confirmed nor skipped: the subtitle files, then the movies;
     /// the one to be confirmed next is the last.
     QStringList unconfirmedFiles() const;

@@ -10,10 +10,6 @@
 
 namespace {
 
-bool isDark(const QPalette& palette) {
-    return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
-}
-
 /// Fusion draws the frames of check boxes and radio buttons darker than the window, which is invisible on a
 /// dark one.
 class VisibleIndicators : public QProxyStyle {
@@ -24,7 +20,7 @@ public:
                        const QWidget* widget) const override {
         QProxyStyle::drawPrimitive(element, option, painter, widget);
         const bool isBox = element == PE_IndicatorCheckBox;
-        if ((!isBox && element != PE_IndicatorRadioButton) || !isDark(option->palette)) return;
+        if ((!isBox && element != PE_IndicatorRadioButton) || !colors::isDark(option->palette)) return;
         painter->save();
         painter->setRenderHint(QPainter::Antialiasing);
         painter->setPen(colors::restingBar(option->palette));
@@ -61,7 +57,7 @@ QPalette darkPalette() {
 
 void useDarkPalette(bool dark) {
     const QPalette platform = QApplication::style()->standardPalette();
-    QApplication::setPalette(dark && !isDark(platform) ? darkPalette() : QPalette());
+    QApplication::setPalette(dark && !colors::isDark(platform) ? darkPalette() : QPalette());
 }
 
 void useVisibleIndicators() {
@@ -71,7 +67,7 @@ void useVisibleIndicators() {
 void followDesktopAppearance(Desktop& desktop) {
     useVisibleIndicators();
     // If the platform's palette is already dark, there is nothing to do.
-    if (isDark(QApplication::palette())) return;
+    if (colors::isDark(QApplication::palette())) return;
     QObject::connect(&desktop, &Desktop::appearanceChanged, qApp,
                      [&desktop] { useDarkPalette(desktop.prefersDark()); });
 }

@@ -3,9 +3,24 @@
 #include <QColor>
 #include <QPalette>
 
-/// The colours of the window that are not in the palette: each is mixed from colours of the palette, so that
-/// it fits light and dark palettes. Pure; any thread.
+/// The colours of the window that are not in the palette: each is mixed from colours of the palette, or
+/// chosen by its lightness, so that it fits light and dark palettes. Pure; any thread.
 namespace colors {
+
+/// What a text is about.
+enum class Tone {
+    Normal,
+    Secondary,
+    Good,     ///< All is well: green.
+    Warning,  ///< Something is missing: amber.
+    Problem,  ///< Something failed: red.
+    Link      ///< Can be clicked; from the palette's accent colour.
+};
+
+/// For text on the palette's background colours; contrast of at least 4.5 : 1 with usual palettes.
+QColor text(const QPalette& palette, Tone tone);
+
+bool isDark(const QPalette& palette);
 
 /// For secondary information; contrast of at least 4.5 : 1 with the background of usual palettes.
 QColor secondaryText(const QPalette& palette);

@@ -27,22 +27,25 @@ QPalette::ColorGroup groupFor(QIcon::Mode mode) {
 /// Paints a line drawing in the current colours of the palette.
 class SymbolicIconEngine : public QIconEngine {
 public:
-    explicit SymbolicIconEngine(QString file) : m_file(std::move(file)) {}
+    explicit SymbolicIconEngine(QString file, colors::Tone tone = colors::Tone::Normal)
+        : m_file(std::move(file)), m_tone(tone) {}
 
     QIconEngine* clone() const override { return new SymbolicIconEngine(*this); }
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
         const QPalette palette = QApplication::palette();
         const auto role = mode == QIcon::Selected ? QPalette::HighlightedText : QPalette::WindowText;
-        QSvgRenderer renderer(coloured(m_file, palette.color(groupFor(mode), role),
-                                       palette.color(groupFor(mode), QPalette::Highlight)));
+        const QColor color = m_tone == colors::Tone::Normal ? palette.color(groupFor(mode), role)
+                                                            : colors::text(palette, m_tone);
+        QSvgRenderer renderer(coloured(m_file, color, palette.color(groupFor(mode), QPalette::Highlight)));
         renderer.setAspectRatioMode(Qt::KeepAspectRatio);
         renderer.render(painter, rect);
     }
 
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
-        const QString key = QStringLiteral("%1 %2x%3 %4 %5")
+        const QString key = QStringLiteral("%1 %2 %3x%4 %5 %6")
                                 .arg(m_file)
+                                .arg(static_cast<int>(m_tone))
                                 .arg(size.width())
                                 .arg(size.height())
                                 .arg(mode)
@@ -60,12 +63,17 @@ public:
 
 private:
     QString m_file;
+    colors::Tone m_tone;
 };
 
 }  // namespace
 
 QIcon symbolicIcon(const QString& name) {
-    return QIcon(new SymbolicIconEngine(QStringLiteral(":/icons/symbolic/%1.svg").arg(name)));
+    return symbolicIcon(name, colors::Tone::Normal);
+}
+
+QIcon symbolicIcon(const QString& name, colors::Tone tone) {
+    return QIcon(new SymbolicIconEngine(QStringLiteral(":/icons/symbolic/%1.svg").arg(name), tone));
 }
 
 QIcon dropPicture() {

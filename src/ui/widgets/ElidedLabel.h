@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/look/Colors.h"
+
 #include <QString>
 #include <QWidget>
 
@@ -13,16 +15,23 @@ public:
 
     QString text() const { return m_text; }
     void setText(const QString& text);
+    /// Where text that is too long is shortened.
+    void setElideMode(Qt::TextElideMode mode);
+    void setTone(colors::Tone tone);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
 protected:
+    void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
     QString shown() const;
+    void refreshToolTip();
 
     QString m_text;
+    Qt::TextElideMode m_mode = Qt::ElideMiddle;
+    colors::Tone m_tone = colors::Tone::Normal;
 };

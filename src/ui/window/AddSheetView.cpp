@@ -6,11 +6,13 @@
 #include "support/base/Format.h"
 #include "ui/look/Colors.h"
 #include "ui/look/Motion.h"
+#include "ui/window/PlanStrip.h"
 #include "ui_AddSheetView.h"
 
 #include <QFileInfo>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QVBoxLayout>
 #include <QVariantAnimation>
 
 #include <utility>
@@ -20,10 +22,17 @@ AddSheetView::AddSheetView(QWidget* parent)
       m_ui(std::make_unique<Ui::AddSheetView>()),
       m_content(new QWidget(this)),
       m_animation(new QVariantAnimation(this)) {
-    m_ui->setupUi(m_content);
-    QFont medium = font();
-    medium.setWeight(QFont::Medium);
-    m_ui->nameLabel->setFont(medium);
+    m_form = new QWidget(m_content);
+    m_ui->setupUi(m_form);
+    m_strip = new PlanStrip(m_content);
+    auto* layout = new QVBoxLayout(m_content);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_form, 1);
+    layout->addWidget(m_strip);
+    QFont bold = font();
+    bold.setWeight(QFont::DemiBold);
+    m_ui->nameLabel->setFont(bold);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     setFocusPolicy(Qt::StrongFocus);  // Keeps keys from the list while a movie is probed.
     hide();
@@ -45,7 +54,9 @@ void AddSheetView::setSheet(AddSheet* sheet, Destinations* destinations) {
     connect(m_ui->addButton, &QPushButton::clicked, sheet, &AddSheet::addToQueue);
     connect(m_ui->cancelButton, &QPushButton::clicked, sheet, &AddSheet::cancelAdd);
     connect(m_ui->cancelAllButton, &QToolButton::clicked, sheet, &AddSheet::cancelAll);
+    connect(m_strip, &PlanStrip::subtitleFileRemoved, this, &AddSheetView::removeSubtitleFile);
     connect(sheet, &AddSheet::changed, this, &AddSheetView::refresh);
+    connect(sheet, &AddSheet::planChanged, this, &AddSheetView::refreshPlan);
     connect(sheet, &AddSheet::topConstraintChanged, this, [this](double height) { slide(height > 0); });
     refresh();
 }
@@ -69,6 +80,7 @@ void AddSheetView::refresh() {
     m_ui->destinationPopUp->setEnabled(isReady);
     m_ui->addButton->setEnabled(isReady);
     refreshAudio();
+    refreshPlan();
     if (becameReady && hasFocusWithin()) m_ui->addButton->setFocus();
 }
 
@@ -79,20 +91,25 @@ bool AddSheetView::hasFocusWithin() const {
 
 void AddSheetView::refreshAudio() {
     const QStringList tracks = m_sheet->audioItems();
-    QStringList shown;
-    for (int i = 0; i < m_ui->audioPopUp->count(); ++i)
-        shown.append(m_ui->audioPopUp->itemText(i));
-    if (shown != tracks) {
-        m_ui->audioPopUp->clear();
-        m_ui->audioPopUp->addItems(tracks);
-    }
+    m_ui->audioPopUp->setTracks(tracks, m_sheet->audioLabels());
     m_ui->audioPopUp->setCurrentIndex(static_cast<int>(m_sheet->selectedAudio()));
     m_ui->audioPopUp->setEnabled(collections::isNonEmptyCollection(tracks));
     m_ui->audioPopUp->setPlaceholderText(m_sheet->isScanning() ? QString() : tr("No sound"));
 }
 
+void AddSheetView::refreshPlan() {
+    // The last plan slides away with its sheet.
+    if (m_sheet->isShown()) m_strip->setPlan(m_sheet->plan());
+}
+
+void AddSheetView::removeSubtitleFile() {
+    m_sheet->removeSubtitleFile();
+    m_ui->addButton->setFocus();  // The button that was pressed is gone.
+}
+
 int AddSheetView::wholeHeight() const {
-    return qMax(static_cast<int>(AddSheet::kShown), m_content->minimumSizeHint().height());
+    return qMax(static_cast<int>(AddSheet::kShown), m_form->minimumSizeHint().height()) +
+           m_strip->minimumSizeHint().height();
 }
 
 void AddSheetView::slide(bool shown) {

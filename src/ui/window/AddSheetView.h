@@ -6,13 +6,15 @@
 
 class AddSheet;
 class Destinations;
+class PlanStrip;
 class QVariantAnimation;
 
 namespace Ui {
 class AddSheetView;
 }
 
-/// The view of the add sheet; it slides down at the top of the window. Main thread only.
+/// The view of the add sheet, and below it the plan of its movie; they slide down at the top of the window.
+/// Main thread only.
 class AddSheetView : public QWidget {
     Q_OBJECT
 
@@ -39,6 +41,8 @@ protected:
 private:
     void refresh();
     void refreshAudio();
+    void refreshPlan();
+    void removeSubtitleFile();
     void slide(bool shown);
     void setSheetHeight(int height);
     void finishSliding();
@@ -47,6 +51,8 @@ private:
 
     std::unique_ptr<Ui::AddSheetView> m_ui;
     QWidget* m_content = nullptr;  ///< Keeps its height while the sheet slides.
+    QWidget* m_form = nullptr;
+    PlanStrip* m_strip = nullptr;
     AddSheet* m_sheet = nullptr;
     QVariantAnimation* m_animation = nullptr;
     int m_height = 0;

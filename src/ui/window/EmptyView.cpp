@@ -41,13 +41,15 @@ EmptyView::EmptyView(QWidget* parent) : QWidget(parent) {
     sentence->setAlignment(Qt::AlignHCenter);
     constexpr int kComfortable = 420;
     sentence->setMaximumWidth(kComfortable);
+    m_picture = new Picture(this);
+    m_sentence = sentence;
     auto* button = new QPushButton(symbolicIcon("add"), tr("Add Movies…"), this);
     connect(button, &QPushButton::clicked, this, &EmptyView::addRequested);
 
     auto* layout = new QVBoxLayout(this);
     layout->setSpacing(8);
     layout->addStretch();
-    layout->addWidget(new Picture(this), 0, Qt::AlignCenter);
+    layout->addWidget(m_picture, 0, Qt::AlignCenter);
     layout->addSpacing(8);
     layout->addWidget(title, 0, Qt::AlignCenter);
     // An item with an alignment would not get the height of its second line.
@@ -66,6 +68,13 @@ void EmptyView::setDropHighlighted(bool highlighted) {
     if (m_highlighted == highlighted) return;
     m_highlighted = highlighted;
     update();
+}
+
+void EmptyView::resizeEvent(QResizeEvent*) {
+    constexpr int kLines = 12;  // Title, sentence, button and what is between them.
+    const int words = kLines * fontMetrics().height();
+    m_picture->setVisible(height() >= m_picture->height() + words);
+    m_sentence->setVisible(height() >= words);
 }
 
 void EmptyView::paintEvent(QPaintEvent*) {

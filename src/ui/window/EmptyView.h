@@ -2,10 +2,8 @@
 
 #include <QWidget>
 
-class QPushButton;
-
-/// Shown while the list is empty: explains where to drop movies, with a picture and a sentence. Main thread
-/// only.
+/// Shown while the list is empty: explains where to drop movies, with a picture and a sentence, which give
+/// way where there is no room. Main thread only.
 class EmptyView : public QWidget {
     Q_OBJECT
 
@@ -20,7 +18,10 @@ Q_SIGNALS:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
+    QWidget* m_picture = nullptr;
+    QWidget* m_sentence = nullptr;
     bool m_highlighted = false;
 };

@@ -1,5 +1,6 @@
 #include "ui/window/JobDelegate.h"
 
+#include "app/queue/JobTexts.h"
 #include "ui/look/Colors.h"
 #include "ui/look/Icons.h"
 #include "ui/look/TabularText.h"
@@ -11,9 +12,9 @@
 namespace {
 
 QFont nameFont(const QFont& font) {
-    QFont medium = font;
-    medium.setWeight(QFont::Medium);
-    return medium;
+    QFont bold = font;
+    bold.setWeight(QFont::DemiBold);
+    return bold;
 }
 
 QString iconOfState(JobState state) {
@@ -36,6 +37,50 @@ JobState stateOf(const QModelIndex& index) {
     return static_cast<JobState>(index.data(JobListModel::StateRole).toInt());
 }
 
+colors::Tone toneOf(JobNote::Verdict verdict) {
+    switch (verdict) {
+        case JobNote::Verdict::Whole:
+            return colors::Tone::Good;
+        case JobNote::Verdict::Damaged:
+            return colors::Tone::Warning;
+        case JobNote::Verdict::Failed:
+            return colors::Tone::Problem;
+        case JobNote::Verdict::None:
+        case JobNote::Verdict::Unknown:
+            break;
+    }
+    return colors::Tone::Secondary;
+}
+
+QIcon stateIcon(JobState state, JobNote::Verdict verdict) {
+    using enum JobNote::Verdict;
+    if (verdict == None || verdict == Unknown) return symbolicIcon(iconOfState(state));
+    return symbolicIcon(verdict == Damaged ? "state-damaged" : iconOfState(state), toneOf(verdict));
+}
+
+/// The verdict, in its colour, and as much of the plan as there is room for.
+void paintNote(QPainter* painter, const QRect& rect, const JobNote& note,
+               const QStyleOptionViewItem& option) {
+    const QFontMetrics metrics = painter->fontMetrics();
+    QRect rest = rect;
+    const auto draw = [&](const QString& text, const QColor& color) {
+        const QString shown = metrics.elidedText(text, Qt::ElideRight, rest.width());
+        painter->setPen(color);
+        painter->drawText(QStyle::visualRect(option.direction, rect, rest),
+                          static_cast<int>(Qt::AlignVCenter | Qt::AlignLeading) | Qt::TextSingleLine, shown);
+        rest.setLeft(rest.left() + metrics.horizontalAdvance(shown));
+    };
+    const QColor secondary = colors::secondaryText(option.palette);
+    if (note.verdictText.isEmpty()) {
+        draw(note.plan, secondary);
+        return;
+    }
+    draw(note.verdictText, colors::text(option.palette, toneOf(note.verdict)));
+    constexpr int kFewLetters = 12;
+    if (!note.plan.isEmpty() && rest.width() > kFewLetters * metrics.averageCharWidth())
+        draw(JobNote::separator() + note.plan, secondary);
+}
+
 void paintBar(QPainter* painter, const QRect& bar, double percent, JobState state, const QPalette& palette,
               Qt::LayoutDirection direction) {
     constexpr double kWhole = 100;
@@ -43,8 +88,8 @@ void paintBar(QPainter* painter, const QRect& bar, double percent, JobState stat
     painter->setPen(Qt::NoPen);
     painter->setBrush(colors::track(palette));
     painter->drawRoundedRect(bar, radius, radius);
-    const double share = state == JobState::Finished ? 1 : qBound(0.0, percent / kWhole, 1.0);
-    if (share <= 0 || state == JobState::Failed) return;
+    const double share = qBound(0.0, percent / kWhole, 1.0);
+    if (share <= 0) return;
     QRect filled = bar;
     filled.setWidth(qMax(bar.height(), qRound(bar.width() * share)));
     painter->setBrush(state == JobState::Converting ? palette.color(QPalette::Highlight)
@@ -107,7 +152,8 @@ void JobDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                       colors::hairline(option.palette));
     const jobrow::Layout layout = layoutOf(option);
     const JobState state = stateOf(index);
-    symbolicIcon(iconOfState(state)).paint(painter, layout.icon);
+    const auto note = index.data(JobListModel::NoteRole).value<JobNote>();
+    stateIcon(state, note.verdict).paint(painter, layout.icon);
 
     const int alignment = static_cast<int>(Qt::AlignVCenter | Qt::AlignLeading) | Qt::TextSingleLine;
     painter->setLayoutDirection(option.direction);
@@ -120,8 +166,12 @@ void JobDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
     painter->setPen(colors::secondaryText(option.palette));
     drawTabularText(*painter, layout.status, index.data(JobListModel::StatusRole).toString(),
                     option.direction);
-    paintBar(painter, layout.bar, index.data(JobListModel::ProgressRole).toDouble(), state, option.palette,
-             option.direction);
+    if (state == JobState::Converting || state == JobState::Paused) {
+        paintBar(painter, layout.bar, index.data(JobListModel::ProgressRole).toDouble(), state,
+                 option.palette, option.direction);
+    } else {
+        paintNote(painter, layout.note, note, option);
+    }
 
     const bool hasFocus = option.state.testFlag(QStyle::State_HasFocus);
     if (isHovered || isSelected || hasFocus) paintButtons(painter, option, index, layout);

@@ -1,8 +1,19 @@
 #include "ui/window/JobListModel.h"
 
 #include "app/queue/JobQueue.h"
+#include "app/queue/JobTexts.h"
+#include "settings/Changes.h"
 #include "support/base/Format.h"
 #include "ui/widgets/ToolTip.h"
+
+namespace {
+
+QString withNote(const QString& text, const QString& between, const ConversionJob& job) {
+    const QString note = jobNote(job).text();
+    return note.isEmpty() ? text : text + between + note;
+}
+
+}  // namespace
 
 JobListModel::JobListModel(JobQueue& queue, QObject* parent) : QAbstractListModel(parent), m_queue(queue) {
     connect(&queue, &JobQueue::jobAboutToBeAdded, this,
@@ -18,6 +29,7 @@ JobListModel::JobListModel(JobQueue& queue, QObject* parent) : QAbstractListMode
     connect(&queue, &JobQueue::jobRemoved, this, [this] { endRemoveRows(); });
     connect(&queue, &JobQueue::jobStateChanged, this,
             [this](ConversionJob* job, JobState, JobState now) { onStateChanged(job, now); });
+    connect(&settings::Changes::shared(), &settings::Changes::changed, this, &JobListModel::onSettingChanged);
 }
 
 int JobListModel::rowCount(const QModelIndex& parent) const {
@@ -42,10 +54,12 @@ QVariant JobListModel::data(const QModelIndex& index, int role) const {
         case Qt::DisplayRole:
             return shown->fileInfo().fileName;
         case Qt::ToolTipRole:
-            return plainToolTip(makeString("%@\n→ %@", shown->fileInfo().fileURL.toLocalFile(),
-                                           shown->fileInfo().destinationURL.toLocalFile()));
+            return plainToolTip(withNote(makeString("%@\n→ %@", shown->fileInfo().fileURL.toLocalFile(),
+                                                    shown->fileInfo().destinationURL.toLocalFile()),
+                                         "\n", *shown));
         case Qt::AccessibleTextRole:
-            return makeString("%@, %@", shown->fileInfo().fileName, shown->stateInfoString());
+            return withNote(makeString("%@, %@", shown->fileInfo().fileName, shown->stateInfoString()), ", ",
+                            *shown);
         case JobRole:
             return QVariant::fromValue(shown);
         case StateRole:
@@ -54,6 +68,8 @@ QVariant JobListModel::data(const QModelIndex& index, int role) const {
             return shown->progress();
         case StatusRole:
             return shown->stateInfoString();
+        case NoteRole:
+            return QVariant::fromValue(jobNote(*shown));
         default:
             return {};
     }
@@ -73,4 +89,9 @@ void JobListModel::onStateChanged(ConversionJob* job, JobState now) {
 void JobListModel::onProgressed(const ConversionJob* job) {
     const QModelIndex row = m_running.value(job);
     if (row.isValid()) Q_EMIT dataChanged(row, row, {ProgressRole, StatusRole, Qt::AccessibleTextRole});
+}
+
+/// The plans of the jobs that wait follow the settings.
+void JobListModel::onSettingChanged() {
+    if (rowCount() > 0) Q_EMIT dataChanged(index(0), index(rowCount() - 1), {NoteRole});
 }

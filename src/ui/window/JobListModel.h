@@ -19,7 +19,8 @@ public:
         JobRole = Qt::UserRole,  ///< ConversionJob*, owned by the queue.
         StateRole,               ///< JobState as an integer.
         ProgressRole,            ///< Percent.
-        StatusRole               ///< The status in one line.
+        StatusRole,              ///< The status in one line.
+        NoteRole                 ///< JobNote
     };
 
     /// `queue` must outlive the model.
@@ -36,6 +37,7 @@ public:
 private:
     void onStateChanged(ConversionJob* job, JobState now);
     void onProgressed(const ConversionJob* job);
+    void onSettingChanged();
 
     JobQueue& m_queue;
     /// The running jobs: their rows change when other jobs are added or removed, and Qt keeps these indexes

@@ -65,6 +65,20 @@ void JobListView::trigger(Button button, bool shiftIsHeld) {
     if (ConversionJob* job = currentJob()) act(*job, button, shiftIsHeld);
 }
 
+/// What Return and a double click do.
+void JobListView::open(bool shiftIsHeld) {
+    const ConversionJob* job = currentJob();
+    if (job && jobrow::isEnabled(Button::Reveal, job->state())) {
+        trigger(Button::Reveal, shiftIsHeld);
+    } else {
+        showDetails();
+    }
+}
+
+void JobListView::showDetails() {
+    if (ConversionJob* job = currentJob()) Q_EMIT detailsRequested(job);
+}
+
 void JobListView::fillMenu(QMenu& menu) {
     ConversionJob* job = currentJob();
     const JobState state = job ? job->state() : JobState::Queued;
@@ -89,6 +103,10 @@ void JobListView::fillMenu(QMenu& menu) {
         addCommand(tr("Show the original movie"), Qt::SHIFT | Qt::Key_Return, Button::Reveal, true);
     }
     menu.addSeparator();
+    QAction* details = menu.addAction(
+        tr("Details…") + u'\t' + QKeySequence(Qt::ALT | Qt::Key_Return).toString(QKeySequence::NativeText));
+    details->setEnabled(job);
+    if (job) connect(details, &QAction::triggered, job, [this, job] { Q_EMIT detailsRequested(job); });
     const QStringList arguments = job ? job->arguments() : QStringList();
     QAction* copy = menu.addAction(tr("Copy command line"), this, [arguments] {
         QApplication::clipboard()->setText(commandLineText(arguments));
@@ -152,7 +170,7 @@ void JobListView::mouseDoubleClickEvent(QMouseEvent* event) {
         // After a removal another job is under the pointer, which the user did not mean.
         if (m_jobs->job(index) == m_pressedJob) mousePressEvent(event);
     } else {
-        trigger(Button::Reveal, event->modifiers().testFlag(Qt::ShiftModifier));
+        open(event->modifiers().testFlag(Qt::ShiftModifier));
     }
 }
 
@@ -176,7 +194,11 @@ void JobListView::keyPressEvent(QKeyEvent* event) {
             return;
         case Qt::Key_Return:
         case Qt::Key_Enter:
-            trigger(Button::Reveal, shiftIsHeld);
+            if (event->modifiers().testFlag(Qt::AltModifier)) {
+                showDetails();
+            } else {
+                open(shiftIsHeld);
+            }
             return;
         default:
             QListView::keyPressEvent(event);

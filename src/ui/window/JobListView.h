@@ -28,6 +28,9 @@ public:
     /// the list.
     void fillMenu(QMenu& menu);
 
+Q_SIGNALS:
+    void detailsRequested(ConversionJob* job);
+
 protected:
     bool viewportEvent(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -45,6 +48,8 @@ private:
     std::optional<jobrow::Button> buttonAt(QPoint position, const QModelIndex& index) const;
     void setHot(const QModelIndex& index, std::optional<jobrow::Button> button, bool isPressed);
     bool showToolTip(QPoint position, QPoint globalPosition);
+    void open(bool shiftIsHeld);
+    void showDetails();
     void act(ConversionJob& job, jobrow::Button button, bool shiftIsHeld);
 
     JobListModel* m_jobs = nullptr;

@@ -15,7 +15,7 @@ constexpr int kButton = 28;
 constexpr int kBar = 6;
 
 int textHeight(const QFontMetrics& name, const QFontMetrics& status) {
-    return name.height() + kSmallGap / 2 + status.height() + kSmallGap + kBar;
+    return name.height() + 2 * (kSmallGap / 2 + status.height());
 }
 
 }  // namespace
@@ -34,13 +34,15 @@ Layout layout(const QRect& row, const QFontMetrics& nameMetrics, const QFontMetr
     const int textWidth = qMax(0, buttonsLeft - kMargin - textLeft);
     const int top = middle - textHeight(nameMetrics, statusMetrics) / 2;
     const int statusTop = top + nameMetrics.height() + kSmallGap / 2;
-    const int barTop = statusTop + statusMetrics.height() + kSmallGap;
+    const int noteTop = statusTop + statusMetrics.height() + kSmallGap / 2;
+    const int barTop = noteTop + (statusMetrics.height() - kBar) / 2;
 
     const auto placed = [&](const QRect& rect) { return QStyle::visualRect(direction, row, rect); };
     Layout result;
     result.icon = placed({row.left() + kMargin, middle - kIcon / 2, kIcon, kIcon});
     result.name = placed({textLeft, top, textWidth, nameMetrics.height()});
     result.status = placed({textLeft, statusTop, textWidth, statusMetrics.height()});
+    result.note = placed({textLeft, noteTop, textWidth, statusMetrics.height()});
     result.bar = placed({textLeft, barTop, textWidth, kBar});
     int left = buttonsLeft;
     for (QRect& button : result.buttons) {

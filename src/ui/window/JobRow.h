@@ -21,7 +21,8 @@ struct Layout {
     QRect icon;
     QRect name;
     QRect status;
-    QRect bar;
+    QRect note;                                  ///< The third line.
+    QRect bar;                                   ///< In its place for a job that is under way.
     std::array<QRect, kButtons.size()> buttons;  ///< In the order of kButtons.
 
     std::optional<Button> buttonAt(QPoint position) const;

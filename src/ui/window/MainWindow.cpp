@@ -6,6 +6,7 @@
 #include "ui/help/HelpMenu.h"
 #include "ui/look/Icons.h"
 #include "ui/preferences/PreferencesWindow.h"
+#include "ui/window/DetailsWindow.h"
 #include "ui/window/JobListModel.h"
 #include "ui/window/QueueSummary.h"
 #include "ui_MainWindow.h"
@@ -41,6 +42,7 @@ MainWindow::MainWindow(AppDelegate& delegate)
     m_ui->addSheetView->setSheet(&delegate.addSheet(), &delegate.destinations());
     connect(m_ui->addSheetView, &AddSheetView::focusReleased, m_ui->jobListView,
             qOverload<>(&QWidget::setFocus));
+    connect(m_ui->jobListView, &JobListView::detailsRequested, this, &MainWindow::showDetails);
     setAcceptDrops(true);
     followQueue();
     connect(&delegate, &AppDelegate::mainWindowRequested, this, [this] { bringToFront(); });
@@ -121,6 +123,11 @@ void MainWindow::fillQueueMenu() {
     const QList<QAction*> before = m_ui->queueMenu->actions();
     m_ui->jobListView->fillMenu(*m_ui->queueMenu);
     m_jobActions = m_ui->queueMenu->actions().mid(before.size());
+}
+
+void MainWindow::showDetails(const ConversionJob* job) {
+    if (!m_details) m_details = new DetailsWindow(this);
+    m_details->showJob(job);
 }
 
 void MainWindow::bringToFront(const QString& activationToken) {

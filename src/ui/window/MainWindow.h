@@ -5,6 +5,8 @@
 #include <memory>
 
 class AppDelegate;
+class ConversionJob;
+class DetailsWindow;
 class JobListModel;
 class PreferencesWindow;
 class QLabel;
@@ -53,12 +55,14 @@ private:
     void refreshSummary();
     void showStatus(const QString& message);
     void fillQueueMenu();
+    void showDetails(const ConversionJob* job);
     void restoreGeometryFromSettings();
 
     AppDelegate& m_delegate;
     std::unique_ptr<Ui::MainWindow> m_ui;
     std::unique_ptr<JobListModel> m_model;
     std::unique_ptr<PreferencesWindow> m_preferences;
+    DetailsWindow* m_details = nullptr;  ///< Null until it was opened for the first time.
     QLabel* m_summary = nullptr;
     QList<QAction*> m_jobActions;
     bool m_wasPainted = false;

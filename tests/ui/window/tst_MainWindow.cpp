@@ -1,9 +1,12 @@
+#include "fakes/InstantProof.h"
 #include "fakes/OpenedMail.h"
 #include "fakes/Table.h"
 #include "fakes/WindowedApplication.h"
 #include "ui/help/AboutWindow.h"
+#include "ui/look/Colors.h"
 #include "ui/look/TabularText.h"
 #include "ui/preferences/PreferencesWindow.h"
+#include "ui/widgets/ElidedLabel.h"
 #include "ui/window/JobListModel.h"
 #include "ui/window/QueueSummary.h"
 
@@ -15,6 +18,16 @@ using jobrow::Button;
 namespace {
 
 constexpr int kPatience = 60000;  // ms, for short operations even on a busy machine
+
+constexpr const char* kManyStreams = R"(
+    Stream #0:1(eng): Audio: ac3, 48000 Hz, 5.1(side), fltp, 448 kb/s (default)
+    Stream #0:2(ger): Audio: dts (DTS), 48000 Hz, 5.1(side), fltp, 1536 kb/s
+    Stream #0:3(eng): Audio: ac3, 48000 Hz, stereo, fltp, 192 kb/s
+    Metadata:
+      title           : Notes
+    Stream #0:4(eng): Subtitle: hdmv_pgs_subtitle
+    Stream #0:5(eng): Subtitle: subrip
+)";
 
 /// Drags the URLs into the window and drops them if they are accepted. Returns whether they were.
 bool dragAndDrop(MainWindow& window, const QList<QUrl>& urls) {
@@ -165,7 +178,7 @@ private Q_SLOTS:
         QMenu running;
         app.list().fillMenu(running);
         QCOMPARE(enabledTitles(running), QStringList({"Pause", "Show the file", "Show the original movie",
-                                                      "Copy command line", "Stop and remove"}));
+                                                      "Details…", "Copy command line", "Stop and remove"}));
         for (QAction* action : running.actions()) {
             if (action->text().startsWith("Copy")) action->trigger();
         }
@@ -261,6 +274,109 @@ private Q_SLOTS:
         // The next start restores the window's geometry.
         const MainWindow next(app.delegate);
         QCOMPARE(next.size(), QSize(700, 500));
+    }
+
+    void thePlanFollowsTheChoices() {
+        Queued app;
+        app.tool.setReport(FakeTool::report(kManyStreams));
+        app.delegate.openFiles({app.write("a.srt"), app.write("a.mkv"), app.write("b.mkv")});
+        QTRY_VERIFY_WITH_TIMEOUT(app.isReady(), kPatience);
+        const auto text = [&](const char* name) { return app.find<ElidedLabel>(name)->text(); };
+        QCOMPARE(text("pictureName") + u' ' + text("pictureOutcome"), "H.264 1080p copied");
+        QCOMPARE(text("soundName"), "English AC3 5.1");
+        QCOMPARE(text("leftOutName"), "German, Notes, 1 picture subtitle(s), 1 subtitle(s)");
+        QCOMPARE(text("subtitlesOutcome"), "none");
+        const int height = app.find<QWidget>("planStrip")->height();
+
+        auto* audio = app.find<QComboBox>("audioPopUp");
+        audio->setFocus();
+        QTest::keyClick(audio, Qt::Key_Down);
+        QCOMPARE(audio->currentText(), "#2: ger (dts) [5.1]");
+        QCOMPARE(audio->accessibleDescription(), "German, DTS 5.1");
+        QCOMPARE(text("soundName"), "German DTS 5.1");
+        QCOMPARE(text("soundOutcome"), "becomes AAC stereo, 128 kb/s");
+        setDefaultInt("AACBitrate", 2);
+        QCOMPARE(text("soundOutcome"), "becomes AAC stereo, 160 kb/s");
+        setDefaultInt(kDisableBuiltinSubtitlesKey, 0);
+        QCOMPARE(text("subtitlesName"), "English");
+
+        // The next movie is probed: its lines are empty, and nothing moves.
+        QTest::keyClick(audio, Qt::Key_Escape);
+        QVERIFY(!app.isReady());
+        QCOMPARE(text("soundName") + text("leftOutName"), QString());
+        QCOMPARE(app.find<QWidget>("planStrip")->height(), height);
+        QTRY_VERIFY_WITH_TIMEOUT(app.isReady(), kPatience);
+        QCOMPARE(text("subtitleFileName"), "a.srt");
+        QCOMPARE(app.find<QWidget>("planStrip")->height(), height);
+    }
+
+    void aSubtitleFileIsTakenOff() {
+        Queued app;
+        app.delegate.openFiles({app.write("a.srt"), app.write("a.mkv")});
+        QTRY_VERIFY_WITH_TIMEOUT(app.isReady(), kPatience);
+        QVERIFY(app.find<ElidedLabel>("informationLabel")->text().endsWith("1 (0+1)"));
+        QTest::mouseClick(app.find<QWidget>("removeSubtitleButton"), Qt::LeftButton);
+        QVERIFY(app.find<ElidedLabel>("informationLabel")->text().endsWith("1 (0)"));
+        QVERIFY(!app.find<QWidget>("removeSubtitleButton")->isVisible());
+        QTest::keyClick(app.window->focusWidget(), Qt::Key_Return);
+        QCOMPARE(app.queue().count(), 1);
+        QVERIFY(!app.job(0)->fileInfo().subtitleFileURL);
+    }
+
+    void whyTracksAreLeftOut() {
+        Queued app;
+        app.tool.setReport(FakeTool::report(kManyStreams));
+        app.open({"a.mkv"});
+        auto* why = app.find<QPushButton>("whyButton");
+        for (int i = 0; i < 10 && app.window->focusWidget() != why; ++i)
+            QTest::keyClick(app.window->focusWidget(), Qt::Key_Tab);
+        QCOMPARE(app.window->focusWidget(), why);
+        QTest::keyClick(why, Qt::Key_Return);
+        QCOMPARE(app.queue().count(), 0);
+        const QPointer popup = app.find<QWidget>("leftOutPopup");
+        QVERIFY(popup && popup->isVisible());
+        QVERIFY(popup->accessibleDescription().contains("German DTS 5.1: only one audio track is carried"));
+        QTest::keyClick(popup, Qt::Key_Escape);
+        QTRY_VERIFY(!popup);
+        QVERIFY(app.isReady());
+    }
+
+    void detailsOfAJob() {
+        Queued app({"b.mkv", "a.mkv"});
+        app.select(0);
+        app.press(Qt::Key_Return);  // Waits: there is nothing to show in the file manager.
+        auto* details = app.find<QWidget>("detailsWindow");
+        QVERIFY(details && details->isVisible());
+        const auto* text = details->findChild<QTextEdit*>();
+        QVERIFY(text->toPlainText().contains("Status: Queued"));
+        app.finish(2);
+        QVERIFY(text->toPlainText().contains("Status: Finished"));
+        QTest::mouseClick(details->findChild<QPushButton*>("copyDetailsButton"), Qt::LeftButton);
+        QVERIFY(QApplication::clipboard()->text().contains("Command line\nffmpeg "));
+        QTest::keyClick(details, Qt::Key_Escape);
+        QVERIFY(!details->isVisible());
+        app.select(1);
+        QTest::keyClick(&app.list(), Qt::Key_Return, Qt::AltModifier);
+        QVERIFY(details->isVisible() && details->windowTitle().contains("a.mkv"));
+        app.job(1)->remove();
+        QVERIFY(text->toPlainText().contains("a.mkv"));
+    }
+
+    void damageIsSeenInTheRow() {
+        Queued app({"b.mkv", "a.mkv"});
+        Receipt receipt;
+        receipt.verdict = ProofVerdict::Damaged;
+        proveWith(*app.job(1), receipt);
+        app.finish(2);
+        const QImage rows = app.list().viewport()->grab().toImage();
+        const QRgb amber = colors::text(app.list().palette(), colors::Tone::Warning).rgb();
+        QSet<int> signs;
+        for (int y = 0; y < rows.height(); ++y) {
+            for (int x = 0; x < rows.width() / 10; ++x) {
+                if (rows.pixel(x, y) == amber) signs.insert(app.list().indexAt({x, y}).row());
+            }
+        }
+        QCOMPARE(signs, QSet<int>{1});
     }
 
     void escapeLeavesTheMovieOut() {

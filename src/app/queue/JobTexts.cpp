@@ -1,0 +1,88 @@
+#include "app/queue/JobTexts.h"
+
+#include "convert/CommandLineText.h"
+#include "convert/ConversionJob.h"
+#include "convert/plan/PlanText.h"
+#include "convert/proof/ReceiptText.h"
+#include "support/base/Texts.h"
+
+#include <QLocale>
+
+namespace {
+
+JobNote::Verdict verdictOf(const Receipt& receipt) {
+    switch (receipt.verdict) {
+        case ProofVerdict::Whole:
+            return JobNote::Verdict::Whole;
+        case ProofVerdict::Damaged:
+            return JobNote::Verdict::Damaged;
+        case ProofVerdict::Unknown:
+            break;
+    }
+    return JobNote::Verdict::Unknown;
+}
+
+QStringList fileLines(const MKVFileInfo& info) {
+    QString source = info.fileURL.toLocalFile();
+    if (info.fileSize > 0) {
+        const auto bytes = static_cast<qint64>(info.fileSize);
+        source = Texts::tr("%1 (%2)").arg(source, QLocale().formattedDataSize(bytes, 1));
+    }
+    QStringList lines = {Texts::tr("From: %1").arg(source)};
+    if (info.subtitleFileURL) lines += Texts::tr("With: %1").arg(info.subtitleFileURL->toLocalFile());
+    return lines << Texts::tr("To: %1").arg(info.destinationURL.toLocalFile());
+}
+
+}  // namespace
+
+QString JobNote::text() const {
+    return verdictText.isEmpty() || plan.isEmpty() ? verdictText + plan : verdictText + separator() + plan;
+}
+
+JobNote jobNote(const ConversionJob& job) {
+    JobNote note;
+    switch (job.state()) {
+        case JobState::Finished:
+            if (const auto receipt = job.receipt()) {
+                note.verdict = verdictOf(*receipt);
+                note.verdictText = receipttext::summary(*receipt);
+            }
+            [[fallthrough]];
+        case JobState::Queued:
+            note.plan = plantext::summary(job.plan());
+            break;
+        case JobState::Failed:
+            note.verdict = JobNote::Verdict::Failed;
+            note.verdictText = job.explanation().message.section(u'\n', 0, 0);
+            break;
+        case JobState::Converting:
+        case JobState::Paused:
+            break;
+    }
+    return note;
+}
+
+QList<DetailSection> jobDetails(const ConversionJob& job) {
+    QList<DetailSection> sections;
+    const auto add = [&](const QString& title, const QStringList& lines, bool isVerbatim = false) {
+        if (!lines.isEmpty()) sections.append({title, lines, isVerbatim});
+    };
+    add(Texts::tr("Files"), fileLines(job.fileInfo()));
+    QStringList status = {job.stateInfoString()};
+    if (job.state() == JobState::Failed) status += job.explanation().message;
+    add(Texts::tr("Status"), status);
+    add(Texts::tr("Plan"), plantext::lines(job.plan()));
+    if (const auto receipt = job.receipt())
+        add(Texts::tr("Receipt"),
+            QStringList(receipttext::summary(*receipt)) + receipttext::details(*receipt));
+    if (!job.arguments().isEmpty()) add(Texts::tr("Command line"), {commandLineText(job.arguments())}, true);
+    if (!job.jobOutput().isEmpty()) add(Texts::tr("What the tool printed"), {job.jobOutput()}, true);
+    return sections;
+}
+
+QString plainText(const QList<DetailSection>& sections) {
+    QStringList parts;
+    for (const DetailSection& section : sections)
+        parts.append(section.title + u'\n' + section.lines.join(u'\n') + u'\n');
+    return parts.join(u'\n');
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "convert/JobState.h"
+#include "convert/plan/ConversionPlan.h"
+#include "convert/proof/Receipt.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+class ConversionJob;
+
+/// What there is to say about a job beside its status, in one line: the plan while it waits, the receipt when
+/// it is finished, the reason when it failed.
+struct JobNote {
+    enum class Verdict {
+        None,  ///< There is no receipt.
+        Whole,
+        Damaged,
+        Unknown,
+        Failed
+    };
+    Verdict verdict = Verdict::None;
+    QString verdictText;  ///< The receipt in short, or why the job failed; empty without a verdict.
+    QString plan;         ///< What the output holds, in short; may be empty.
+
+    /// Verdict and plan in one line; may be empty.
+    QString text() const;
+    /// Between the two.
+    static QString separator() { return QStringLiteral(" · "); }
+    bool operator==(const JobNote&) const = default;
+};
+
+/// Main thread only.
+JobNote jobNote(const ConversionJob& job);
+
+/// A part of what is known about a job.
+struct DetailSection {
+    QString title;
+    QStringList lines;
+    bool isVerbatim = false;  ///< A command or what the tool printed, and no sentences.
+};
+
+/// Files, status, plan and receipt track by track, the command line, and what the tool printed; without the
+/// parts that are empty. Main thread only.
+QList<DetailSection> jobDetails(const ConversionJob& job);
+
+/// For the clipboard. Pure; any thread.
+QString plainText(const QList<DetailSection>& sections);

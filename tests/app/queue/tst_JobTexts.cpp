@@ -1,0 +1,77 @@
+#include "app/queue/JobTexts.h"
+#include "convert/ConversionJob.h"
+#include "fakes/FakeController.h"
+#include "fakes/FakeTool.h"
+#include "fakes/InstantProof.h"
+#include "fakes/TestHome.h"
+
+#include <QTest>
+
+class JobTextsTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void fromQueuedToFinished() {
+        const TestHome home;
+        const FakeTool tool(home.path());
+        tool.setConversion("echo movie > \"$destination\"; echo 'a warning' >&2\n");
+        FakeController controller;
+        ConversionJob job(controller, movie(home), 0);
+        QCOMPARE(jobNote(job).text(), "H.264 copied, AC3 to AAC stereo, 1 subtitle(s)");
+        QCOMPARE(titles(job), QStringList({"Files", "Status", "Plan"}));
+
+        Receipt receipt;
+        receipt.verdict = ProofVerdict::Damaged;
+        receipt.damage = {{.from = 751, .to = 760, .what = "14 pictures are missing"}};
+        receipt.notes = {"a note"};
+        proveWith(job, receipt);
+        job.start();
+        QCOMPARE(jobNote(job), JobNote());
+        QTRY_COMPARE_WITH_TIMEOUT(job.state(), JobState::Finished, 20000);
+        QCOMPARE(jobNote(job).verdict, JobNote::Verdict::Damaged);
+        QCOMPARE(
+            jobNote(job).text(),
+            "Damaged at 0:12:31: 14 pictures are missing · H.264 copied, AC3 to AAC stereo, 1 subtitle(s)");
+        QCOMPARE(titles(job), QStringList({"Files", "Status", "Plan", "Receipt", "Command line",
+                                           "What the tool printed"}));
+        const QString text = plainText(jobDetails(job));
+        for (const char* part : {"/movie.srt", "/out.mp4", "Status: Finished", "left out (only one audio",
+                                 "From 0:12:31 to 0:12:40", "a note", "ffmpeg ", "a warning"})
+            QVERIFY2(text.contains(part), qPrintable(part + text));
+    }
+
+    void failed() {
+        const TestHome home;
+        const FakeTool tool(home.path());
+        tool.setConversion("exit 1\n");
+        FakeController controller;
+        ConversionJob job(controller, movie(home), 0);
+        job.start();
+        QTRY_COMPARE_WITH_TIMEOUT(job.state(), JobState::Failed, 20000);
+        QCOMPARE(jobNote(job).verdict, JobNote::Verdict::Failed);
+        QVERIFY(!jobNote(job).text().isEmpty() && !jobNote(job).text().contains(u'\n'));
+    }
+
+private:
+    static MKVFileInfo movie(const TestHome& home) {
+        MKVFileInfo info;
+        info.fileName = "movie.mkv";
+        info.fileURL = QUrl::fromLocalFile(home.write("movie.mkv", "source"));
+        info.subtitleFileURL = QUrl::fromLocalFile(home.path("movie.srt"));
+        info.destinationURL = QUrl::fromLocalFile(home.path("out.mp4"));
+        info.runtimeSeconds = 10;
+        info.videoTrackCodec = "h264";
+        info.audioTrackInformation = {AudioEntry::make(1, "eng", "ac3", false, 48000),
+                                      AudioEntry::make(2, "ger", "dts", true, 48000)};
+        return info;
+    }
+    static QStringList titles(const ConversionJob& job) {
+        QStringList titles;
+        for (const DetailSection& section : jobDetails(job))
+            titles.append(section.title);
+        return titles;
+    }
+};
+
+QTEST_GUILESS_MAIN(JobTextsTest)
+#include "tst_JobTexts.moc"
