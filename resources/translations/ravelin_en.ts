@@ -27,5 +27,103 @@
             <numerusform>The movie &apos;%1&apos; has %n audio tracks, none with the position %2.</numerusform>
         </translation>
     </message>
+    <message numerus="yes">
+        <source>%n picture subtitle(s)</source>
+        <translation>
+            <numerusform>%n picture subtitle</numerusform>
+            <numerusform>%n picture subtitles</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n styled subtitle(s)</source>
+        <translation>
+            <numerusform>%n styled subtitle</numerusform>
+            <numerusform>%n styled subtitles</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n subtitle(s)</source>
+        <translation>
+            <numerusform>%n subtitle</numerusform>
+            <numerusform>%n subtitles</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n cover picture(s)</source>
+        <translation>
+            <numerusform>%n cover picture</numerusform>
+            <numerusform>%n cover pictures</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n further picture track(s)</source>
+        <translation>
+            <numerusform>%n further picture track</numerusform>
+            <numerusform>%n further picture tracks</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n attachment(s)</source>
+        <translation>
+            <numerusform>%n attachment</numerusform>
+            <numerusform>%n attachments</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n data track(s)</source>
+        <translation>
+            <numerusform>%n data track</numerusform>
+            <numerusform>%n data tracks</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n more audio track(s)</source>
+        <translation>
+            <numerusform>%n more audio track</numerusform>
+            <numerusform>%n more audio tracks</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n channels</source>
+        <translation>
+            <numerusform>%n channel</numerusform>
+            <numerusform>%n channels</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n picture(s) are missing</source>
+        <translation>
+            <numerusform>%n picture is missing</numerusform>
+            <numerusform>%n pictures are missing</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n packet(s) of sound are missing</source>
+        <translation>
+            <numerusform>%n packet of sound is missing</numerusform>
+            <numerusform>%n packets of sound are missing</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n subtitle line(s) are missing</source>
+        <translation>
+            <numerusform>%n subtitle line is missing</numerusform>
+            <numerusform>%n subtitle lines are missing</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n subtitle line(s) are shown at another time</source>
+        <translation>
+            <numerusform>%n subtitle line is shown at another time</numerusform>
+            <numerusform>%n subtitle lines are shown at another time</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source> (and %n more)</source>
+        <translation>
+            <numerusform> (and %n more)</numerusform>
+            <numerusform> (and %n more)</numerusform>
+        </translation>
+    </message>
 </context>
 </TS>
