@@ -49,7 +49,7 @@ class Failures(CliTest):
         end = self.assert_fails("the movie is incomplete", "cut.mkv", ending="failed")
         self.assertEqual(["convertWhatIsLeft", "tryAgain"], end["actions"])
         self.assertIn("[try --keep-damaged]", self.run_cli("convert", "cut.mkv", status=1).err)
-        self.convert("cut.mkv", "--keep-damaged", status=0).only("finished")
+        self.convert("cut.mkv", "--keep-damaged", status=3).only("finished")
         (self.folder / "cut.mp4").unlink()
         self.place(whole, "whole.mkv")
         self.assert_fails("has 1 audio track", "whole.mkv", "--audio", "1")

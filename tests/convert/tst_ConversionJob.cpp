@@ -3,6 +3,7 @@
 #include "convert/RunJournal.h"
 #include "fakes/FakeController.h"
 #include "fakes/FakeTool.h"
+#include "fakes/InstantProof.h"
 #include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
@@ -104,6 +105,8 @@ struct Stage {
 };
 
 }  // namespace
+
+Q_DECLARE_METATYPE(ProofVerdict)
 
 class ConversionJobTest : public QObject {
     Q_OBJECT
@@ -433,18 +436,25 @@ private Q_SLOTS:
     }
 
     void disposesOfTheSource_data() {
-        addRows<bool, int>(
-            {{"to trash", false, 0}, {"for good", false, 1}, {"not after a failure", true, 1}});
+        using enum ProofVerdict;
+        addRows<bool, int, ProofVerdict>({{"to trash", true, 0, Whole},
+                                          {"for good", true, 1, Whole},
+                                          {"not if it is damaged", false, 1, Damaged},
+                                          {"not if it was not compared", false, 1, Unknown},
+                                          {"not after a failure", false, 1, Whole}});
     }
     void disposesOfTheSource() {
-        const auto [fails, type] = row<bool, int>();
+        const auto [goes, type, verdict] = row<bool, int, ProofVerdict>();
         Stage stage;
+        Receipt receipt;
+        receipt.verdict = verdict;
+        proveWith(*stage.job, receipt);
         setDefaultInt(kAutoRemoveKey, 1);
         setDefaultInt(kAutoRemoveTypeKey, type);
-        if (fails) stage.tool.setConversion("exit 1\n");
+        if (verdict == ProofVerdict::Whole && !goes) stage.tool.setConversion("exit 1\n");
         QVERIFY(stage.run());
-        QCOMPARE(QFile::exists(stage.home.path("movie.mkv")), fails || type == 0);
-        QCOMPARE(stage.home.desktop.trashed.size(), !fails && type == 0 ? 1 : 0);
+        QCOMPARE(QFile::exists(stage.home.path("movie.mkv")), !goes || type == 0);
+        QCOMPARE(stage.home.desktop.trashed.size(), goes && type == 0 ? 1 : 0);
     }
 
     void cleansUpAndQuits() {

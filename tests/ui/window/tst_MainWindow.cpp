@@ -363,10 +363,13 @@ private Q_SLOTS:
     }
 
     void damageIsSeenInTheRow() {
-        Queued app({"b.mkv", "a.mkv"});
+        Queued app;
         Receipt receipt;
         receipt.verdict = ProofVerdict::Damaged;
-        proveWith(*app.job(1), receipt);
+        connect(&app.queue(), &JobQueue::jobAdded, [&](ConversionJob* job) { proveWith(*job, receipt); });
+        app.add("a.mkv");
+        receipt.verdict = ProofVerdict::Whole;
+        app.add("b.mkv");
         app.finish(2);
         const QImage rows = app.list().viewport()->grab().toImage();
         const QRgb amber = colors::text(app.list().palette(), colors::Tone::Warning).rgb();
