@@ -23,7 +23,8 @@ struct Known {
 
 const Known& volumeTrouble() {
     static const Known known{
-        RAVELIN_TEXT(
+        QT_TRANSLATE_NOOP(
+            "Ravelin",
             "Movie conversion failed but it seems the reason is that the disk or network volume to save the movie is having problems. Try converting to a reliable disk and copying the file to its destination later."),
         {ChooseAnotherFolder, TryAgain}};
     return known;
@@ -33,31 +34,37 @@ const Known& volumeTrouble() {
 const QMap<Kind, Known>& endings() {
     static const QMap<Kind, Known> list = {
         {Kind::NoSpace,
-         {RAVELIN_TEXT(
+         {QT_TRANSLATE_NOOP(
+              "Ravelin",
               "Movie conversion failed because there is not enough free space left on the destination volume. Please make sure your harddisk has enough free space before starting conversion"),
           {ChooseAnotherFolder, TryAgain}}},
         {Kind::SourceGone,
-         {RAVELIN_TEXT(
+         {QT_TRANSLATE_NOOP(
+              "Ravelin",
               "Movie conversion failed because you've removed/renamed the source movie file or unmounted its volume."),
           {TryAgain}}},
         {Kind::VolumeTooSmall,
-         {RAVELIN_TEXT(
+         {QT_TRANSLATE_NOOP(
+              "Ravelin",
               "The converted file can't be saved on the destination volume as there is not enough free space or it doesn't support large files."),
           {ChooseAnotherFolder, TryAgain}}},
         {Kind::ToolMissing,
-         {RAVELIN_TEXT(
+         {QT_TRANSLATE_NOOP(
+              "Ravelin",
               "Movie conversion failed because the conversion tool could not be started. Please install the application again."),
           {TryAgain}}},
         {Kind::Incomplete, volumeTrouble()},
         {Kind::SourceTruncated,
-         {RAVELIN_TEXT(
+         {QT_TRANSLATE_NOOP(
+              "Ravelin",
               "Movie conversion failed because the movie is incomplete: the file ends before the movie does. Please copy or download it again. The source movie was left as it is."),
           {ConvertWhatIsLeft, TryAgain}}},
         {Kind::MuchLost,
-         {RAVELIN_TEXT(
+         {QT_TRANSLATE_NOOP(
+              "Ravelin",
               "Movie conversion failed because much of the movie is damaged and would be missing. The source movie was left as it is."),
           {ConvertWhatIsLeft, TryAgain}}},
-        {Kind::Interrupted, {RAVELIN_TEXT("The conversion was interrupted."), {TryAgain}}},
+        {Kind::Interrupted, {QT_TRANSLATE_NOOP("Ravelin", "The conversion was interrupted."), {TryAgain}}},
     };
     return list;
 }
@@ -71,14 +78,16 @@ struct Rule {
 const QList<Rule>& rules() {
     // Trying again would end the same way.
     static const Known codecNotInContainer{
-        RAVELIN_TEXT(
+        QT_TRANSLATE_NOOP(
+            "Ravelin",
             "Movie conversion failed because you are trying to convert a movie with a video track that can't be embedded into MP4s."),
         {}};
     static const QList<Rule> list = {
         {{"Operation timed out"}, volumeTrouble()},
         {{"Bad file descriptor"}, volumeTrouble()},
         {{"Read error at pos", "Error while decoding stream"},
-         {RAVELIN_TEXT(
+         {QT_TRANSLATE_NOOP(
+              "Ravelin",
               "Movie conversion failed because the movie seems to be too damaged to convert - playback may work but converting it is impossible."),
           {TryAgain}}},
         {{"track 0: could not find tag, codec not currently supported in container"}, codecNotInContainer},

@@ -19,12 +19,14 @@ const Row kRows[] = {
     // The last line of a track, and one of two that start together, are never written.
     {"durations", [](const Seen& seen) { return seen.ending.signs.embeddedLinesMissing; },
      &Remedies::keepsSubtitleDurations,
-     RAVELIN_TEXT(
+     QT_TRANSLATE_NOOP(
+         "Ravelin",
          "Converted a second time with the durations of the subtitles left as they are, because lines were lost.")},
     // Ticks of a microsecond in 31 bits: a pause of more than 2,147 s overflows.
     {"subtitle times", [](const Seen& seen) { return seen.ending.signs.linesDisplaced; },
      &Remedies::fineSubtitleTimes,
-     RAVELIN_TEXT(
+     QT_TRANSLATE_NOOP(
+         "Ravelin",
          "Converted a second time with another unit for the times of the subtitles, because lines were displaced.")},
     // The extension makes the tool choose a container that takes fewer codecs.
     {"format",
@@ -34,14 +36,16 @@ const Row kRows[] = {
                 seen.toolOutput.contains(QLatin1StringView("codec not currently supported in container"));
      },
      &Remedies::namesFormat,
-     RAVELIN_TEXT("Converted a second time as plain MP4, because the codecs do not fit into M4V.")},
+     QT_TRANSLATE_NOOP("Ravelin",
+                       "Converted a second time as plain MP4, because the codecs do not fit into M4V.")},
     {"queue",
      [](const Seen& seen) {
          return seen.ending.kind == RunEnding::Kind::ToolFailed &&
                 seen.toolOutput.contains(QLatin1StringView("Too many packets buffered for output stream"));
      },
      &Remedies::longMuxingQueue,
-     RAVELIN_TEXT("Converted a second time with a longer queue, because a track starts late.")},
+     QT_TRANSLATE_NOOP("Ravelin",
+                       "Converted a second time with a longer queue, because a track starts late.")},
 };
 
 }  // namespace

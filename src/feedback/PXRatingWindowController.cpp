@@ -47,12 +47,14 @@ PXRatingWindowController::ReviewButton PXRatingWindowController::reviewButton(
 PXRatingWindowController::ReviewButton PXRatingWindowController::appStoreButton() const {
     // The blanks reserve space for the icon.
     return reviewButton("StoreProductPage", "AlternativetoProductPage",
-                        RAVELIN_TEXT("    Rate on AlternativeTo"), "icon-appstore", "icon-alternativeto");
+                        QT_TRANSLATE_NOOP("Ravelin", "    Rate on AlternativeTo"), "icon-appstore",
+                        "icon-alternativeto");
 }
 
 PXRatingWindowController::ReviewButton PXRatingWindowController::macUpdateButton() const {
-    return reviewButton("MacupdateProductPage", "FilehorseProductPage", RAVELIN_TEXT("    Rate on FileHorse"),
-                        "icon-macupdate", "icon-filehorse");
+    return reviewButton("MacupdateProductPage", "FilehorseProductPage",
+                        QT_TRANSLATE_NOOP("Ravelin", "    Rate on FileHorse"), "icon-macupdate",
+                        "icon-filehorse");
 }
 
 void PXRatingWindowController::happyClicked() {

@@ -7,8 +7,8 @@
 /// Names of outputs. Any thread.
 namespace outputname {
 
-inline constexpr const char* kOverwritesSource = RAVELIN_TEXT(
-    "You've tried to overwrite the source file with the target file. Thats the worst idea ever.");
+inline constexpr const char* kOverwritesSource = QT_TRANSLATE_NOOP(
+    "Ravelin", "You've tried to overwrite the source file with the target file. Thats the worst idea ever.");
 
 /// "mp4", or "m4v" if the setting says so.
 QString outputExtension();

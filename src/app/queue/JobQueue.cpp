@@ -25,7 +25,8 @@ bool insertsAtBottom() {
 
 }  // namespace
 
-const char* const JobQueue::kNotWriteable = RAVELIN_TEXT(
+const char* const JobQueue::kNotWriteable = QT_TRANSLATE_NOOP(
+    "Ravelin",
     "You don't seem to have write access to the selected destinatation or it is a read-only filesystem. Please choose another destination.");
 
 JobQueue::JobQueue(WaitingFiles& waiting, QObject* parent) : QObject(parent), m_waiting(waiting) {}
