@@ -167,6 +167,7 @@ void ConversionRun::prove(const RunEnding& ending) {
     m_percent = 100;
     m_timer.start();
     Q_EMIT progressed();
+    if (!m_proof) return;  // Aborted by a receiver.
     m_proof->start(ending, m_output, m_said.text());
 }
 
