@@ -376,7 +376,9 @@ void MatroskaScan::readTrack(const Element& entry) {
                : type == 2    ? TrackKind::Audio
                : type == 0x11 ? TrackKind::Subtitle
                               : TrackKind::Other;
-    its.index = its.kind == TrackKind::Other || its.codec.empty() ? -1 : m_streams++;
+    constexpr quint64 kMetadata = 0x21;
+    const bool hasStream = (its.kind != TrackKind::Other || type == kMetadata) && !its.codec.empty();
+    its.index = hasStream ? m_streams++ : -1;
     if (its.kind == TrackKind::Audio && its.channels == 0) its.channels = 1;
     if (its.kind == TrackKind::Audio && its.sampleRate <= 0) its.sampleRate = 8000;
     readCodec(entry, its, state);

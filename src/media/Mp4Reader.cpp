@@ -24,6 +24,7 @@ using mp4::SampleTable;
 constexpr std::size_t kMostEdits = 64;  // A file has one or two.
 constexpr std::size_t kMostChapterTracks = 16;
 constexpr quint64 kFarthest = quint64{1} << 62U;  // Behind any file; what is added does not overflow.
+constexpr quint64 kMostShared = 4;                // So many tracks may have the same samples.
 constexpr quint32 kNotKey = 0x10000;              // sample_is_non_sync_sample
 
 /// A part of the track's media and where it is presented; in the units of the file.
@@ -48,14 +49,13 @@ struct TrackState {
     std::vector<Edit> edits;
     NalFormat nal;
     FrameRules rules;
-    bool isRaw = false;
     quint64 rawPacketSamples = 0;  // QuickTime: so many samples take
     quint64 rawPacketBytes = 0;    // so many bytes.
     quint32 handler = 0;
     FragmentDefaults defaults;
     quint64 nextTime = 0;  // Of the next fragment.
     PresentationTimes times;
-    bool isBeyondFile = false;  // More bytes than the file has: its tables are not believed any longer.
+    bool isBeyondFile = false;  // It has more bytes than the file: its tables are not believed any longer.
     std::unique_ptr<SampleTable> table;
     Chunk chunk;
 };
@@ -67,15 +67,6 @@ std::string typeText(quint32 type) {
         text += byte >= ' ' && byte <= '~' ? byte : '?';
     }
     return text;
-}
-
-/// Values without compression, of which silence and black are zeros.
-bool isRawCodec(quint32 type) {
-    static constexpr quint32 kRaw[] = {fourCc("sowt"), fourCc("twos"), fourCc("lpcm"), fourCc("in24"),
-                                       fourCc("in32"), fourCc("fl32"), fourCc("fl64"), fourCc("raw "),
-                                       fourCc("NONE"), fourCc("ulaw"), fourCc("alaw"), fourCc("ipcm"),
-                                       fourCc("fpcm")};
-    return std::ranges::find(kRaw, type) != std::end(kRaw) || type == 0;
 }
 
 class Mp4Scan {
@@ -138,6 +129,7 @@ private:
     std::vector<quint64> m_chapterTracks;
     int m_listedChapters = 0;
     double m_movieScale = 0;  // Units in a second.
+    quint64 m_allBytes = 0;   // Of all tracks' samples.
     double m_end = 0;         // Of the presentation of all tracks, as far as it was read; seconds.
     bool m_hasMovie = false;
 };
@@ -364,7 +356,6 @@ void Mp4Scan::readDescription(const Box& box, Track& track, TrackState& state) {
     const std::optional<Box> entry = entries.next();
     if (!entry || entries.isDamaged()) return damaged(Fault::BadElement, box.position);
     track.codec = typeText(entry->type);
-    state.isRaw = isRawCodec(entry->type);
     state.rules = frameRules(track.codec);
     const bool isText = entry->type == fourCc("tx3g");
     const bool hasTextHandler = state.handler == fourCc("sbtl") || state.handler == fourCc("subt") ||
@@ -474,7 +465,8 @@ void Mp4Scan::finishTable(std::size_t index) {
 void Mp4Scan::readChunk(std::size_t index) {
     TrackState& state = m_states[index];
     Track& its = track(index);
-    if (state.isRaw && state.tables.constantSize != 0) return readRawChunk(its, state);
+    const bool isLookedAt = state.rules.isNeverZero || state.nal.lengthSize > 0 || its.isText;
+    if (state.tables.constantSize != 0 && !isLookedAt) return readRawChunk(its, state);
     quint32 count = 0;
     while (const std::optional<Sample> sample = state.table->nextSample(state.chunk)) {
         if ((++count & 0xFFFU) == 0 && m_file.isCancelled()) return;
@@ -483,7 +475,7 @@ void Mp4Scan::readChunk(std::size_t index) {
     }
 }
 
-/// A sample is a single value for each channel: there are millions of them, of the same size and duration.
+/// Mostly a sample is a single value for each channel: there are millions of them, of one size and duration.
 void Mp4Scan::readRawChunk(Track& its, TrackState& state) {
     Chunk chunk = state.chunk;
     const quint64 samples = chunk.samples;
@@ -531,7 +523,8 @@ bool Mp4Scan::addSample(Track& its, TrackState& state, const Sample& sample, boo
     }
     ++its.frames;
     its.bytes += sample.size;
-    if (its.bytes > m_file.size()) {
+    m_allBytes += sample.size;
+    if (its.bytes > m_file.size() || m_allBytes / kMostShared > m_file.size()) {
         damaged(Fault::BadTable, state.tables.sizes.position, from, m_findings.reading.duration.value_or(to));
         state.isBeyondFile = true;
         return false;

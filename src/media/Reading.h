@@ -130,7 +130,8 @@ struct Track {
 struct Reading {
     Container container = Container::Unknown;
     bool opened = false;
-    bool cancelled = false;  ///< The caller stopped it; the rest is what was read until then.
+    bool cancelled =
+        false;  ///< The caller stopped it; the rest is what was read until then, damage at the end included.
     Problem problem = Problem::None;
     quint64 size = 0;  ///< Of the file in bytes, when it was opened.
 
@@ -146,7 +147,8 @@ struct Reading {
 };
 
 struct Options {
-    /// Look at the first bytes of each frame: NAL unit lengths, zeros. MP4 costs a third without it.
+    /// Look at the first bytes of each frame: NAL unit lengths, zeros. Without it an MP4 file's
+    /// samples are not read, its tables are.
     bool checkFrames = true;
     /// Called in the reading thread before bytes up to `position` are read for the first time, every 4 MiB.
     /// May block until the caller wants them read; false cancels the reading. A Matroska file is read front
