@@ -18,7 +18,7 @@ ODD = {
     "fragments.mp4": "-movflags frag_keyframe+empty_moov", "reordered.mp4": "-bf 3", "uncompressed.mov": "-c:a pcm_s16le",
     "open gop.mkv": "-bf 3 -x264-params open-gop=1", "packed.avi": "-c:v libxvid -bf 2 -c:a libmp3lame",
 }
-READ_TO_THE_FRAME = (".mkv", ".webm", ".mp4", ".mov")
+READ_TO_THE_FRAME = (".mkv", ".webm", ".mp4", ".mov", ".avi")
 
 
 def source(suffix):
@@ -98,8 +98,11 @@ class Proof(CliTest):
     def test_damage(self):
         for suffix in CONTAINERS:
             whole = source(suffix).read_bytes()
-            for kind, at, length in (("cut", 0.5, 0), ("cut", 0.9, 0), ("zero", 0.4, len(whole) // 10),
-                                     ("noise", 0.4, len(whole) // 10), ("remove", 0.4, len(whole) // 10)):
+            tenth = len(whole) // 10
+            kinds = [("cut", 0.9, 0), ("zero", 0.4, tenth), ("remove", 0.4, tenth)]
+            if suffix in READ_TO_THE_FRAME:
+                kinds += [("cut", 0.99, 0), ("noise", 0.4, tenth), ("noise", 0.4, 1024)]
+            for kind, at, length in kinds:
                 with self.subTest(suffix, kind=kind, at=at, length=length):
                     path = self.place(damaged(whole, kind, at, length), f"{kind}{at}{suffix}")
                     result = self.finish(self.start("convert", "--json", path, "--set", "AutoRemove=1", "--set",

@@ -156,6 +156,18 @@ private Q_SLOTS:
              Damaged, true},
             {"no reader for the source", [](Scene& s) { s.hideSource(), s.evidence.runtimeSeconds = 101; },
              Whole, true},
+            {"AVI with all pictures of its index",
+             [](Scene& s) {
+                 s.hideSource(), s.evidence.runtimeSeconds = 100;
+                 s.evidence.aviPictures = {{0, 2510, 2500, 10}};
+             },
+             Whole, true},
+            {"AVI without some",
+             [](Scene& s) {
+                 s.hideSource(), s.evidence.runtimeSeconds = 100;
+                 s.evidence.aviPictures = {{0, 2510, 2501, 9}};
+             },
+             Damaged, true},
             {"no reader, too short", [](Scene& s) { s.hideSource(); }, Damaged, false},
             {"no reader, no running time",
              [](Scene& s) { s.hideSource(), s.evidence.runtimeSeconds.reset(); }, Unknown, true},

@@ -152,7 +152,9 @@ private:
             m_receipt.mayBeKept = false;
             return;
         }
+        if (planned.action == Action::Converted) compareDecoding(planned);
         if (!source) {
+            if (planned.kind == Kind::Video) comparePictures(compared, output);
             if (sourceIsRead()) cannotKnow(Texts::tr("The streams of the source cannot be assigned."));
             return;
         }
@@ -162,25 +164,36 @@ private:
         compared.sourceSeconds = source->end;
         if (planned.kind == Kind::Video) compareHoles(*source, output);
         compareEnds(planned, *source, output);
-        if (planned.action == Action::Copied) {
-            compareCounts(planned, expected, *source, output);
-        } else if (toolwords::reportDecodingErrors(m_evidence.toolOutput, *planned.stream)) {
-            damage(0, length(), Texts::tr("parts of the sound cannot be decoded"));
+        if (planned.action != Action::Copied) return;
+        if (output.frames > source->frames && m_evidence.source.damageTotal == 0)
+            cannotKnow(Texts::tr("The output holds more than was counted in the source."));
+        compareCounts(planned, expected, source->end.value_or(0), output);
+    }
+
+    void compareCounts(const PlannedTrack& planned, quint64 expected, double seconds,
+                       const media::Track& output) {
+        if (output.frames >= expected) return;
+        m_loss.addFrames(planned.kind, expected - output.frames, expected, seconds);
+        const auto missing = static_cast<int>(std::min<quint64>(expected - output.frames, 1'000'000'000));
+        const QString what = planned.kind == Kind::Video
+                                 ? Texts::tr("%n picture(s) are missing", nullptr, missing)
+                                 : Texts::tr("%n packet(s) of sound are missing", nullptr, missing);
+        damage(0, seconds, what);
+    }
+
+    /// AVI counts its pictures in the index; in the header, too, but with those that are shown twice.
+    void comparePictures(ReceiptTrack& compared, const media::Track& output) {
+        for (const media::AviPictures& pictures : m_evidence.aviPictures) {
+            if (pictures.stream != compared.plan.stream) continue;
+            const quint64 expected = pictures.indexed > 0 ? pictures.indexed : pictures.declared;
+            compared.sourceCount = expected;
+            compareCounts(compared.plan, expected, length(), output);
         }
     }
 
-    void compareCounts(const PlannedTrack& planned, quint64 expected, const media::Track& source,
-                       const media::Track& output) {
-        if (output.frames < expected) {
-            m_loss.addFrames(planned.kind, expected - output.frames, expected, source.end.value_or(0));
-            const auto missing = static_cast<int>(std::min<quint64>(expected - output.frames, 1'000'000'000));
-            const QString what = planned.kind == Kind::Video
-                                     ? Texts::tr("%n picture(s) are missing", nullptr, missing)
-                                     : Texts::tr("%n packet(s) of sound are missing", nullptr, missing);
-            damage(0, source.end.value_or(0), what);
-        } else if (output.frames > source.frames && m_evidence.source.damageTotal == 0) {
-            cannotKnow(Texts::tr("The output holds more than was counted in the source."));
-        }
+    void compareDecoding(const PlannedTrack& planned) {
+        if (planned.stream && toolwords::reportDecodingErrors(m_evidence.toolOutput, *planned.stream))
+            damage(0, length(), Texts::tr("parts of the sound cannot be decoded"));
     }
 
     void compareHoles(const media::Track& source, const media::Track& output) {

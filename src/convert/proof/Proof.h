@@ -1,6 +1,7 @@
 #pragma once
 
 #include "convert/proof/Receipt.h"
+#include "media/AviPictures.h"
 #include "media/Reading.h"
 
 #include <QString>
@@ -18,9 +19,10 @@ struct Evidence {
     media::Reading output;
     /// The lines of the subtitle file; empty: there is none, or its lines cannot be read.
     std::optional<std::vector<media::Line>> subtitleFile;
-    bool sourceIsCut = false;              ///< It ends inside a unit of its container.
-    std::optional<qint32> runtimeSeconds;  ///< As reported by the probe, rounded down.
-    QString toolOutput;                    ///< What the tool printed.
+    std::vector<media::AviPictures> aviPictures;  ///< Of an AVI source; else empty.
+    bool sourceIsCut = false;                     ///< It ends inside a unit of its container.
+    std::optional<qint32> runtimeSeconds;         ///< As reported by the probe, rounded down.
+    QString toolOutput;                           ///< What the tool printed.
 };
 
 /// Signs that other arguments for the tool may avoid a loss.

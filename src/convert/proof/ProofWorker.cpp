@@ -44,12 +44,14 @@ struct ProofWorker::Work {
         std::optional<std::vector<media::Line>> lines;
         if (!request.subtitleFile.isEmpty())
             lines = media::readSubtitleFile(request.subtitleFile, stop.get_token());
+        const auto pictures =
+            media::aviPictures(request.source, stop.get_token()).value_or(std::vector<media::AviPictures>());
         const bool isCut = source.tracks.empty() && media::endsInsideUnit(request.source);
         while (const auto asked = nextQuestion()) {
             const media::Reading output = media::read(asked->output, {}, stop.get_token());
             enableOneAudioTrack(asked->output, output);
-            const proof::Result result = proof::compare(
-                {asked->plan, source, output, lines, isCut, request.runtimeSeconds, asked->toolOutput});
+            const proof::Result result = proof::compare({asked->plan, source, output, lines, pictures, isCut,
+                                                         request.runtimeSeconds, asked->toolOutput});
             dispatch_async_main([worker, result, token = stop.get_token()] {
                 if (worker && !token.stop_requested()) Q_EMIT worker->proved(result);
             });
