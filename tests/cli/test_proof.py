@@ -101,7 +101,7 @@ class Proof(CliTest):
             tenth = len(whole) // 10
             kinds = [("cut", 0.9, 0), ("zero", 0.4, tenth), ("remove", 0.4, tenth)]
             if suffix in READ_TO_THE_FRAME:
-                kinds += [("cut", 0.99, 0), ("noise", 0.4, tenth), ("noise", 0.4, 1024)]
+                kinds += [("cut", 0.99, 0), ("noise", 0.4, tenth), ("noise", 0.4, 8192)]
             for kind, at, length in kinds:
                 with self.subTest(suffix, kind=kind, at=at, length=length):
                     path = self.place(damaged(whole, kind, at, length), f"{kind}{at}{suffix}")
