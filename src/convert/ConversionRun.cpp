@@ -151,6 +151,7 @@ bool ConversionRun::applyRemedy(const RunEnding& ending) {
     // Keep the claimed file: a new one could be another program's.
     if (!QFile::resize(m_output, 0)) return false;
     logInformation("Info: converting %@ again with the remedy %@", m_request.source, remedy->name);
+    if (!ending.succeeded() && !m_firstFailure) m_firstFailure = Failure{ending, m_said.text()};
     m_remedies.append(remedy->name);
     m_notes += remedy->notes;
     whenResumed([this, arguments = remedy->arguments] {
@@ -180,6 +181,11 @@ void ConversionRun::whenResumed(std::function<void()> step) {
 }
 
 void ConversionRun::end(RunEnding ending) {
+    if (!ending.succeeded() && m_firstFailure) {
+        ending = m_firstFailure->ending;
+        m_said = ToolOutput();
+        m_said.note(m_firstFailure->said);
+    }
     m_timer.stop();
     m_progressFile->remove();
     if (m_proof) m_proof.release()->deleteLater();  // Still emitting: delete later.

@@ -125,6 +125,12 @@ private:
     QStringList m_arguments;
     QStringList m_remedies;
     QStringList m_notes;  ///< For the receipt.
+    struct Failure {
+        RunEnding ending;
+        QString said;
+    };
+    /// What remedies were applied to: if they do not help, the usual arguments explain more.
+    std::optional<Failure> m_firstFailure;
     ToolOutput m_said;
     double m_percent = 0;
     bool m_isPaused = false;

@@ -411,7 +411,7 @@ private Q_SLOTS:
     void remedies() {
         const auto [script, offered, fails] = row<QByteArray, QStringList, bool>();
         Stage stage;
-        stage.tool.setConversion("echo half > \"$destination\"; echo run $((++run)) >> " +
+        stage.tool.setConversion("echo half > \"$destination\"; echo \"got $*\" >&2; echo run >> " +
                                  stage.home.path("runs").toUtf8() + "; " + script + "\n");
         QStringList left = offered;
         stage.job->request().remedy = [&](const RunEnding& ending, const QString&) -> std::optional<Remedy> {
@@ -425,6 +425,8 @@ private Q_SLOTS:
         QSignalSpy ended(stage.job.get(), &ConversionJob::ended);
         QVERIFY(stage.run());
         QCOMPARE(stage.job->state(), fails ? JobState::Failed : JobState::Finished);
+        // A second failure is reported as the first one was.
+        if (fails) QVERIFY(stage.job->jobOutput().startsWith("got -"));
         QCOMPARE(launched.count(), 1);
         QCOMPARE(ended.count(), 1);
         QCOMPARE(stage.home.desktop.notifications.size(), 1);

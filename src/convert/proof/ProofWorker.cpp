@@ -44,9 +44,12 @@ struct ProofWorker::Work {
         std::optional<std::vector<media::Line>> lines;
         if (!request.subtitleFile.isEmpty())
             lines = media::readSubtitleFile(request.subtitleFile, stop.get_token());
-        const auto pictures =
-            media::aviPictures(request.source, stop.get_token()).value_or(std::vector<media::AviPictures>());
-        const bool isCut = source.tracks.empty() && media::endsInsideUnit(request.source);
+        std::vector<media::AviPictures> pictures;
+        bool isCut = false;
+        if (source.tracks.empty()) {
+            pictures = media::aviPictures(request.source, stop.get_token()).value_or(pictures);
+            isCut = media::endsInsideUnit(request.source);
+        }
         while (const auto asked = nextQuestion()) {
             const media::Reading output = media::read(asked->output, {}, stop.get_token());
             enableOneAudioTrack(asked->output, output);
