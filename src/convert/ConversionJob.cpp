@@ -134,6 +134,7 @@ void ConversionJob::completeRequest() {
     }
     m_remedies = {};
     m_plan = makePlan(info, m_audioTrackIndex, settings, m_remedies);
+    request.subtitleFile = carriesSubtitleFile(*m_plan) ? subtitlePath() : QString();
     request.arguments = argumentsFor(*m_plan);
 }
 
@@ -152,9 +153,12 @@ std::optional<Remedy> ConversionJob::nextRemedy(const RunEnding& ending, const Q
                   argumentsFor(makePlan(info, m_audioTrackIndex, settings, m_remedies))};
 }
 
+QString ConversionJob::subtitlePath() const {
+    return m_fileInfo.subtitleFileURL.value_or(QUrl()).toLocalFile();
+}
+
 ArgumentsBuilder ConversionJob::argumentsFor(const ConversionPlan& plan) const {
-    const QString subtitles = m_fileInfo.subtitleFileURL.value_or(QUrl()).toLocalFile();
-    return [plan, subtitles, source = m_request.source](const RunContext& context) {
+    return [plan, subtitles = subtitlePath(), source = m_request.source](const RunContext& context) {
         if (carriesSubtitleFile(plan)) logInformation("Info: adding subtitles from file %@", subtitles);
         return toolArguments(plan, {source, subtitles, context.progressFile, context.output},
                              trialRunAsksForFixup(context.trialOutput));
@@ -162,11 +166,9 @@ ArgumentsBuilder ConversionJob::argumentsFor(const ConversionPlan& plan) const {
 }
 
 std::unique_ptr<RunProof> ConversionJob::proofOf(const ConversionPlan& plan) const {
-    const QString subtitles = m_fileInfo.subtitleFileURL.value_or(QUrl()).toLocalFile();
     return std::make_unique<MovieProof>(
-        ProofWorker::Request{m_request.source, carriesSubtitleFile(plan) ? subtitles : QString(),
-                             m_fileInfo.runtimeSeconds},
-        plan, m_request.keepsDamaged);
+        ProofWorker::Request{m_request.source, m_request.subtitleFile, m_fileInfo.runtimeSeconds}, plan,
+        m_request.keepsDamaged);
 }
 
 ConversionPlan ConversionJob::plan() const {

@@ -113,6 +113,7 @@ private:
     void completeRequest();
     std::unique_ptr<RunProof> proofOf(const ConversionPlan& plan) const;
     std::optional<Remedy> nextRemedy(const RunEnding& ending, const QString& said);
+    QString subtitlePath() const;
     ArgumentsBuilder argumentsFor(const ConversionPlan& plan) const;
     void taskFinished();
     void endRun();

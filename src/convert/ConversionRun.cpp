@@ -81,11 +81,24 @@ void ConversionRun::claimFiles() {
     m_journal->noteOutput();
 }
 
+Room ConversionRun::room() const {
+    // Sound that becomes larger than its source, and the index.
+    constexpr quint64 kBytesPerSecond = 1 << 20;
+    constexpr quint64 kUnknownDuration = 24 * 3600;
+    const auto seconds = m_request.runtimeSeconds
+                             ? static_cast<quint64>(std::max(*m_request.runtimeSeconds, 1))
+                             : kUnknownDuration;
+    Room room{{m_request.source}, {m_output, m_progressFile->path()}};
+    if (!m_request.subtitleFile.isEmpty()) room.readable.append(m_request.subtitleFile);
+    room.maximumFileBytes = 2 * m_request.sourceBytes + (seconds + 1024) * kBytesPerSecond;
+    return room;
+}
+
 QString ConversionRun::trialOutput() const {
     const QStringList arguments =
         m_request.trialArguments ? m_request.trialArguments(m_output) : QStringList();
     if (arguments.isEmpty()) return {};
-    QString said = tool::trialRun(arguments);
+    QString said = tool::trialRun(arguments, room());
     // The output of the trial run must not be mistaken for the movie if the conversion writes nothing.
     QFile::resize(m_output, 0);
     return said;
@@ -112,7 +125,7 @@ void ConversionRun::startTool(const ArgumentsBuilder& arguments) {
             [this](const QByteArray& bytes) { m_said.append(bytes); });
     connect(m_task.get(), &ToolProcess::ended, this, &ConversionRun::taskFinished);
     m_timer.start();
-    m_task->start(m_arguments);
+    m_task->start(m_arguments, room());
     if (m_proof && m_task) m_proof->toolStarted(m_task->processId());
 }
 

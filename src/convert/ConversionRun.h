@@ -3,6 +3,7 @@
 #include "convert/RunEnding.h"
 #include "convert/RunProof.h"
 #include "convert/ToolOutput.h"
+#include "tool/cage/Room.h"
 
 #include <QObject>
 #include <QStringList>
@@ -37,6 +38,7 @@ struct Remedy {
 struct RunRequest {
     QString name;  ///< Of the movie; the progress file is named after it.
     QString source;
+    QString subtitleFile;  ///< Read beside the source; empty: none.
     quint64 sourceBytes = 0;
     std::optional<qint32> runtimeSeconds;
     QString destination;
@@ -107,6 +109,8 @@ private:
     void claimDestination();
     void claimFiles();
     QString trialOutput() const;
+    /// The files that the tool may reach.
+    Room room() const;
     void startTool(const ArgumentsBuilder& arguments);
     void readProgress();
     void progressTimer();

@@ -19,6 +19,13 @@ enum class ConversionMethod : int { AacStereo, AacSurround, Ac3Stereo, Ac3Surrou
 
 enum class OutputExtension : int { Mp4, M4v };
 
+/// How far the conversion tool is restricted.
+enum class CageMode : int {
+    Off,
+    AsAvailable,  ///< As far as the system can.
+    Strict        ///< It is not started where the system cannot restrict it completely.
+};
+
 /// How the source of a conversion is removed.
 enum class SourceRemoval : int { Trash, Delete };
 
@@ -102,6 +109,10 @@ inline constexpr Choices kChoices<OutputExtension>{kExtensions, static_cast<qint
 inline constexpr auto kRemovals = numbered("trash", "delete");
 template <>
 inline constexpr Choices kChoices<SourceRemoval>{kRemovals, static_cast<qint64>(SourceRemoval::Delete)};
+
+inline constexpr auto kCageModes = numbered("off", "on", "strict");
+template <>
+inline constexpr Choices kChoices<CageMode>{kCageModes, {}};
 
 // Bit rates end in "k"; the others are quality levels.
 inline constexpr auto kAacRates = numbered("96k", "128k", "160k", "192k", "9", "7", "5", "4");

@@ -1,9 +1,11 @@
 #include "tool/Tool.h"
 
+#include "settings/Settings.h"
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Texts.h"
 #include "support/processes/ChildProcess.h"
 #include "support/processes/ProcessRunner.h"
+#include "tool/cage/Cage.h"
 
 #include <QFileInfo>
 #include <QProcess>
@@ -34,12 +36,22 @@ QString problem() {
     return {};
 }
 
+QString prepare(QProcess& process, const QStringList& arguments, const Room& room) {
+    process.setProgram(path());
+    process.setArguments(arguments);
+    childprocess::prepare(process);
+    const CageMode mode = settings::CageTool.value();
+    cage::enclose(process, room, mode);
+    return cage::refusal(mode);
+}
+
 Report report(const QString& moviePath, const std::atomic<bool>* isCancelled) {
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
-    childprocess::prepare(process);
-    process.start(path(), {"-i", moviePath}, QIODevice::ReadOnly);
     Report report;
+    report.startError = prepare(process, {"-i", moviePath}, {.readable = {moviePath}});
+    if (!report.startError.isEmpty()) return report;
+    process.start(QIODevice::ReadOnly);
     if (!process.waitForStarted(-1)) {
         report.startError = process.errorString();
         return report;
@@ -50,9 +62,12 @@ Report report(const QString& moviePath, const std::atomic<bool>* isCancelled) {
     return report;
 }
 
-QString trialRun(const QStringList& arguments) {
+QString trialRun(const QStringList& arguments, const Room& room) {
+    const CageMode mode = settings::CageTool.value();
+    if (!cage::refusal(mode).isEmpty()) return {};
+    const auto enclose = [&](QProcess& process) { cage::enclose(process, room, mode); };
     return runAsTaskWithTerminationStatus(QStringList(path()) + arguments, nullptr, Polling::On,
-                                          kTrialLimitMilliseconds)
+                                          kTrialLimitMilliseconds, enclose)
         .value_or(QString());
 }
 

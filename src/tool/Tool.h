@@ -1,12 +1,16 @@
 #pragma once
 
+#include "tool/cage/Room.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
 
 #include <atomic>
 
-/// The bundled media tool: its path, and the two short runs that block until the tool has ended.
+class QProcess;
+
+/// The bundled media tool: its path, its start, and the two short runs that block until it has ended.
 namespace tool {
 
 /// `ffmpeg` in the resource folder; no other folder is searched. Any thread.
@@ -15,6 +19,10 @@ QString path();
 /// Why the tool cannot be started, in a sentence for the user; empty: it can, as far as can be checked. Any
 /// thread.
 QString problem();
+
+/// Sets up a start of the tool that can reach nothing but `room`, depending on the setting `CageTool`.
+/// Returns why it must not be started, for the user; empty: `process.start()` may follow. Any thread.
+QString prepare(QProcess& process, const QStringList& arguments, const Room& room);
 
 struct Report {
     bool started = false;
@@ -29,6 +37,6 @@ Report report(const QString& moviePath, const std::atomic<bool>* isCancelled = n
 
 /// Runs the tool with `arguments` and returns what it printed. Blocks until it has ended, for at most one
 /// minute. Any thread.
-QString trialRun(const QStringList& arguments);
+QString trialRun(const QStringList& arguments, const Room& room);
 
 }  // namespace tool

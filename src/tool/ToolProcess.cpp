@@ -35,9 +35,13 @@ ToolProcess::~ToolProcess() {
     m_process.waitForFinished(-1);
 }
 
-void ToolProcess::start(const QStringList& arguments) {
-    childprocess::prepare(m_process);
-    m_process.start(tool::path(), arguments, QIODevice::ReadOnly);
+void ToolProcess::start(const QStringList& arguments, const Room& room) {
+    const QString refusal = tool::prepare(m_process, arguments, room);
+    if (refusal.isEmpty()) {
+        m_process.start(QIODevice::ReadOnly);
+    } else {
+        finish({ToolExit::Reason::NotStarted, -1, refusal});
+    }
 }
 
 bool ToolProcess::isRunning() const {

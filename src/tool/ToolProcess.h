@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tool/ToolExit.h"
+#include "tool/cage/Room.h"
 
 #include <QObject>
 #include <QProcess>
@@ -16,8 +17,8 @@ public:
     explicit ToolProcess(QObject* parent = nullptr);
     ~ToolProcess() override;
 
-    /// May be called once.
-    void start(const QStringList& arguments);
+    /// May be called once. ended() can follow immediately.
+    void start(const QStringList& arguments, const Room& room);
     bool isRunning() const;
     /// 0 before the start and after the end.
     qint64 processId() const { return m_process.processId(); }

@@ -33,6 +33,13 @@ void prepare(QProcess& process) {
     });
 }
 
+void runInChild(QProcess& process, const std::function<void()>& step) {
+    process.setChildProcessModifier([before = process.childProcessModifier(), step] {
+        before();
+        step();
+    });
+}
+
 void signalGroup(const QProcess& process, int signal) {
     const auto id = static_cast<pid_t>(process.processId());
     // The child becomes the group's leader by itself; until then, only the child can be signalled.

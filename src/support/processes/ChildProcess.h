@@ -3,6 +3,7 @@
 #include <QProcess>
 
 #include <atomic>
+#include <functional>
 
 /// Common set-up and control of all child processes. Call each function on the thread that owns the QProcess.
 namespace childprocess {
@@ -12,6 +13,10 @@ namespace childprocess {
 /// application dies. The kernel ties this to the thread that starts the child: that thread must live as long
 /// as the child.
 void prepare(QProcess& process);
+
+/// Adds a step to the start of the child, between fork and exec: it may make system calls only. Call it after
+/// prepare() and before start().
+void runInChild(QProcess& process, const std::function<void()>& step);
 
 /// Sends `signal` to the child and its descendants. Does nothing if the child is not running.
 void signalGroup(const QProcess& process, int signal);

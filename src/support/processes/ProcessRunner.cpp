@@ -17,9 +17,13 @@ namespace {
 constexpr qint64 kArgumentLengthLimit = 200000;  // characters
 constexpr int kStepMilliseconds = 50;
 
-void start(QProcess& process, const QStringList& command) {
+void start(QProcess& process, const QStringList& command,
+           const std::function<void(QProcess&)>& configure = nullptr) {
+    process.setProgram(command.first());
+    process.setArguments(command.sliced(1));
     childprocess::prepare(process);
-    process.start(command.first(), command.sliced(1), QIODevice::ReadOnly);
+    if (configure) configure(process);
+    process.start(QIODevice::ReadOnly);
 }
 
 int statusOf(const QProcess& process) {
@@ -38,14 +42,15 @@ std::optional<T> readValue(QIODevice& device) {
 }  // namespace
 
 std::optional<QString> runAsTaskWithTerminationStatus(const QStringList& command, int* terminationStatus,
-                                                      Polling polling, int limitMilliseconds) {
+                                                      Polling polling, int limitMilliseconds,
+                                                      const std::function<void(QProcess&)>& configure) {
     const qint64 length =
         collections::reduce(command.sliced(1), [](const QString& argument) { return argument.size(); });
     if (length > kArgumentLengthLimit)
         logError("Error: task argument size approaching or above limit, spawn will fail");
 
     QProcess process;
-    start(process, command);
+    start(process, command, configure);
     if (!process.waitForStarted(-1)) {
         logError("Error: got exception %@ while trying to perform task %@", process.errorString(),
                  command.join(u' '));

@@ -19,9 +19,10 @@ enum class Polling { Off, On };
 /// Standard output and standard error as "output error", each decoded by text::fromData. Null if the child
 /// could not be started, which is logged. `terminationStatus` may be null; for a child killed by a signal it
 /// is the signal's number. With polling, a child that runs longer than `limitMilliseconds` is killed; 0: no
-/// limit.
-std::optional<QString> runAsTaskWithTerminationStatus(const QStringList& command, int* terminationStatus,
-                                                      Polling polling, int limitMilliseconds = 0);
+/// limit. `configure` changes the process before its start; null: nothing.
+std::optional<QString> runAsTaskWithTerminationStatus(
+    const QStringList& command, int* terminationStatus, Polling polling, int limitMilliseconds = 0,
+    const std::function<void(QProcess&)>& configure = nullptr);
 
 /// The same without status and polling.
 std::optional<QString> runAsTask(const QStringList& command);

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <utility>
+
+/// The kernel's access rules for files, TCP and signals (Landlock, Linux 5.13 and later). There is no library
+/// for them in the C library.
+namespace landlock {
+
+/// The version of the kernel's interface; 0: the kernel has none, or it is switched off.
+int version();
+
+/// Denies every access that the interface of this kernel knows, but for what allow...() adds. Any thread.
+class Ruleset {
+public:
+    /// isValid() is false where the kernel has no rules.
+    Ruleset();
+    ~Ruleset();
+    Ruleset(Ruleset&& other) noexcept : m_file(std::exchange(other.m_file, -1)) {}
+    Ruleset& operator=(Ruleset&&) = delete;
+
+    bool isValid() const { return m_file >= 0; }
+
+    /// A path that cannot be opened stays denied. Links are followed.
+    void allowReading(const QString& fileOrFolder);
+    /// Reading, writing and truncating of an existing file.
+    void allowWriting(const QString& file);
+    void allowExecuting(const QString& file);
+
+    /// Restricts the calling thread and what it starts, for good. Needs `no_new_privs`. System calls only.
+    bool restrictThread() const noexcept;
+
+private:
+    void allow(const QString& path, quint64 rights);
+
+    int m_file = -1;
+};
+
+}  // namespace landlock
