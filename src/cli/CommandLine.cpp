@@ -7,6 +7,7 @@
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Format.h"
 #include "support/base/Texts.h"
+#include "tool/cage/Cage.h"
 
 #include <CLI/CLI.hpp>
 
@@ -30,6 +31,7 @@ struct Raw {
     std::string folder, output, style, watched, key, value;
     int audio = 0;
     bool json = false, quiet = false, keepDamaged = false;
+    int stallLimit = 0;  // In seconds; 0: none.
 };
 
 const std::map<std::string, qint64>& styles() {
@@ -110,6 +112,14 @@ CLI::App* addPlan(CLI::App& app, Raw& raw) {
     return plan;
 }
 
+void addStallLimit(CLI::App* command, Raw& raw) {
+    command
+        ->add_option("--stall-limit", raw.stallLimit,
+                     help(Texts::tr("Let a conversion fail that makes no progress for so many seconds")))
+        ->type_name("SECONDS")
+        ->check(CLI::PositiveNumber);
+}
+
 CLI::App* addConvert(CLI::App& app, Raw& raw) {
     CLI::App* convert =
         app.add_subcommand("convert", help(Texts::tr("Put movies into MP4 without re-encoding the picture")));
@@ -123,6 +133,7 @@ CLI::App* addConvert(CLI::App& app, Raw& raw) {
         ->type_name("FILE")
         ->excludes(folder);
     addPlanning(convert, raw);
+    addStallLimit(convert, raw);
     convert->add_flag("--keep-damaged", raw.keepDamaged,
                       help(Texts::tr("Keep the output of a movie even if a part of the movie is lost")));
     return convert;
@@ -133,6 +144,7 @@ CLI::App* addWatch(CLI::App& app, Raw& raw) {
         app.add_subcommand("watch", help(Texts::tr("Convert what arrives in a folder, until it is ended")));
     addJson(watch, raw);
     addTo(watch, raw);
+    addStallLimit(watch, raw);
     addSet(watch, raw);
     watch->add_option("FOLDER", raw.watched, help(Texts::tr("The folder that is watched, with all below it")))
         ->required()
@@ -232,6 +244,11 @@ QString firstLine(const char* text) {
     return QString::fromUtf8(text).section(u'\n', 0, 0);
 }
 
+QString versionText() {
+    const QString version = makeString("%@ %@", ApplicationInfo::name(), ApplicationInfo::version());
+    return version + u'\n' + Texts::tr("Cage: %1").arg(cage::description());
+}
+
 }  // namespace
 
 int wrongUsage(const QString& message, const QString& command) {
@@ -252,7 +269,7 @@ CommandLine CommandLine::parse(int argc, char** argv) {
     CLI::App app(help(Texts::tr("Puts MKV and other movies into MP4 without re-encoding the picture.")),
                  "ravelin-cli");
     app.set_version_flag(
-        "--version", makeString("%@ %@", ApplicationInfo::name(), ApplicationInfo::version()).toStdString(),
+        "--version", [] { return versionText().toStdString(); },
         help(Texts::tr("Display program version information and exit")));
     app.require_subcommand(1);
     const CLI::App* probe = addProbe(app, raw);
@@ -284,6 +301,7 @@ CommandLine CommandLine::parse(int argc, char** argv) {
         const QString message = parseOverride(decoded(assignment), line.overrides);
         if (!message.isEmpty()) return mistake(message, commandName());
     }
+    if (raw.stallLimit > 0) line.overrides.insert(settings::StallLimit.key, qint64{raw.stallLimit});
     if (!raw.style.empty()) line.overrides.insert(settings::ConversionPreset.key, styles().at(raw.style));
 
     const auto audio = [&](const CLI::App* command) {

@@ -45,7 +45,9 @@ public:
     }
 
     void progress(const ConversionJob& job) override {
-        write("progress", fileOf(job), {{"percent", job.progress()}, {"status", job.stateInfoString()}});
+        QJsonObject facts{{"percent", job.progress()}, {"status", job.stateInfoString()}};
+        if (const double stalled = job.stalledSeconds(); stalled > 0) facts.insert("stalledSeconds", stalled);
+        write("progress", fileOf(job), facts);
     }
 
     void finished(const ConversionJob& job) override {

@@ -9,6 +9,7 @@
 #include <QDateTime>
 #include <QFileInfo>
 #include <QMap>
+#include <QSet>
 
 namespace {
 
@@ -59,7 +60,13 @@ public:
         }
     }
 
-    void progress(const ConversionJob&) override {
+    void progress(const ConversionJob& job) override {
+        if (job.stalledSeconds() == 0) {
+            m_stalled.remove(&job);
+        } else if (!m_stalled.contains(&job)) {
+            m_stalled.insert(&job);
+            say(Texts::tr("%1: %2").arg(nameOf(job), stallText(job.stalledSeconds())));
+        }
         if (m_redraws) redraw();
     }
 
@@ -114,6 +121,7 @@ private:
     const bool m_quiet;
     const bool m_redraws;
     QList<const ConversionJob*> m_running;
+    QSet<const ConversionJob*> m_stalled;
     ProgressLines m_lines;
 };
 

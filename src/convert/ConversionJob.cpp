@@ -54,6 +54,11 @@ ConversionJob::~ConversionJob() {
     endRun();
 }
 
+double ConversionJob::stalledSeconds() const {
+    const double idle = m_run && m_state == JobState::Converting ? m_run->idleSeconds() : 0;
+    return idle >= static_cast<double>(settings::StallNotice.value()) ? idle : 0;
+}
+
 double ConversionJob::progress() const {
     if (!statusNotFinished(m_state)) return 100;
     return m_run ? m_run->percent() : 0;

@@ -32,6 +32,8 @@ public:
     qsizetype audioTrackIndex() const { return m_audioTrackIndex; }
     JobState state() const { return m_state; }
     /// Percent.
+    /// Seconds without progress, from the setting `StallNotice` on; 0: it makes progress or is not running.
+    double stalledSeconds() const;
     double progress() const;
     /// True if the audio is only copied, so that the run is fast.
     bool fastmode() const { return m_fastmode; }

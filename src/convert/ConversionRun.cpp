@@ -3,6 +3,7 @@
 #include "convert/Progress.h"
 #include "convert/ReplacedFile.h"
 #include "convert/RunJournal.h"
+#include "settings/Settings.h"
 #include "support/base/Files.h"
 #include "support/base/Format.h"
 #include "support/base/Log.h"
@@ -21,10 +22,15 @@ namespace {
 
 constexpr int kProgressIntervalMilliseconds = 1000;
 
+double now(const QElapsedTimer& clock) {
+    return static_cast<double>(clock.elapsed()) / 1000;
+}
+
 }  // namespace
 
 ConversionRun::ConversionRun(RunRequest request, QObject* parent)
     : QObject(parent), m_request(std::move(request)), m_output(m_request.destination) {
+    m_clock.start();
     m_timer.setInterval(kProgressIntervalMilliseconds);
     connect(&m_timer, &QTimer::timeout, this, &ConversionRun::progressTimer);
 }
@@ -125,6 +131,7 @@ void ConversionRun::startTool(const ArgumentsBuilder& arguments) {
             [this](const QByteArray& bytes) { m_said.append(bytes); });
     connect(m_task.get(), &ToolProcess::ended, this, &ConversionRun::taskFinished);
     m_timer.start();
+    m_stallWatch.restart(now(m_clock));
     m_task->start(m_arguments, room());
     if (m_proof && m_task) m_proof->toolStarted(m_task->processId());
 }
@@ -132,7 +139,29 @@ void ConversionRun::startTool(const ArgumentsBuilder& arguments) {
 void ConversionRun::progressTimer() {
     readProgress();
     m_journal->noteStillRunning();
-    Q_EMIT progressed();
+    watchActivity();
+    if (!m_ending) Q_EMIT progressed();
+}
+
+void ConversionRun::watchActivity() {
+    if (!m_task) return;
+    StallWatch::Activity activity = activityOfProcess(m_task->processId());
+    activity.outputBytes = QFileInfo(m_output).size();
+    activity.seconds = m_progressFile->furthestSeconds();
+    m_idleSeconds = m_stallWatch.idleSeconds(activity, now(m_clock));
+    const auto limit = static_cast<double>(settings::StallLimit.value());
+    if (limit > 0 && m_idleSeconds >= limit) giveUp();
+}
+
+void ConversionRun::giveUp() {
+    m_timer.stop();
+    m_proof.reset();
+    m_said.finish();
+    RunEnding ending = RunEnding::of(RunEnding::Kind::Stalled);
+    note(ending);
+    leaveToReaper();
+    m_ending = std::move(ending);
+    Q_EMIT ended();
 }
 
 void ConversionRun::readProgress() {
@@ -143,6 +172,7 @@ void ConversionRun::readProgress() {
 
 void ConversionRun::taskFinished(const ToolExit& exit) {
     m_timer.stop();
+    m_idleSeconds = 0;
     readProgress();
     m_said.finish();
     m_task.release()->deleteLater();  // Still emitting: delete later.
@@ -243,12 +273,14 @@ void ConversionRun::note(const RunEnding& ending) {
 void ConversionRun::pause() {
     m_isPaused = true;
     m_timer.stop();
+    m_idleSeconds = 0;
     if (m_task) m_task->suspend();
 }
 
 void ConversionRun::resume() {
     m_isPaused = false;
     m_timer.start();
+    m_stallWatch.restart(now(m_clock));
     if (m_task) m_task->resume();
     if (const auto step = std::exchange(m_postponed, nullptr)) step();
 }
@@ -257,8 +289,13 @@ void ConversionRun::abort() {
     m_timer.stop();
     m_postponed = nullptr;
     m_proof.reset();
-    if (m_task) m_task->disconnect(this);
     if (!m_hasOutput) return;
+    leaveToReaper();
+    m_ending = RunEnding::of(RunEnding::Kind::Interrupted);
+}
+
+void ConversionRun::leaveToReaper() {
+    if (m_task) m_task->disconnect(this);
     m_hasOutput = false;
     const auto cleanUp = [output = m_output,
                           progressFile = std::shared_ptr<ProgressFile>(std::move(m_progressFile)),
@@ -269,5 +306,4 @@ void ConversionRun::abort() {
         progressFile->remove();
     };
     ToolReaper::shared().adopt(std::move(m_task), cleanUp);
-    m_ending = RunEnding::of(RunEnding::Kind::Interrupted);
 }

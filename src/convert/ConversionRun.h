@@ -2,9 +2,11 @@
 
 #include "convert/RunEnding.h"
 #include "convert/RunProof.h"
+#include "convert/StallWatch.h"
 #include "convert/ToolOutput.h"
 #include "tool/cage/Room.h"
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QStringList>
 #include <QTimer>
@@ -89,6 +91,8 @@ public:
     const QStringList& arguments() const { return m_arguments; }
     /// 0 to 100; 100 during the proof.
     double percent() const { return m_percent; }
+    /// Seconds since the tool last did something; 0 while it is active, and during the proof.
+    double idleSeconds() const { return m_idleSeconds; }
     /// The tool's output without its statistics, and the marker of the ending.
     QString said() const { return m_said.text(); }
     /// The names of the remedies that were applied.
@@ -114,6 +118,9 @@ private:
     void startTool(const ArgumentsBuilder& arguments);
     void readProgress();
     void progressTimer();
+    void watchActivity();
+    void giveUp();
+    void leaveToReaper();
     void taskFinished(const ToolExit& exit);
     bool applyRemedy(const RunEnding& ending);
     void prove(const RunEnding& ending);
@@ -137,6 +144,9 @@ private:
     std::optional<Failure> m_firstFailure;
     ToolOutput m_said;
     double m_percent = 0;
+    StallWatch m_stallWatch;
+    QElapsedTimer m_clock;
+    double m_idleSeconds = 0;
     bool m_isPaused = false;
     bool m_hasOutput = false;           ///< The file at m_output belongs to this run.
     std::function<void()> m_postponed;  ///< The step that follows resume(); null: none.

@@ -64,6 +64,11 @@ const QMap<Kind, Known>& endings() {
               "Ravelin",
               "Movie conversion failed because much of the movie is damaged and would be missing. The source movie was left as it is."),
           {ConvertWhatIsLeft, TryAgain}}},
+        {Kind::Stalled,
+         {QT_TRANSLATE_NOOP(
+              "Ravelin",
+              "Movie conversion failed because there was no progress for too long. The disk or network volume of the movie or of its destination may have problems."),
+          {TryAgain, ChooseAnotherFolder}}},
         {Kind::Interrupted, {QT_TRANSLATE_NOOP("Ravelin", "The conversion was interrupted."), {TryAgain}}},
     };
     return list;

@@ -67,6 +67,7 @@ QLatin1StringView marker(RunEnding::Kind kind) {
         case Succeeded:
         case ToolFailed:
         case NoSpace:
+        case Stalled:
         case Interrupted:
             break;
     }

@@ -25,6 +25,7 @@ struct RunEnding {
         SourceTruncated,  ///< The source could not be read to its end.
         SubtitlesLost,    ///< Subtitles could not be decoded.
         MuchLost,         ///< The proof found that much of the movie is missing in the output.
+        Stalled,          ///< The tool did nothing for as long as `StallLimit` allows.
         Interrupted,      ///< The user or the session ended the application.
     };
 

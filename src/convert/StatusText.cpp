@@ -30,6 +30,14 @@ double remainingSeconds(double progress, double elapsedSeconds) {
     return std::clamp(remaining, 0.0, kLongestSeconds);
 }
 
+QString stallText(double seconds) {
+    constexpr int kMinute = 60;
+    const int whole = static_cast<int>(seconds);
+    if (whole < kMinute) return Texts::tr("no progress for %n second(s)", nullptr, whole);
+    if (whole < 2 * kMinute) return Texts::tr("no progress for a minute");
+    return Texts::tr("no progress for %n minute(s)", nullptr, whole / kMinute);
+}
+
 QString stateInfoString(const StatusFacts& facts) {
     const QString base = Texts::tr("Status: %1").arg(nameOfState(facts.state));
     switch (facts.state) {

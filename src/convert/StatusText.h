@@ -19,5 +19,8 @@ struct StatusFacts {
 /// "Status: Converting   Audio:  eng (ac3) (Discarded:  ger (dts))   ETA: 3m 20s" and the like.
 QString stateInfoString(const StatusFacts& facts);
 
+/// "no progress for a minute" and the like. For the user.
+QString stallText(double seconds);
+
 /// Estimated remaining seconds: 0 to five hours; five hours while the progress is 0.
 double remainingSeconds(double progress, double elapsedSeconds);

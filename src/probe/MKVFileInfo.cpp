@@ -43,6 +43,7 @@ MKVFileInfo::Probe MKVFileInfo::probe(const QUrl& url, const std::atomic<bool>* 
         return {std::nullopt, {verdicts::spawnFailed(reason, tool::path())}};
     }
 
+    if (report.isLate) return {std::nullopt, {verdicts::tooSlow(fileName, tool::kReportLimitMinutes)}};
     const ReportFacts facts = parseReport(reportText(report), settings::Snapshot::current(), fileName);
     if (facts.rejected) return {std::nullopt, facts.verdicts};
     return {fromFacts(facts, url), facts.verdicts};

@@ -85,6 +85,15 @@ Verdict toolProblem(const QString& problem) {
     return plain(problem, Texts::tr("OK"));
 }
 
+Verdict tooSlow(const QString& fileName, int minutes) {
+    return plain(
+        Texts::tr(
+            "The file '%1' could not be examined within %2 minutes. Its disk or network volume may have problems.")
+            .arg(fileName)
+            .arg(minutes),
+        Texts::tr("OK"));
+}
+
 Verdict invalidCodec(const QString& fileName, const QString& codec) {
     return plain(
         Texts::tr("Warning: the file '%1' contains an invalid video codec (%2) and can't be converted by %3.")

@@ -37,6 +37,8 @@ Verdict alias(const QString& fileName);
 Verdict spawnFailed(const QString& reason, const QString& information);
 Verdict toolProblem(const QString& problem);
 Verdict invalidCodec(const QString& fileName, const QString& codec);
+/// The probe was ended after `minutes`.
+Verdict tooSlow(const QString& fileName, int minutes);
 Verdict notAMovie(const QString& fileName);
 
 /// The warnings about the chosen video stream: HEVC or another codec, 10 bits.

@@ -7,6 +7,7 @@
 #include "support/processes/ProcessRunner.h"
 #include "tool/cage/Cage.h"
 
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QProcess>
 
@@ -57,7 +58,11 @@ Report report(const QString& moviePath, const std::atomic<bool>* isCancelled) {
         return report;
     }
     report.started = true;
-    childprocess::waitForEnd(process, 0, isCancelled);
+    constexpr int kMillisecondsPerMinute = 60000;
+    QElapsedTimer timer;
+    timer.start();
+    constexpr int kLimit = kReportLimitMinutes * kMillisecondsPerMinute;
+    report.isLate = !childprocess::waitForEnd(process, kLimit, isCancelled) && timer.hasExpired(kLimit);
     report.output = process.readAll();
     return report;
 }

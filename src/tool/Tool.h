@@ -24,10 +24,14 @@ QString problem();
 /// Returns why it must not be started, for the user; empty: `process.start()` may follow. Any thread.
 QString prepare(QProcess& process, const QStringList& arguments, const Room& room);
 
+/// Longer than a slow network disk needs.
+inline constexpr int kReportLimitMinutes = 5;
+
 struct Report {
     bool started = false;
-    QString startError;  ///< Why it was not started; empty if it was.
-    QByteArray output;   ///< Standard output and standard error, in the order of arrival.
+    QString startError;   ///< Why it was not started; empty if it was.
+    bool isLate = false;  ///< It was ended because it took longer than kReportLimitMinutes.
+    QByteArray output;    ///< Standard output and standard error, in the order of arrival.
 };
 
 /// Lets the tool describe one file ("-i" and the path) and waits for its end; the exit status is meaningless

@@ -125,6 +125,9 @@ class CliTest(unittest.TestCase):
                           f'case " $* " in *" -progress "*) converts=1;; esac\n{script}', ".resources/ffmpeg")
         path.chmod(mode)
         self.env["RAVELIN_RESOURCES"] = str(path.parent)
+        # A script starts programs, and those of the tests write files.
+        stored = json.loads(self.settings_file.read_text()) if self.settings_file.exists() else {}
+        self.place(json.dumps(stored | {"CageTool": 0}), self.settings_file)
 
     def start(self, *arguments):
         """Starts the program; what it says goes to files, so that it never waits for a reader."""

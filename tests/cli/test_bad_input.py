@@ -152,6 +152,14 @@ class Interruptions(CliTest):
                 self.assertEqual({"The conversion was interrupted."}, {e["message"] for e in result.of("failed", "refused")})
                 self.assertEqual(self.names, self.outputs())
 
+    def test_a_tool_that_stands_still(self):
+        self.use_tool('[ $converts ] && { exec sleep 100; }; exec "$real" "$@"')
+        stalls = ("--set", "StallNotice=1", "--stall-limit", 2)
+        failed = self.convert(*stalls, "a.mkv", status=1).only("failed")
+        self.assertIn("there was no progress for too long", failed["message"])
+        self.assertEqual((self.names, []), (self.outputs(), self.processes()))
+        self.assertIn("a.mkv: no progress for 1 second", self.run_cli("convert", *stalls, "a.mkv", status=1).out)
+
     def test_no_tool_outlives_a_killed_program(self):
         self.start_and_wait(ENDLESS, 2, "--set", "ConcurrentJobs=1").kill()
         self.assertTrue(wait_until(lambda: not self.processes()))

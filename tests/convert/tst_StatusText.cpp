@@ -1,5 +1,6 @@
 #include "convert/Progress.h"
 #include "convert/SpaceCheck.h"
+#include "convert/StallWatch.h"
 #include "convert/StatusText.h"
 #include "convert/ToolOutput.h"
 #include "fakes/TestHome.h"
@@ -44,6 +45,32 @@ private Q_SLOTS:
         facts.elapsedSeconds = std::numeric_limits<double>::quiet_NaN();
         facts.audioTracks.clear();
         QCOMPARE(text(Converting), "Status: Converting");
+    }
+
+    void stalls() {
+        StallWatch watch;
+        watch.restart(100);
+        // Once a second; what each second adds, and how long the tool is idle after a minute.
+        const QList<std::pair<StallWatch::Activity, double>> cases = {
+            {{0, 0, 0, 0}, 60},     {{1, 0, 0, 0}, 0},       {{0, 0.01, 0, 0}, 0}, {{0, 0, 0.5, 0}, 0},
+            {{0, 0, 0.001, 0}, 60}, {{0, 0, 0, 1 << 20}, 0}, {{0, 0, 0, 100}, 60}};
+        for (const auto& [step, expected] : cases) {
+            StallWatch::Activity activity;
+            watch.restart(100);
+            double idle = -1;
+            for (int second = 1; second <= 60; ++second) {
+                activity.outputBytes += step.outputBytes;
+                activity.seconds += step.seconds;
+                activity.processorSeconds += step.processorSeconds;
+                activity.transferredBytes += step.transferredBytes;
+                idle = watch.idleSeconds(activity, 100 + second);
+            }
+            QCOMPARE(idle, expected);
+        }
+        QVERIFY(activityOfProcess(QCoreApplication::applicationPid()).transferredBytes > 0);
+        QCOMPARE(stallText(59), "no progress for 59 second(s)");
+        QCOMPARE(stallText(119), "no progress for a minute");
+        QCOMPARE(stallText(120), "no progress for 2 minute(s)");
     }
 
     void progressFile() {

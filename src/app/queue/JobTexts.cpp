@@ -2,6 +2,7 @@
 
 #include "convert/CommandLineText.h"
 #include "convert/ConversionJob.h"
+#include "convert/StatusText.h"
 #include "convert/plan/PlanText.h"
 #include "convert/proof/ReceiptText.h"
 #include "support/base/Texts.h"
@@ -56,6 +57,8 @@ JobNote jobNote(const ConversionJob& job) {
             note.verdictText = job.explanation().message.section(u'\n', 0, 0);
             break;
         case JobState::Converting:
+            if (const double stalled = job.stalledSeconds(); stalled > 0) note.plan = stallText(stalled);
+            break;
         case JobState::Paused:
             break;
     }

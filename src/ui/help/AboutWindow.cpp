@@ -5,6 +5,7 @@
 #include "support/base/Text.h"
 #include "support/reports/HostInformation.h"
 #include "support/reports/QuillonLib.h"
+#include "tool/cage/Cage.h"
 #include "ui/look/Colors.h"
 #include "ui/look/Icons.h"
 #include "ui/look/Placement.h"
@@ -32,7 +33,7 @@ AboutWindow::AboutWindow(const QString& version, const QString& build, QWidget* 
     large.setWeight(QFont::Medium);
     m_ui->nameLabel->setFont(large);
     m_ui->nameLabel->setText(ApplicationInfo::name());
-    m_ui->versionLabel->setText(version + u'\n' + build);
+    m_ui->versionLabel->setText(version + u'\n' + build + u'\n' + tr("Cage: %1").arg(cage::description()));
     QPalette secondary = m_ui->versionLabel->palette();
     secondary.setColor(QPalette::WindowText, colors::secondaryText(secondary));
     m_ui->versionLabel->setPalette(secondary);
