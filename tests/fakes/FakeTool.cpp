@@ -1,5 +1,8 @@
 #include "fakes/FakeTool.h"
 
+#include "settings/Keys.h"
+#include "support/store/Defaults.h"
+
 #include <QDir>
 #include <QFile>
 
@@ -48,6 +51,8 @@ FakeTool::FakeTool(const QString& folder) : m_folder(folder + "/resources") {
     setTrial("");
     setConversion("echo movie > \"$destination\"\n");
     qputenv("RAVELIN_RESOURCES", m_folder.toUtf8());
+    // The script writes files of its own.
+    standardUserDefaults().setOverride(kCageToolKey, qint64{0});
 }
 
 QStringList FakeTool::lastArguments() const {

@@ -79,8 +79,9 @@ void Ruleset::allowWriting(const QString& file) {
     allow(file, LANDLOCK_ACCESS_FS_READ_FILE | LANDLOCK_ACCESS_FS_WRITE_FILE | kTruncate);
 }
 
-void Ruleset::allowExecuting(const QString& file) {
-    allow(file, LANDLOCK_ACCESS_FS_READ_FILE | LANDLOCK_ACCESS_FS_EXECUTE);
+void Ruleset::allowExecuting(const QString& fileOrFolder) {
+    allow(fileOrFolder,
+          LANDLOCK_ACCESS_FS_READ_FILE | LANDLOCK_ACCESS_FS_READ_DIR | LANDLOCK_ACCESS_FS_EXECUTE);
 }
 
 bool Ruleset::restrictThread() const noexcept {

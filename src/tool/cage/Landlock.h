@@ -27,7 +27,8 @@ public:
     void allowReading(const QString& fileOrFolder);
     /// Reading, writing and truncating of an existing file.
     void allowWriting(const QString& file);
-    void allowExecuting(const QString& file);
+    /// Reading and executing.
+    void allowExecuting(const QString& fileOrFolder);
 
     /// Restricts the calling thread and what it starts, for good. Needs `no_new_privs`. System calls only.
     bool restrictThread() const noexcept;

@@ -30,9 +30,8 @@ constexpr const char* kDenied[] = {
     "sendto",
     "sendmsg",
     "sendmmsg",
-    // Other processes. clone() and execve() have rules of their own.
-    "fork",
-    "vfork",
+    // Other processes.
+
     "execveat",
     "ptrace",
     "process_vm_readv",
@@ -182,15 +181,21 @@ constexpr uint32_t kDeny = SCMP_ACT_ERRNO(EPERM);
 
 using Context = std::unique_ptr<void, decltype(&seccomp_release)>;
 
-/// Conditions on the arguments.
-bool addConditions(void* filter, const char* program) {
+/// No process but this one, and no program but this.
+bool denyPrograms(void* filter, const char* program) {
+    const auto address = reinterpret_cast<scmp_datum_t>(program);
+    const auto deny = [&](int call) { return call < 0 || seccomp_rule_add(filter, kDeny, call, 0) == 0; };
     // glibc uses clone() if clone3(), whose arguments a filter cannot see, does not exist.
-    const bool areProcessesDenied =
-        seccomp_rule_add(filter, kDeny, SCMP_SYS(clone), 1, SCMP_A0(SCMP_CMP_MASKED_EQ, CLONE_THREAD, 0)) ==
-            0 &&
-        seccomp_rule_add(filter, SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(clone3), 0) == 0 &&
-        seccomp_rule_add(filter, SCMP_ACT_ERRNO(EACCES), SCMP_SYS(execve), 1,
-                         SCMP_A0(SCMP_CMP_NE, reinterpret_cast<scmp_datum_t>(program))) == 0;
+    return deny(SCMP_SYS(fork)) && deny(SCMP_SYS(vfork)) &&
+           seccomp_rule_add(filter, kDeny, SCMP_SYS(clone), 1,
+                            SCMP_A0(SCMP_CMP_MASKED_EQ, CLONE_THREAD, 0)) == 0 &&
+           seccomp_rule_add(filter, SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(clone3), 0) == 0 &&
+           seccomp_rule_add(filter, SCMP_ACT_ERRNO(EACCES), SCMP_SYS(execve), 1,
+                            SCMP_A0(SCMP_CMP_NE, address)) == 0;
+}
+
+/// Conditions on the arguments.
+bool addConditions(void* filter) {
     // Where Landlock confines signals, abort() and pthread_kill() work.
     constexpr int kVersionWithSignals = 6;
     const bool areSignalsDenied = landlock::version() >= kVersionWithSignals ||
@@ -198,7 +203,7 @@ bool addConditions(void* filter, const char* program) {
     const auto denyArgument = [&](int call, const scmp_arg_cmp& condition) {
         return seccomp_rule_add(filter, kDeny, call, 1, condition) == 0;
     };
-    return areProcessesDenied && areSignalsDenied &&
+    return areSignalsDenied &&
            // The kernel ends the tool when the application dies.
            denyArgument(SCMP_SYS(prctl), SCMP_A0(SCMP_CMP_EQ, PR_SET_PDEATHSIG)) &&
            denyArgument(SCMP_SYS(prlimit64), SCMP_A0(SCMP_CMP_NE, 0)) &&
@@ -211,13 +216,13 @@ bool addConditions(void* filter, const char* program) {
            denyArgument(SCMP_SYS(ioctl), SCMP_A1(SCMP_CMP_EQ, TIOCLINUX));
 }
 
-bool addRules(void* filter, const char* program) {
+bool addRules(void* filter, const char* onlyProgram) {
     for (const char* name : kDenied) {
         const int call = seccomp_syscall_resolve_name(name);
         if (call < 0) continue;
         if (seccomp_rule_add(filter, kDeny, call, 0) != 0) return false;
     }
-    return addConditions(filter, program);
+    return addConditions(filter) && (!onlyProgram || denyPrograms(filter, onlyProgram));
 }
 
 /// The library of Debian 12 exports to files only.
@@ -236,13 +241,13 @@ std::vector<sock_filter> exported(void* filter) {
 
 }  // namespace
 
-SystemCallFilter::SystemCallFilter(const char* program) {
+SystemCallFilter::SystemCallFilter(const char* onlyProgram) {
     const Context filter(seccomp_init(SCMP_ACT_ALLOW), &seccomp_release);
     if (!filter) return;
     constexpr uint32_t kBinaryTree = 2;  // A list of 150 comparisons would slow down every call.
     seccomp_attr_set(filter.get(), SCMP_FLTATR_CTL_OPTIMIZE, kBinaryTree);
     seccomp_attr_set(filter.get(), SCMP_FLTATR_ACT_BADARCH, SCMP_ACT_KILL_PROCESS);
-    if (addRules(filter.get(), program)) m_instructions = exported(filter.get());
+    if (addRules(filter.get(), onlyProgram)) m_instructions = exported(filter.get());
 }
 
 bool SystemCallFilter::apply() const noexcept {

@@ -8,9 +8,10 @@
 /// work. Immutable; any thread.
 class SystemCallFilter {
 public:
-    /// `program` is the only pointer with which execve() is allowed: the address of a path in this process,
-    /// which a program started from it does not know. isValid() is false where the filter cannot be made.
-    explicit SystemCallFilter(const char* program);
+    /// `onlyProgram` is the only pointer with which execve() is allowed: the address of a path in this
+    /// process, which a program started from it does not know. Null: programs may be started. isValid() is
+    /// false where the filter cannot be made.
+    explicit SystemCallFilter(const char* onlyProgram);
 
     bool isValid() const { return !m_instructions.empty(); }
 

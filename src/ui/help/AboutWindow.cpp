@@ -33,10 +33,12 @@ AboutWindow::AboutWindow(const QString& version, const QString& build, QWidget* 
     large.setWeight(QFont::Medium);
     m_ui->nameLabel->setFont(large);
     m_ui->nameLabel->setText(ApplicationInfo::name());
-    m_ui->versionLabel->setText(version + u'\n' + build + u'\n' + tr("Cage: %1").arg(cage::description()));
+    m_ui->versionLabel->setText(version + u'\n' + build);
+    m_ui->cageLabel->setText(tr("Cage: %1").arg(cage::description()));
     QPalette secondary = m_ui->versionLabel->palette();
     secondary.setColor(QPalette::WindowText, colors::secondaryText(secondary));
     m_ui->versionLabel->setPalette(secondary);
+    m_ui->cageLabel->setPalette(secondary);
     connect(m_ui->closeButton, &QAbstractButton::clicked, this, &QWidget::close);
     connect(m_ui->copyButton, &QAbstractButton::clicked, this, &AboutWindow::copyVersion);
     connect(m_ui->webPageButton, &QAbstractButton::clicked, this,
