@@ -1,5 +1,7 @@
 #include "convert/MovieProof.h"
 
+#include <QFileInfo>
+
 #include <algorithm>
 
 namespace {
@@ -24,12 +26,14 @@ void MovieProof::toolStarted(qint64 processId) {
 
 void MovieProof::start(const RunEnding& soFar, const QString& output, const QString& said) {
     m_soFar = soFar;
+    m_outputBytes = QFileInfo(output).size();
     m_worker.prove(output, m_plan, said);
 }
 
 RunEnding MovieProof::endingFor(const proof::Result& result) const {
     RunEnding ending = m_soFar;
     ending.receipt = result.receipt;
+    ending.receipt->outputBytes = m_outputBytes;
     ending.signs = result.signs;
     const bool isKept = result.receipt.mayBeKept || (m_keepsDamaged && holdsPictures(result.receipt));
     if (isKept) {

@@ -20,6 +20,7 @@ private:
 
     ProofWorker m_worker;
     const ConversionPlan m_plan;
+    qint64 m_outputBytes = 0;
     const bool m_keepsDamaged;
     RunEnding m_soFar;
 };

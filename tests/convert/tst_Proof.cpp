@@ -226,9 +226,18 @@ private Q_SLOTS:
         QCOMPARE(receipttext::summary(proof::compare(scene.evidence).receipt),
                  "Damaged at 0:12:31: there are no pictures");
         scene.output(2).lines.pop_back();
+        scene.evidence.plan.carriesChapters = true;
+        scene.evidence.plan.chapterCount = 12;
+        PlannedTrack german;
+        german.stream = 9;
+        german.kind = PlannedTrack::Kind::Audio;
+        german.language = "ger";
+        german.leftOutReason = LeftOutReason::FurtherAudio;
+        scene.evidence.plan.tracks.append(german);
         const Receipt receipt = proof::compare(scene.evidence).receipt;
-        QCOMPARE(receipttext::details(receipt).size(), 5);
-        QCOMPARE(receipttext::details(receipt)[2], "2 of 3 subtitle lines");
+        QCOMPARE(receipttext::details(receipt).size(), 7);
+        QCOMPARE(receipttext::details(receipt).mid(2, 3),
+                 QStringList({"2 of 3 subtitle lines", "12 chapter(s)", "left out: German"}));
         QVERIFY(receipttext::sentence(receipt).startsWith("Damaged: 2,500 of 2,500 pictures, copied; "));
     }
 };

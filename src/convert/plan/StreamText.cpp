@@ -142,6 +142,7 @@ QString codecName(const QString& codec) {
 
 QString format(const MovieStream& stream) {
     if (stream.kind == StreamKind::Video) return pictureFormat(stream);
+    if (stream.kind == StreamKind::Subtitle && stream.isForced()) return Texts::tr("forced");
     return stream.kind == StreamKind::Audio ? soundFormat(stream) : QString();
 }
 

@@ -1,5 +1,6 @@
 #include "convert/proof/Proof.h"
 
+#include "convert/plan/PlanText.h"
 #include "convert/proof/LineComparison.h"
 #include "convert/proof/Loss.h"
 #include "convert/proof/ToolWords.h"
@@ -61,7 +62,11 @@ QList<PlannedTrack> promisedTracks(const ConversionPlan& plan) {
 
 class Comparison {
 public:
-    explicit Comparison(const Evidence& evidence) : m_evidence(evidence) {}
+    explicit Comparison(const Evidence& evidence) : m_evidence(evidence) {
+        const ConversionPlan& plan = evidence.plan;
+        m_receipt.chapterCount = plan.carriesChapters ? plan.chapterCount : 0;
+        m_receipt.leftOut = plantext::leftOut(plan);
+    }
 
     Result result() {
         if (!m_evidence.output.opened) {

@@ -35,6 +35,9 @@ struct ReceiptDamage {
 struct Receipt {
     ProofVerdict verdict = ProofVerdict::Unknown;
     QList<ReceiptTrack> tracks;  ///< In the order of the output's streams.
+    int chapterCount = 0;        ///< Of carried chapters.
+    QString leftOut;             ///< What of the movie is not in the output, in words; may be empty.
+    qint64 outputBytes = 0;
     QList<ReceiptDamage> damage;
     QStringList notes;      ///< Why something cannot be known, which remedy was applied; in words.
     bool mayBeKept = true;  ///< The loss is small, and no promised track is missing: the job is finished.

@@ -58,8 +58,10 @@ QString trackLine(const ReceiptTrack& track) {
 }
 
 QString damageLine(const ReceiptDamage& part) {
-    if (part.to <= part.from) return Texts::tr("At %1: %2").arg(position(part.from), part.what);
-    return Texts::tr("From %1 to %2: %3").arg(position(part.from), position(part.to), part.what);
+    const QString from = position(part.from);
+    const QString to = position(part.to);
+    if (part.to <= part.from || from == to) return Texts::tr("At %1: %2").arg(from, part.what);
+    return Texts::tr("From %1 to %2: %3").arg(from, to, part.what);
 }
 
 }  // namespace
@@ -100,6 +102,9 @@ QStringList details(const Receipt& receipt) {
     QStringList lines;
     for (const ReceiptTrack& track : receipt.tracks)
         lines.append(trackLine(track));
+    if (receipt.chapterCount > 0) lines.append(Texts::tr("%n chapter(s)", nullptr, receipt.chapterCount));
+    if (!receipt.leftOut.isEmpty()) lines.append(Texts::tr("left out: %1").arg(receipt.leftOut));
+    if (receipt.outputBytes > 0) lines.append(QLocale().formattedDataSize(receipt.outputBytes, 1));
     for (const ReceiptDamage& part : receipt.damage)
         lines.append(damageLine(part));
     return lines + receipt.notes;

@@ -12,7 +12,8 @@ QString summary(const Receipt& receipt);
 /// The whole receipt in one line: "Whole: 250 of 250 pictures, copied; English AC3 5.1, copied; chapters".
 QString sentence(const Receipt& receipt);
 
-/// One line for each track of the output, then one for each damaged part and each note.
+/// One line for each track of the output, for the chapters, for what is left out, for the size, for each
+/// damaged part and for each note.
 QStringList details(const Receipt& receipt);
 
 /// A position in the movie: "0:12:31".
