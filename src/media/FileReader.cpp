@@ -14,8 +14,7 @@ namespace media {
 namespace {
 
 constexpr quint64 kGateStep = quint64{4} << 20U;
-constexpr std::size_t kLeastAhead =
-    2048;                            // What a skip reads: often the frames of sound up to the next picture.
+constexpr quint64 kLeastAhead = 64;
 constexpr quint64 kAdjacent = 1024;  // Up to here reading the bytes between costs less than another call.
 
 }  // namespace
@@ -66,8 +65,7 @@ Bytes FileReader::refilled(quint64 position, std::size_t length) {
     length = std::min(length, kMost);
     const quint64 end = m_position + m_length;
     const bool adjacent = position >= m_position && position <= end + kAdjacent;
-    m_ahead = adjacent ? std::min(m_ahead * 2, kMost) : kLeastAhead;
-    m_ahead = std::max(m_ahead, kLeastAhead);
+    m_ahead = std::clamp(adjacent ? quint64{m_ahead} * 2 : m_expected, kLeastAhead, quint64{kMost});
     m_position = position;
     m_length = m_file.read(position, std::span(m_bytes).first(std::max(m_ahead, length)));
     return Bytes(m_bytes).first(std::min(m_length, length));

@@ -80,15 +80,21 @@ public:
         const Bytes bytes = at(position, length);
         return bytes.size() == length ? bigEndian(bytes) : 0;
     }
+    /// About how many bytes are wanted where the window moves to next, unless that is adjacent.
+    void expect(quint64 length) { m_expected = length; }
     quint64 size() const { return m_file.size(); }
     File& file() { return m_file; }
 
 private:
+    /// By default the frames of sound up to the next picture.
+    static constexpr quint64 kExpected = 2048;
+
     Bytes refilled(quint64 position, std::size_t length);
 
     File& m_file;
     quint64 m_position = 0;
     std::size_t m_length = 0;
+    quint64 m_expected = kExpected;
     std::size_t m_ahead = 0;
     std::array<unsigned char, kMost> m_bytes = {};
 };

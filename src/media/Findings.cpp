@@ -1,6 +1,7 @@
 #include "media/Findings.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 
 namespace media {
@@ -125,6 +126,26 @@ std::optional<Fault> faultInFrame(FileReader& bytes, quint64 position, quint64 e
         return Fault::ZeroSample;
     if (isCut) return Fault::BadNalLength;
     return hasNoSync ? std::optional(Fault::BadSyncWord) : std::nullopt;
+}
+
+Reading withFramesOf(Reading reading, const Reading& other) {
+    const auto isOfFrame = [](const Damage& damage) {
+        return damage.fault == Fault::ZeroSample || damage.fault == Fault::BadNalLength ||
+               damage.fault == Fault::BadSyncWord;
+    };
+    reading.cancelled |= other.cancelled;
+    if (reading.problem == Problem::None) reading.problem = other.problem;
+    if (std::ranges::none_of(other.damage, isOfFrame)) return reading;
+    std::vector<Damage> all = std::move(reading.damage);
+    const quint64 leftOut = reading.damageTotal - all.size();
+    std::ranges::copy_if(other.damage, std::back_inserter(all), isOfFrame);
+    std::ranges::stable_sort(all, {}, &Damage::from);
+    Findings findings;
+    for (const Damage& damage : all)
+        findings.addDamage(damage.fault, damage.position, damage.from, damage.to);
+    reading.damage = std::move(findings.reading.damage);
+    reading.damageTotal = findings.reading.damageTotal + leftOut;
+    return reading;
 }
 
 std::string textAt(FileReader& bytes, quint64 position, quint64 length) {

@@ -42,6 +42,9 @@ FrameRules frameRules(const std::string& codec);
 std::optional<Fault> faultInFrame(FileReader& bytes, quint64 position, quint64 end, FrameRules rules,
                                   NalFormat units, Bytes prefix = {});
 
+/// The reading with the damage of the frames that only `other`, a reading of the same file, looked at.
+Reading withFramesOf(Reading reading, const Reading& other);
+
 /// UTF-8 up to the first zero byte, cut to the longest that a reading keeps.
 std::string textAt(FileReader& bytes, quint64 position, quint64 length);
 

@@ -150,6 +150,8 @@ struct Options {
     /// Look at the first bytes of each frame: NAL unit lengths, zeros. Without it an MP4 file's
     /// samples are not read, its tables are.
     bool checkFrames = true;
+    /// MP4: a second thread looks at half of the frames. `mayReadUpTo` is then called in both.
+    bool usesTwoThreads = false;
     /// Called in the reading thread before bytes up to `position` are read for the first time, every 4 MiB.
     /// May block until the caller wants them read; false cancels the reading. A Matroska file is read front
     /// to back, an MP4 file is not.

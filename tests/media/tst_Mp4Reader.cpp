@@ -249,6 +249,35 @@ private Q_SLOTS:
         QCOMPARE(summary(media::read(file.path())), QString(expected));
     }
 
+    /// Each looks at other parts of the file; the damage comes out as one thread finds it.
+    void twoThreads() {
+        constexpr int kMany = 40;
+        constexpr int kApart = 1 << 20;
+        QByteArray sizes = words({0, 0, kMany});
+        QByteArray chunks = words({0, kMany});
+        QByteArray data;
+        for (int i = 0; i < kMany; ++i) {
+            sizes += number(13);
+            chunks += number(static_cast<quint64>(kData + i * kApart));
+            const bool isDamaged = i == 3 || i == 4 || i == 18 || i == 35;
+            data += isDamaged ? QByteArray(13, 'x') : kPictures.left(13);
+            data.resize((i + 1) * kApart, '\0');
+        }
+        const BytesInFile file(changed(
+            [&](Tables& t) {
+                t.times = entries("stts", {kMany, 2000}, 2);
+                t.sizes = box("stsz", sizes);
+                t.chunkRuns = entries("stsc", {1, 1, 1}, 3);
+                t.chunks = box("stco", chunks);
+            },
+            data));
+        media::Options options;
+        const QString alone = summary(media::read(file.path(), options));
+        options.usesTwoThreads = true;
+        QCOMPARE(summary(media::read(file.path(), options)), alone);
+        QCOMPARE(alone.count(media::name(media::Fault::BadNalLength)), 3);
+    }
+
     void onlyTheFirstAudioTrackIsEnabled() {
         Tables one;
         asSound(one, "mp4a");

@@ -51,7 +51,9 @@ struct ProofWorker::Work {
             isCut = media::endsInsideUnit(request.source);
         }
         while (const auto asked = nextQuestion()) {
-            const media::Reading output = media::read(asked->output, {}, stop.get_token());
+            media::Options fast;
+            fast.usesTwoThreads = true;  // The tool has ended; the user waits.
+            const media::Reading output = media::read(asked->output, fast, stop.get_token());
             enableOneAudioTrack(asked->output, output);
             const proof::Result result = proof::compare({asked->plan, source, output, lines, pictures, isCut,
                                                          request.runtimeSeconds, asked->toolOutput});
