@@ -3,6 +3,7 @@
 #include "media/FileReader.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <string_view>
 #include <vector>
@@ -11,7 +12,10 @@ namespace media {
 
 namespace {
 
+using std::string_view_literals::operator""sv;
+
 constexpr std::size_t kTail = 128 * 1024;
+constexpr std::string_view kPack = "\0\0\1\xBA"sv;
 
 /// The end of a file, and how long the whole is.
 struct Tail {
@@ -59,9 +63,8 @@ bool oggIsCut(const Tail& tail) {
 
 /// Walks the packets behind the last pack header.
 bool programStreamIsCut(const Tail& tail) {
-    using std::string_view_literals::operator""sv;
     constexpr std::size_t kPackHeader = 12;  // the shorter one, of MPEG-1
-    std::size_t position = tail.lastOf("\0\0\1\xBA"sv);
+    std::size_t position = tail.lastOf(kPack);
     if (position == tail.bytes.size()) return false;
     if (tail.from(position).size() < kPackHeader) return true;
     const unsigned char marker = tail.bytes[position + 4];
@@ -113,12 +116,17 @@ bool endsInsideUnit(const QString& path) {
     Tail tail{std::vector<unsigned char>(static_cast<std::size_t>(tailSize)), file.size()};
     tail.bytes.resize(file.read(file.size() - tailSize, tail.bytes));
 
-    using std::string_view_literals::operator""sv;
     if (startsWith(begin, "OggS")) return oggIsCut(tail);
-    if (startsWith(begin, "\0\0\1\xBA"sv)) return programStreamIsCut(tail);
+    if (startsWith(begin, kPack)) return programStreamIsCut(tail);
     if (startsWith(begin, "FLV")) return flvIsCut(tail);
     if (startsWith(begin, "RIFF") && begin.size() > 12) return aviIsCut(begin, file.size());
     return transportStreamIsCut(begin, file.size());
+}
+
+bool isProgramStream(const QString& path) {
+    File file(path);
+    std::array<unsigned char, kPack.size()> begin = {};
+    return file.isOpen() && startsWith(std::span(begin).first(file.read(0, begin)), kPack);
 }
 
 }  // namespace media

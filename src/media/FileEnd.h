@@ -9,4 +9,8 @@ namespace media {
 /// 128 KiB; any input is allowed. Any thread.
 bool endsInsideUnit(const QString& path);
 
+/// Whether the file begins as an MPEG program stream (MPG, VOB), whose video has a constant frame rate. Any
+/// thread.
+bool isProgramStream(const QString& path);
+
 }  // namespace media

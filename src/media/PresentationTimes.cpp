@@ -1,6 +1,7 @@
 #include "media/PresentationTimes.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace media {
 
@@ -11,6 +12,9 @@ constexpr double kHoleInFrames = 6;
 constexpr double kReordered = 0.5;   // seconds
 constexpr double kLongestFrame = 1;  // seconds; a longer distance is not taken for the duration of a frame
 constexpr double kAdaptation = 8;
+constexpr unsigned kSteady = 12;            // So many equal gaps on both sides are a constant duration.
+constexpr double kSteadyTolerance = 0.05;   // of a frame's duration
+constexpr double kLongestSteadyGap = 0.11;  // seconds; still pictures have longer ones
 
 bool isHole(double gap, double frame) {
     return gap > std::max(kShortestHole, kHoleInFrames * frame);
@@ -59,6 +63,7 @@ bool PresentationTimes::pass(double time, Track& track, Budget& budget) {
         return true;
     }
     if (gap <= 0) return gap >= -kReordered;
+    countSkipped(gap, track);
     if (m_typical <= 0) {
         m_typical = m_firstGap = gap;
         return true;
@@ -73,6 +78,23 @@ bool PresentationTimes::pass(double time, Track& track, Budget& budget) {
     if (isHole(gap, m_typical)) addHole(track, budget, {before, time});
     m_typical += (std::min(gap, 2 * m_typical) - m_typical) / kAdaptation;
     return true;
+}
+
+void PresentationTimes::countSkipped(double gap, Track& track) {
+    const double frames = m_steadyGap > 0 ? gap / m_steadyGap : 0;
+    const double whole = std::round(frames);
+    const bool isMultiple = whole >= 1 && std::abs(frames - whole) <= kSteadyTolerance;
+    if (isMultiple && whole == 1) {
+        if (++m_steady < kSteady) return;
+        track.skippedFrames += m_skipped;
+        m_skipped = 0;
+        return;
+    }
+    const bool mayBeSkip = isMultiple && m_skipped == 0 && m_steady >= kSteady &&
+                           m_steadyGap <= kLongestSteadyGap && !isHole(gap, m_steadyGap);
+    m_skipped = mayBeSkip ? static_cast<unsigned>(whole) - 1 : 0;
+    m_steady = 0;
+    if (!mayBeSkip) m_steadyGap = gap;
 }
 
 void PresentationTimes::finish(Track& track, Budget& budget) {

@@ -30,12 +30,16 @@ private:
     static constexpr unsigned kWindow = 32;  // Twice what a codec may reorder.
 
     bool pass(double time, Track& track, Budget& budget);
+    void countSkipped(double gap, Track& track);
 
     std::array<double, kWindow> m_sorted = {};  // The greatest first.
     unsigned m_count = 0;
     double m_declared;
     double m_typical = 0;   // What the distances say of a frame's duration; a declared one may be wrong.
     double m_firstGap = 0;  // Until the second one shows whether it was a hole.
+    double m_steadyGap = 0;
+    unsigned m_steady = 0;   // So many gaps in a row were like it.
+    unsigned m_skipped = 0;  // Pictures, until the gaps that follow show that the duration is constant.
     bool m_findsHoles;
     bool m_any = false;
     bool m_passedAny = false;

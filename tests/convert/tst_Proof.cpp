@@ -168,6 +168,26 @@ private Q_SLOTS:
                  s.evidence.aviPictures = {{0, 2510, 2501, 9}};
              },
              Damaged, true},
+            {"MPG with a step in its constant frame rate",
+             [](Scene& s) {
+                 s.hideSource(), s.evidence.runtimeSeconds = 100;
+                 s.evidence.sourceIsProgramStream = true;
+                 s.output(0).skippedFrames = 2;
+             },
+             Damaged, true},
+            {"MPG with many steps",
+             [](Scene& s) {
+                 s.hideSource(), s.evidence.runtimeSeconds = 100;
+                 s.evidence.sourceIsProgramStream = true;
+                 s.output(0).skippedFrames = 100;
+             },
+             Whole, true},
+            {"other movies may have steps",
+             [](Scene& s) {
+                 s.hideSource(), s.evidence.runtimeSeconds = 101;
+                 s.output(0).skippedFrames = 2;
+             },
+             Whole, true},
             {"no reader, too short", [](Scene& s) { s.hideSource(); }, Damaged, false},
             {"no reader, no running time",
              [](Scene& s) { s.hideSource(), s.evidence.runtimeSeconds.reset(); }, Unknown, true},

@@ -17,6 +17,7 @@ inline QString summary(const media::Reading& reading) {
         if (track.start) text += span(*track.start, track.end.value_or(-1));
         for (const media::Hole& hole : track.holes)
             text += " hole" + span(hole.from, hole.to);
+        if (track.skippedFrames > 0) text += QString(" skipped %1").arg(track.skippedFrames);
         for (const media::Line& line : track.lines)
             text += (line.visible ? " line" : " blank") + span(line.start, line.end());
         parts += text;

@@ -122,7 +122,25 @@ private Q_SLOTS:
         none.chunks = entries("stco", {}, 1);
         const QByteArray start = kType + index(none.track() + kExtension);
         const qint64 behind = start.size();
+        const auto lasting = [](std::initializer_list<qint64> times) {
+            qint64 samples = 0;
+            for (auto count = times.begin(); count < times.end(); count += 2)
+                samples += *count;
+            return changed(
+                [&](Tables& t) {
+                    t.times = entries("stts", times, 2);
+                    t.sizes = box("stsz", words({0, 13, samples}));
+                    t.chunkRuns = entries("stsc", {1, samples, 1}, 3);
+                },
+                kPictures.left(13).repeated(samples));
+        };
         addRows<QByteArray, QByteArray>({
+            {"pictures missing in a constant frame rate", lasting({20, 40, 1, 120, 20, 40, 1, 80, 20, 40}),
+             "62 0.00-2.60 skipped 3"},
+            {"half of a picture's duration more", lasting({20, 40, 1, 60, 20, 40}), "41 0.00-1.66"},
+            {"another frame rate", lasting({20, 20, 20, 40}), "40 0.00-1.20"},
+            {"telecine", lasting({20, 40, 1, 80, 1, 40, 1, 80, 1, 40, 1, 80, 20, 40}), "45 0.00-1.92"},
+            {"still pictures", lasting({20, 200, 1, 400, 20, 200}), "41 0.00-8.40"},
             // Odd, but sound.
             {"plain", whole, "4 0.00-0.16"},
             {"data of 64-bit size",

@@ -16,6 +16,7 @@ namespace {
 constexpr double kPictureTolerance = 0.5;    // seconds
 constexpr double kCopiedTolerance = 0.5;     // seconds
 constexpr double kConvertedTolerance = 1.0;  // seconds; an encoder delays and pads
+constexpr quint64 kFramesPerSkip = 100;       // frames for each that may be missing
 constexpr double kRuntimeTolerance = 1.0;    // seconds; running times are rounded down
 
 using Kind = PlannedTrack::Kind;
@@ -316,7 +317,15 @@ private:
             if (track.plan.kind != Kind::Video || !output) continue;
             for (const media::Hole& hole : output->holes)
                 if (isInSoundToo(hole)) addHole(hole);
+            compareSteps(track.plan, *output);
         }
+    }
+
+    /// Where there are many, the frame rate is not constant after all.
+    void compareSteps(const PlannedTrack& planned, const media::Track& output) {
+        if (!m_evidence.sourceIsProgramStream || planned.action != Action::Copied) return;
+        if (output.skippedFrames > output.frames / kFramesPerSkip) return;
+        compareCounts(planned, output.frames + output.skippedFrames, length(), output);
     }
 
     /// Seconds.

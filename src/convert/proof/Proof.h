@@ -21,6 +21,7 @@ struct Evidence {
     std::optional<std::vector<media::Line>> subtitleFile;
     std::vector<media::AviPictures> aviPictures;  ///< Of an AVI source; else empty.
     bool sourceIsCut = false;                     ///< It ends inside a unit of its container.
+    bool sourceIsProgramStream = false;           ///< MPG, VOB: its pictures all last equally long.
     std::optional<qint32> runtimeSeconds;         ///< As reported by the probe, rounded down.
     QString toolOutput;                           ///< What the tool printed.
 };

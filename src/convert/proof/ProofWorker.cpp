@@ -46,17 +46,20 @@ struct ProofWorker::Work {
             lines = media::readSubtitleFile(request.subtitleFile, stop.get_token());
         std::vector<media::AviPictures> pictures;
         bool isCut = false;
+        bool isProgramStream = false;
         if (source.tracks.empty()) {
             pictures = media::aviPictures(request.source, stop.get_token()).value_or(pictures);
             isCut = media::endsInsideUnit(request.source);
+            isProgramStream = media::isProgramStream(request.source);
         }
         while (const auto asked = nextQuestion()) {
             media::Options fast;
             fast.usesTwoThreads = true;  // The tool has ended; the user waits.
             const media::Reading output = media::read(asked->output, fast, stop.get_token());
             enableOneAudioTrack(asked->output, output);
-            const proof::Result result = proof::compare({asked->plan, source, output, lines, pictures, isCut,
-                                                         request.runtimeSeconds, asked->toolOutput});
+            const proof::Result result =
+                proof::compare({asked->plan, source, output, lines, pictures, isCut, isProgramStream,
+                                request.runtimeSeconds, asked->toolOutput});
             dispatch_async_main([worker, result, token = stop.get_token()] {
                 if (worker && !token.stop_requested()) Q_EMIT worker->proved(result);
             });
