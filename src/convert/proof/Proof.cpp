@@ -16,7 +16,7 @@ namespace {
 constexpr double kPictureTolerance = 0.5;    // seconds
 constexpr double kCopiedTolerance = 0.5;     // seconds
 constexpr double kConvertedTolerance = 1.0;  // seconds; an encoder delays and pads
-constexpr quint64 kFramesPerSkip = 100;       // frames for each that may be missing
+constexpr quint64 kFramesPerSkip = 100;      // frames for each that may be missing
 constexpr double kRuntimeTolerance = 1.0;    // seconds; running times are rounded down
 
 using Kind = PlannedTrack::Kind;
