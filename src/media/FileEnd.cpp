@@ -12,10 +12,9 @@ namespace media {
 
 namespace {
 
-using std::string_view_literals::operator""sv;
-
 constexpr std::size_t kTail = 128 * 1024;
-constexpr std::string_view kPack = "\0\0\1\xBA"sv;
+constexpr std::string_view kPack("\0\0\1\xBA", 4);
+constexpr std::string_view kStartCode("\0\0\1", 3);
 
 /// The end of a file, and how long the whole is.
 struct Tail {
@@ -78,7 +77,7 @@ bool programStreamIsCut(const Tail& tail) {
     while (position < tail.bytes.size()) {
         constexpr std::size_t kStart = 6;
         const Bytes packet = tail.from(position);
-        if (!startsWith(packet, "\0\0\1"sv)) return false;
+        if (!startsWith(packet, kStartCode)) return false;
         if (packet.size() >= 4 && packet[3] == 0xB9) return false;  // the end code
         if (packet.size() < kStart) return true;
         position += kStart + bigEndian(packet.subspan(4, 2));
