@@ -10,7 +10,8 @@
 #include <unistd.h>
 
 FileLock::FileLock(const QString& path)
-    : m_file(::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {}
+    : m_file(::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)),
+      m_error(m_file < 0 ? errno : 0) {}
 
 FileLock::~FileLock() {
     if (m_file >= 0) ::close(m_file);

@@ -8,6 +8,8 @@ class FileLock {
 public:
     explicit FileLock(const QString& path);
     ~FileLock();
+    /// Why the lock file cannot be opened, an errno; 0: it can.
+    int error() const { return m_error; }
     FileLock(const FileLock&) = delete;
     FileLock& operator=(const FileLock&) = delete;
 
@@ -17,4 +19,5 @@ public:
 
 private:
     int m_file = -1;
+    int m_error = 0;
 };

@@ -1,5 +1,7 @@
 #include "support/store/SettingsFile.h"
 
+#include "support/base/FileSteps.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -7,14 +9,20 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
+#include <QRegularExpression>
 #include <QUrl>
 
+#include <cerrno>
 #include <cmath>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace settingsfile {
 
 namespace {
+
+constexpr const char* kUnfinished = ".new";
 
 QJsonValue toJson(const QVariant& value);
 QVariant fromJson(const QJsonValue& value);
@@ -93,6 +101,23 @@ QVariant fromJson(const QJsonValue& value) {
     return fromJsonObject(object);
 }
 
+/// The file itself where the path is a link to it.
+QString targetOf(const QString& path) {
+    const QString target = QFileInfo(path).canonicalFilePath();
+    return target.isEmpty() ? path : target;
+}
+
+/// Writes a new file with the permissions of `old`, if that exists. Returns an errno, 0: on the disk.
+int writeNew(const QString& path, const QByteArray& bytes, const QString& old) {
+    const int file = ::open(QFile::encodeName(path).constData(),
+                            O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0666);
+    if (file < 0) return errno;
+    struct stat before = {};
+    if (::stat(QFile::encodeName(old).constData(), &before) == 0) ::fchmod(file, before.st_mode & 07777U);
+    const int error = filesteps::writeAndSync(file, bytes);
+    return ::close(file) == 0 || error != 0 ? error : errno;
+}
+
 }  // namespace
 
 QByteArray encoded(const QVariantMap& settings) {
@@ -117,13 +142,34 @@ ReadResult read(const QString& path, QVariantMap& settings) {
 }
 
 bool write(const QString& path, const QVariantMap& settings, QString& error) {
-    QDir().mkpath(QFileInfo(path).path());
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(encoded(settings)) < 0 || !file.commit()) {
-        error = file.errorString();
-        return false;
+    const QString target = targetOf(path);
+    const QString unfinished = target + kUnfinished;
+    QDir().mkpath(QFileInfo(target).path());
+    int failure = writeNew(unfinished, encoded(settings), target);
+    if (failure == 0) failure = filesteps::rename(unfinished, target);
+    if (failure == 0) {
+        filesteps::syncFolder(QFileInfo(target).path());
+        return true;
     }
-    return true;
+    filesteps::remove(unfinished);
+    error = qt_error_string(failure);
+    return false;
+}
+
+QStringList unfinishedFiles(const QString& path) {
+    // The second were made by earlier versions. A name without capitals may be a copy of the user's.
+    static const QRegularExpression kEndings("\\.(?:new|(?=.*[A-Z])[A-Za-z]{6})$");
+    const QFileInfo target(targetOf(path));
+    QStringList found;
+    const QStringList names = target.dir().entryList({target.fileName() + ".*"}, QDir::Files | QDir::Hidden);
+    for (const QString& name : names) {
+        if (kEndings
+                .match(name, target.fileName().size(), QRegularExpression::NormalMatch,
+                       QRegularExpression::AnchorAtOffsetMatchOption)
+                .hasMatch())
+            found.append(target.dir().filePath(name));
+    }
+    return found;
 }
 
 }  // namespace settingsfile

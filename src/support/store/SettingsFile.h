@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 #include <QVariantMap>
 
 #include <optional>
@@ -18,8 +19,12 @@ std::optional<QVariantMap> decoded(const QByteArray& bytes);
 enum class ReadResult { Read, Missing, Unreadable, Damaged };
 ReadResult read(const QString& path, QVariantMap& settings);
 
-/// Replaces the file atomically: writes it completely or not at all. Creates missing folders. On failure
-/// returns false with the reason in `error`, and the old file is unchanged.
+/// Replaces the file atomically: writes it completely, onto the disk, or not at all. Creates missing folders.
+/// On failure returns false with the reason in `error`, and the old file is unchanged. The caller holds the
+/// lock of the settings.
 bool write(const QString& path, const QVariantMap& settings, QString& error);
+
+/// What processes that were killed in write() have left beside the file; or one writes at the moment.
+QStringList unfinishedFiles(const QString& path);
 
 }  // namespace settingsfile

@@ -21,9 +21,23 @@ QStringList differingKeys(const QVariantMap& before, const QVariantMap& after) {
     return keys;
 }
 
+QString lockPath(const QString& filePath) {
+    return filePath + ".lock";
+}
+
+void removeUnfinished(const QString& filePath) {
+    if (settingsfile::unfinishedFiles(filePath).isEmpty()) return;
+    FileLock lock(lockPath(filePath));
+    if (!lock.lock(0)) return;  // Another process writes.
+    const QStringList unfinished = settingsfile::unfinishedFiles(filePath);
+    for (const QString& file : unfinished)
+        QFile::remove(file);
+}
+
 }  // namespace
 
 SettingsStore::SettingsStore(QString filePath) : m_filePath(std::move(filePath)) {
+    removeUnfinished(m_filePath);
     switch (settingsfile::read(m_filePath, m_stored)) {
         case settingsfile::ReadResult::Read:
         case settingsfile::ReadResult::Missing:
@@ -122,7 +136,8 @@ bool SettingsStore::write() {
     if (!canWrite()) return false;
 
     QDir().mkpath(QFileInfo(m_filePath).path());
-    FileLock fileLock(m_filePath + ".lock");
+    FileLock fileLock(lockPath(m_filePath));
+    if (fileLock.error() != 0) return cannotSave(qt_error_string(fileLock.error()));
     if (!fileLock.lock(kLockWaitMilliseconds)) {
         m_problem = Texts::tr("The settings can't be saved: '%1' can't be locked.").arg(m_filePath);
         return false;
@@ -152,13 +167,15 @@ bool SettingsStore::write() {
         }
     }
     QString error;
-    if (!settingsfile::write(m_filePath, merged, error)) {
-        m_problem = Texts::tr("The settings can't be saved in '%1': %2").arg(m_filePath, error);
-        return false;
-    }
+    if (!settingsfile::write(m_filePath, merged, error)) return cannotSave(error);
     m_stored = merged;
     m_changed.clear();
     return true;
+}
+
+bool SettingsStore::cannotSave(const QString& reason) {
+    m_problem = Texts::tr("The settings can't be saved in '%1': %2").arg(m_filePath, reason);
+    return false;
 }
 
 bool SettingsStore::hasChanges() const {

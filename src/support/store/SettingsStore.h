@@ -56,6 +56,7 @@ public:
 private:
     void keepAside();
     bool write();
+    bool cannotSave(const QString& reason);
     bool canWrite() const { return !m_unreadable; }
 
     const QString m_filePath;
