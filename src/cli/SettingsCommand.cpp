@@ -1,6 +1,7 @@
 #include "cli/Commands.h"
 #include "cli/ExitStatus.h"
 #include "cli/Output.h"
+#include "convert/RunJournal.h"
 #include "settings/SettingsTable.h"
 #include "support/base/Format.h"
 #include "support/base/Texts.h"
@@ -69,9 +70,10 @@ QString typeName(settings::Type type) {
 }
 
 int change(const QString& key, const QVariant& value) {
+    const QString reported = standardUserDefaults().problem();
     setDefaultObject(key, value);
     if (standardUserDefaults().synchronise()) return exitstatus::kSuccess;
-    output::error(standardUserDefaults().problem());
+    if (const QString problem = standardUserDefaults().problem(); problem != reported) output::error(problem);
     return exitstatus::kFailure;
 }
 
@@ -90,6 +92,7 @@ int set(const settings::Row& setting, const QString& text) {
 int runSettings(const SettingsOptions& options) {
     using enum SettingsOptions::Action;
     settings::registerDefaults();
+    RunJournal::cleanUpAfterCrashes();
     if (const QString problem = standardUserDefaults().problem(); !problem.isEmpty()) output::error(problem);
 
     if (options.action == List) {

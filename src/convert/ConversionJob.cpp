@@ -4,6 +4,7 @@
 #include "convert/ConversionSettings.h"
 #include "convert/MovieProof.h"
 #include "convert/RemedyTable.h"
+#include "convert/RunJournal.h"
 #include "convert/StatusText.h"
 #include "convert/plan/ConversionCommand.h"
 #include "settings/Settings.h"
@@ -47,6 +48,7 @@ ConversionJob::ConversionJob(JobController& controller, MKVFileInfo info, qsizet
     m_request.remedy = [this](const RunEnding& ending, const QString& said) {
         return nextRemedy(ending, said);
     };
+    m_request.deletesSource = [] { return settings::AutoRemove.value(); };
     m_request.makeProof = [this] { return settings::ProveResults.value() ? proofOf(*m_plan) : nullptr; };
 }
 
@@ -93,7 +95,7 @@ void ConversionJob::holdSleepAssertion(bool hold) {
 bool ConversionJob::destinationIsWriteable() const {
     const QString& destination = m_request.destination;
     const bool replaces = m_request.mayReplaceDestination && QFileInfo(destination).isFile();
-    return files::isWriteablePath(replaces ? files::uniqueFile(destination) : destination);
+    return RunJournal::canWrite(replaces ? files::uniqueFile(destination) : destination);
 }
 
 void ConversionJob::start() {
@@ -208,7 +210,8 @@ void ConversionJob::taskFinished() {
     const RunEnding ending = *this->ending();
     // A damaged movie stays where it is seen.
     if (succeeded && !ending.isKnownDamaged() && settings::AutoClean.value()) remove();
-    if (ending.isWhole() && settings::AutoRemove.value()) afterconversion::disposeOfSource(m_fileInfo);
+    if (ending.isWhole() && ending.isDurable && settings::AutoRemove.value())
+        afterconversion::disposeOfSource(m_fileInfo);
     m_controller.startNextJobInQueue();
     afterconversion::countRun();
     m_controller.increaseUsages(true, true);

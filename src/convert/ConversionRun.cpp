@@ -1,14 +1,15 @@
 #include "convert/ConversionRun.h"
 
 #include "convert/Progress.h"
-#include "convert/ReplacedFile.h"
 #include "convert/RunJournal.h"
 #include "settings/Settings.h"
+#include "support/base/FileSteps.h"
 #include "support/base/Files.h"
 #include "support/base/Format.h"
 #include "support/base/Log.h"
 #include "support/base/Texts.h"
 #include "support/base/Volume.h"
+#include "support/processes/Dispatch.h"
 #include "support/reports/QuillonLib.h"
 #include "tool/Tool.h"
 #include "tool/ToolProcess.h"
@@ -16,7 +17,10 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QPointer>
 #include <QUrl>
+
+#include <thread>
 
 namespace {
 
@@ -24,6 +28,11 @@ constexpr int kProgressIntervalMilliseconds = 1000;
 
 double now(const QElapsedTimer& clock) {
     return static_cast<double>(clock.elapsed()) / 1000;
+}
+
+/// The replaced file may be the only whole copy if the new one is not whole.
+bool deletesReplaced(const RunEnding& ending) {
+    return !ending.receipt || ending.isWhole();
 }
 
 }  // namespace
@@ -52,39 +61,38 @@ bool ConversionRun::prepare() {
     } else if (refusal.space = checkFreeSpace(); refusal.space != spacecheck::Verdict::Enough) {
         refusal.kind = RunEnding::Kind::VolumeTooSmall;
     } else {
-        claimDestination();
-        claimFiles();
-        return true;
+        refusal = claimFiles();
+        if (refusal.succeeded()) return true;
+        m_said.note(refusal.trouble);
     }
     m_said.note(runending::marker(refusal.kind));
     m_ending = std::move(refusal);
     return false;
 }
 
-void ConversionRun::claimDestination() {
-    const QString& destination = m_request.destination;
-    if (m_request.mayReplaceDestination) {
-        m_replaced = std::make_unique<ReplacedFile>(destination);
-    } else {
-        m_output = files::claimUniqueFile(destination, [&](const QString& candidate) {
-            return candidate != destination && m_request.destinationIsTaken &&
-                   m_request.destinationIsTaken(candidate);
-        });
+RunEnding ConversionRun::claimFiles() {
+    RunJournal::Wish wish{m_request.destination, m_request.mayReplaceDestination, {}, {}};
+    wish.isTaken = [this](const QString& candidate) {
+        return candidate != m_request.destination && m_request.destinationIsTaken &&
+               m_request.destinationIsTaken(candidate);
+    };
+    wish.progressFile = QuillonLib::shared().docDir() + u'/' + files::fittingFileName(m_request.name, ".log");
+    auto journal = std::make_unique<RunJournal>();
+    const RunJournal::Trouble trouble = journal->claim(wish);
+    if (trouble != RunJournal::Trouble::None) {
+        const bool isPrivate = trouble == RunJournal::Trouble::PrivateData;
+        RunEnding refusal = isPrivate ? RunEnding::of(RunEnding::Kind::PrivateDataUnwritable)
+                                      : runending::unwritten(journal->error());
+        refusal.trouble =
+            makeString("%@: %@", isPrivate ? QuillonLib::shared().suppDir() : m_request.destination,
+                       qt_error_string(journal->error()));
+        return refusal;
     }
+    m_output = journal->output();
+    m_progressFile = std::make_unique<ProgressFile>(journal->progressFile());
+    m_journal = std::move(journal);
     m_hasOutput = true;
-}
-
-void ConversionRun::claimFiles() {
-    const QString name = files::fittingFileName(m_request.name, ".log");
-    m_progressFile =
-        std::make_unique<ProgressFile>(files::claimUniqueFile(QuillonLib::shared().docDir() + u'/' + name));
-    m_journal = std::make_unique<RunJournal>(m_output, m_progressFile->path(),
-                                             m_replaced ? m_replaced->asidePath() : QString());
-    if (m_replaced) {
-        m_replaced->moveAside();
-        files::claimUniqueFile(m_output);
-    }
-    m_journal->noteOutput();
+    return {};
 }
 
 Room ConversionRun::room() const {
@@ -229,33 +237,56 @@ void ConversionRun::end(RunEnding ending) {
         m_said = ToolOutput();
         m_said.note(m_firstFailure->said);
     }
-    m_timer.stop();
-    m_progressFile->remove();
     if (m_proof) m_proof.release()->deleteLater();  // Still emitting: delete later.
+    const bool isOlderDeleted = (m_journal->hasReplaced() && deletesReplaced(ending)) ||
+                                (m_request.deletesSource && m_request.deletesSource());
+    if (ending.succeeded() && isOlderDeleted) {
+        syncOutput(ending);
+    } else {
+        complete(ending, false);
+    }
+}
+
+/// In a thread of its own, as it takes as long as the disk.
+void ConversionRun::syncOutput(const RunEnding& ending) {
+    std::thread([run = QPointer(this), output = m_output, ending] {
+        const int error = filesteps::sync(output);
+        dispatch_async_main([run, ending, error] {
+            if (run) run->outputSynced(ending, error);
+        });
+    }).detach();
+}
+
+void ConversionRun::outputSynced(RunEnding ending, int error) {
+    if (m_ending) return;  // Aborted.
+    if (error != 0) {
+        ending.kind = runending::unwritten(error).kind;
+        ending.trouble = makeString("%@: %@", m_output, qt_error_string(error));
+        m_said.note(ending.trouble);
+    }
+    whenResumed([this, ending] { complete(ending, true); });
+}
+
+void ConversionRun::complete(RunEnding ending, bool isSynced) {
+    m_timer.stop();
     if (ending.succeeded()) {
-        if (m_replaced) endReplacement(ending);
+        using enum RunJournal::Fate;
+        const auto [kept, isDurable] =
+            m_journal->finish(deletesReplaced(ending) ? Deleted : KeptBeside, isSynced);
+        ending.isDurable = isDurable;
+        if (!kept.isEmpty())
+            m_notes.append(Texts::tr("The file that was there before is kept as %1.").arg(kept));
         if (ending.receipt) ending.receipt->notes += m_notes;
     } else {
         note(ending);
         // An incomplete movie is useless, and it occupies space if the disk is full.
-        QFile::remove(m_output);
-        if (m_replaced) m_replaced->restore();
+        m_journal->discard();
     }
     m_hasOutput = false;
     m_progressFile.reset();
-    m_replaced.reset();
     m_journal.reset();
     m_ending = std::move(ending);
     Q_EMIT ended();
-}
-
-/// The replaced file may be the only whole copy if the new one is not whole.
-void ConversionRun::endReplacement(const RunEnding& ending) {
-    if (!ending.receipt || ending.isWhole()) {
-        m_replaced->discard();
-    } else if (const QString kept = m_replaced->keep(); !kept.isEmpty()) {
-        m_notes.append(Texts::tr("The file that was there before is kept as %1.").arg(kept));
-    }
 }
 
 void ConversionRun::note(const RunEnding& ending) {
@@ -297,13 +328,8 @@ void ConversionRun::abort() {
 void ConversionRun::leaveToReaper() {
     if (m_task) m_task->disconnect(this);
     m_hasOutput = false;
-    const auto cleanUp = [output = m_output,
-                          progressFile = std::shared_ptr<ProgressFile>(std::move(m_progressFile)),
-                          replaced = std::shared_ptr<ReplacedFile>(std::move(m_replaced)),
-                          journal = std::shared_ptr<RunJournal>(std::move(m_journal))] {
-        QFile::remove(output);
-        if (replaced) replaced->restore();
-        progressFile->remove();
+    const auto cleanUp = [journal = std::shared_ptr<RunJournal>(std::move(m_journal))] {
+        journal->discard();
     };
     ToolReaper::shared().adopt(std::move(m_task), cleanUp);
 }

@@ -16,7 +16,6 @@
 #include <optional>
 
 class ProgressFile;
-class ReplacedFile;
 class RunJournal;
 class ToolProcess;
 
@@ -50,6 +49,9 @@ struct RunRequest {
     /// Whether another job will write that path; such names are avoided, too. May be null.
     std::function<bool(const QString& path)> destinationIsTaken;
     bool keepsDamaged = false;  ///< See runending::Evidence.
+    /// Whether the source may be deleted after the run, which therefore waits until the output is on the
+    /// disk. Asked at its end. May be null.
+    std::function<bool()> deletesSource;
 
     /// The arguments of the trial run, which writes to `output`; null or an empty list: there is none.
     std::function<QStringList(const QString& output)> trialArguments;
@@ -110,8 +112,8 @@ Q_SIGNALS:
 
 private:
     spacecheck::Verdict checkFreeSpace() const;
-    void claimDestination();
-    void claimFiles();
+    /// Succeeded, or why the tool is not started.
+    RunEnding claimFiles();
     QString trialOutput() const;
     /// The files that the tool may reach.
     Room room() const;
@@ -127,7 +129,9 @@ private:
     /// Runs `step`, or keeps it until resume() if the run is paused.
     void whenResumed(std::function<void()> step);
     void end(RunEnding ending);
-    void endReplacement(const RunEnding& ending);
+    void syncOutput(const RunEnding& ending);
+    void outputSynced(RunEnding ending, int error);
+    void complete(RunEnding ending, bool isSynced);
     void note(const RunEnding& ending);
 
     const RunRequest m_request;
@@ -153,7 +157,6 @@ private:
     std::unique_ptr<ToolProcess> m_task;
     std::unique_ptr<RunProof> m_proof;  ///< Null before the launch, after the end, and if there is none.
     std::unique_ptr<ProgressFile> m_progressFile;
-    std::unique_ptr<ReplacedFile> m_replaced;
     std::unique_ptr<RunJournal> m_journal;
     QTimer m_timer;
     std::optional<RunEnding> m_ending;

@@ -103,6 +103,16 @@ const QList<Rule>& rules() {
     return list;
 }
 
+Explanation privateDataTrouble(const QString& trouble) {
+    return {
+        Texts::tr("Conversion Failed"),
+        Texts::tr(
+            "Movie conversion failed because a note about it can't be saved in the application's private data (%1). Please make sure that there is free space and that you may write there. Nothing was changed.")
+            .arg(trouble),
+        {TryAgain},
+        {}};
+}
+
 Explanation failed(const Known& known) {
     return {Texts::tr("Conversion Failed"), text::localized(known.message), known.actions, {}};
 }
@@ -136,6 +146,7 @@ Explanation subtitleTrouble(const Facts& facts) {
 Explanation explain(const Facts& facts) {
     if (const auto known = endings().constFind(facts.ending.kind); known != endings().cend())
         return failed(*known);
+    if (facts.ending.kind == Kind::PrivateDataUnwritable) return privateDataTrouble(facts.ending.trouble);
     for (const Rule& rule : rules()) {
         const bool fits = std::all_of(rule.words.cbegin(), rule.words.cend(),
                                       [&](const QString& word) { return facts.output.contains(word); });

@@ -42,7 +42,3 @@ std::optional<double> ProgressFile::readNew() {
     m_furthestSeconds = std::max(m_furthestSeconds, *std::max_element(positions.cbegin(), positions.cend()));
     return positions.first();
 }
-
-void ProgressFile::remove() {
-    QFile::remove(m_path);
-}

@@ -21,8 +21,6 @@ public:
     /// The highest position, in seconds, of all calls.
     double furthestSeconds() const { return m_furthestSeconds; }
 
-    void remove();
-
 private:
     QString m_path;
     quint64 m_lastFileSize = 0;

@@ -2,7 +2,11 @@
 
 #include "support/base/Text.h"
 
+#include <QRegularExpression>
 #include <QStringList>
+
+#include <cerrno>
+#include <csignal>
 
 namespace runending {
 
@@ -10,22 +14,52 @@ namespace {
 
 using enum RunEnding::Kind;
 
-constexpr const char* kNoSpace = "No space left on device";
+const QStringList kNoSpace = {"No space left on device", "Disk quota exceeded"};
 
 // Messages of the tool in a run that still exits with status 0.
-const QStringList kUnwritten = {"Error writing trailer of", "Error closing file"};
+const QStringList kUnwritten = {"Error writing trailer", "Error closing file"};
 const QStringList kUnread = {"File ended prematurely", ": partial file", "corrupt input packet",
                              "Input/output error"};
 const QStringList kUndecoded = {"Invalid UTF-8 in decoded subtitles text", "Unable to recode subtitle event"};
 
+// The system's reasons for which it is the volume that fails, not the movie.
+constexpr const char* kVolumeReasons =
+    "(?:Input/output error|File too large|Read-only file system|Stale file handle|No such device|"
+    "Remote I/O error|(?:Connection|Operation) timed out|Host is down|Bad file descriptor|Permission denied|"
+    "Transport endpoint is not connected)";
+
+/// A write that failed for such a reason. The words alone also name faults of the movie.
+bool reportsVolume(const QString& said) {
+    static const QRegularExpression kFailedWrite(
+        QString(
+            "(?:av_interleaved_write_frame\\(\\)|Error submitting a packet to the muxer|Error muxing a packet|"
+            "Error (?:writing trailer|closing file).{0,4096}?): ") +
+        kVolumeReasons);
+    return kFailedWrite.match(said).hasMatch();
+}
+
+/// The progress is a file of our own: its volume says nothing about the movie.
+QString withoutProgressLog(QString said) {
+    static const QRegularExpression kProgressLog(
+        QString("Error closing progress log[^:]*: (?:No space left on device|Disk quota exceeded|") +
+        kVolumeReasons + ')');
+    return said.remove(kProgressLog);
+}
+
+bool exceededFileSize(const ToolExit& exit) {
+    return exit.reason == ToolExit::Reason::Signalled && exit.status == SIGXFSZ;
+}
+
 RunEnding::Kind kindOf(const Evidence& evidence) {
     if (evidence.exit.reason == ToolExit::Reason::NotStarted) return ToolMissing;
-    if (evidence.said.contains(kNoSpace)) return NoSpace;
+    const QString said = withoutProgressLog(evidence.said);
+    if (text::containsAny(said, kNoSpace)) return NoSpace;
+    if (exceededFileSize(evidence.exit) || reportsVolume(said)) return Incomplete;
     if (!evidence.exit.succeeded()) return ToolFailed;
-    if (evidence.outputBytes == 0 || text::containsAny(evidence.said, kUnwritten)) return Incomplete;
+    if (evidence.outputBytes == 0 || text::containsAny(said, kUnwritten)) return Incomplete;
     const bool isShort = !evidence.runtimeSeconds || evidence.convertedSeconds < *evidence.runtimeSeconds;
-    if (isShort && text::containsAny(evidence.said, kUnread)) return SourceTruncated;
-    if (text::containsAny(evidence.said, kUndecoded)) return SubtitlesLost;
+    if (isShort && text::containsAny(said, kUnread)) return SourceTruncated;
+    if (text::containsAny(said, kUndecoded)) return SubtitlesLost;
     return Succeeded;
 }
 
@@ -43,9 +77,14 @@ RunEnding decide(const Evidence& evidence) {
     return ending;
 }
 
+RunEnding unwritten(int error) {
+    return RunEnding::of(error == ENOSPC || error == EDQUOT ? NoSpace : Incomplete);
+}
+
 bool isDecisive(QStringView line) {
-    return line.contains(QLatin1StringView(kNoSpace)) || text::containsAny(line, kUnwritten) ||
-           text::containsAny(line, kUnread) || text::containsAny(line, kUndecoded);
+    return text::containsAny(line, kNoSpace) || reportsVolume(line.toString()) ||
+           text::containsAny(line, kUnwritten) || text::containsAny(line, kUnread) ||
+           text::containsAny(line, kUndecoded);
 }
 
 QLatin1StringView marker(RunEnding::Kind kind) {
@@ -54,6 +93,8 @@ QLatin1StringView marker(RunEnding::Kind kind) {
             return QLatin1StringView("USER_REMOVED");
         case VolumeTooSmall:
             return QLatin1StringView("FREE_SPACE");
+        case PrivateDataUnwritable:
+            return QLatin1StringView("PRIVATE_DATA");
         case ToolMissing:
             return QLatin1StringView("TOOL_MISSING");
         case Incomplete:

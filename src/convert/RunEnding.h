@@ -16,12 +16,13 @@ struct RunEnding {
         Succeeded,
         // Before the tool is started.
         SourceGone,
-        VolumeTooSmall,  ///< The volume cannot store a file of the source's size; see `space`.
+        VolumeTooSmall,         ///< The volume cannot store a file of the source's size; see `space`.
+        PrivateDataUnwritable,  ///< The note of the run's files could not be written; see `trouble`.
         // Afterwards.
         ToolMissing,      ///< The tool could not be started; see exit.startError.
         ToolFailed,       ///< For another reason, which only its output may show.
         NoSpace,          ///< The volume was full.
-        Incomplete,       ///< The output was not written to its end.
+        Incomplete,       ///< The output was not written to its end: trouble of its volume.
         SourceTruncated,  ///< The source could not be read to its end.
         SubtitlesLost,    ///< Subtitles could not be decoded.
         MuchLost,         ///< The proof found that much of the movie is missing in the output.
@@ -35,6 +36,9 @@ struct RunEnding {
     double convertedSeconds = 0;  ///< The length of the output, as far as the tool reported it.
     /// Succeeded although the source is truncated, because the user wants to keep what is left.
     bool isDamaged = false;
+    /// The output and the note of it are on the disk: older files may be deleted.
+    bool isDurable = false;
+    QString trouble;  ///< What could not be written, and the system's reason; empty: the tool reported it.
     std::optional<Receipt> receipt;  ///< Empty: no proof was made.
     proof::Signs signs;              ///< Found by the proof.
 
@@ -45,7 +49,10 @@ struct RunEnding {
     }
     bool succeeded() const { return kind == Kind::Succeeded; }
     /// Whether the tool was to be started.
-    bool wasAttempted() const { return kind != Kind::SourceGone && kind != Kind::VolumeTooSmall; }
+    bool wasAttempted() const {
+        return kind != Kind::SourceGone && kind != Kind::VolumeTooSmall &&
+               kind != Kind::PrivateDataUnwritable;
+    }
     /// Whether the output was closed properly, so that it can be proven.
     bool isProvable() const { return succeeded() || kind == Kind::SourceTruncated; }
     /// Whether something may be deleted because its successor is there.
@@ -68,6 +75,9 @@ struct Evidence {
 /// The tool also exits with status 0 when it could not read its source to the end or could not write its
 /// output completely. A source that lacks only the index at its end counts as complete.
 RunEnding decide(const Evidence& evidence);
+
+/// The ending of an output that could not be written for the system's reason `error`, an errno.
+RunEnding unwritten(int error);
 
 /// Whether decide() searches for a text that the line contains.
 bool isDecisive(QStringView line);

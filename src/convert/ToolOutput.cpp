@@ -36,7 +36,9 @@ void ToolOutput::note(const QString& text) {
 
 void ToolOutput::addLine(QStringView line) {
     const bool isStatistics = line.contains(u"frame=") && line.contains(u"bitrate=");
-    if (!isStatistics) keep(line);
+    // A file of our own, of which nothing depends on the movie.
+    const bool isProgressLog = line.startsWith(u"Error closing progress log");
+    if (!isStatistics && !isProgressLog) keep(line);
 }
 
 void ToolOutput::keep(QStringView line) {

@@ -300,24 +300,41 @@ private Q_SLOTS:
     }
 
     void aCrashIsCleanedUpAfter_data() {
-        addRows<bool, int, bool>(  // still runs, changed so many seconds after the crash, deleted
-            {{"half-written output", false, 0, true},
-             {"a run of another instance", true, 0, false},
-             {"a file that somebody wrote since", false, 60, false},
-             {"a file that somebody moved there", false, -60, false}});
+        using Change = void (*)(const Stage&);
+        const Change nothing = [](const Stage&) {};
+        // still runs, what happens then, the output and what is beside it after the next start
+        addRows<bool, Change, QByteArray, QByteArray>(
+            {{"half-written output", false, nothing, "old", ""},
+             {"a run of another instance", true, nothing, "half a mov", ""},
+             {"another clock", false,
+              [](const Stage& stage) {
+                  QFile file(stage.output);
+                  QVERIFY(file.open(QIODevice::ReadWrite));
+                  file.setFileTime(QDateTime::currentDateTime().addSecs(60),
+                                   QFileDevice::FileModificationTime);
+              },
+              "old", ""},
+             {"a file that somebody moved there", false,
+              [](const Stage& stage) {
+                  stage.home.write("new", "mine");
+                  QVERIFY(QFile::remove(stage.output) && QFile::rename(stage.home.path("new"), stage.output));
+              },
+              "mine", "old"},
+             {"an output that somebody deleted", false,
+              [](const Stage& stage) { QVERIFY(QFile::remove(stage.output)); }, "old", ""}});
     }
     void aCrashIsCleanedUpAfter() {
-        const auto [stillRuns, changedLater, deleted] = row<bool, int, bool>();
+        const auto [stillRuns, happens, left, beside] =
+            row<bool, void (*)(const Stage&), QByteArray, QByteArray>();
         Stage stage;
-        const QString progress = QuillonLib::shared().docDir() + "/movie.mkv.log";
+        stage.home.write("movie.mp4", "old");
         int pipe[2];
         QCOMPARE(::pipe(pipe), 0);
         const pid_t instance = ::fork();
         if (instance == 0) {
-            RunJournal journal(stage.output, progress, stage.home.write(".movie.mp4.replaced", "old"));
+            RunJournal journal;
+            journal.claim({stage.output, true, {}, QuillonLib::shared().docDir() + "/movie.mkv.log"});
             stage.home.write("movie.mp4", "half a mov");
-            journal.noteOutput();
-            QFile(progress).open(QIODevice::WriteOnly);
             ::write(pipe[1], "x", 1);
             ::pause();
         }
@@ -327,18 +344,13 @@ private Q_SLOTS:
             ::kill(instance, SIGKILL);
             ::waitpid(instance, nullptr, 0);
         }
-        if (changedLater < 0) {
-            QFile::rename(stage.home.write("other", "half a mov"), stage.home.path("new"));
-            QVERIFY(QFile::remove(stage.output) && QFile::rename(stage.home.path("new"), stage.output));
+        happens(stage);
+        for (int starts = 0; starts < 2; ++starts) {
+            RunJournal::cleanUpAfterCrashes();
+            QCOMPARE(files::contents(stage.output).value(), left);
+            QCOMPARE(files::contents(stage.home.path("movie-0.mp4")).value_or(""), beside);
+            QCOMPARE(stage.progressFiles().isEmpty(), !stillRuns);
         }
-        QFile output(stage.output);
-        QVERIFY(output.open(QIODevice::ReadWrite));
-        output.setFileTime(QDateTime::currentDateTime().addSecs(changedLater),
-                           QFileDevice::FileModificationTime);
-        RunJournal::cleanUpAfterCrashes();
-        QCOMPARE(files::contents(stage.output).value(), QByteArray(deleted ? "old" : "half a mov"));
-        QCOMPARE(QFile::exists(progress), stillRuns);
-        RunJournal::cleanUpAfterCrashes();  // Once is enough.
         if (!stillRuns) return;
         ::kill(instance, SIGKILL);
         ::waitpid(instance, nullptr, 0);
@@ -361,7 +373,7 @@ private Q_SLOTS:
         QVERIFY(stage.home.desktop.notifications.isEmpty());
         stage.proof->ending.kind = kind;
         Q_EMIT stage.proof->finished(stage.proof->ending);
-        QCOMPARE(stage.job->state(), kept ? JobState::Finished : JobState::Failed);
+        QTRY_COMPARE(stage.job->state(), kept ? JobState::Finished : JobState::Failed);
         QCOMPARE(files::contents(stage.output).value(), QByteArray(kept ? "movie\n" : "somebody's"));
         QCOMPARE(stage.home.desktop.notifications.size(), 1);
         QCOMPARE(stage.controller.calls, (QStringList{"unpause", "next", "count"}));

@@ -46,6 +46,8 @@ private Q_SLOTS:
               "", unknown, support},
              {"no tool", Kind::ToolMissing, "TOOL_MISSING", "me", "the conversion tool could not be started",
               again},
+             {"no note", Kind::PrivateDataUnwritable, "", "me",
+              "in the application's private data (/data: full)", again},
              {"interrupted", Kind::Interrupted, "", "me", "The conversion was interrupted.", again},
              {"embedded subtitles", Kind::ToolFailed, "?", "m", embedded,
               "withoutEmbeddedSubtitles showPreference"},
@@ -57,8 +59,10 @@ private Q_SLOTS:
     void explanations() {
         const auto [kind, output, subtitles, words, actions] =
             row<Kind, QString, QString, QString, QString>();
+        RunEnding ending = RunEnding::of(kind);
+        ending.trouble = "/data: full";
         const auto told = failure::explain(
-            {RunEnding::of(kind), output, {"-i", "a"}, subtitles.contains(u'm'), subtitles.contains(u'e')});
+            {ending, output, {"-i", "a"}, subtitles.contains(u'm'), subtitles.contains(u'e')});
         QVERIFY2(told.message.contains(words), qPrintable(told.message));
         QCOMPARE(told.title, words.startsWith("A problem") ? "Information" : "Conversion Failed");
         QStringList offered;
@@ -89,6 +93,15 @@ private Q_SLOTS:
              {"full", 0, "Error closing file x.mp4: No space left on device", 10.0, 10, Kind::NoSpace},
              {"full and failed", 1, "No space left on device", 4.0, 10, Kind::NoSpace},
              {"trailer", 0, "Error writing trailer of x.mp4: Stale file handle", 10.0, 10, Kind::Incomplete},
+             {"volume", 1, "av_interleaved_write_frame(): Input/output error", 4.0, 10, Kind::Incomplete},
+             {"newer words", 1, "Error muxing a packetError writing trailer: File too large", 4.0, 10,
+              Kind::Incomplete},
+             {"fault of the movie", 1, "av_interleaved_write_frame(): Invalid argument", 4.0, 10,
+              Kind::ToolFailed},
+             {"quota", 1, "Error closing file x: Disk quota exceeded", 4.0, 10, Kind::NoSpace},
+             {"progress log", 0,
+              "Error closing progress log, loss of information possible: No space left on device", 10.0, 10,
+              Kind::Succeeded},
              {"bytes", 0, "Invalid UTF-8 in decoded subtitles text; maybe missing -sub_charenc", 10.0, 10,
               Kind::SubtitlesLost},
              {"encoding", 0, "Unable to recode subtitle event \"?\" from UTF-8", 10.0, 10,

@@ -2,6 +2,7 @@
 
 #include "app/destinations/OutputName.h"
 #include "app/intake/FileIntake.h"
+#include "convert/RunJournal.h"
 #include "settings/Keys.h"
 #include "settings/Settings.h"
 #include "support/alerts/Alert.h"
@@ -198,7 +199,7 @@ bool JobQueue::changeFolder(ConversionJob& job, const QString& folder) {
     const QString name = QFileInfo(job.queuedDestination()).fileName();
     releaseDestination(job.queuedDestination());
     const QString path = uniqueDestination(folder + u'/' + name);
-    const bool isWriteable = files::isWriteablePath(path);
+    const bool isWriteable = RunJournal::canWrite(path);
     if (isWriteable) job.setDestination(path);
     ++m_destinations[job.queuedDestination()];
     return isWriteable;

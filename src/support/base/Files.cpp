@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace files {
@@ -117,12 +118,20 @@ QString withFolderMoved(const QString& path, const QString& folder, const QStrin
     return moved.isEmpty() ? QStringLiteral("/") : moved;
 }
 
-bool isWriteablePath(const QString& path) {
-    const int file = createNew(path);
-    if (file < 0) return false;
+std::optional<bool> isWriteablePath(const QString& path) {
+    struct stat existing = {};
+    if (::lstat(QFile::encodeName(path).constData(), &existing) == 0 || errno != ENOENT) return false;
+    const QString folder = QFileInfo(path).path();
+    if (!QFileInfo(folder).isDir()) return false;
+    // A file without a name, of which nothing is left when the process is killed.
+    const int file = ::open(QFile::encodeName(folder).constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+    if (file < 0) {
+        const bool isUnsupported =
+            errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL || errno == ENOENT;
+        return isUnsupported ? std::nullopt : std::optional(false);
+    }
     const bool written = ::write(file, "TEST", 4) == 4;
     ::close(file);
-    QFile::remove(path);
     return written;
 }
 

@@ -43,8 +43,8 @@ bool isAtOrBelow(const QString& path, const QString& folder);
 QString withFolderMoved(const QString& path, const QString& folder, const QString& newFolder);
 
 /// Whether a new file can be created at `path`. Returns false for an existing file, so that finished outputs
-/// are never overwritten. Leaves no file behind.
-bool isWriteablePath(const QString& path);
+/// are never overwritten. Null: the file system shows it only with a file of that name.
+std::optional<bool> isWriteablePath(const QString& path);
 
 /// Creates an empty file, or a folder, in the temporary folder, readable by the user only. Returns its path,
 /// or an empty one on failure. The caller deletes it.

@@ -1,6 +1,7 @@
 #include "support/base/Volume.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QStorageInfo>
 
 #include <linux/magic.h>
@@ -24,6 +25,13 @@ std::optional<quint64> maximumFileSizeOfType(long magic) {
     constexpr quint64 kFat = 0xFFFFFFFF;  // The directory entry has 32 bits for the size.
     if (magic == MSDOS_SUPER_MAGIC) return kFat;
     return std::nullopt;
+}
+
+QString mountPoint(const QString& folder) {
+    QString existing = folder;
+    while (!QFileInfo::exists(existing) && existing.contains(u'/') && existing != u"/")
+        existing = QFileInfo(existing).path();
+    return QStorageInfo(existing).rootPath();
 }
 
 }  // namespace volume

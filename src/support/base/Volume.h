@@ -16,4 +16,7 @@ std::optional<quint64> maximumFileSize(const QString& folder);
 /// The same by the file system's magic number from statfs(2).
 std::optional<quint64> maximumFileSizeOfType(long magic);
 
+/// Where the volume of a folder is mounted; of the nearest existing one above a folder that does not exist.
+QString mountPoint(const QString& folder);
+
 }  // namespace volume

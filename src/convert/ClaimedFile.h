@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+
+/// Empty files that a run creates under names that were free, and how they are recognised after a crash: by
+/// a mark, an extended attribute with the run's id, which stays when the file is truncated and written. Where
+/// there are no attributes, by the time of birth or the inode. Any thread. Errors are errno values.
+namespace claimedfile {
+
+/// How a file without a mark is recognised; empty: by its mark.
+using Identity = QString;
+
+struct Claim {
+    QString path;
+    QString temporary;  ///< In the same folder; the file has this name until it is marked.
+    QString id;         ///< Of the run.
+};
+
+/// Creates the file. EEXIST: the name is taken. `noteIdentity` is called for a file that cannot be marked,
+/// before it gets its name; it returns false if the file is not to be claimed, which is ECANCELED.
+int claim(const Claim& claim, const std::function<bool(const Identity&)>& noteIdentity);
+
+/// Whether the file at `path` is the one that was claimed.
+bool isOurs(const QString& path, const QString& id, const Identity& identity);
+
+/// Removes the mark: the file belongs to the user now.
+void release(const QString& path);
+
+}  // namespace claimedfile
