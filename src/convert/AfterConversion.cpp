@@ -1,5 +1,6 @@
 #include "convert/AfterConversion.h"
 
+#include "convert/RunJournal.h"
 #include "probe/MKVFileInfo.h"
 #include "settings/Keys.h"
 #include "settings/Settings.h"
@@ -21,7 +22,8 @@ void countRun() {
 void disposeOfSource(const MKVFileInfo& info) {
     const QString source = info.fileURL.toLocalFile();
     const bool deletes = settings::AutoRemoveType.value() == SourceRemoval::Delete;
-    const bool gone = deletes ? QFile::remove(source) : sharedDesktop().moveToTrash(source);
+    const auto toTrash = [&] { return sharedDesktop().moveToTrash(source); };
+    const bool gone = deletes ? QFile::remove(source) : RunJournal::moveToTrash(source, toTrash);
     if (!gone) logError("Error: could not remove the source file %@", source);
 }
 

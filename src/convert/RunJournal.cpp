@@ -1,6 +1,7 @@
 #include "convert/RunJournal.h"
 
 #include "convert/ClaimedFile.h"
+#include "convert/TrashRepair.h"
 #include "media/Reading.h"
 #include "support/base/ApplicationInfo.h"
 #include "support/base/FileSteps.h"
@@ -100,13 +101,14 @@ RunJournal::Facts RunJournal::Facts::decoded(const QByteArray& note) {
 }
 
 QString RunJournal::notePath(const QString& id, State state) {
-    static constexpr std::array kEndings = {".json", ".finished.json", ".keeping.json"};
+    static constexpr std::array kEndings = {".json", ".finished.json", ".keeping.json", ".trash.json"};
     return folder() + u'/' + id + kEndings[static_cast<size_t>(state)];
 }
 
 RunJournal::State RunJournal::stateOf(const QString& note) {
     if (note.endsWith(QLatin1StringView(".finished.json"))) return State::Finished;
-    return note.endsWith(QLatin1StringView(".keeping.json")) ? State::Keeping : State::Writing;
+    if (note.endsWith(QLatin1StringView(".keeping.json"))) return State::Keeping;
+    return note.endsWith(QLatin1StringView(".trash.json")) ? State::Trashing : State::Writing;
 }
 
 RunJournal::RunJournal() {
@@ -270,6 +272,7 @@ bool RunJournal::settleNote(const QString& path, int note) {
         return false;
     }
     State state = stateOf(path);
+    if (state == State::Trashing) return trashrepair::complete(facts.output);
     const bool isOurs = claimedfile::isOurs(facts.output, facts.id, facts.outputIdentity);
     if (state == State::Writing && isOurs) {
         if (isSomebodysMovie(facts.output, QFileInfo(path).lastModified())) {
@@ -299,6 +302,17 @@ void RunJournal::cleanUpAfterCrashes() {
         }
         ::close(note);
     }
+}
+
+bool RunJournal::moveToTrash(const QString& source, const std::function<bool()>& move) {
+    RunJournal journal;
+    journal.m_state = State::Trashing;
+    journal.m_facts.output = source;
+    journal.m_facts.volume = volume::mountPoint(QFileInfo(source).path());
+    if (journal.save() != 0) return false;
+    const bool isMoved = move();
+    filesteps::remove(notePath(journal.m_facts.id, State::Trashing));
+    return isMoved;
 }
 
 bool RunJournal::canWrite(const QString& path) {

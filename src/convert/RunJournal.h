@@ -51,6 +51,10 @@ public:
     /// Deletes the output and moves the replaced file back.
     void discard();
 
+    /// Runs `move`, which moves the source to the trash, under a note of its own. Returns false without
+    /// running it if that cannot be written, else the result.
+    static bool moveToTrash(const QString& source, const std::function<bool()>& move);
+
     /// Ends the runs whose process is gone. Runs of living instances are not touched; the note of a run whose
     /// volume is away is kept.
     static void cleanUpAfterCrashes();
@@ -61,7 +65,7 @@ public:
 
 private:
     /// What the note's name says; a rename needs no space on a full disk.
-    enum class State { Writing, Finished, Keeping };
+    enum class State { Writing, Finished, Keeping, Trashing };
 
     struct Facts {
         QString id;
