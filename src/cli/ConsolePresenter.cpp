@@ -15,8 +15,8 @@ void ConsolePresenter::presentNonModal(const NonModalAlert& alert) {
 void ConsolePresenter::write(const Message& message) {
     if (writesToStandardError) {
         if (beforeWriting) beforeWriting();
-        output::error(message.title.isEmpty() ? message.message
-                                              : makeString("%@: %@", message.title, message.message));
+        const QString text = output::about(subject, message.message);
+        output::error(message.title.isEmpty() ? text : makeString("%@: %@", message.title, text));
     }
     if (onMessage) onMessage(message);
 }

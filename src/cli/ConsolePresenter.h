@@ -22,6 +22,8 @@ public:
     std::function<void(const Message&)> onMessage;
     /// Called before a message is written to standard error. May be null.
     std::function<void()> beforeWriting;
+    /// The path of the file that messages are about; may be empty.
+    QString subject;
     /// Whether messages are written to standard error.
     bool writesToStandardError = true;
 

@@ -32,7 +32,7 @@ ConvertCommand::ConvertCommand(const ConvertOptions& options, ConsolePresenter& 
     // Runs are counted as in the window, but there is no user to be asked for a rating.
     m_queue.setUsageCounter([this](bool increase, bool) { increaseUsages(m_usages, increase, false); });
     connect(&m_intake, &FileIntake::scanningEnded, this, [this](const QString& path) {
-        m_subject = path;
+        setSubject(path);
         m_messages.clear();
         m_collects = true;
     });
@@ -81,6 +81,11 @@ void ConvertCommand::add(const QString& path) {
 void ConvertCommand::addNextMovie() {
     if (m_pendingMovies.isEmpty() || m_intake.isScanning() || m_intake.fileInfo()) return;
     m_intake.openFiles({m_pendingMovies.takeFirst()});
+}
+
+void ConvertCommand::setSubject(const QString& file) {
+    m_subject = file;
+    m_presenter.subject = file;
 }
 
 void ConvertCommand::onMessage(const ConsolePresenter::Message& message) {
@@ -174,11 +179,11 @@ void ConvertCommand::watch(ConversionJob* job) {
     ++m_running;
     m_report->queued(*job);
     connect(job, &ConversionJob::starting, this,
-            [this, job] { m_subject = job->fileInfo().fileURL.toLocalFile(); });
+            [this, job] { setSubject(job->fileInfo().fileURL.toLocalFile()); });
     connect(job, &ConversionJob::launched, this, [this, job] { m_report->started(*job); });
     connect(job, &ConversionJob::progressed, this, [this, job] { m_report->progress(*job); });
     connect(job, &ConversionJob::stateChanged, this,
-            [this, job] { m_subject = job->fileInfo().fileURL.toLocalFile(); });
+            [this, job] { setSubject(job->fileInfo().fileURL.toLocalFile()); });
     connect(job, &ConversionJob::ended, this, [this, job] { onEnded(job); });
 }
 

@@ -34,6 +34,7 @@ public:
     int damaged() const { return m_damaged; }
 
 private:
+    void setSubject(const QString& file);
     void onMessage(const ConsolePresenter::Message& message);
     void onFileAccepted();
     void onFileRejected(const QString& path);

@@ -16,6 +16,7 @@ ProbedMovie probeMovie(const QString& path, bool asJson, Run& run) {
     MKVFileInfo::Probe probe = MKVFileInfo::probe(QUrl::fromLocalFile(path));
     if (Interruption::signal() != 0) return movie;
     movie.record = std::move(probe.record);
+    run.presenter().subject = path;
     run.presenter().onMessage = [&](const ConsolePresenter::Message& message) {
         movie.messages.push_back(message);
     };
@@ -32,11 +33,11 @@ ProbedMovie probeMovie(const QString& path, bool asJson, Run& run) {
 }
 
 ProbedMovie refusedMovie(const QString& path, const QString& reason) {
-    output::error(reason);
+    output::error(output::about(path, reason));
     return {path, {}, {}, {{{}, ApplicationInfo::name(), reason}}};
 }
 
-void printMessages(const json::Messages& messages) {
-    for (const auto& message : messages)
-        output::line(makeString("  %@: %@", message.title, message.message));
+void printMessages(const ProbedMovie& movie) {
+    for (const auto& message : movie.messages)
+        output::line(makeString("  %@: %@", message.title, output::about(movie.file, message.message)));
 }

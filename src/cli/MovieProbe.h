@@ -24,4 +24,4 @@ ProbedMovie probeMovie(const QString& path, bool asJson, Run& run);
 ProbedMovie refusedMovie(const QString& path, const QString& reason);
 
 /// The warnings of a movie, as lines of its description.
-void printMessages(const json::Messages& messages);
+void printMessages(const ProbedMovie& movie);

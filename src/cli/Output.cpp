@@ -1,5 +1,6 @@
 #include "cli/Output.h"
 
+#include <QFileInfo>
 #include <QJsonDocument>
 
 #include <cstdio>
@@ -15,10 +16,48 @@ void write(std::FILE* stream, const QByteArray& bytes) {
     std::fflush(stream);
 }
 
+/// Also what separates lines elsewhere or reverses the direction of the text.
+bool controls(QChar c) {
+    const ushort code = c.unicode();
+    const bool isDirection = (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+    return c.category() == QChar::Other_Control || code == 0x2028 || code == 0x2029 || isDirection;
+}
+
+QString escaped(QChar c) {
+    if (c == u'\n') return QStringLiteral("\\n");
+    if (c == u'\r') return QStringLiteral("\\r");
+    if (c == u'\t') return QStringLiteral("\\t");
+    const int digits = c.unicode() < 0x80 ? 2 : 4;
+    return QString(digits == 2 ? "\\x%1" : "\\u%1").arg(c.unicode(), digits, 16, QChar(u'0'));
+}
+
+QString escapedBut(const QString& text, QStringView kept) {
+    QString result;
+    for (const QChar c : text)
+        result += controls(c) && !kept.contains(c) ? escaped(c) : QString(c);
+    return result;
+}
+
+QByteArray lineOf(const QString& text) {
+    return escapedBut(text, u"\n\t").toUtf8() + '\n';
+}
+
 }  // namespace
 
+QString shown(const QString& name) {
+    return escapedBut(name, {});
+}
+
+QString about(const QString& path, QString message) {
+    const QFileInfo file(path);
+    for (const QString& name : {file.path(), file.completeBaseName()}) {
+        if (const QString escapedName = shown(name); escapedName != name) message.replace(name, escapedName);
+    }
+    return message;
+}
+
 void line(const QString& text) {
-    write(stdout, text.toUtf8() + '\n');
+    write(stdout, lineOf(text));
 }
 
 void raw(const QString& text) {
@@ -30,7 +69,7 @@ void json(const QJsonObject& object) {
 }
 
 void error(const QString& text) {
-    write(stderr, text.toUtf8() + '\n');
+    write(stderr, lineOf(text));
 }
 
 bool isTerminal() {

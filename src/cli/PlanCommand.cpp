@@ -29,10 +29,10 @@ void print(const ProbedMovie& movie, qsizetype audioTrackIndex, bool asJson) {
         output::json(json::planned(movie.file, plan, argumentsOf(plan, *movie.record), movie.messages));
         return;
     }
-    output::line(movie.record->fileName);
+    output::line(output::shown(movie.record->fileName));
     for (const QString& line : plantext::lines(plan))
         output::line("  " + line);
-    printMessages(movie.messages);
+    printMessages(movie);
 }
 
 }  // namespace

@@ -15,20 +15,20 @@ QString joined(const QList<int>& numbers) {
     return texts.join(", ");
 }
 
-void printText(const MKVFileInfo& record, std::optional<qsizetype> bestTrack,
-               const json::Messages& messages) {
-    output::line(record.fileName);
+void printText(const ProbedMovie& movie) {
+    const MKVFileInfo& record = *movie.record;
+    output::line(output::shown(record.fileName));
     output::line("  " + record.informationString);
     const auto& tracks = record.audioTrackInformation;
     if (tracks.isEmpty()) output::line("  " + Texts::tr("Audio: none"));
     for (qsizetype i = 0; i < tracks.size(); ++i) {
         output::line("  " + Texts::tr("Audio %1: %2").arg(QString::number(i), tracks[i].text) +
-                     (bestTrack == i ? "  " + Texts::tr("(preselected)") : QString()));
+                     (movie.bestTrack == i ? "  " + Texts::tr("(preselected)") : QString()));
     }
     const auto& subtitles = record.subtitleTrackIDs;
     output::line("  " + (subtitles.isEmpty() ? Texts::tr("Subtitles: none")
                                              : Texts::tr("Subtitles: %1").arg(joined(subtitles))));
-    printMessages(messages);
+    printMessages(movie);
 }
 
 }  // namespace
@@ -44,7 +44,7 @@ int runProbe(const ProbeOptions& options, const CommandLine& line) {
         if (options.json) {
             output::json(json::probed(movie.file, movie.record, movie.bestTrack, movie.messages));
         } else if (movie.record) {
-            printText(*movie.record, movie.bestTrack, movie.messages);
+            printText(movie);
         }
     }
     return status;

@@ -36,14 +36,6 @@ QString bar(double percent) {
     return u'[' + QString(filled, u'#') + QString(kBarWidth - filled, u'.') + u']';
 }
 
-/// Replaces line breaks in names, which would break the layout.
-QString printable(QString name) {
-    for (QChar& c : name) {
-        if (!c.isPrint() && !c.isSurrogate()) c = u'?';
-    }
-    return name;
-}
-
 }  // namespace
 
 QString progressLine(const ProgressLines::Line& line, int columns) {
@@ -51,7 +43,7 @@ QString progressLine(const ProgressLines::Line& line, int columns) {
     const QString figures =
         makeString(" %@ %@  ", bar(line.percent), percent) + Texts::tr("ETA %1").arg(line.remaining);
     const int nameColumns = std::max(8, columns - 1 - columnsOf(figures));
-    return elidedInTheMiddle(printable(line.name), nameColumns) + figures;
+    return elidedInTheMiddle(line.name, nameColumns) + figures;
 }
 
 void ProgressLines::draw(const QList<Line>& lines) {

@@ -8,7 +8,7 @@
 class ProgressLines {
 public:
     struct Line {
-        QString name;
+        QString name;  ///< As output::shown() gives it.
         double percent = 0;
         QString remaining;  ///< "3m 20s"
     };

@@ -15,11 +15,13 @@ namespace {
 
 QString receiptOf(const ConversionJob& job) {
     const auto receipt = job.receipt();
-    return receipt ? Texts::tr(". %1").arg(receipttext::sentence(*receipt)) : QString();
+    return receipt ? Texts::tr(". %1").arg(output::about(job.fileInfo().destinationURL.toLocalFile(),
+                                                         receipttext::sentence(*receipt)))
+                   : QString();
 }
 
 QString nameOf(const ConversionJob& job) {
-    return job.fileInfo().fileName;
+    return output::shown(job.fileInfo().fileName);
 }
 
 /// The options of the command that do the same as the actions; empty: there are none.
@@ -73,7 +75,7 @@ public:
     void finished(const ConversionJob& job) override {
         m_running.removeOne(&job);
         say(Texts::tr("Finished %1 -> %2 (%3)")
-                .arg(nameOf(job), job.fileInfo().destinationURL.toLocalFile(),
+                .arg(nameOf(job), output::shown(job.fileInfo().destinationURL.toLocalFile()),
                      text::formattedTimeFromTimeInterval(conversionSeconds(job))) +
             receiptOf(job));
     }
@@ -81,16 +83,17 @@ public:
     void failed(const ConversionJob& job, const failure::Explanation& explanation) override {
         m_running.removeOne(&job);
         const QString options = optionsFor(explanation.actions);
-        sayError(options.isEmpty()
-                     ? Texts::tr("Failed %1: %2").arg(nameOf(job), explanation.message)
-                     : Texts::tr("Failed %1: %2 [try %3]").arg(nameOf(job), explanation.message, options));
+        const QString why = output::about(job.fileInfo().fileURL.toLocalFile(), explanation.message);
+        sayError(options.isEmpty() ? Texts::tr("Failed %1: %2").arg(nameOf(job), why)
+                                   : Texts::tr("Failed %1: %2 [try %3]").arg(nameOf(job), why, options));
     }
 
     void refused(const QString& file, const QString& message, bool wasShown) override {
         if (!wasShown) {
-            sayError(Texts::tr("Refused %1: %2").arg(file, message));
+            sayError(Texts::tr("Refused %1: %2").arg(output::shown(file), output::about(file, message)));
         } else if (!message.contains(QFileInfo(file).fileName())) {
-            sayError(Texts::tr("Refused %1").arg(file));  // The message does not name the movie.
+            sayError(
+                Texts::tr("Refused %1").arg(output::shown(file)));  // The message does not name the movie.
         }
     }
 

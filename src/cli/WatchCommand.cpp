@@ -15,8 +15,8 @@ namespace {
 
 QString whyNotWatchable(const QString& folder) {
     const QFileInfo info(folder);
-    if (!info.exists()) return Texts::tr("there is no folder '%1'").arg(folder);
-    if (!info.isDir()) return Texts::tr("'%1' is not a folder").arg(folder);
+    if (!info.exists()) return Texts::tr("there is no folder '%1'").arg(output::shown(folder));
+    if (!info.isDir()) return Texts::tr("'%1' is not a folder").arg(output::shown(folder));
     return {};
 }
 
@@ -55,7 +55,7 @@ int runWatch(const WatchOptions& options, const CommandLine& line) {
         if (const QString problem = watch.start(folder); !problem.isEmpty()) {
             end(problem);
         } else if (!options.json) {
-            output::line(Texts::tr("Watching %1").arg(folder));
+            output::line(Texts::tr("Watching %1").arg(output::shown(folder)));
         }
     });
     QCoreApplication::exec();

@@ -151,6 +151,24 @@ class CommandLine(CliTest):
             with self.subTest(command):
                 self.assertIn(" ".join(("ravelin-cli", *command)), self.run_cli(*command, "--help").out)
 
+    def test_control_characters_of_names_are_escaped(self):
+        name = "a\nFinished b\x1b[2J\r\u202e"
+        shown = "a\\nFinished b\\x1b[2J\\r\\u202e"
+        source = self.place(movie("ac3"), f"{name}.mkv")
+        self.place("words", f"bad {name}.mkv")
+        self.place("words", f"{name}.txt")
+        for arguments, status, ending in (
+            (("convert", source), 0, "mp4"), (("convert", "--audio", "7", source), 1, "mkv"), (("probe", source), 0, "mkv"),
+            (("plan", source), 0, "mkv"), (("convert", f"bad {name}.mkv"), 1, "mkv"), (("probe", f"bad {name}.mkv"), 1, "mkv"),
+            (("convert", f"{name}.txt"), 1, "txt"), (("probe", f"none {name}.mkv"), 1, "mkv"),
+        ):
+            with self.subTest(arguments):
+                result = self.run_cli(*arguments, status=status)
+                text = result.out + result.err
+                self.assertIn(f"{shown}.{ending}", text)
+                self.assertFalse([c for c in text if c != "\n" and not c.isprintable()], text)
+                self.assertNotIn("\nFinished b", text)
+
     def test_what_people_read_on_a_terminal(self):
         """A line that redraws in place, as wide as the terminal at the most."""
         self.use_tool('exec "$real" ${converts:+-re} "$@"')
