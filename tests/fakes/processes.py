@@ -3,6 +3,7 @@
 ctest puts this folder on the search path (PYTHONPATH).
 """
 import subprocess
+import tempfile
 import threading
 import time
 
@@ -30,8 +31,10 @@ def next_line(process):
 
 def start_bus(test):
     """A session bus that lasts as long as the test. Returns its address."""
-    bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"], stdout=subprocess.PIPE,
-                           stderr=subprocess.DEVNULL, text=True)
+    folder = tempfile.TemporaryDirectory()
+    test.addCleanup(folder.cleanup)  # A bus that is killed leaves its socket behind.
+    bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address", f"--address=unix:dir={folder.name}"],
+                           stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
     test.addCleanup(bus.communicate)
     test.addCleanup(bus.kill)
     return bus.stdout.readline().strip()

@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """Tests the desktop services on private buses with mocked services. Usage: tst_DBusDesktop.py DESKTOP_PROBE"""
 import os
+import shutil
 import socket
 import subprocess
 import sys
@@ -53,6 +54,7 @@ class Probe:
 class DesktopTest(dbusmock.DBusTestCase):
     @classmethod
     def setUpClass(cls):
+        cls.addClassCleanup(shutil.rmtree, Path(cls.get_services_dir()).parent)  # The library only forgets it.
         cls.start_system_bus()
         cls.start_session_bus()
         cls.system = cls.get_dbus(True)
