@@ -117,6 +117,15 @@ class Failures(CliTest):
         self.assertIn("you've removed/renamed the source movie file", result.only("failed", "c.mkv")["message"])
         self.assertEqual(["a.mkv", "a.mp4", "b.mkv", "d.mkv", "d.mp4"], self.outputs())
 
+    def test_a_message_names_its_movie(self):
+        """Although another one began later."""
+        for name in ("a.mkv", "b.mkv"):
+            self.place(movie("ac3"), name)
+        self.use_tool('case "$converts $*" in 1*a.mkv*) until [ -e "$home/.began" ]; do sleep 0.01; done\n'
+                      'echo No space left on device >&2; exit 1;; 1*) touch "$home/.began";; esac; exec "$real" "$@"')
+        result = self.convert("a.mkv", "b.mkv", "--set", "ConcurrentJobs=1", status=1)
+        self.assertEqual((["a.mkv"], ["a.mkv"]), (result.files("message"), result.files("failed")))
+
 
 class Interruptions(CliTest):
     def setUp(self):
