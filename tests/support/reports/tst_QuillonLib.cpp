@@ -78,6 +78,13 @@ private Q_SLOTS:
         QCOMPARE(damagedFramework(folder), folder + "/D.framework/D");
     }
 
+    void changesAreSavedBeforeTheEnd() {  // There may be none, as of a killed application.
+        const TestHome home;
+        const QuillonLib library;
+        setDefaultInt("key", 1);
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(library.prefsPath()), 30000);
+    }
+
     void supportRequestBody() {
         QCOMPARE(supportrequest::architecture(true, true), "ARM (Native)");
         QCOMPARE(supportrequest::architecture(false, true), "ARM (Rosetta)");

@@ -226,6 +226,14 @@ private Q_SLOTS:
         waiter->wait(path, Known::SeenWhole);
         waiter->wait(scene.write("b.mkv"), Known::SeenWhole);
         QTRY_VERIFY(!waiter);
+
+        Scene alerting;
+        connect(&alerting.waiter, &CompletionWaiter::complete, this, [&] {
+            if (alerting.complete.count() == 1) QTRY_COMPARE(alerting.complete.count(), 2);
+        });
+        for (const char* name : {"c.mkv", "d.mkv"})
+            alerting.waiter.wait(alerting.write(name), Known::SeenWhole);
+        QTRY_COMPARE(alerting.complete.count(), 2);
     }
 
     void rule() {
