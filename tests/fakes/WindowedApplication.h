@@ -43,12 +43,13 @@ public:
         return added;
     }
 
-    QPoint centreOf(int row, jobrow::Button button) const {
+    jobrow::Layout layoutOf(int row) const {
         QStyleOptionViewItem option;
         option.initFrom(&list());
         option.rect = list().visualRect(list().model()->index(row, 0));
-        return JobDelegate::layoutOf(option).rectOf(button).center();
+        return JobDelegate::layoutOf(option);
     }
+    QPoint centreOf(int row, jobrow::Button button) const { return layoutOf(row).rectOf(button).center(); }
     void click(int row, jobrow::Button button, Qt::KeyboardModifiers modifiers = {}) const {
         QTest::mouseClick(list().viewport(), Qt::LeftButton, modifiers, centreOf(row, button));
     }

@@ -339,6 +339,14 @@ private Q_SLOTS:
         QTest::keyClick(popup, Qt::Key_Escape);
         QTRY_VERIFY(!popup);
         QVERIFY(app.isReady());
+
+        // At the lower edge of the screen it opens upwards.
+        const QRect screen = app.window->screen()->availableGeometry();
+        const int bottom = why->mapToGlobal(QPoint(0, why->height())).y();
+        app.window->move(app.window->pos() + QPoint(0, screen.bottom() - bottom));
+        QTest::mouseClick(why, Qt::LeftButton);
+        const QRect place = app.find<QWidget>("leftOutPopup")->geometry();
+        QVERIFY(place.bottom() < why->mapToGlobal(QPoint()).y());
     }
 
     void detailsOfAJob() {
@@ -380,6 +388,25 @@ private Q_SLOTS:
             }
         }
         QCOMPARE(signs, QSet<int>{1});
+    }
+
+    void whatIsUnderWayHasABar() {
+        Queued app({"a.mkv", "b.mkv"});
+        const auto statesWithABar = [&] {
+            const QImage rows = app.list().viewport()->grab().toImage();
+            QList<JobState> states;
+            for (int row = 0; row < app.queue().count(); ++row) {
+                const QRgb middle = rows.pixel(app.layoutOf(row).bar.center());
+                if (middle == colors::track(app.list().palette()).rgb()) states.append(app.job(row)->state());
+            }
+            return states;
+        };
+        QTRY_COMPARE(statesWithABar(), QList{JobState::Converting});
+        app.find<QAction>("pauseContinueAction")->trigger();
+        QTRY_COMPARE(statesWithABar(), QList{JobState::Paused});
+        app.find<QAction>("pauseContinueAction")->trigger();
+        app.finish(2);
+        QTRY_VERIFY(statesWithABar().isEmpty());
     }
 
     void escapeLeavesTheMovieOut() {
