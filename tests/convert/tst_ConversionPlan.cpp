@@ -191,13 +191,14 @@ private Q_SLOTS:
         };
         const QString unknown = ": Audio: flac, 48000 Hz, 4.0";
         const MKVFileInfo info =
-            movie({kPicture, kAc3, kCommentary, titled(kAc3, "English Surround"), unknown, kAc3,
-                   titled(kAc3, "Same"), titled(kCommentary.section('\n', 0, 0), "Same"),
+            movie({kPicture, titled(kAc3, "Same"), kAc3, kCommentary, titled(kAc3, "English Surround"),
+                   unknown, kAc3, titled(kAc3, "Same"), titled(kCommentary.section('\n', 0, 0), "Same"),
                    kCommentary.section('\n', 0, 0)});
         QCOMPARE(plantext::audioLabels(info),
-                 (QStringList{"English, AC3 5.1 (track 1)", "English, Director's commentary",
-                              "English Surround", "FLAC 4.0", "English, AC3 5.1 (track 5)",
-                              "English, Same, AC3 5.1", "English, Same, AAC stereo", "English, commentary"}));
+                 (QStringList{"English, Same, AC3 5.1 (track 1)", "English, AC3 5.1 (track 2)",
+                              "English, Director's commentary", "English Surround", "FLAC 4.0",
+                              "English, AC3 5.1 (track 6)", "English, Same, AC3 5.1 (track 7)",
+                              "English, Same, AAC stereo", "English, commentary"}));
     }
 
     void pictureSizes_data() {
