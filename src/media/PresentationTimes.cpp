@@ -62,7 +62,10 @@ bool PresentationTimes::pass(double time, Track& track, Budget& budget) {
         m_passedAny = true;
         return true;
     }
-    if (gap <= 0) return gap >= -kReordered;
+    if (gap <= 0) {
+        m_hasDuplicates = true;
+        return gap >= -kReordered;
+    }
     countSkipped(gap, track);
     if (m_typical <= 0) {
         m_typical = m_firstGap = gap;
@@ -101,6 +104,7 @@ void PresentationTimes::finish(Track& track, Budget& budget) {
     while (m_count > 0)
         pass(m_sorted[--m_count], track, budget);
     if (!m_any) return;
+    if (m_hasDuplicates) track.skippedFrames = 0;
     track.start = m_start;
     track.end = m_findsHoles && m_declared <= 0 ? std::max(m_end, m_latest + m_typical) : m_end;
 }

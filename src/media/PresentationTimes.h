@@ -38,7 +38,8 @@ private:
     double m_typical = 0;   // What the distances say of a frame's duration; a declared one may be wrong.
     double m_firstGap = 0;  // Until the second one shows whether it was a hole.
     double m_steadyGap = 0;
-    unsigned m_steady = 0;   // So many gaps in a row were like it.
+    unsigned m_steady = 0;  // So many gaps in a row were like it.
+    bool m_hasDuplicates = false;
     unsigned m_skipped = 0;  // Pictures, until the gaps that follow show that the duration is constant.
     bool m_findsHoles;
     bool m_any = false;

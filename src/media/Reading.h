@@ -104,6 +104,7 @@ struct Track {
     quint64 holesLeftOut = 0;
     /// With the holes: so many frames are missing where the duration of a frame is constant before and behind
     /// a gap of two of them or more that is too short for a hole. Losses only if the frame rate cannot vary.
+    /// 0 where two frames have the same time: such times were guessed, and gaps make up for them.
     quint64 skippedFrames = 0;
     /// Text subtitles: in the file's order, at most 50,000 in a reading; `linesLeftOut` counts the rest. MP4:
     /// samples without text are gaps and no lines.

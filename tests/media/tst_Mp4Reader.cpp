@@ -138,6 +138,8 @@ private Q_SLOTS:
             {"pictures missing in a constant frame rate", lasting({20, 40, 1, 120, 20, 40, 1, 80, 20, 40}),
              "62 0.00-2.60 skipped 3"},
             {"half of a picture's duration more", lasting({20, 40, 1, 60, 20, 40}), "41 0.00-1.66"},
+            {"two pictures at one time, made up for", lasting({60, 40, 1, 0, 20, 40, 1, 80, 20, 40}),
+             "102 0.00-4.08"},
             {"another frame rate", lasting({20, 20, 20, 40}), "40 0.00-1.20"},
             {"telecine", lasting({20, 40, 1, 80, 1, 40, 1, 80, 1, 40, 1, 80, 20, 40}), "45 0.00-1.92"},
             {"still pictures", lasting({20, 200, 1, 400, 20, 200}), "41 0.00-8.40"},
