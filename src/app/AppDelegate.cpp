@@ -3,7 +3,6 @@
 #include "app/actions/JobMessages.h"
 #include "app/intake/DroppedFiles.h"
 #include "app/intake/MovieFiles.h"
-#include "app/queue/UnfinishedFiles.h"
 #include "app/queue/Usages.h"
 #include "settings/Keys.h"
 #include "settings/Settings.h"
@@ -39,6 +38,8 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
       m_addSheet(m_intake, m_queue, m_destinations, panels),
       m_failureActions(m_queue, panels),
       m_progress(m_queue),
+      m_store(m_queue, m_intake),
+      m_lastQueue(m_store, m_queue, m_intake),
       m_watchFolder(panels) {
     // The last file may have been skipped while added jobs waited for it.
     connect(&m_intake, &FileIntake::becameIdle, &m_queue, &JobQueue::startPostponed);
@@ -48,7 +49,16 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
     connect(&m_failureActions, &FailureActions::preferenceRequested, this, &AppDelegate::preferenceRequested);
     connect(&m_addSheet, &AddSheet::message, this, &AppDelegate::statusMessage);
     connect(&m_destinations, &Destinations::message, this, &AppDelegate::statusMessage);
-    connect(&m_queue, &JobQueue::quitRequested, this, [this] { terminate(true); });
+    connect(&m_queue, &JobQueue::quitRequested, this, [this] {
+        if (!m_lastQueue.isReturning()) terminate(true);
+    });
+    // A window that is not painted yet may get movies, too, as from the watch folder.
+    connect(&m_queue, &JobQueue::jobAdded, this, &AppDelegate::openStore);
+    connect(&m_intake, &FileIntake::filesWaitingChanged, this, &AppDelegate::openStore);
+    connect(&m_store, &QueueStore::problem, this, &AppDelegate::statusMessage);
+    connect(&m_lastQueue, &LastQueue::message, this, &AppDelegate::statusMessage);
+    connect(&m_lastQueue, &LastQueue::filesReturned, this, &AppDelegate::openFiles);
+    connect(&m_failureActions, &FailureActions::probeRequested, &m_lastQueue, &LastQueue::probeAgain);
     connect(&m_progress, &QueueProgress::changed, this,
             [this] { sharedDesktop().setLauncherProgress(m_progress.fraction()); });
     connect(&m_watchFolder, &WatchFolder::arrived, this, [this](const QString& path) { openFiles({path}); });
@@ -113,6 +123,9 @@ bool AppDelegate::applicationShouldTerminate() {
 void AppDelegate::applicationWillTerminate() {
     m_terminates = true;
     *m_isStopped = true;
+    // The queue is emptied below, and the next instance may be there before the tools have ended.
+    m_lastQueue.stop();
+    m_store.close();
     Q_EMIT terminating();
     m_intake.clearImportFiles();
     m_intake.cancelProbe();
@@ -140,14 +153,10 @@ void AppDelegate::announceTerminated() {
     if (m_terminates && isTerminated()) Q_EMIT terminated();
 }
 
-QStringList AppDelegate::unfinishedFiles() const {
-    return m_searchedPaths + m_intake.unconfirmedFiles() + m_queue.unfinishedFiles();
-}
-
 void AppDelegate::handOver(const QString& newPath, Block launch) {
     // The application was ended while the alert was open: do not start another instance.
     if (m_terminates) return;
-    unfinished::keep(unfinished::movedAlong(unfinishedFiles(), ApplicationInfo::bundlePath(), newPath));
+    m_store.goOnAt({ApplicationInfo::bundlePath(), newPath});
     // Wait until the tools have ended and the names of their outputs are free again.
     m_successor = std::move(launch);
     terminate(false);
@@ -158,10 +167,14 @@ void AppDelegate::startSuccessor() {
 }
 
 void AppDelegate::openFirstFiles(const QStringList& paths) {
-    const QStringList files = unfinished::kept() + paths;
-    if (files.isEmpty()) return;
-    openFiles(files);
-    unfinished::forget();
+    openStore();
+    if (!paths.isEmpty()) openFiles(paths);
+}
+
+void AppDelegate::openStore() {
+    if (m_terminates || std::exchange(m_storeIsOpen, true)) return;
+    m_store.open(QuillonLib::shared().suppDir() + "/Queue");
+    m_lastQueue.offer();
 }
 
 void AppDelegate::openFiles(const QStringList& paths) {
@@ -173,6 +186,7 @@ void AppDelegate::openFiles(const QStringList& paths) {
     if (hasFolder) {
         // Searching a large folder on a slow disk takes time.
         m_searchedPaths += paths;
+        m_store.setSearchedPaths(m_searchedPaths);
         dispatch_async_back([self = QPointer(this), paths, given, isStopped = m_isStopped] {
             const QStringList files = moviefiles::withFoldersSearched(paths, isStopped.get());
             dispatch_async_main([self, paths, files, given] {
@@ -180,6 +194,7 @@ void AppDelegate::openFiles(const QStringList& paths) {
                 for (const QString& path : paths)
                     self->m_searchedPaths.removeOne(path);
                 self->addFiles(files, given);
+                self->m_store.setSearchedPaths(self->m_searchedPaths);
             });
         });
     } else {

@@ -5,7 +5,9 @@
 #include "app/destinations/Destinations.h"
 #include "app/intake/FileIntake.h"
 #include "app/queue/JobQueue.h"
+#include "app/queue/LastQueue.h"
 #include "app/queue/QueueProgress.h"
+#include "app/queue/QueueStore.h"
 #include "app/watching/WatchFolder.h"
 #include "feedback/PXApplicationDelegate.h"
 #include "support/desktop/FilePanels.h"
@@ -42,6 +44,7 @@ public:
     FailureActions& failureActions() { return m_failureActions; }
     WatchFolder& watchFolder() { return m_watchFolder; }
     const QueueProgress& progress() const { return m_progress; }
+    LastQueue& lastQueue() { return m_lastQueue; }
 
     /// "Version: 1.0.0" and "Build: 1".
     const QString& version() const { return m_version; }
@@ -68,11 +71,8 @@ public:
 
     // Hand-over to the next instance.
 
-    /// The files that the user added and that are not converted: paths for which openFiles() restores the
-    /// same queue and sheet.
-    QStringList unfinishedFiles() const;
-    /// Opens the files that an earlier instance left unfinished, then `paths`. Call it once, when the window
-    /// exists.
+    /// Reads what the last session left in the queue, and opens `paths`. Call it once, when the window is
+    /// painted.
     void openFirstFiles(const QStringList& paths);
     /// Starts the application from its new place after it was moved, or reports that this failed. Call it at
     /// the very end, when this instance has released its single-instance lock; does nothing when the
@@ -112,6 +112,7 @@ private:
     void addFiles(const QStringList& files, const QList<QUrl>& given);
     void showRefusal(const QString& reason);
     void announceTerminated();
+    void openStore();
     void handOver(const QString& newPath, Block launch);
 
     FilePanels& m_panels;
@@ -122,11 +123,14 @@ private:
     AddSheet m_addSheet;
     FailureActions m_failureActions;
     QueueProgress m_progress;
+    QueueStore m_store;
+    LastQueue m_lastQueue;
     WatchFolder m_watchFolder;
     std::unique_ptr<PXAppMovedHandler> m_moveObservation;
     Block m_successor;            ///< Starts the next instance; null: none is to be started.
     QStringList m_searchedPaths;  ///< Added paths whose folders are still being searched.
-    QString m_refusal;            ///< Why the last drop was refused; empty: it was accepted.
+    bool m_storeIsOpen = false;
+    QString m_refusal;  ///< Why the last drop was refused; empty: it was accepted.
     QString m_version;
     QString m_build;
     bool m_terminates = false;

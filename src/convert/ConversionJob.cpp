@@ -67,7 +67,34 @@ double ConversionJob::progress() const {
 }
 
 bool ConversionJob::finishedError() const {
-    return m_state == JobState::Failed && ending()->kind != RunEnding::Kind::VolumeTooSmall;
+    if (m_state != JobState::Failed) return false;
+    const auto end = ending();
+    return !end || end->kind != RunEnding::Kind::VolumeTooSmall;
+}
+
+QStringList ConversionJob::arguments() const {
+    if (m_pastFailure) return m_pastFailure->arguments;
+    return m_run ? m_run->arguments() : QStringList();
+}
+
+QString ConversionJob::jobOutput() const {
+    if (m_pastFailure) return m_pastFailure->output;
+    return m_run ? m_run->said() : QString();
+}
+
+void ConversionJob::restoreFailure(PastFailure failure) {
+    m_pastFailure = std::move(failure);
+    m_state = JobState::Failed;
+}
+
+void ConversionJob::completeFileInfo(MKVFileInfo info, qsizetype audioTrackIndex) {
+    info.destinationURL = m_fileInfo.destinationURL;
+    info.subtitleFileURL = m_fileInfo.subtitleFileURL;
+    info.securityURL = m_fileInfo.securityURL;
+    m_fileInfo = std::move(info);
+    m_audioTrackIndex = audioTrackIndex;
+    m_isUnprobed = false;
+    presetSpeedInfo();
 }
 
 std::optional<ConversionMethod> ConversionJob::method() const {
@@ -249,6 +276,7 @@ void ConversionJob::queueAgain() {
     if (m_state != JobState::Failed) return;
     // It may still be emitting.
     if (m_run) m_run.release()->deleteLater();
+    m_pastFailure.reset();
     m_fileInfo.destinationURL = QUrl::fromLocalFile(m_request.destination);
     setState(JobState::Queued);
 }
@@ -267,6 +295,7 @@ void ConversionJob::endRun() {
 }
 
 failure::Explanation ConversionJob::explanation() const {
+    if (m_pastFailure) return m_pastFailure->explanation;
     const auto [info, settings] = effective();
     const bool usesEmbedded =
         !settings.value(settings::DisableBuiltinSubtitles) && !info.subtitleTrackIDs.isEmpty();

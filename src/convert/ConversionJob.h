@@ -15,6 +15,13 @@
 #include <functional>
 #include <memory>
 
+/// What an earlier session left of a failed job.
+struct PastFailure {
+    failure::Explanation explanation;
+    QStringList arguments;  ///< Of the tool; empty: it was not started.
+    QString output;         ///< What the tool said.
+};
+
 /// The conversion of one movie: holds the request and the state, and has a ConversionRun do the work. Main
 /// thread only. Shows nothing to the user; see app/actions for that.
 class ConversionJob : public QObject {
@@ -45,14 +52,14 @@ public:
     /// Empty for a movie without audio.
     std::optional<ConversionMethod> method() const;
     /// The arguments of the last start; empty before.
-    QStringList arguments() const { return m_run ? m_run->arguments() : QStringList(); }
+    QStringList arguments() const;
     /// The output of the tool, without its statistics.
-    QString jobOutput() const { return m_run ? m_run->said() : QString(); }
+    QString jobOutput() const;
     /// What the last start did with the movie; before that, what a start would do with the present settings.
     ConversionPlan plan() const;
     /// What the job produced; empty before its end, and for a failed job whose output was not compared.
     std::optional<Receipt> receipt() const;
-    /// How the job ended; empty before.
+    /// How the job ended; empty before, and for a failure of an earlier session.
     std::optional<RunEnding> ending() const { return m_run ? m_run->ending() : std::nullopt; }
     /// The status in one line; with audio and remaining time while converting.
     QString stateInfoString() const;
@@ -61,6 +68,7 @@ public:
 
     /// What the next run will be asked for. The members that follow from the movie are set at its start.
     RunRequest& request() { return m_request; }
+    const RunRequest& request() const { return m_request; }
     void setMayReplaceDestination(bool may) { m_request.mayReplaceDestination = may; }
     void setDestinationIsTaken(std::function<bool(const QString&)> taken) {
         m_request.destinationIsTaken = std::move(taken);
@@ -68,6 +76,7 @@ public:
 
     /// What the user chose for this job alone; valid from the next start on.
     JobOverrides& overrides() { return m_overrides; }
+    const JobOverrides& overrides() const { return m_overrides; }
 
     /// Where the output is to be written; see fileInfo() for where it is.
     const QString& queuedDestination() const { return m_request.destination; }
@@ -78,6 +87,15 @@ public:
 
     /// Computes fastmode from the chosen track.
     void presetSpeedInfo();
+
+    /// Makes the job a failed one, as an earlier session left it. Call it before the job is queued.
+    void restoreFailure(PastFailure failure);
+    /// The record has only the paths, because the movie could not be probed: the job cannot be converted.
+    /// Such a job must be a failed one.
+    void setIsUnprobed() { m_isUnprobed = true; }
+    bool isUnprobed() const { return m_isUnprobed; }
+    /// The record of the movie, which can be probed by now. Paths and choices of the job stay.
+    void completeFileInfo(MKVFileInfo info, qsizetype audioTrackIndex);
 
     /// Blocks during the trial run; see ConversionRun.
     void start();
@@ -122,7 +140,7 @@ private:
 
     JobController& m_controller;
     MKVFileInfo m_fileInfo;
-    const qsizetype m_audioTrackIndex;
+    qsizetype m_audioTrackIndex;
     JobState m_state = JobState::Queued;
     bool m_fastmode = false;
     RunRequest m_request;
@@ -130,6 +148,8 @@ private:
     Remedies m_remedies;                   ///< Applied in the last start.
     std::optional<ConversionPlan> m_plan;  ///< Of the last start.
     std::unique_ptr<ConversionRun> m_run;  ///< The last one; null before the first start.
+    std::optional<PastFailure> m_pastFailure;
+    bool m_isUnprobed = false;
     QDateTime m_startDate;
     QDateTime m_stopDate;
     quint32 m_sleepAssertion = 0;

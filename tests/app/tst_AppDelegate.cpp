@@ -1,4 +1,3 @@
-#include "app/queue/UnfinishedFiles.h"
 #include "fakes/LaunchedApplication.h"
 #include "fakes/Table.h"
 #include "feedback/PXRatingWindowController.h"
@@ -289,57 +288,6 @@ private Q_SLOTS:
         QVERIFY(app.open({"b.mkv"}));
         app.sheet().cancelAdd();
         QCOMPARE(app.queue().job(0)->state(), JobState::Paused);
-    }
-
-    void unfinishedMovies_data() { addRows<QString>({{"on top", "dcba"}, {"at the bottom", "abcd"}}); }
-    void unfinishedMovies() {  // Make the same queue again.
-        const auto [queue] = row<QString>();
-        Launched app(Launched::Starts::Later);
-        AppDelegate next(app.panels);
-        for (AppDelegate* delegate : {&app.delegate, &next})
-            delegate->applicationWillFinishLaunching();
-        setDefaultInt(kDefaultDestinationKey, Launched::kNextToSource);
-        setDefaultInt("InsertJobsAtBottom", queue.startsWith(u'a') ? 1 : 0);
-        app.tool.setConversion("case $destination in *finished*) echo a > $destination;; *) exit 1; esac\n");
-        for (const char* name : {"finished.mkv", "a.mkv", "b.mkv"}) {
-            app.delegate.openFiles({app.write("a.srt")});
-            QVERIFY(app.confirm(name));
-        }
-        QTRY_COMPARE(app.queue().jobCountWithState(JobState::Finished), 1);
-        QVERIFY(app.open({"d.mkv", "c.mkv"}));  // One is current, one waits. A folder is being searched.
-        QDir(app.path()).mkpath("folder");
-        app.delegate.openFiles({app.path("folder")});
-        const QStringList left = app.delegate.unfinishedFiles();
-        QVERIFY(left.contains(app.path("folder")));
-        app.delegate.terminate(false);
-
-        // The stored files accumulate, and are taken once.
-        unfinished::keep(left.first(3));
-        unfinished::keep(left.sliced(3));
-        setDefaultInt(kAutoAddKey, 1);
-        next.openFirstFiles({});
-        QCOMPARE(unfinished::kept(), QStringList());
-        QTRY_COMPARE(next.queue().count(), 4);
-        for (qsizetype i = 0; i < queue.size(); ++i) {
-            const MKVFileInfo& info = next.queue().job(i)->fileInfo();
-            QCOMPARE(info.fileName, queue[i] + QString(".mkv"));
-            QCOMPARE(info.subtitleFileURL.has_value(), queue[i] == u'a');
-        }
-    }
-
-    void moviesMoveAlongWithTheApplication() {
-        const TestHome home;
-        for (const char* there : {"two/a.mkv", "two/m/a.mkv", "one/b.mkv", "two/b.mkv"})
-            home.write(there);
-        const auto moved = [&](const char* movie, const char* applicationNow) {
-            const QStringList now =
-                unfinished::movedAlong({home.path(movie)}, home.path("one/x/app"), home.path(applicationNow));
-            return QDir(home.path()).relativeFilePath(now.value(0));
-        };
-        QCOMPARE(moved("one/m/a.mkv", "two/x/app"), "two/m/a.mkv");
-        QCOMPARE(moved("one/x/app/a.mkv", "two"), "two/a.mkv");
-        for (const char* thereStillOrNowhere : {"one/b.mkv", "one/c.mkv"})
-            QCOMPARE(moved(thereStillOrNowhere, "two/x/app"), thereStillOrNowhere);
     }
 
     void quittingAsksOnlyWhileAJobConverts() {

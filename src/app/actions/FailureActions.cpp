@@ -110,6 +110,10 @@ void FailureActions::act(ConversionJob& job, FailureAction action, const QString
 }
 
 void FailureActions::convertAgain(ConversionJob& job) {
+    if (job.isUnprobed()) {
+        Q_EMIT probeRequested(job);
+        return;
+    }
     job.queueAgain();
     m_queue.startNextJobInQueue();
 }

@@ -41,6 +41,8 @@ public:
 Q_SIGNALS:
     /// The user wants to see that setting in the preferences.
     void preferenceRequested(const QString& key);
+    /// The job is to be converted again, but its movie was never probed in this session: probe it first.
+    void probeRequested(ConversionJob& job);
 
 private:
     static QString titleOf(FailureAction action);

@@ -84,8 +84,8 @@ void FileIntake::cancelProbe() {
     if (m_isCancelled) *m_isCancelled = true;
 }
 
-QStringList FileIntake::unconfirmedFiles() const {
-    QStringList files = m_importSubtitleFiles.values() + m_importFiles;
+QStringList FileIntake::unconfirmedMovies() const {
+    QStringList files = m_importFiles;
     if (isScanning() && !*m_isCancelled) files.append(m_scannedFile);
     if (m_fileInfo) files.append(m_fileInfo->fileURL.toLocalFile());
     return files;
@@ -102,5 +102,9 @@ void FileIntake::cancelAdd() {
 
 std::optional<qsizetype> FileIntake::bestLanguage() const {
     if (!m_fileInfo) return std::nullopt;
-    return audiopreselection::bestTrack(*m_fileInfo, audiopreselection::languages(m_preferredLanguages));
+    return bestLanguage(*m_fileInfo);
+}
+
+std::optional<qsizetype> FileIntake::bestLanguage(const MKVFileInfo& info) const {
+    return audiopreselection::bestTrack(info, audiopreselection::languages(m_preferredLanguages));
 }

@@ -51,12 +51,16 @@ public:
     /// Takes the subtitle file off the current movie, also in its informationString; other movies may still
     /// get that file.
     void removeSubtitleFile();
-    /// All files that were added and are neither confirmed nor skipped: the subtitle files, then the movies;
-    /// the one to be confirmed next is the last.
-    QStringList unconfirmedFiles() const;
+    /// The movies that were added and are neither confirmed nor skipped; the one to be confirmed next is the
+    /// last. It changes only with filesWaitingChanged(), scanningStarted() and becameIdle().
+    QStringList unconfirmedMovies() const;
+    /// The subtitle files that were added, also those that movies got.
+    QStringList subtitleFiles() const { return m_importSubtitleFiles.values(); }
 
     /// Position of the audio track to preselect for the current movie; empty for a movie without audio.
     std::optional<qsizetype> bestLanguage() const;
+    /// The same for another movie.
+    std::optional<qsizetype> bestLanguage(const MKVFileInfo& info) const;
 
 Q_SIGNALS:
     void filesWaitingChanged();

@@ -56,6 +56,14 @@ bool JobQueue::addJob(std::unique_ptr<ConversionJob> job) {
         if (!m_waiting.areWaiting()) startPostponed();
         return false;
     }
+    insertJob(std::move(job), insertsAtBottom() ? count() : 0);
+    m_startIsDue = true;
+    if (!m_paused && !m_waiting.areWaiting()) startNextJobInQueue();
+    m_waiting.cancelAdd();
+    return true;
+}
+
+void JobQueue::insertJob(std::unique_ptr<ConversionJob> job, qsizetype index) {
     ConversionJob* added = job.get();
     connect(added, &ConversionJob::stateChanged, this, [this, added](JobState before, JobState now) {
         countState(before, -1);
@@ -68,16 +76,10 @@ bool JobQueue::addJob(std::unique_ptr<ConversionJob> job) {
     countState(added->state(), +1);
     ++m_destinations[added->queuedDestination()];
 
-    const bool atBottom = insertsAtBottom();
-    Q_EMIT jobAboutToBeAdded(atBottom ? count() : 0);
-    m_taskArray.insert(atBottom ? m_taskArray.end() : m_taskArray.begin(), std::move(job));
+    Q_EMIT jobAboutToBeAdded(index);
+    m_taskArray.insert(m_taskArray.begin() + index, std::move(job));
     Q_EMIT jobAdded(added);
-
-    m_startIsDue = true;
-    if (!m_paused && !m_waiting.areWaiting()) startNextJobInQueue();
-    m_waiting.cancelAdd();
     Q_EMIT titleChanged();
-    return true;
 }
 
 void JobQueue::removeJob(ConversionJob* job) {
@@ -179,20 +181,6 @@ bool JobQueue::willWrite(const QString& path) const {
                (job->queuedDestination() == path ||
                 outputname::isSameFile(job->fileInfo().destinationURL.toLocalFile(), path));
     });
-}
-
-QStringList JobQueue::unfinishedFiles() const {
-    QStringList movies;
-    QStringList subtitles;
-    for (const auto& job : m_taskArray) {
-        if (job->state() == JobState::Finished) continue;
-        movies.append(job->fileInfo().fileURL.toLocalFile());
-        if (const auto& subtitle = job->fileInfo().subtitleFileURL) subtitles.append(subtitle->toLocalFile());
-    }
-    // The intake starts with the last file, and each job is added at the top or, by the setting, at the
-    // bottom.
-    if (insertsAtBottom()) std::ranges::reverse(movies);
-    return subtitles + movies;
 }
 
 bool JobQueue::changeFolder(ConversionJob& job, const QString& folder) {

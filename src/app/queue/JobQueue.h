@@ -32,7 +32,13 @@ public:
     /// does not depend on the length of the queue.
     [[nodiscard]] bool addJob(std::unique_ptr<ConversionJob> job);
 
+    /// Queues a job of an earlier session at `index`, in the state that it has, and starts nothing. Its
+    /// destination is taken as it is.
+    void insertJob(std::unique_ptr<ConversionJob> job, qsizetype index);
+
     qsizetype count() const { return static_cast<qsizetype>(m_taskArray.size()); }
+    /// Where the job is; -1: it is not queued.
+    qsizetype indexOf(const ConversionJob* job) const;
     ConversionJob* job(qsizetype index) const { return m_taskArray[static_cast<size_t>(index)].get(); }
     bool isPaused() const { return m_paused; }
 
@@ -46,10 +52,6 @@ public:
     /// Has the output of a job that does not run written into `folder`, under a free name. Returns false and
     /// changes nothing if no file can be written there.
     [[nodiscard]] bool changeFolder(ConversionJob& job, const QString& folder);
-    /// The movies that are not converted yet, including failed ones, with their subtitle files, in an order
-    /// in which FileIntake::openFiles() restores the same queue.
-    QStringList unfinishedFiles() const;
-
     /// Starts the jobs that were added while files waited to be probed. Jobs that the user has paused since
     /// then stay paused.
     void startPostponed();
@@ -88,7 +90,6 @@ private:
     void countState(JobState state, int change);
     void releaseDestination(const QString& path);
     bool isDestinationTaken(const QString& path) const;
-    qsizetype indexOf(const ConversionJob* job) const;
 
     WaitingFiles& m_waiting;
     std::vector<std::unique_ptr<ConversionJob>> m_taskArray;

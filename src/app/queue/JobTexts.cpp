@@ -74,7 +74,7 @@ QList<DetailSection> jobDetails(const ConversionJob& job) {
     QStringList status = {job.stateInfoString()};
     if (job.state() == JobState::Failed) status += job.explanation().message;
     add(Texts::tr("Status"), status);
-    add(Texts::tr("Plan"), plantext::lines(job.plan()));
+    if (!job.isUnprobed()) add(Texts::tr("Plan"), plantext::lines(job.plan()));
     if (const auto receipt = job.receipt())
         add(Texts::tr("Receipt"),
             QStringList(receipttext::summary(*receipt)) + receipttext::details(*receipt));

@@ -16,9 +16,10 @@ std::optional<double> QueueProgress::fraction() const {
 }
 
 void QueueProgress::add(ConversionJob* job) {
+    connect(job, &ConversionJob::progressed, this, [this, job] { note(job, job->progress()); });
+    if (!statusNotFinished(job->state())) return;
     m_shares.insert(job, {});
     ++m_unfinished;
-    connect(job, &ConversionJob::progressed, this, [this, job] { note(job, job->progress()); });
     Q_EMIT changed();
 }
 
