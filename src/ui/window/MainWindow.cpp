@@ -8,6 +8,7 @@
 #include "ui/preferences/PreferencesWindow.h"
 #include "ui/window/DetailsWindow.h"
 #include "ui/window/JobListModel.h"
+#include "ui/window/LastQueueBar.h"
 #include "ui/window/QueueSummary.h"
 #include "ui_MainWindow.h"
 
@@ -15,6 +16,7 @@
 #include <QDragEnterEvent>
 #include <QLabel>
 #include <QMimeData>
+#include <QPushButton>
 #include <QWindow>
 
 namespace {
@@ -38,6 +40,7 @@ MainWindow::MainWindow(AppDelegate& delegate)
     m_ui->statusBar->addPermanentWidget(m_summary);
     setUpActions();
     setUpToolBar();
+    setUpLastQueueBar();
     m_ui->jobListView->setJobs(m_model.get(), &delegate.failureActions());
     m_ui->addSheetView->setSheet(&delegate.addSheet(), &delegate.destinations());
     connect(m_ui->addSheetView, &AddSheetView::focusReleased, m_ui->jobListView,
@@ -77,6 +80,15 @@ void MainWindow::setUpToolBar() {
     space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     m_ui->toolBar->addWidget(space);
     m_ui->toolBar->addAction(m_ui->preferencesAction);
+}
+
+void MainWindow::setUpLastQueueBar() {
+    auto* bar = new LastQueueBar(this);
+    m_ui->centralLayout->insertWidget(m_ui->centralLayout->indexOf(m_ui->pages), bar);
+    // In front of the list, as on the screen.
+    setTabOrder(bar->findChild<QPushButton*>("forgetButton"), m_ui->jobListView);
+    bar->setLastQueue(&m_delegate.lastQueue());
+    connect(bar, &LastQueueBar::focusReleased, this, [this] { m_ui->pages->currentWidget()->setFocus(); });
 }
 
 void MainWindow::followQueue() {

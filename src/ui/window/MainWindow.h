@@ -48,6 +48,7 @@ protected:
 private:
     void setUpActions();
     void setUpToolBar();
+    void setUpLastQueueBar();
     void followQueue();
     void refreshTitle();
     void refreshPause();
