@@ -14,8 +14,6 @@ namespace claimedfile {
 
 namespace {
 
-constexpr const char* kMark = "user.ravelin.run";
-
 int create(const QString& path) {
     return ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
 }

@@ -9,6 +9,9 @@
 /// there are no attributes, by the time of birth or the inode. Any thread. Errors are errno values.
 namespace claimedfile {
 
+/// The extended attribute.
+inline constexpr const char* kMark = "user.ravelin.run";
+
 /// How a file without a mark is recognised; empty: by its mark.
 using Identity = QString;
 

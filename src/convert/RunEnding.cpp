@@ -22,27 +22,35 @@ const QStringList kUnread = {"File ended prematurely", ": partial file", "corrup
                              "Input/output error"};
 const QStringList kUndecoded = {"Invalid UTF-8 in decoded subtitles text", "Unable to recode subtitle event"};
 
-// The system's reasons for which it is the volume that fails, not the movie.
-constexpr const char* kVolumeReasons =
-    "(?:Input/output error|File too large|Read-only file system|Stale file handle|No such device|"
-    "Remote I/O error|(?:Connection|Operation) timed out|Host is down|Bad file descriptor|Permission denied|"
-    "Transport endpoint is not connected)";
+// Of the output while it is written; they also name faults of the movie.
+const QStringList kUnwritable = {"av_interleaved_write_frame()", "Error submitting a packet to the muxer",
+                                 "Error muxing a packet"};
 
-/// A write that failed for such a reason. The words alone also name faults of the movie.
+// The system's reasons for which it is the volume that fails, not the movie.
+const QStringList kVolumeReasons = {
+    "Input/output error",  "File too large",       "Read-only file system",
+    "Stale file handle",   "No such device",       "Remote I/O error",
+    "Operation timed out", "Connection timed out", "Host is down",
+    "Bad file descriptor", "Permission denied",    "Transport endpoint is not connected"};
+
+QString anyOf(const QStringList& words) {
+    QStringList escaped;
+    for (const QString& word : words)
+        escaped.append(QRegularExpression::escape(word));
+    return "(?:" + escaped.join(u'|') + ')';
+}
+
 bool reportsVolume(const QString& said) {
-    static const QRegularExpression kFailedWrite(
-        QString(
-            "(?:av_interleaved_write_frame\\(\\)|Error submitting a packet to the muxer|Error muxing a packet|"
-            "Error (?:writing trailer|closing file).{0,4096}?): ") +
-        kVolumeReasons);
+    // A path may follow the words.
+    static const QRegularExpression kFailedWrite("(?:" + anyOf(kUnwritable) + '|' + anyOf(kUnwritten) +
+                                                 ".{0,4096}?): " + anyOf(kVolumeReasons));
     return kFailedWrite.match(said).hasMatch();
 }
 
 /// The progress is a file of our own: its volume says nothing about the movie.
 QString withoutProgressLog(QString said) {
-    static const QRegularExpression kProgressLog(
-        QString("Error closing progress log[^:]*: (?:No space left on device|Disk quota exceeded|") +
-        kVolumeReasons + ')');
+    static const QRegularExpression kProgressLog("Error closing progress log" + QString("[^:]*: ") +
+                                                 anyOf(kNoSpace + kVolumeReasons));
     return said.remove(kProgressLog);
 }
 

@@ -35,7 +35,7 @@ QList<Trash> trashesOf(const QString& source) {
 bool write(const QString& path, const QString& origin) {
     QFile information(path);
     const QByteArray text = "[Trash Info]\nPath=" + QUrl::toPercentEncoding(origin, "/") + "\nDeletionDate=" +
-                            QDateTime::currentDateTime().toString("yyyy-MM-ddThh:mm:ss").toLatin1() + '\n';
+                            QDateTime::currentDateTime().toString(Qt::ISODate).toLatin1() + '\n';
     return information.open(QIODevice::WriteOnly) && information.write(text) == text.size() &&
            information.flush();
 }
