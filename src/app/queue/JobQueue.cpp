@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <vector>
 
 namespace {
 

@@ -7,9 +7,9 @@
 #include <QObject>
 
 #include <array>
+#include <deque>
 #include <functional>
 #include <memory>
-#include <vector>
 
 class WaitingFiles;
 
@@ -92,7 +92,7 @@ private:
     bool isDestinationTaken(const QString& path) const;
 
     WaitingFiles& m_waiting;
-    std::vector<std::unique_ptr<ConversionJob>> m_taskArray;
+    std::deque<std::unique_ptr<ConversionJob>> m_taskArray;
     std::array<int, 5> m_stateCounts{};
     /// Planned outputs, each with the number of jobs that will write it.
     QHash<QString, int> m_destinations;
