@@ -25,7 +25,6 @@ class Portable(Home):
         super().__init__(test)
         self.settings()
         self.may_finish = self.path / "may finish"
-        self.list = self.path / "data/example.ravelin.Ravelin/Unfinished files"
         self.output = open(self.path / "told", "w+")
         self.application = self.path / "disk/Ravelin app"
         (self.application / "bin").mkdir(parents=True)
@@ -79,7 +78,7 @@ class Relocation(unittest.TestCase):
         self.assertEqual(home.alerts(), [MOVED])
         # A child that is about to become a tool looks like a second one for a moment.
         wait_until(lambda: list(home.instances().values()) == [str(place)], "one instance in the new place")
-        wait_until(lambda: not home.list.exists() and home.converts(), "the new instance at work")
+        wait_until(home.converts, "the new instance at work")
         home.may_finish.touch()
         wait_until(lambda: all(home.has_output(movie + ".mp4") for movie in movies), "the movies")
         self.assertEqual(sorted(path.name for path in home.out.iterdir()), sorted(movie + ".mp4" for movie in movies))

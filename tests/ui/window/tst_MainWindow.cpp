@@ -556,6 +556,45 @@ private Q_SLOTS:
         QVERIFY(drawn("1", QRect(0, 0, kDigit, 30)) != drawn("2", QRect(0, 0, kDigit, 30)));
     }
 
+    void whatTheLastSessionLeftIsOffered_data() {
+        addRows<QString, bool, int>(
+            {{"continued by keyboard", "continueButton", true, 3}, {"forgotten", "forgetButton", false, 0}});
+    }
+    void whatTheLastSessionLeftIsOffered() {
+        const auto [name, byKeyboard, count] = row<QString, bool, int>();
+        Queued app({"a.mkv", "b.mkv", "c.mkv"}, Queued::Begins::Paused);
+        QVERIFY(!app.find<QWidget>("lastQueueBar")->isVisible());
+        app.delegate.terminate(false);
+        app.window->hide();
+
+        AppDelegate next(app.panels);
+        MainWindow window(next);
+        next.applicationWillFinishLaunching();
+        window.show();
+        window.activateWindow();
+        const auto* bar = window.findChild<QWidget*>("lastQueueBar");
+        QVERIFY(!bar->isVisible());
+        next.openFirstFiles({});
+        QTRY_VERIFY(bar->isVisible());
+        QVERIFY(bar->accessibleName().startsWith("3 movie"));
+        auto* button = bar->findChild<QPushButton*>(name);
+        QCOMPARE(button->accessibleDescription(), bar->accessibleName());
+        QCOMPARE(next.queue().count(), 0);
+        if (byKeyboard) {
+            constexpr int kManyWidgets = 30;
+            for (int i = 0; i < kManyWidgets && window.focusWidget() != button; ++i)
+                QTest::keyClick(window.focusWidget() ? window.focusWidget() : &window, Qt::Key_Tab);
+            QCOMPARE(window.focusWidget(), button);
+            QTest::keyClick(button, Qt::Key_Return);
+        } else {
+            QTest::mouseClick(button, Qt::LeftButton);
+        }
+        QVERIFY(!bar->isVisible());
+        QTRY_VERIFY(!next.lastQueue().isReturning());
+        QCOMPARE(next.queue().count(), count);
+        if (count > 0) QCOMPARE(next.queue().job(0)->fileInfo().fileName, "a.mkv");
+    }
+
     void buttonsByState() {
         const auto enabled = [](JobState state) {
             QString letters;
