@@ -14,7 +14,7 @@ if __name__ == "__main__" and MAY_MOUNT not in os.environ:
     if allowed:
         os.execvp("unshare", ["unshare", "-rm", sys.executable, *sys.argv])
 
-from support import CliTest, movie  # noqa: E402  It makes a folder, of which only one process may know.
+from support import CliTest, movie, wait_until  # noqa: E402  It makes a folder, of which only one process may know.
 
 OUTPUT, DATA, SETTINGS = "out", ".data", ".config"
 NOT_WRITEABLE = "You don't seem to have write access"
@@ -22,6 +22,12 @@ SAVING = "The settings can't be saved in"
 NOTE = "Movie conversion failed because a note about it can't be saved in the application's private data"
 DELETES = ("--set", "AutoRemove=1", "--set", "AutoRemoveType=1")
 REPLACES = ("convert", "Movie.mkv", "--output", "out/Movie.mp4", *DELETES)
+
+
+def is_settled(disk):
+    """The kernel gives deleted files free a moment after the processes that were confined to them have ended."""
+    status = os.statvfs(disk)
+    return status.f_files - status.f_ffree == 1 + len(list(disk.rglob("*")))
 
 
 def fill(folder):
@@ -88,6 +94,7 @@ class Disks(CliTest):
                 self.run_cli("convert", "Movie.mkv", "--to", OUTPUT)
                 (self.folder / "out/Movie.mp4").write_text("old")
                 settings = self.settings_file.read_bytes()
+                self.assertTrue(wait_until(lambda: is_settled(disk)))
                 trouble(disk)
                 result = self.run_cli(*command, status=status)
                 self.assertEqual(1, result.err.count(says), result.err)
