@@ -47,7 +47,7 @@ bool complete(const Trash& trash, const QString& source) {
     bool isDone = true;
     for (const QFileInfo& information : found) {
         if (information.size() != 0 || !information.fileName().startsWith(name)) continue;
-        const QString moved = trash.folder + "/files/" + information.fileName().chopped(qstrlen(kEnding));
+        const QString moved = trash.folder + "/files/" + information.completeBaseName();
         const bool isRepaired = filesteps::isTaken(moved) ? write(information.filePath(), trash.origin)
                                                           : filesteps::remove(information.filePath()) == 0;
         if (!isRepaired) isDone = false;
