@@ -70,11 +70,11 @@ void QueueStore::begin(const QByteArray& bytes, bool exists) {
     connect(m_file.get(), &JournalFile::failed, this, &QueueStore::onFailed);
     connect(m_file.get(), &JournalFile::written, this, [this] { m_hasFailed = false; });
     if (read.isDamaged) {
-        const QString aside = files::uniqueFile(m_folder + "/queue-damaged.journal");
+        const QString aside = files::uniqueFile(m_folder + "/damaged.journal");
         QFile::copy(path, aside);
-        Q_EMIT problem(Texts::tr("The stored queue was damaged. It is kept as '%1'; what could be read of it "
-                                 "is used.")
-                           .arg(aside));
+        Q_EMIT problem(
+            Texts::tr("The stored queue was damaged. It is kept as '%1'; what could be read of it is used.")
+                .arg(aside));
         logError("Error: the stored queue was damaged and is kept as '%@'", aside);
     }
     follow();
@@ -246,7 +246,7 @@ void QueueStore::settle() {
 }
 
 void QueueStore::forget() {
-    QSaveFile copy(m_folder + "/queue-forgotten.journal");
+    QSaveFile copy(m_folder + "/forgotten.journal");
     if (!copy.open(QIODevice::WriteOnly) || copy.write(queuerecords::whole(m_last)) < 0 || !copy.commit())
         logError("Error: the queue of the last session was not kept: %@", copy.errorString());
     QList<quint64> ids;

@@ -342,7 +342,7 @@ private Q_SLOTS:
         QCOMPARE(app.onDisk(), "");
         // Put back, it is offered again.
         QFile::remove(app.journal());
-        QVERIFY(QFile::rename(app.folder() + "/queue-forgotten.journal", app.journal()));
+        QVERIFY(QFile::rename(app.folder() + "/forgotten.journal", app.journal()));
         QCOMPARE(app.next()->lastQueue().count(), 2);
     }
 
@@ -371,7 +371,7 @@ private Q_SLOTS:
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
         file.close();
         auto next = app.next();
-        const QString aside = app.folder() + "/queue-damaged.journal";
+        const QString aside = app.folder() + "/damaged.journal";
         QCOMPARE(app.status, "The stored queue was damaged. It is kept as '" + aside +
                                  "'; what could be read of it is used.");
         QCOMPARE(logged().size(), 1);
