@@ -12,6 +12,16 @@
     </message>
 </context>
 <context>
+    <name>LastQueueBar</name>
+    <message numerus="yes">
+        <source>%n movie(s) from last time</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+</context>
+<context>
     <name>Ravelin</name>
     <message numerus="yes">
         <source>Waiting for %n file(s) to be complete.</source>
@@ -123,6 +133,27 @@
         <translation>
             <numerusform> (and %n more)</numerusform>
             <numerusform> (and %n more)</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n chapter(s)</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>no progress for %n second(s)</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>no progress for %n minute(s)</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
         </translation>
     </message>
 </context>
