@@ -15,9 +15,9 @@
     <name>LastQueueBar</name>
     <message numerus="yes">
         <source>%n movie(s) from last time</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n movie from last time</numerusform>
+            <numerusform>%n movies from last time</numerusform>
         </translation>
     </message>
 </context>
@@ -137,23 +137,23 @@
     </message>
     <message numerus="yes">
         <source>%n chapter(s)</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n chapter</numerusform>
+            <numerusform>%n chapters</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>no progress for %n second(s)</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>no progress for %n second</numerusform>
+            <numerusform>no progress for %n seconds</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>no progress for %n minute(s)</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>no progress for %n minute</numerusform>
+            <numerusform>no progress for %n minutes</numerusform>
         </translation>
     </message>
 </context>
