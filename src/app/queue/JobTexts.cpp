@@ -5,6 +5,7 @@
 #include "convert/StatusText.h"
 #include "convert/plan/PlanText.h"
 #include "convert/proof/ReceiptText.h"
+#include "support/base/Format.h"
 #include "support/base/Texts.h"
 
 #include <QLocale>
@@ -40,6 +41,13 @@ QString JobNote::text() const {
     return verdictText.isEmpty() || plan.isEmpty() ? verdictText + plan : verdictText + separator() + plan;
 }
 
+QString jobStatus(const ConversionJob& job) {
+    const double stalled = job.stalledSeconds();
+    if (stalled == 0) return job.stateInfoString();
+    const QString status = Texts::tr("Status: %1").arg(nameOfState(job.state()));
+    return makeString("%@   %@", status, stallText(stalled));
+}
+
 JobNote jobNote(const ConversionJob& job) {
     JobNote note;
     switch (job.state()) {
@@ -57,8 +65,6 @@ JobNote jobNote(const ConversionJob& job) {
             note.verdictText = job.explanation().message.section(u'\n', 0, 0);
             break;
         case JobState::Converting:
-            if (const double stalled = job.stalledSeconds(); stalled > 0) note.plan = stallText(stalled);
-            break;
         case JobState::Paused:
             break;
     }
@@ -71,7 +77,7 @@ QList<DetailSection> jobDetails(const ConversionJob& job) {
         if (!lines.isEmpty()) sections.append({title, lines, isVerbatim});
     };
     add(Texts::tr("Files"), fileLines(job.fileInfo()));
-    QStringList status = {job.stateInfoString()};
+    QStringList status = {jobStatus(job)};
     if (job.state() == JobState::Failed) status += job.explanation().message;
     add(Texts::tr("Status"), status);
     if (!job.isUnprobed()) add(Texts::tr("Plan"), plantext::lines(job.plan()));

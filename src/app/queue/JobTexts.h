@@ -12,6 +12,9 @@
 
 class ConversionJob;
 
+/// The status text, or that the job makes no progress. Main thread only.
+QString jobStatus(const ConversionJob& job);
+
 /// What there is to say about a job beside its status, in one line: the plan while it waits, the receipt when
 /// it is finished, the reason when it failed.
 struct JobNote {

@@ -58,7 +58,7 @@ QVariant JobListModel::data(const QModelIndex& index, int role) const {
                                                     shown->fileInfo().destinationURL.toLocalFile()),
                                          "\n", *shown));
         case Qt::AccessibleTextRole:
-            return withNote(makeString("%@, %@", shown->fileInfo().fileName, shown->stateInfoString()), ", ",
+            return withNote(makeString("%@, %@", shown->fileInfo().fileName, jobStatus(*shown)), ", ",
                             *shown);
         case JobRole:
             return QVariant::fromValue(shown);
@@ -67,7 +67,7 @@ QVariant JobListModel::data(const QModelIndex& index, int role) const {
         case ProgressRole:
             return shown->progress();
         case StatusRole:
-            return shown->stateInfoString();
+            return jobStatus(*shown);
         case NoteRole:
             return QVariant::fromValue(jobNote(*shown));
         default:
