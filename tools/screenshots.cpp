@@ -170,6 +170,27 @@ void queueWindow() {
     save(*app.window, "paused");
 }
 
+/// What a session leaves, offered by the next one.
+void lastQueue() {
+    WindowedApplication app;
+    app.queue().pauseContinueClicked(true);
+    for (const char* name : {"Winter Light - Director's Cut.mkv", "The Long Way to Lisbon (2019).mkv"})
+        app.add(name);
+    app.delegate.terminate(false);
+    AppDelegate next(app.panels);
+    MainWindow window(next);
+    next.applicationWillFinishLaunching();
+    window.show();
+    next.openFirstFiles({});
+    save(window, "last-queue-empty");
+    next.queue().pauseContinueClicked(true);
+    app.window->hide();
+    setDefaultInt(kAutoAddKey, 1);
+    next.openFiles({app.write("Harbour Stories S01E01.mkv")});
+    waitUntil([&] { return next.queue().count() == 1 && !next.addSheet().isShown(); });
+    save(window, "last-queue");
+}
+
 void scanningWindow() {
     WindowedApplication app;
     app.tool.setReport("");
@@ -382,6 +403,7 @@ int main(int argc, char** argv) {
     useDarkPalette(parser.isSet("dark"));
     emptyWindow();
     queueWindow();
+    lastQueue();
     scanningWindow();
     rightToLeft();
     largeFont();
