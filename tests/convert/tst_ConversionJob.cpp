@@ -80,8 +80,8 @@ struct Stage {
             [&] { return job->state() == JobState::Finished || job->state() == JobState::Failed; }, 20000);
     }
     qint64 waitUntilItRuns() {
-        if (!QTest::qWaitFor([&] { return QFile::exists(tool.runningMark()); }, 20000)) return 0;
-        return files::contents(tool.runningMark())->trimmed().toLongLong();
+        const bool runs = QTest::qWaitFor([&] { return tool.process() > 0; }, 20000);
+        return runs ? tool.process() : 0;
     }
     /// Runs the tool; the proof waits for the test.
     bool runUntilProof() {

@@ -11,7 +11,7 @@
 namespace {
 
 // Bash, whose "read" waits without a child process: a child that is stopped between fork and exec blocks its
-// shell, which can then be neither stopped nor killed.
+// shell, which can then be neither continued nor killed. So nothing of a conversion runs in a child.
 constexpr const char* kScript = R"sh(#!/bin/bash
 folder=${0%/*}
 if [ $# -eq 2 ] && [ "$1" = -i ]; then
@@ -33,7 +33,7 @@ if [ $trial = yes ]; then
     exit 0
 fi
 printf '%s\n' "$@" > "$folder/arguments"
-echo $$ > "$folder/running.new" && mv "$folder/running.new" "$folder/running"
+echo $$ > "$folder/running"
 # A loop ends with the status of its last command, and a "read" that waited in vain has failed.
 wait_until() { until eval "$1"; do read -rt 0.02 -u 9 || true; done 9<>"$folder/nothing"; }
 . "$folder/convert"
@@ -53,6 +53,11 @@ FakeTool::FakeTool(const QString& folder) : m_folder(folder + "/resources") {
     qputenv("RAVELIN_RESOURCES", m_folder.toUtf8());
     // The script writes files of its own.
     standardUserDefaults().setOverride(kCageToolKey, qint64{0});
+}
+
+qint64 FakeTool::process() const {
+    QFile file(runningMark());
+    return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed().toLongLong() : 0;
 }
 
 QStringList FakeTool::lastArguments() const {

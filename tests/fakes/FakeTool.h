@@ -20,8 +20,10 @@ public:
     /// The shell commands of a conversion. $destination and $progress hold the paths; `wait_until
     /// "condition"` waits without a child process. The default writes an output.
     void setConversion(const QByteArray& script) const { write("convert", script); }
-    /// A file that exists as soon as a conversion runs; contains the shell's process identifier.
+    /// A file that exists as soon as a conversion runs.
     QString runningMark() const { return m_folder + "/running"; }
+    /// The shell of the last conversion; 0: none has run.
+    qint64 process() const;
     /// The arguments of the last conversion.
     QStringList lastArguments() const;
 

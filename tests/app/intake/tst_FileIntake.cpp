@@ -54,11 +54,11 @@ private Q_SLOTS:
     void endsTheProbeUnderWay() {
         const TestHome home;
         const FakeTool tool(home.path());
-        tool.setProbe("cd \"$folder\"; echo $$ > new; mv new running; exec sleep 1000");
+        tool.setProbe("echo $$ > \"$folder/running\"; exec sleep 1000");
         auto intake = std::make_unique<FileIntake>(FileIntake::Messages::Scheduled);
         intake->openFiles({home.write("a.mkv")});
-        QTRY_VERIFY(QFile::exists(tool.runningMark()));
-        const pid_t process = files::contents(tool.runningMark())->trimmed().toInt();
+        QTRY_VERIFY(tool.process() > 0);
+        const auto process = static_cast<pid_t>(tool.process());
         intake.reset();
         QVERIFY(process > 0 && ::kill(process, 0) != 0);
     }
