@@ -16,7 +16,7 @@ from contextlib import suppress
 from support import CLI, CliTest, movie, wait_until
 
 ALL_STEPS = "RAVELIN_ALL_STEPS" in os.environ
-RANDOM_KILLS = int(os.environ.get("RAVELIN_RANDOM_KILLS", 30))
+RANDOM_KILLS = int(os.environ.get("RAVELIN_RANDOM_KILLS", 100))
 PER_SCENARIO = 8  # of the sample
 DELETES = ("--set", "AutoRemove=1", "--set", "AutoRemoveType=1")
 TRASHES = ("--set", "AutoRemove=1", "--set", "AutoRemoveType=0")
