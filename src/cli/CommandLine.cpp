@@ -304,8 +304,8 @@ CommandLine CommandLine::parse(int argc, char** argv) {
     if (raw.stallLimit > 0) line.overrides.insert(settings::StallLimit.key, qint64{raw.stallLimit});
     if (!raw.style.empty()) line.overrides.insert(settings::ConversionPreset.key, styles().at(raw.style));
 
-    const auto audio = [&](const CLI::App* command) {
-        return command->get_option("--audio")->count() > 0 ? std::optional(raw.audio) : std::nullopt;
+    const auto audio = [&](const CLI::App* chosen) {
+        return chosen->get_option("--audio")->count() > 0 ? std::optional(raw.audio) : std::nullopt;
     };
     if (probe->parsed()) {
         line.command = ProbeOptions{raw.json, decoded(raw.paths)};
