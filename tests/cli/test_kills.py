@@ -20,7 +20,8 @@ RANDOM_KILLS = int(os.environ.get("RAVELIN_RANDOM_KILLS", 100))
 PER_SCENARIO = 8  # of the sample
 DELETES = ("--set", "AutoRemove=1", "--set", "AutoRemoveType=1")
 TRASHES = ("--set", "AutoRemove=1", "--set", "AutoRemoveType=0")
-FAILS = '[ $converts ] || exec "$real" "$@"; "$real" "$@"; exit 1'
+# The real tool dies with its shell, as it does where it is the application's own child.
+FAILS = '[ $converts ] || exec "$real" "$@"; setpriv --pdeathsig KILL "$real" "$@"; exit 1'
 # What is converted how, over which file, with which tool.
 SCENARIOS = {
     "beside": (DELETES, None, None), "to the trash": (TRASHES, None, None), "fails": (DELETES, None, FAILS),

@@ -234,8 +234,7 @@ QStringList names(bool isAvailable) {
     return names;
 }
 
-void logOnce(const QString& line) {
-    static std::once_flag isLogged;
+void logOnce(std::once_flag& isLogged, const QString& line) {
     std::call_once(isLogged, [&] { qn_log_message(kLogError, line); });
 }
 
@@ -259,15 +258,19 @@ QString refusal(CageMode mode) {
 }
 
 void enclose(QProcess& process, const Room& room, CageMode mode) {
+    static std::once_flag isOffLogged;
+    static std::once_flag isLackLogged;
     if (mode == CageMode::Off) {
-        logOnce("Error: the conversion tool is started without its cage");
+        logOnce(isOffLogged, "Error: the conversion tool is started without its cage");
         return;
     }
     if (!available().isWhole())
-        logOnce("Error: the cage of the conversion tool lacks: " + names(false).join(", "));
-    const QStringList executed = programs::executed(process.program());
-    // A file that cannot be executed: the start fails, and its error tells why.
-    if (executed.isEmpty() || !programPath().set(process.program())) return;
+        logOnce(isLackLogged, "Error: the cage of the conversion tool lacks: " + names(false).join(", "));
+    // The start fails, and its error tells why.
+    if (!QFile::exists(process.program()) || !programPath().set(process.program())) return;
+    QStringList executed = programs::executed(process.program());
+    // A file that may be executed but not read starts in the cage, too, if it needs no loader.
+    if (executed.isEmpty()) executed = {process.program()};
     const auto entry = std::make_shared<const Entry>(process, executed, room, mode);
     childprocess::runInChild(process, [entry] { entry->start(); });
 }
