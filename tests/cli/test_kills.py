@@ -20,8 +20,8 @@ RANDOM_KILLS = int(os.environ.get("RAVELIN_RANDOM_KILLS", 100))
 PER_SCENARIO = 8  # of the sample
 DELETES = ("--set", "AutoRemove=1", "--set", "AutoRemoveType=1")
 TRASHES = ("--set", "AutoRemove=1", "--set", "AutoRemoveType=0")
-# The real tool dies with its shell, as it does where it is the application's own child.
-FAILS = '[ $converts ] || exec "$real" "$@"; setpriv --pdeathsig KILL "$real" "$@"; exit 1'
+# As on a full disk. The tool takes the place of the shell: a child of its own would outlive it for a moment.
+FAILS = '[ ! $converts ] || { trap "" XFSZ; ulimit -f 16; }; exec "$real" "$@"'
 # What is converted how, over which file, with which tool.
 SCENARIOS = {
     "beside": (DELETES, None, None), "to the trash": (TRASHES, None, None), "fails": (DELETES, None, FAILS),

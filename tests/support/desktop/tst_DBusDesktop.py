@@ -231,20 +231,27 @@ class DesktopTest(dbusmock.DBusTestCase):
 
     def test_appearance_of_a_portal_that_comes_late(self):
         portal = self.portal("Settings", "Appear", "", "", f"self.connection.request_name({PORTAL!r})", name="example.stand.in")
-        portal.AddMethod("", "ReadAll", "as", "a{sa{sv}}",
-                         "ret = {'org.freedesktop.appearance': {'color-scheme': dbus.UInt32(1), 'contrast': 'x'}, "
-                         "'org.gnome.desktop.interface': {'enable-animations': dbus.Boolean(False, variant_level=2)}}")
+
+        def values(scheme, animations):
+            portal.AddMethod("", "ReadAll", "as", "a{sa{sv}}",
+                             f"ret = {{'org.freedesktop.appearance': {{'color-scheme': dbus.UInt32({scheme}), 'contrast': 'x'}}, "
+                             f"'org.gnome.desktop.interface': {{'enable-animations': dbus.Boolean({animations}, variant_level=2)}}}}")
+
+        values(1, False)
         self.probe.send("appearance")
         portal.Appear(dbus_interface="org.freedesktop.portal.Settings")
         self.probe.line_is("dark, still")
-        for group, key, value, told in (("org.freedesktop.appearance", "color-scheme", dbus.UInt32(1), None),
-                                        ("org.freedesktop.appearance", "accent-color", dbus.UInt32(2), None),
-                                        ("org.freedesktop.appearance", "color-scheme", dbus.UInt32(2), "light, still"),
-                                        ("org.gnome.desktop.interface", "color-scheme", dbus.UInt32(1), None),
-                                        ("org.gnome.desktop.interface", "enable-animations", True, "light, moving")):
+        for group, key, value, now, told in (
+                ("org.freedesktop.appearance", "color-scheme", dbus.UInt32(1), (1, False), None),
+                ("org.freedesktop.appearance", "accent-color", dbus.UInt32(2), (1, False), None),
+                ("org.freedesktop.appearance", "color-scheme", dbus.UInt32(2), (2, False), "light, still"),
+                ("org.gnome.desktop.interface", "color-scheme", dbus.UInt32(1), (2, False), None),
+                ("org.gnome.desktop.interface", "enable-animations", True, (2, True), "light, moving")):
+            values(*now)  # It may be asked a second time, since it came while it was asked.
             portal.EmitSignal("", "SettingChanged", "ssv", [group, key, value])
             if told:
                 self.probe.line_is(told)
+        values(1, False)
         self.restart()
         self.probe.send("appearance")
         self.probe.line_is("dark, still")
