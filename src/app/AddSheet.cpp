@@ -6,30 +6,15 @@
 #include "app/queue/JobQueue.h"
 #include "convert/plan/PlanText.h"
 #include "settings/Changes.h"
-#include "settings/Keys.h"
 #include "settings/Settings.h"
-#include "support/alerts/Alert.h"
-#include "support/alerts/AlertQueue.h"
-#include "support/base/Files.h"
-#include "support/base/Format.h"
-#include "support/base/Text.h"
-#include "support/base/Texts.h"
-#include "support/store/Defaults.h"
-#include "support/store/FolderAccess.h"
 
 #include <QFileInfo>
 
-namespace {
-
-QString folderOf(const QString& path) {
-    return QFileInfo(path).path();
-}
-
-}  // namespace
+#include <utility>
 
 AddSheet::AddSheet(FileIntake& intake, JobQueue& queue, Destinations& destinations, FilePanels& panels,
                    QObject* parent)
-    : QObject(parent), m_intake(intake), m_queue(queue), m_destinations(destinations), m_panels(panels) {
+    : QObject(parent), m_intake(intake), m_queue(queue), m_destinations(destinations), m_confirmation(intake, queue, destinations, panels) {
     connect(&intake, &FileIntake::scanningStarted, this, &AddSheet::showScanning);
     connect(&intake, &FileIntake::scanningEnded, this, &AddSheet::changed);
     connect(&intake, &FileIntake::fileAccepted, this, &AddSheet::showAccepted);
@@ -40,6 +25,8 @@ AddSheet::AddSheet(FileIntake& intake, JobQueue& queue, Destinations& destinatio
         Q_EMIT changed();
     });
     connect(&queue, &JobQueue::pausedChanged, this, &AddSheet::changed);
+    connect(&m_confirmation, &Confirmation::message, this, &AddSheet::message);
+    connect(&destinations.destinationPopUp(), &DestinationPopUp::changed, this, &AddSheet::planChanged);
     // Nearly every setting of a conversion shows in the plan.
     connect(&settings::Changes::shared(), &settings::Changes::changed, this, &AddSheet::planChanged);
 }
@@ -94,16 +81,28 @@ void AddSheet::setTopConstraint(double height) {
 
 void AddSheet::showScanning(const QString& path) {
     m_path = path;
-    m_destinations.rebuildDestinationPopUp();
+    suggestDestination();
     Q_EMIT changed();
     setTopConstraint(kShown);
 }
 
 void AddSheet::showAccepted() {
     m_selectedAudio = m_intake.bestLanguage().value_or(0);
-    m_destinations.rebuildDestinationPopUp();
+    suggestDestination();
     Q_EMIT changed();
-    if (settings::AutoAdd.value()) addToQueue();
+    if (m_confirmation.isAddingAll()) {
+        m_confirmation.addNext(m_selectedAudio);
+    } else if (settings::AutoAdd.value()) {
+        addToQueue();
+    }
+}
+
+/// What the user chose for a movie is kept for those that came with it.
+void AddSheet::suggestDestination() {
+    const int drop = m_intake.drops().numberOf(m_path);
+    const bool isSame = drop == std::exchange(m_drop, drop);
+    const bool isKept = m_confirmation.isAddingAll() || (isSame && m_destinations.destinationPopUp().isChosen());
+    if (!isKept) m_destinations.rebuildDestinationPopUp();
 }
 
 void AddSheet::cancelAdd() {
@@ -120,100 +119,32 @@ void AddSheet::cancelAll() {
     cancelAdd();
 }
 
-bool AddSheet::isStillCurrent(const QString& path) const {
-    return m_intake.fileInfo() && m_intake.fileInfo()->fileURL.toLocalFile() == path;
-}
-
 void AddSheet::addToQueue() {
-    if (!m_intake.fileInfo()) return;
-    const DestinationPopUp& popUp = m_destinations.destinationPopUp();
-    const qsizetype selected = popUp.selected();
-    if (selected < 0 || selected >= popUp.items().size()) {
-        Q_EMIT message(Texts::tr("Please choose a destination."));
-        return;
-    }
-    switch (popUp.items()[selected].kind) {
-        case DestinationItem::Kind::Ask:
-            askForDestination();
-            return;
-        case DestinationItem::Kind::NextToSource:
-            goNextToSource(true);
-            return;
-        case DestinationItem::Kind::Folder:
-            goToStoredFolder(selected - DestinationPopUp::kFirstFolder);
-            return;
-        case DestinationItem::Kind::Separator:
-        case DestinationItem::Kind::Choose:
-        case DestinationItem::Kind::Clear:
-            return;
-    }
+    m_confirmation.add(m_selectedAudio);
 }
 
-void AddSheet::askForDestination() {
-    const QString source = m_intake.fileInfo()->fileURL.toLocalFile();
-    m_panels.saveFile(folderOf(source), outputname::outputFileName(m_intake.fileInfo()->fileName),
-                      outputname::outputExtension(), [this, source](const QString& path) {
-                          if (!isStillCurrent(source)) return;
-                          if (outputname::isSameFile(path, source)) {
-                              alert_apptitled(text::localized(outputname::kOverwritesSource),
-                                              Texts::tr("D'oh"));
-                              return;
-                          }
-                          // The panel has already asked whether to replace an existing file.
-                          const bool replaces = QFileInfo::exists(path) && !m_queue.willWrite(path);
-                          addJob(replaces ? path : m_queue.uniqueDestination(path), {}, replaces);
-                      });
+void AddSheet::addAll() {
+    m_confirmation.addAll(m_selectedAudio);
 }
 
-void AddSheet::goNextToSource(bool mayAsk) {
-    const QString source = m_intake.fileInfo()->fileURL.toLocalFile();
-    const QString target =
-        folderOf(source) + u'/' + outputname::outputFileName(m_intake.fileInfo()->fileName);
-    if (const auto folder = m_destinations.openedFolderFor(target)) {
-        const bool isOpen = folder->securityScoped && folderaccess::startAccessing(folder->path);
-        addJob(m_queue.uniqueDestination(target), isOpen ? folder->path : QString(), false);
-        return;
-    }
-    if (!mayAsk) {
-        alert_apptitled(Texts::tr("You did not seem to select a folder that contains your MKV."),
-                        Texts::tr("Cancel"));
-        return;
-    }
-    alert_apptitled(
-        Texts::tr(
-            "You've chosen the 'Next to' default destination for converted MP4 files. Since Apple's SandBox limits access to your files you have to open the folder that contains all MKV files that you want to convert"),
-        Texts::tr("OK"));
-    m_panels.chooseFolder(FilePanels::Over::MainWindow, folderOf(source),
-                          [this, source](const QString& path) {
-                              m_destinations.addOpenedFolder(path);
-                              if (isStillCurrent(source)) goNextToSource(false);
-                          });
+QString AddSheet::notice() const {
+    // Of movies that are added without the user there is nothing to read.
+    if (!m_intake.fileInfo() || m_confirmation.isAddingAll() || settings::AutoAdd.value()) return {};
+    if (m_queue.willConvert(m_path)) return tr("This movie is in the queue already.");
+    const QString output = m_confirmation.expectedOutput();
+    if (output.isEmpty() || outputname::isSameFile(output, m_path) || !QFileInfo::exists(output)) return {};
+    return tr("“%1” is there already; this output will be “%2”.")
+        .arg(QFileInfo(output).fileName(), QFileInfo(m_queue.uniqueDestination(output)).fileName());
 }
 
-void AddSheet::goToStoredFolder(qsizetype number) {
-    // A folder on a disk that was unplugged meanwhile is reported to the user; it is not a program error.
-    if (const QString problem = m_destinations.problemOfFolder(number); !problem.isEmpty()) {
-        alert_apptitled(
-            Texts::tr("The destination folder can not be used now. %1 Please choose another destination.")
-                .arg(problem),
-            Texts::tr("OK"));
-        return;
-    }
-    const QString folder = m_destinations.openFolder(number);
-    const QString name = outputname::outputFileName(m_intake.fileInfo()->fileName);
-    addJob(m_queue.uniqueDestination(folder + u'/' + name), folder, false);
+QString AddSheet::droppedFolder() const {
+    return m_path.isEmpty() ? QString() : m_intake.drops().folderOf(m_path);
 }
 
-void AddSheet::addJob(const QString& destination, const QString& securityFolder, bool mayReplace) {
-    MKVFileInfo info = *m_intake.fileInfo();
-    info.destinationURL = QUrl::fromLocalFile(destination);
-    if (!securityFolder.isEmpty()) info.securityURL = QUrl::fromLocalFile(securityFolder);
-    auto job = std::make_unique<ConversionJob>(m_queue, std::move(info), m_selectedAudio);
-    job->presetSpeedInfo();
-    job->setMayReplaceDestination(mayReplace);
-    if (m_queue.addJob(std::move(job))) return;
-    const QString warning =
-        makeString("%@\n\n%@", text::localized(JobQueue::kNotWriteable),
-                   Texts::tr("The movie “%1” stays on the sheet.").arg(m_intake.fileInfo()->fileName));
-    showInTurn([warning] { alert_apptitled(warning, Texts::tr("OK")); }, warning);
+bool AddSheet::keepsFolders() const {
+    return settings::KeepFolderTree.value();
+}
+
+void AddSheet::setKeepsFolders(bool keeps) {
+    settings::KeepFolderTree.setValue(keeps);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/Confirmation.h"
 #include "convert/plan/ConversionPlan.h"
 
 #include <QObject>
@@ -49,9 +50,17 @@ public:
     /// The movie is converted without its subtitle file.
     void removeSubtitleFile();
 
-    /// Confirms the movie: creates the job and queues it, after the file panels that the selected destination
-    /// needs.
+    /// Confirms the movie; see Confirmation::add().
     void addToQueue();
+    /// Confirms this movie and all waiting ones; see Confirmation::addAll().
+    void addAll();
+    /// What the user should know before: the movie is in the queue already, or its output exists. Empty: nothing.
+    QString notice() const;
+    /// The movie's folder relative to where the added folder is; empty: the movie was added by itself.
+    QString droppedFolder() const;
+    /// Whether outputs get these folders, too, below the destination.
+    bool keepsFolders() const;
+    void setKeepsFolders(bool keeps);
     /// Skips the movie, also while it is probed, and continues with the next one.
     void cancelAdd();
     /// Skips the movie and all waiting ones.
@@ -62,7 +71,8 @@ public:
 Q_SIGNALS:
     /// Emitted for every change except those of the selected audio track and destination.
     void changed();
-    /// The plan may have changed with the selected audio track or a setting. changed() implies it, too.
+    /// The plan or the notice may have changed with the selected audio track, the destination or a setting.
+    /// changed() implies it, too.
     void planChanged();
     void topConstraintChanged(double height);
     /// Message for the status area.
@@ -72,17 +82,14 @@ private:
     void showScanning(const QString& path);
     void showAccepted();
     void setTopConstraint(double height);
-    bool isStillCurrent(const QString& path) const;
-    void askForDestination();
-    void goNextToSource(bool mayAsk);
-    void goToStoredFolder(qsizetype number);
-    void addJob(const QString& destination, const QString& securityFolder, bool mayReplace);
+    void suggestDestination();
 
     FileIntake& m_intake;
     JobQueue& m_queue;
     Destinations& m_destinations;
-    FilePanels& m_panels;
+    Confirmation m_confirmation;
     double m_topConstraint = kHidden;
     QString m_path;
+    int m_drop = 0;  ///< With which it came.
     qsizetype m_selectedAudio = 0;
 };

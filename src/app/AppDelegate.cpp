@@ -11,6 +11,7 @@
 #include "support/alerts/AlertQueue.h"
 #include "support/alerts/SaveSettings.h"
 #include "support/base/ApplicationInfo.h"
+#include "support/base/Collections.h"
 #include "support/base/Format.h"
 #include "support/base/Texts.h"
 #include "support/desktop/Desktop.h"
@@ -24,6 +25,14 @@
 #include <QTimer>
 
 #include <algorithm>
+
+namespace {
+
+bool isFolder(const QString& path) {
+    return QFileInfo(path).isDir();
+}
+
+}  // namespace
 
 void AppDelegate::initialize() {
     settings::registerDefaults();
@@ -127,8 +136,7 @@ void AppDelegate::applicationWillTerminate() {
     m_lastQueue.stop();
     m_store.close();
     Q_EMIT terminating();
-    m_intake.clearImportFiles();
-    m_intake.cancelProbe();
+    m_intake.stop();
     saveSettings();
     m_watchFolder.stopAccess();
     m_queue.removeAll();
@@ -181,34 +189,33 @@ void AppDelegate::openFiles(const QStringList& paths) {
     QList<QUrl> given;
     for (const QString& path : paths)
         given.append(QUrl::fromLocalFile(path));
-    const bool hasFolder =
-        std::ranges::any_of(paths, [](const QString& path) { return QFileInfo(path).isDir(); });
-    if (hasFolder) {
+    if (std::ranges::any_of(paths, isFolder)) {
         // Searching a large folder on a slow disk takes time.
         m_searchedPaths += paths;
         m_store.setSearchedPaths(m_searchedPaths);
         dispatch_async_back([self = QPointer(this), paths, given, isStopped = m_isStopped] {
             const QStringList files = moviefiles::withFoldersSearched(paths, isStopped.get());
-            dispatch_async_main([self, paths, files, given] {
+            const QStringList folders = collections::filtered(paths, isFolder);
+            dispatch_async_main([self, paths, files, folders, given] {
                 if (!self) return;
                 for (const QString& path : paths)
                     self->m_searchedPaths.removeOne(path);
-                self->addFiles(files, given);
+                self->addFiles(files, folders, given);
                 self->m_store.setSearchedPaths(self->m_searchedPaths);
             });
         });
     } else {
-        addFiles(paths, given);
+        addFiles(paths, {}, given);
     }
     Q_EMIT mainWindowRequested();
 }
 
-void AppDelegate::addFiles(const QStringList& files, const QList<QUrl>& given) {
+void AppDelegate::addFiles(const QStringList& files, const QStringList& folders, const QList<QUrl>& given) {
     if (m_terminates) return;
     const bool isUseful = std::ranges::any_of(
         files, [](const QString& path) { return moviefiles::isMovie(path) || moviefiles::isSubtitle(path); });
     showRefusal(isUseful || given.isEmpty() ? QString() : droppedfiles::refusal(given));
-    m_intake.openFiles(files);
+    m_intake.openFiles(files, folders);
 }
 
 void AppDelegate::showRefusal(const QString& reason) {

@@ -14,6 +14,8 @@ namespace {
 // shell, which can then be neither continued nor killed. So nothing of a conversion runs in a child.
 constexpr const char* kScript = R"sh(#!/bin/bash
 folder=${0%/*}
+# A loop ends with the status of its last command, and a "read" that waited in vain has failed.
+wait_until() { until eval "$1"; do read -rt 0.02 -u 9 || true; done 9<>"$folder/nothing"; }
 if [ $# -eq 2 ] && [ "$1" = -i ]; then
     . "$folder/probe"
     exit 1
@@ -34,8 +36,6 @@ if [ $trial = yes ]; then
 fi
 printf '%s\n' "$@" > "$folder/arguments"
 echo $$ > "$folder/running"
-# A loop ends with the status of its last command, and a "read" that waited in vain has failed.
-wait_until() { until eval "$1"; do read -rt 0.02 -u 9 || true; done 9<>"$folder/nothing"; }
 . "$folder/convert"
 )sh";
 

@@ -13,12 +13,13 @@ public:
 
     /// What a probe prints, on standard error like the real tool.
     void setReport(const QByteArray& report) const { write("report", report); }
-    /// The shell commands of a probe, as an alternative; $folder is the folder of runningMark().
+    /// The shell commands of a probe, as an alternative; $folder is the folder of runningMark(), $2 the movie.
+    /// `wait_until "condition"` waits without a child process.
     void setProbe(const QByteArray& script) const { write("probe", script); }
     /// What a trial run prints.
     void setTrial(const QByteArray& output) const { write("trial", output); }
-    /// The shell commands of a conversion. $destination and $progress hold the paths; `wait_until
-    /// "condition"` waits without a child process. The default writes an output.
+    /// The shell commands of a conversion. $destination and $progress hold the paths; for
+    /// `wait_until` see above. The default writes an output.
     void setConversion(const QByteArray& script) const { write("convert", script); }
     /// A file that exists as soon as a conversion runs.
     QString runningMark() const { return m_folder + "/running"; }

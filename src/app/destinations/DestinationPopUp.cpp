@@ -31,7 +31,13 @@ void DestinationPopUp::select(qsizetype index) {
     Q_EMIT changed();
 }
 
+void DestinationPopUp::choose(qsizetype index) {
+    m_isChosen = true;
+    select(index);
+}
+
 void DestinationPopUp::rebuild(const QStringList& names, qsizetype index) {
+    m_isChosen = false;
     m_items = itemsFor(m_place, names);
     select(index);
 }

@@ -38,6 +38,10 @@ public:
     qsizetype selected() const { return m_selected; }
     /// The index of a separator, or one past the last item, is accepted: nothing is selected then.
     void select(qsizetype index);
+    /// The user selects it.
+    void choose(qsizetype index);
+    /// Whether the user has selected something since rebuild().
+    bool isChosen() const { return m_isChosen; }
     /// Sets the stored folders to `names` and selects `index`.
     void rebuild(const QStringList& names, qsizetype index);
 
@@ -49,4 +53,5 @@ private:
     const Place m_place;
     QList<DestinationItem> m_items;
     qsizetype m_selected = 0;
+    bool m_isChosen = false;
 };

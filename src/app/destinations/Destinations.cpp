@@ -188,6 +188,7 @@ Destinations::Changes Destinations::updateStoredFolders(Occasion occasion) {
 
 void Destinations::restoreReturned() {
     const qsizetype selected = m_addSheet.selected();
+    const bool isChosen = m_addSheet.isChosen();
     const bool isFolder = selected >= DestinationPopUp::kFirstFolder &&
                           selected < m_addSheet.items().size() &&
                           m_addSheet.items()[selected].kind == DestinationItem::Kind::Folder;
@@ -203,6 +204,7 @@ void Destinations::restoreReturned() {
     m_addSheet.rebuild(titles(), isFolder ? DestinationPopUp::kFirstFolder + bookmarks().indexOf(chosen)
                                  : selected < DestinationPopUp::kFirstFolder ? selected
                                                                              : kNone);
+    if (isChosen) m_addSheet.choose(m_addSheet.selected());
     Q_EMIT message(returnedText(returned));
 }
 
@@ -269,7 +271,7 @@ void Destinations::store(const QString& folder, DestinationPopUp::Place sender) 
         setDefaultDestination(added);
     } else {
         rebuildDestinationPopUp();
-        m_addSheet.select(added);
+        m_addSheet.choose(added);
     }
 }
 
@@ -293,6 +295,10 @@ std::optional<Destinations::OpenedFolder> Destinations::openedFolderFor(const QS
     const auto found = std::find_if(m_openedFolders.crbegin(), m_openedFolders.crend(),
                                     [&](const OpenedFolder& folder) { return path.startsWith(folder.path); });
     return found == m_openedFolders.crend() ? std::nullopt : std::optional(*found);
+}
+
+QString Destinations::storedFolder(qsizetype number) const {
+    return folderaccess::placeOf(bookmarks().value(number).toByteArray());
 }
 
 QString Destinations::problemOfFolder(qsizetype number) const {

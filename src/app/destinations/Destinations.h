@@ -52,6 +52,8 @@ public:
     /// The most recently opened folder whose path is a prefix of `path`.
     std::optional<OpenedFolder> openedFolderFor(const QString& path) const;
 
+    /// The path of a stored folder, which may be gone.
+    QString storedFolder(qsizetype number) const;
     /// Why the stored folder cannot be used now; empty: it can.
     QString problemOfFolder(qsizetype number) const;
     /// Opens a stored folder for a job, which closes it when it ends. Throws BookmarkProblem.

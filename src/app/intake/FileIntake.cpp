@@ -7,9 +7,33 @@
 #include "support/processes/Dispatch.h"
 #include "support/store/Defaults.h"
 
+#include <QCollator>
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QPointer>
 #include <QThreadPool>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace {
+
+/// Orders paths as people read them, from the end: the last one is taken first.
+void sortForTaking(QStringList& paths) {
+    // The language "C" has no numeric order.
+    QCollator collator(QLocale().language() == QLocale::C ? QLocale(QLocale::English) : QLocale());
+    collator.setNumericMode(true);
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    std::vector<std::pair<QCollatorSortKey, QString>> keyed;
+    keyed.reserve(static_cast<size_t>(paths.size()));
+    for (const QString& path : std::as_const(paths))
+        keyed.emplace_back(collator.sortKey(path), path);
+    std::ranges::stable_sort(keyed, [](const auto& a, const auto& b) { return b.first < a.first; });
+    std::ranges::transform(keyed, paths.begin(), [](const auto& entry) { return entry.second; });
+}
+
+}  // namespace
 
 FileIntake::FileIntake(Messages messages, QObject* parent)
     : QObject(parent), m_messages(messages), m_preferredLanguages(languages::preferredLanguages3Letter()) {}
@@ -19,11 +43,12 @@ FileIntake::~FileIntake() {
     if (isScanning()) QThreadPool::globalInstance()->waitForDone();
 }
 
-void FileIntake::openFiles(const QStringList& paths) {
+void FileIntake::openFiles(const QStringList& paths, const QStringList& folders) {
     const bool wasEmpty = m_importFiles.isEmpty();
     const moviefiles::Sorted sorted = moviefiles::sorted(paths);
     m_importSubtitleFiles.insert(sorted.subtitles);
-    m_importFiles += sorted.movies;
+    m_drops.add(sorted.movies, folders);
+    m_importFiles = m_batch ? sorted.movies + m_importFiles : m_importFiles + sorted.movies;
     Q_EMIT filesWaitingChanged();
     // The new files follow after the running probe or the current movie.
     if (wasEmpty && !isScanning() && !m_fileInfo) addNextFile();
@@ -31,12 +56,28 @@ void FileIntake::openFiles(const QStringList& paths) {
 
 void FileIntake::clearImportFiles() {
     m_importFiles.clear();
+    m_heldInfo.reset();
+    if (m_batch) m_batch->waiting = 0;
     Q_EMIT filesWaitingChanged();
+}
+
+void FileIntake::stop() {
+    m_batch.reset();
+    clearImportFiles();
+    cancelProbe();
 }
 
 void FileIntake::addNextFile() {
     if (m_importFiles.isEmpty()) return;
     const QString path = m_importFiles.takeLast();
+    if (m_batch) --m_batch->waiting;
+    if (m_heldInfo && m_heldInfo->fileURL.toLocalFile() == path) {
+        m_fileInfo = std::exchange(m_heldInfo, std::nullopt);
+        Q_EMIT scanningStarted(path);
+        Q_EMIT scanningEnded(path);
+        Q_EMIT fileAccepted();
+        return;
+    }
     const QString subtitle = moviefiles::subtitleFor(path, m_importSubtitleFiles);
     m_scannedFile = path;
     Q_EMIT scanningStarted(path);
@@ -54,7 +95,10 @@ void FileIntake::handleResult(const QString& path, const QString& subtitle, MKVF
     Q_EMIT scanningEnded(path);
     // A cancelled probe has no meaningful result.
     if (*m_isCancelled || childprocess::waitsAreInterrupted()) probe = {};
-    if (m_messages == Messages::AtOnce) {
+    if (m_batch) {
+        for (const Verdict& verdict : verdicts::inOrderOfShowing(probe.verdicts))
+            m_batch->messages.add(QFileInfo(path).fileName(), verdict);
+    } else if (m_messages == Messages::AtOnce) {
         for (const Verdict& verdict : verdicts::inOrderOfShowing(probe.verdicts))
             verdicts::show(verdict);
     } else {
@@ -91,9 +135,37 @@ QStringList FileIntake::unconfirmedMovies() const {
     return files;
 }
 
+void FileIntake::beginBatch() {
+    if (!m_fileInfo || m_batch) return;
+    m_importFiles.append(m_fileInfo->fileURL.toLocalFile());
+    m_heldInfo = std::exchange(m_fileInfo, std::nullopt);
+    sortForTaking(m_importFiles);
+    m_batch.emplace().waiting = m_importFiles.size();
+    addNextFile();
+}
+
+void FileIntake::endBatch() {
+    if (!m_batch) return;
+    Batch batch = std::move(*m_batch);
+    m_batch.reset();
+    batch.messages.show();
+    Q_EMIT batchEnded();
+}
+
+void FileIntake::addToBatchMessages(const Verdict& message) {
+    if (m_batch && m_fileInfo) m_batch->messages.add(m_fileInfo->fileName, message);
+}
+
+void FileIntake::setAside() {
+    m_importFiles.prepend(m_fileInfo->fileURL.toLocalFile());
+    cancelAdd();
+}
+
 void FileIntake::cancelAdd() {
     m_fileInfo.reset();
+    if (m_batch && m_batch->waiting == 0) endBatch();
     if (m_importFiles.isEmpty()) {
+        m_drops.clear();
         Q_EMIT becameIdle();
     } else {
         addNextFile();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/intake/Drops.h"
+#include "app/intake/GatheredVerdicts.h"
 #include "app/intake/MovieFiles.h"
 #include "probe/MKVFileInfo.h"
 
@@ -14,6 +16,7 @@
 class WaitingFiles {
 public:
     virtual ~WaitingFiles() = default;
+    /// Whether files wait for the user, so that added jobs are not to start yet.
     virtual bool areWaiting() const = 0;
     /// The current file is finished with: continues with the next one.
     virtual void cancelAdd() = 0;
@@ -33,18 +36,33 @@ public:
     /// Cancels the running probe.
     ~FileIntake() override;
 
-    /// The single entry for new files. The last of the waiting movies is probed first.
-    void openFiles(const QStringList& paths);
+    /// The single entry for new files. The last of the waiting movies is probed first. `folders`: those that
+    /// were searched for these files.
+    void openFiles(const QStringList& paths, const QStringList& folders = {});
     /// Probes the next waiting movie; does nothing if none waits.
     void addNextFile();
     void cancelAdd() override;
     /// Cancels the running probe; its movie is skipped without a message.
     void cancelProbe();
 
-    bool areWaiting() const override { return !m_importFiles.isEmpty(); }
+    /// From now on the current movie and all that wait become the current one by themselves, one after the
+    /// other in the order of their paths ("2" before "10"). Their messages are gathered and shown at the end
+    /// of the batch. Files that are opened meanwhile follow behind it. Does nothing without a current movie.
+    void beginBatch();
+    /// Ends the batch before its end; its movies wait as before it. Does nothing if there is no batch.
+    void endBatch();
+    bool isBatch() const { return m_batch.has_value(); }
+    /// Adds a message about the current movie to those of the batch.
+    void addToBatchMessages(const Verdict& message);
+    /// In a batch: the current movie waits for the user behind the batch.
+    void setAside();
+
+    bool areWaiting() const override { return !m_importFiles.isEmpty() && !m_batch; }
     const QStringList& importFiles() const { return m_importFiles; }
     /// Drops the waiting movies.
     void clearImportFiles();
+    /// The application ends: the same without messages, and the running probe is cancelled.
+    void stop();
     bool isScanning() const { return !m_scannedFile.isEmpty(); }
     /// The current movie: probed, and not yet confirmed or cancelled.
     const std::optional<MKVFileInfo>& fileInfo() const { return m_fileInfo; }
@@ -56,6 +74,8 @@ public:
     QStringList unconfirmedMovies() const;
     /// The subtitle files that were added, also those that movies got.
     QStringList subtitleFiles() const { return m_importSubtitleFiles.values(); }
+    /// Where the movies that were added and not yet confirmed came from.
+    const Drops& drops() const { return m_drops; }
 
     /// Position of the audio track to preselect for the current movie; empty for a movie without audio.
     std::optional<qsizetype> bestLanguage() const;
@@ -74,14 +94,24 @@ Q_SIGNALS:
     void fileRejected(const QString& path);
     /// No file waits and there is no current movie.
     void becameIdle();
+    /// The movies of the batch are no longer taken by themselves.
+    void batchEnded();
 
 private:
+    struct Batch {
+        qsizetype waiting = 0;  ///< How many at the end of m_importFiles belong to it.
+        GatheredVerdicts messages;
+    };
     void handleResult(const QString& path, const QString& subtitle, MKVFileInfo::Probe probe);
 
     const Messages m_messages;
     const QStringList m_preferredLanguages;
     QStringList m_importFiles;
     moviefiles::SubtitleFiles m_importSubtitleFiles;
+    Drops m_drops;
+    std::optional<Batch> m_batch;
+    /// The record of a waiting movie that was the current one when a batch began.
+    std::optional<MKVFileInfo> m_heldInfo;
     std::optional<MKVFileInfo> m_fileInfo;
     QString m_scannedFile;  ///< Empty: no probe is running.
     /// Whether the running probe is cancelled; its thread polls this.

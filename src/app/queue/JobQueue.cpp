@@ -51,13 +51,13 @@ QString JobQueue::uniqueDestination(const QString& path) const {
     });
 }
 
-bool JobQueue::addJob(std::unique_ptr<ConversionJob> job) {
+bool JobQueue::addJob(std::unique_ptr<ConversionJob> job, const ConversionJob* above) {
     if (!job->destinationIsWriteable()) {
         // Jobs that were added before do not wait for the user.
         if (!m_waiting.areWaiting()) startPostponed();
         return false;
     }
-    insertJob(std::move(job), insertsAtBottom() ? count() : 0);
+    insertJob(std::move(job), insertsAtBottom() ? count() : above ? indexOf(above) + 1 : 0);
     m_startIsDue = true;
     if (!m_paused && !m_waiting.areWaiting()) startNextJobInQueue();
     m_waiting.cancelAdd();
@@ -69,6 +69,7 @@ void JobQueue::insertJob(std::unique_ptr<ConversionJob> job, qsizetype index) {
     connect(added, &ConversionJob::stateChanged, this, [this, added](JobState before, JobState now) {
         countState(before, -1);
         countState(now, +1);
+        noteDamage(added);
         Q_EMIT jobStateChanged(added, before, now);
         Q_EMIT titleChanged();
     });
@@ -90,6 +91,7 @@ void JobQueue::removeJob(ConversionJob* job) {
     std::unique_ptr<ConversionJob> removed = std::move(m_taskArray[static_cast<size_t>(index)]);
     m_taskArray.erase(m_taskArray.begin() + index);
     countState(job->state(), -1);
+    m_damaged.remove(job);
     releaseDestination(job->queuedDestination());
     Q_EMIT jobRemoved(job);
     Q_EMIT titleChanged();
@@ -168,6 +170,15 @@ void JobQueue::countState(JobState state, int change) {
     m_stateCounts[static_cast<size_t>(state)] += change;
 }
 
+void JobQueue::noteDamage(const ConversionJob* job) {
+    const auto ending = job->state() == JobState::Finished ? job->ending() : std::nullopt;
+    if (ending && (ending->isDamaged || ending->isKnownDamaged())) {
+        m_damaged.insert(job);
+    } else {
+        m_damaged.remove(job);
+    }
+}
+
 void JobQueue::increaseUsages(bool increase, bool allowFeedbackNow) {
     if (m_usageCounter) m_usageCounter(increase, allowFeedbackNow);
 }
@@ -181,6 +192,13 @@ bool JobQueue::willWrite(const QString& path) const {
         return statusNotFinished(job->state()) &&
                (job->queuedDestination() == path ||
                 outputname::isSameFile(job->fileInfo().destinationURL.toLocalFile(), path));
+    });
+}
+
+bool JobQueue::willConvert(const QString& source) const {
+    const QUrl url = QUrl::fromLocalFile(source);
+    return std::ranges::any_of(m_taskArray, [&](const auto& job) {
+        return statusNotFinished(job->state()) && job->fileInfo().fileURL == url;
     });
 }
 

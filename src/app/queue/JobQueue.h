@@ -5,6 +5,7 @@
 
 #include <QHash>
 #include <QObject>
+#include <QSet>
 
 #include <array>
 #include <deque>
@@ -30,7 +31,8 @@ public:
     /// and starts the probe of the next waiting file. Returns false if the destination cannot be written: the
     /// job is then deleted, the file remains the current one, and the caller has to inform the user. The cost
     /// does not depend on the length of the queue.
-    [[nodiscard]] bool addJob(std::unique_ptr<ConversionJob> job);
+    /// With `above`, a job at the top follows that job instead, if it is still queued.
+    [[nodiscard]] bool addJob(std::unique_ptr<ConversionJob> job, const ConversionJob* above = nullptr);
 
     /// Queues a job of an earlier session at `index`, in the state that it has, and starts nothing. Its
     /// destination is taken as it is.
@@ -49,6 +51,8 @@ public:
     QString uniqueDestination(const QString& path) const;
     /// Whether an unfinished job writes or will write this file.
     bool willWrite(const QString& path) const;
+    /// Whether an unfinished job converts this movie. The cost depends on the length of the queue.
+    bool willConvert(const QString& source) const;
     /// Has the output of a job that does not run written into `folder`, under a free name. Returns false and
     /// changes nothing if no file can be written there.
     [[nodiscard]] bool changeFolder(ConversionJob& job, const QString& folder);
@@ -72,6 +76,9 @@ public:
     int jobCountWithState(JobState state) const override;
     void increaseUsages(bool increase, bool allowFeedbackNow) override;
 
+    /// How many of the finished jobs have outputs in which something is missing.
+    int damagedCount() const { return static_cast<int>(m_damaged.size()); }
+
     /// Called by increaseUsages(); may be null.
     void setUsageCounter(std::function<void(bool increase, bool allowFeedbackNow)> counter);
 
@@ -88,6 +95,7 @@ Q_SIGNALS:
 
 private:
     void countState(JobState state, int change);
+    void noteDamage(const ConversionJob* job);
     void releaseDestination(const QString& path);
     bool isDestinationTaken(const QString& path) const;
 
@@ -96,6 +104,7 @@ private:
     std::array<int, 5> m_stateCounts{};
     /// Planned outputs, each with the number of jobs that will write it.
     QHash<QString, int> m_destinations;
+    QSet<const ConversionJob*> m_damaged;
     bool m_startIsDue = false;  ///< A job was added while files waited.
     bool m_paused = false;
     std::function<void(bool, bool)> m_usageCounter;

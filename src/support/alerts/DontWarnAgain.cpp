@@ -35,6 +35,10 @@ QString logged(const QString& text) {
     return text::strippedOfNewlines(text);
 }
 
+QString keyForVersion(const QString& identifier) {
+    return makeString("_%@_%@_asked", identifier, ApplicationInfo::version());
+}
+
 void showUnlessSuppressed(const QString& key, const Alert& alert, const QString& logName) {
     if (defaultInt(key) != 0) return;
     logError("%@: %@ - %@", logName, logged(alert.title), logged(alert.message));
@@ -46,11 +50,28 @@ void showUnlessSuppressed(const QString& key, const Alert& alert, const QString&
 
 void alert_dontwarnagain_version(const QString& identifier, const QString& title, const QString& message,
                                  const QString& button, const QString& suppressionTitle) {
-    const QString key = makeString("_%@_%@_asked", identifier, ApplicationInfo::version());
+    const QString key = keyForVersion(identifier);
     Alert alert = suppressibleAlert(title, message, suppressionTitle);
     alert.buttons = {button};
     alert.key = identifier;
     onMainThread([=] { showUnlessSuppressed(key, alert, "Alert Dontwarnagain"); });
+}
+
+void alert_dontwarnagain_list(const QStringList& identifiers, const QString& title, const QString& message,
+                              const QString& text, const QString& button, const QString& suppressionTitle) {
+    Alert alert = suppressibleAlert(title, message, identifiers.isEmpty() ? QString() : suppressionTitle);
+    alert.buttons = {button};
+    alert.control = AlertControl::OutputText;
+    alert.value = text;
+    logError("Alert Dontwarnagain: %@ - %@ %@", logged(title), logged(message), logged(text));
+    const AlertAnswer answer = alertPresenter().present(alert);
+    for (const QString& identifier : identifiers)
+        setDefaultInt(keyForVersion(identifier), answer.suppressed ? 1 : 0);
+    logError("Alert Dontwarnagain: finished");
+}
+
+bool isWarningSuppressed(const QString& identifier) {
+    return !identifier.isEmpty() && defaultInt(keyForVersion(identifier)) != 0;
 }
 
 void alert_dontwarnagain_ever(const QString& identifier, const QString& title, const QString& message,

@@ -9,7 +9,15 @@
 void alert_dontwarnagain_version(const QString& identifier, const QString& title, const QString& message,
                                  const QString& button, const QString& suppressionTitle);
 
-/// The same, but suppressed permanently.
+/// Several of these in one alert with the list `text`; its box suppresses all of them. Without identifiers it
+/// has no box. Main thread only; blocks until answered.
+void alert_dontwarnagain_list(const QStringList& identifiers, const QString& title, const QString& message,
+                              const QString& text, const QString& button, const QString& suppressionTitle);
+
+/// Whether the user has suppressed this alert for this version; false for an empty identifier.
+bool isWarningSuppressed(const QString& identifier);
+
+/// The same as alert_dontwarnagain_version(), but suppressed permanently.
 void alert_dontwarnagain_ever(const QString& identifier, const QString& title, const QString& message,
                               const QString& button, const QString& suppressionTitle);
 

@@ -33,6 +33,7 @@ AddSheetView::AddSheetView(QWidget* parent)
     QFont bold = font();
     bold.setWeight(QFont::DemiBold);
     m_ui->nameLabel->setFont(bold);
+    m_ui->noticeLabel->setTone(colors::Tone::Warning);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     setFocusPolicy(Qt::StrongFocus);  // Keeps keys from the list while a movie is probed.
     hide();
@@ -47,16 +48,19 @@ void AddSheetView::setSheet(AddSheet* sheet, Destinations* destinations) {
     m_sheet = sheet;
     m_ui->destinationPopUp->setPopUp(&destinations->destinationPopUp());
     connect(m_ui->destinationPopUp, &DestinationComboBox::itemChosen, this,
-            [destinations](qsizetype index) { destinations->destinationPopUp().select(index); });
+            [destinations](qsizetype index) { destinations->destinationPopUp().choose(index); });
     connect(m_ui->destinationPopUp, &DestinationComboBox::chooseRequested, this,
             [destinations] { destinations->chooseNewDestination(DestinationPopUp::Place::AddSheet); });
     connect(m_ui->audioPopUp, &QComboBox::activated, sheet, &AddSheet::selectAudio);
     connect(m_ui->addButton, &QPushButton::clicked, sheet, &AddSheet::addToQueue);
+    connect(m_ui->addAllButton, &QPushButton::clicked, sheet, &AddSheet::addAll);
+    connect(m_ui->keepFoldersBox, &QCheckBox::clicked, sheet, &AddSheet::setKeepsFolders);
     connect(m_ui->cancelButton, &QPushButton::clicked, sheet, &AddSheet::cancelAdd);
     connect(m_ui->cancelAllButton, &QToolButton::clicked, sheet, &AddSheet::cancelAll);
     connect(m_strip, &PlanStrip::subtitleFileRemoved, this, &AddSheetView::removeSubtitleFile);
     connect(sheet, &AddSheet::changed, this, &AddSheetView::refresh);
     connect(sheet, &AddSheet::planChanged, this, &AddSheetView::refreshPlan);
+    connect(sheet, &AddSheet::planChanged, this, &AddSheetView::refreshNotice);
     connect(sheet, &AddSheet::topConstraintChanged, this, [this](double height) { slide(height > 0); });
     refresh();
 }
@@ -79,8 +83,12 @@ void AddSheetView::refresh() {
     m_ui->cancelAllButton->setVisible(waiting > 0);
     m_ui->destinationPopUp->setEnabled(isReady);
     m_ui->addButton->setEnabled(isReady);
+    m_ui->addAllButton->setEnabled(isReady);
+    m_ui->addAllButton->setVisible(waiting > 0);
+    m_ui->addAllButton->setText(tr("Add A&ll (%1)").arg(waiting + 1));
     refreshAudio();
     refreshPlan();
+    refreshNotice();
     if (becameReady && hasFocusWithin()) m_ui->addButton->setFocus();
 }
 
@@ -100,6 +108,19 @@ void AddSheetView::refreshAudio() {
 void AddSheetView::refreshPlan() {
     // The last plan slides away with its sheet.
     if (m_sheet->isShown()) m_strip->setPlan(m_sheet->plan());
+}
+
+void AddSheetView::refreshNotice() {
+    if (!m_sheet->isShown()) return;
+    const QString notice = m_sheet->notice();
+    const QString folder = m_sheet->droppedFolder();
+    m_ui->noticeLabel->setText(notice);
+    m_ui->keepFoldersBox->setText(tr("&Keep the folder “%1”").arg(folder));
+    m_ui->keepFoldersBox->setChecked(m_sheet->keepsFolders());
+    m_ui->keepFoldersBox->setVisible(!folder.isEmpty());
+    m_ui->noticeLabel->setVisible(!notice.isEmpty());
+    const bool hasFinished = m_animation->state() == QAbstractAnimation::Stopped;
+    if (hasFinished && m_height != wholeHeight()) setSheetHeight(wholeHeight());
 }
 
 void AddSheetView::removeSubtitleFile() {

@@ -42,6 +42,7 @@ private:
     void refresh();
     void refreshAudio();
     void refreshPlan();
+    void refreshNotice();
     void removeSubtitleFile();
     void slide(bool shown);
     void setSheetHeight(int height);

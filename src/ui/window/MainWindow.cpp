@@ -10,6 +10,7 @@
 #include "ui/window/JobListModel.h"
 #include "ui/window/LastQueueBar.h"
 #include "ui/window/QueueSummary.h"
+#include "ui/window/TotalProgress.h"
 #include "ui_MainWindow.h"
 
 #include <QCloseEvent>
@@ -37,6 +38,7 @@ MainWindow::MainWindow(AppDelegate& delegate)
       m_model(std::make_unique<JobListModel>(delegate.queue())) {
     m_ui->setupUi(this);
     m_summary = makeSummary(this);
+    m_ui->statusBar->addWidget(new TotalProgress(delegate.progress(), this));
     m_ui->statusBar->addPermanentWidget(m_summary);
     setUpActions();
     setUpToolBar();

@@ -1,0 +1,32 @@
+#include "app/intake/Drops.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+int Drops::add(const QStringList& files, const QStringList& folders) {
+    QStringList cleaned;
+    for (const QString& folder : folders)
+        cleaned.append(QDir::cleanPath(folder));
+    m_folders.append(cleaned);
+    const int number = static_cast<int>(m_folders.size());
+    for (const QString& file : files)
+        m_numbers.insert(file, number);
+    return number;
+}
+
+void Drops::clear() {
+    m_folders.clear();
+    m_numbers.clear();
+}
+
+QString Drops::folderOf(const QString& file) const {
+    const int number = numberOf(file);
+    if (number == 0) return {};
+    const QString cleaned = QDir::cleanPath(file);
+    for (const QString& folder : m_folders[number - 1]) {
+        const QString inside = folder.endsWith(u'/') ? folder : folder + u'/';
+        if (cleaned.startsWith(inside))
+            return QDir(QFileInfo(folder).path()).relativeFilePath(QFileInfo(cleaned).path());
+    }
+    return {};
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QHash>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+/// Which files were added together, and from which folders. Main thread only.
+class Drops {
+public:
+    /// `files` came with these folders, which were searched for them. Returns the drop's number, from 1 on.
+    int add(const QStringList& files, const QStringList& folders);
+    void clear();
+
+    /// The last drop that the file came with; 0: none.
+    int numberOf(const QString& file) const { return m_numbers.value(file); }
+    /// The file's folder, relative to where the added folder is: "Series/Season 1" for
+    /// "/x/Series/Season 1/1.mkv" that came with "/x/Series". Empty for a file that was added by itself.
+    QString folderOf(const QString& file) const;
+
+private:
+    QList<QStringList> m_folders;  ///< Of each drop.
+    QHash<QString, int> m_numbers;
+};
