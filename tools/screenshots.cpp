@@ -166,6 +166,17 @@ void queueWindow() {
     audio->hidePopup();
     app.window->resize(640, 420);
     save(*app.window, "add-sheet-small");
+    app.sheet().cancelAll();
+    waitUntil([&] { return !app.sheet().isShown(); });
+    app.write("out/Harbour Stories S01E02.mp4");
+    for (const char* name : {"S01E01", "S01E02"})
+        app.write(QString("Harbour Stories/Season 1/Harbour Stories %1.mkv").arg(name));
+    app.delegate.openFiles({app.path("Harbour Stories")});
+    waitForSheet(app);
+    save(*app.window, "add-all-small");
+    app.window->resize(760, 640);
+    save(*app.window, "add-all");
+    app.window->resize(640, 420);
     app.queue().pauseContinueClicked(true);
     save(*app.window, "paused");
 }

@@ -4,6 +4,7 @@
 #include "app/destinations/OutputName.h"
 #include "app/intake/FileIntake.h"
 #include "app/queue/JobQueue.h"
+#include "app/queue/Removals.h"
 #include "convert/plan/PlanText.h"
 #include "settings/Changes.h"
 #include "settings/Settings.h"
@@ -12,9 +13,9 @@
 
 #include <utility>
 
-AddSheet::AddSheet(FileIntake& intake, JobQueue& queue, Destinations& destinations, FilePanels& panels,
-                   QObject* parent)
-    : QObject(parent), m_intake(intake), m_queue(queue), m_destinations(destinations), m_confirmation(intake, queue, destinations, panels) {
+AddSheet::AddSheet(FileIntake& intake, JobQueue& queue, Removals& removals, Destinations& destinations,
+                   FilePanels& panels, QObject* parent)
+    : QObject(parent), m_intake(intake), m_queue(queue), m_removals(removals), m_destinations(destinations), m_confirmation(intake, queue, destinations, panels) {
     connect(&intake, &FileIntake::scanningStarted, this, &AddSheet::showScanning);
     connect(&intake, &FileIntake::scanningEnded, this, &AddSheet::changed);
     connect(&intake, &FileIntake::fileAccepted, this, &AddSheet::showAccepted);
@@ -114,9 +115,8 @@ void AddSheet::cancelAdd() {
 }
 
 void AddSheet::cancelAll() {
-    m_intake.clearImportFiles();
+    m_removals.cancelAll();
     Q_EMIT changed();
-    cancelAdd();
 }
 
 void AddSheet::addToQueue() {
@@ -133,8 +133,8 @@ QString AddSheet::notice() const {
     if (m_queue.willConvert(m_path)) return tr("This movie is in the queue already.");
     const QString output = m_confirmation.expectedOutput();
     if (output.isEmpty() || outputname::isSameFile(output, m_path) || !QFileInfo::exists(output)) return {};
-    return tr("“%1” is there already; this output will be “%2”.")
-        .arg(QFileInfo(output).fileName(), QFileInfo(m_queue.uniqueDestination(output)).fileName());
+    return tr("Its output exists already; the new one: “%1”.")
+        .arg(QFileInfo(m_queue.uniqueDestination(output)).fileName());
 }
 
 QString AddSheet::droppedFolder() const {

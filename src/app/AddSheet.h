@@ -12,6 +12,7 @@ class Destinations;
 class FileIntake;
 class FilePanels;
 class JobQueue;
+class Removals;
 
 /// The sheet on which the user confirms a probed movie: its information, its audio tracks, its destination.
 /// Shown as long as files are waiting. Main thread only.
@@ -23,8 +24,8 @@ public:
     static constexpr double kHidden = 0.0;
 
     /// All parameters must outlive the sheet.
-    AddSheet(FileIntake& intake, JobQueue& queue, Destinations& destinations, FilePanels& panels,
-             QObject* parent = nullptr);
+    AddSheet(FileIntake& intake, JobQueue& queue, Removals& removals, Destinations& destinations,
+             FilePanels& panels, QObject* parent = nullptr);
 
     /// The sheet's height: kShown or kHidden, in device-independent pixels.
     double topConstraint() const { return m_topConstraint; }
@@ -63,7 +64,7 @@ public:
     void setKeepsFolders(bool keeps);
     /// Skips the movie, also while it is probed, and continues with the next one.
     void cancelAdd();
-    /// Skips the movie and all waiting ones.
+    /// Skips the movie and all waiting ones; see Removals.
     void cancelAll();
 
     void hide() { setTopConstraint(kHidden); }
@@ -86,6 +87,7 @@ private:
 
     FileIntake& m_intake;
     JobQueue& m_queue;
+    Removals& m_removals;
     Destinations& m_destinations;
     Confirmation m_confirmation;
     double m_topConstraint = kHidden;

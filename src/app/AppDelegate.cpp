@@ -44,7 +44,8 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
       m_intake(FileIntake::Messages::Scheduled),
       m_queue(m_intake),
       m_destinations(panels),
-      m_addSheet(m_intake, m_queue, m_destinations, panels),
+      m_removals(m_queue, m_intake),
+      m_addSheet(m_intake, m_queue, m_removals, m_destinations, panels),
       m_failureActions(m_queue, panels),
       m_progress(m_queue),
       m_store(m_queue, m_intake),
@@ -139,6 +140,7 @@ void AppDelegate::applicationWillTerminate() {
     m_intake.stop();
     saveSettings();
     m_watchFolder.stopAccess();
+    m_removals.settle();
     m_queue.removeAll();
 }
 

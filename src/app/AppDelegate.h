@@ -8,6 +8,7 @@
 #include "app/queue/LastQueue.h"
 #include "app/queue/QueueProgress.h"
 #include "app/queue/QueueStore.h"
+#include "app/queue/Removals.h"
 #include "app/watching/WatchFolder.h"
 #include "feedback/PXApplicationDelegate.h"
 #include "support/desktop/FilePanels.h"
@@ -44,6 +45,7 @@ public:
     FailureActions& failureActions() { return m_failureActions; }
     WatchFolder& watchFolder() { return m_watchFolder; }
     const QueueProgress& progress() const { return m_progress; }
+    Removals& removals() { return m_removals; }
     LastQueue& lastQueue() { return m_lastQueue; }
 
     /// "Version: 1.0.0" and "Build: 1".
@@ -120,6 +122,7 @@ private:
     FileIntake m_intake;
     JobQueue m_queue;
     Destinations m_destinations;
+    Removals m_removals;
     AddSheet m_addSheet;
     FailureActions m_failureActions;
     QueueProgress m_progress;

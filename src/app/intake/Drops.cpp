@@ -19,6 +19,13 @@ void Drops::clear() {
     m_numbers.clear();
 }
 
+QStringList Drops::folders() const {
+    QStringList all;
+    for (const QStringList& folders : m_folders)
+        all += folders;
+    return all;
+}
+
 QString Drops::folderOf(const QString& file) const {
     const int number = numberOf(file);
     if (number == 0) return {};

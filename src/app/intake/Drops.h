@@ -12,6 +12,9 @@ public:
     int add(const QStringList& files, const QStringList& folders);
     void clear();
 
+    /// The folders of all drops.
+    QStringList folders() const;
+
     /// The last drop that the file came with; 0: none.
     int numberOf(const QString& file) const { return m_numbers.value(file); }
     /// The file's folder, relative to where the added folder is: "Series/Season 1" for

@@ -61,6 +61,14 @@ void FileIntake::clearImportFiles() {
     Q_EMIT filesWaitingChanged();
 }
 
+FileIntake::Unconfirmed FileIntake::cancelAll() {
+    const QStringList movies = unconfirmedMovies();
+    const Unconfirmed dropped{subtitleFiles() + movies, m_drops.folders(), static_cast<int>(movies.size())};
+    clearImportFiles();
+    isScanning() ? cancelProbe() : cancelAdd();
+    return dropped;
+}
+
 void FileIntake::stop() {
     m_batch.reset();
     clearImportFiles();

@@ -61,6 +61,15 @@ public:
     const QStringList& importFiles() const { return m_importFiles; }
     /// Drops the waiting movies.
     void clearImportFiles();
+
+    /// Movies that were added and not confirmed.
+    struct Unconfirmed {
+        QStringList files;  ///< And their subtitle files; the current movie is the last one.
+        QStringList folders;
+        int count = 0;  ///< Of the movies.
+    };
+    /// Drops the current movie and all that wait. openFiles() brings them back.
+    Unconfirmed cancelAll();
     /// The application ends: the same without messages, and the running probe is cancelled.
     void stop();
     bool isScanning() const { return !m_scannedFile.isEmpty(); }

@@ -85,8 +85,13 @@ void JobQueue::insertJob(std::unique_ptr<ConversionJob> job, qsizetype index) {
 }
 
 void JobQueue::removeJob(ConversionJob* job) {
+    // The caller is often the job itself: delete later.
+    if (std::unique_ptr<ConversionJob> removed = takeJob(job)) removed.release()->deleteLater();
+}
+
+std::unique_ptr<ConversionJob> JobQueue::takeJob(ConversionJob* job) {
     const qsizetype index = indexOf(job);
-    if (index < 0) return;
+    if (index < 0) return nullptr;
     Q_EMIT jobAboutToBeRemoved(index);
     std::unique_ptr<ConversionJob> removed = std::move(m_taskArray[static_cast<size_t>(index)]);
     m_taskArray.erase(m_taskArray.begin() + index);
@@ -95,7 +100,8 @@ void JobQueue::removeJob(ConversionJob* job) {
     releaseDestination(job->queuedDestination());
     Q_EMIT jobRemoved(job);
     Q_EMIT titleChanged();
-    removed.release()->deleteLater();  // The caller is often the job itself: delete later.
+    removed->disconnect();
+    return removed;
 }
 
 void JobQueue::startPostponed() {

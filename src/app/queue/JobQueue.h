@@ -38,6 +38,10 @@ public:
     /// destination is taken as it is.
     void insertJob(std::unique_ptr<ConversionJob> job, qsizetype index);
 
+    /// Takes a job off the list and hands it over in the state that it has; its signals reach nobody any more.
+    /// insertJob() puts it back. Does not start another one.
+    std::unique_ptr<ConversionJob> takeJob(ConversionJob* job);
+
     qsizetype count() const { return static_cast<qsizetype>(m_taskArray.size()); }
     /// Where the job is; -1: it is not queued.
     qsizetype indexOf(const ConversionJob* job) const;

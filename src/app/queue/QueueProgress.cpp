@@ -85,7 +85,9 @@ QueueProgress::Share& QueueProgress::follow(const ConversionJob* job) {
     share.bytes = std::max(static_cast<double>(job->fileInfo().fileSize), 1.0);
     m_bytes += share.bytes;
     ++m_total;
-    return *m_shares.insert(job, share);
+    Share& added = *m_shares.insert(job, share);
+    setDone(added, share.bytes * job->progress() / kPercent);
+    return added;
 }
 
 void QueueProgress::note(const ConversionJob* job) {

@@ -115,7 +115,8 @@ void AddSheetView::refreshNotice() {
     const QString notice = m_sheet->notice();
     const QString folder = m_sheet->droppedFolder();
     m_ui->noticeLabel->setText(notice);
-    m_ui->keepFoldersBox->setText(tr("&Keep the folder “%1”").arg(folder));
+    m_ui->keepFoldersBox->setToolTip(
+        tr("The output goes into “%1” below the destination").arg(folder).toHtmlEscaped());
     m_ui->keepFoldersBox->setChecked(m_sheet->keepsFolders());
     m_ui->keepFoldersBox->setVisible(!folder.isEmpty());
     m_ui->noticeLabel->setVisible(!notice.isEmpty());

@@ -11,6 +11,7 @@
 #include "ui/window/LastQueueBar.h"
 #include "ui/window/QueueSummary.h"
 #include "ui/window/TotalProgress.h"
+#include "ui/window/UndoBar.h"
 #include "ui_MainWindow.h"
 
 #include <QCloseEvent>
@@ -43,6 +44,7 @@ MainWindow::MainWindow(AppDelegate& delegate)
     setUpActions();
     setUpToolBar();
     setUpLastQueueBar();
+    setUpUndo();
     m_ui->jobListView->setJobs(m_model.get(), &delegate.failureActions());
     m_ui->addSheetView->setSheet(&delegate.addSheet(), &delegate.destinations());
     connect(m_ui->addSheetView, &AddSheetView::focusReleased, m_ui->jobListView,
@@ -69,7 +71,7 @@ void MainWindow::setUpActions() {
     connect(m_ui->emptyView, &EmptyView::addRequested, &m_delegate, &AppDelegate::addClicked);
     connect(m_ui->pauseContinueAction, &QAction::triggered, this,
             [this] { m_delegate.queue().pauseContinueClicked(true); });
-    connect(m_ui->cleanAction, &QAction::triggered, &m_delegate.queue(), &JobQueue::cleanClicked);
+    connect(m_ui->cleanAction, &QAction::triggered, &m_delegate.removals(), &Removals::removeFinished);
     connect(m_ui->preferencesAction, &QAction::triggered, this, &MainWindow::openPreferences);
     connect(m_ui->closeAction, &QAction::triggered, this, &MainWindow::close);
     connect(m_ui->quitAction, &QAction::triggered, this, [this] { m_delegate.terminate(true); });
@@ -91,6 +93,16 @@ void MainWindow::setUpLastQueueBar() {
     setTabOrder(bar->findChild<QPushButton*>("forgetButton"), m_ui->jobListView);
     bar->setLastQueue(&m_delegate.lastQueue());
     connect(bar, &LastQueueBar::focusReleased, this, [this] { m_ui->pages->currentWidget()->setFocus(); });
+}
+
+void MainWindow::setUpUndo() {
+    Removals& removals = m_delegate.removals();
+    connect(m_ui->undoAction, &QAction::triggered, &removals, &Removals::undo);
+    const auto refresh = [this, &removals] { m_ui->undoAction->setEnabled(removals.isOffered()); };
+    connect(&removals, &Removals::changed, this, refresh);
+    refresh();
+    auto* bar = new UndoBar(removals, m_ui->pages);
+    connect(bar, &UndoBar::focusReleased, this, [this] { m_ui->pages->currentWidget()->setFocus(); });
 }
 
 void MainWindow::followQueue() {

@@ -49,6 +49,7 @@ private:
     void setUpActions();
     void setUpToolBar();
     void setUpLastQueueBar();
+    void setUpUndo();
     void followQueue();
     void refreshTitle();
     void refreshPause();

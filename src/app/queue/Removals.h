@@ -1,0 +1,68 @@
+#pragma once
+
+#include "app/intake/FileIntake.h"
+
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include <memory>
+#include <vector>
+
+class ConversionJob;
+class JobQueue;
+
+/// Removes what the user no longer wants, but only for good when there was time to take it back: until then a
+/// running job is paused outside the queue, with its incomplete output. Main thread only.
+class Removals : public QObject {
+    Q_OBJECT
+
+public:
+    /// How long after the last removal everything can be taken back.
+    static constexpr int kMilliseconds = 10000;
+
+    /// `queue` and `intake` must outlive this object.
+    Removals(JobQueue& queue, FileIntake& intake, QObject* parent = nullptr);
+    /// Removes all for good.
+    ~Removals() override;
+
+    /// Takes these jobs off the list.
+    void remove(const QList<ConversionJob*>& jobs);
+    /// Takes the finished jobs off the list.
+    void removeFinished();
+    /// Leaves the current movie and all waiting ones out.
+    void cancelAll();
+
+    bool isOffered() const { return !m_entries.empty(); }
+    /// What undo() would take back, for the user; empty: nothing.
+    QString text() const;
+    /// Takes the last removal back: jobs return to their places, and go on if the queue does.
+    void undo();
+    /// Removes all for good.
+    void settle();
+
+    void setMilliseconds(int milliseconds) { m_timer.setInterval(milliseconds); }
+
+Q_SIGNALS:
+    /// The last removal, or whether there is one, has changed.
+    void changed();
+
+private:
+    struct Removed {
+        std::unique_ptr<ConversionJob> job;
+        qsizetype row = 0;  ///< When those above it are back.
+    };
+    struct Entry {
+        std::vector<Removed> jobs;
+        FileIntake::Unconfirmed movies;
+    };
+
+    void add(Entry entry);
+    void putBack(Removed removed);
+
+    JobQueue& m_queue;
+    FileIntake& m_intake;
+    std::vector<Entry> m_entries;
+    QTimer m_timer;
+};
