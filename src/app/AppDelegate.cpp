@@ -47,6 +47,7 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
       m_removals(m_queue, m_intake),
       m_addSheet(m_intake, m_queue, m_removals, m_destinations, panels),
       m_failureActions(m_queue, panels),
+      m_jobCommands(m_queue, m_failureActions),
       m_progress(m_queue),
       m_store(m_queue, m_intake),
       m_lastQueue(m_store, m_queue, m_intake),
@@ -57,6 +58,7 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
     m_queue.setUsageCounter(
         [this](bool increase, bool allowFeedbackNow) { increaseUsages(*this, increase, allowFeedbackNow); });
     connect(&m_failureActions, &FailureActions::preferenceRequested, this, &AppDelegate::preferenceRequested);
+    connect(&m_jobCommands, &JobCommands::message, this, &AppDelegate::statusMessage);
     connect(&m_addSheet, &AddSheet::message, this, &AppDelegate::statusMessage);
     connect(&m_destinations, &Destinations::message, this, &AppDelegate::statusMessage);
     connect(&m_queue, &JobQueue::quitRequested, this, [this] {

@@ -2,6 +2,7 @@
 
 #include "app/AddSheet.h"
 #include "app/actions/FailureActions.h"
+#include "app/actions/JobCommands.h"
 #include "app/destinations/Destinations.h"
 #include "app/intake/FileIntake.h"
 #include "app/queue/JobQueue.h"
@@ -43,6 +44,7 @@ public:
     Destinations& destinations() { return m_destinations; }
     AddSheet& addSheet() { return m_addSheet; }
     FailureActions& failureActions() { return m_failureActions; }
+    JobCommands& jobCommands() { return m_jobCommands; }
     WatchFolder& watchFolder() { return m_watchFolder; }
     const QueueProgress& progress() const { return m_progress; }
     Removals& removals() { return m_removals; }
@@ -125,6 +127,7 @@ private:
     Removals m_removals;
     AddSheet m_addSheet;
     FailureActions m_failureActions;
+    JobCommands m_jobCommands;
     QueueProgress m_progress;
     QueueStore m_store;
     LastQueue m_lastQueue;

@@ -14,9 +14,11 @@
 #include "support/store/Defaults.h"
 
 #include <QFileInfo>
+#include <QSet>
 
 #include <algorithm>
 #include <limits>
+#include <numeric>
 #include <vector>
 
 namespace {
@@ -110,7 +112,7 @@ void JobQueue::startPostponed() {
 
 void JobQueue::startNextJobInQueue() {
     const qint64 limit = conversionLimit();
-    if (m_paused) return;
+    if (m_paused || m_isRemoving) return;
     m_startIsDue = false;
     // Starting a job may change the list: look jobs up by position each time.
     for (qsizetype i = 0; i < count(); ++i) {
@@ -140,12 +142,79 @@ void JobQueue::pauseContinueClicked(bool byUser) {
 }
 
 void JobQueue::cleanClicked() {
-    std::vector<ConversionJob*> finished;
+    QList<ConversionJob*> finished;
     for (const auto& job : m_taskArray) {
-        if (job->state() == JobState::Finished) finished.push_back(job.get());
+        if (job->state() == JobState::Finished) finished.append(job.get());
     }
-    for (ConversionJob* job : finished)
-        job->remove();
+    removeJobs(finished);
+}
+
+void JobQueue::removeJobs(const QList<ConversionJob*>& jobs) {
+    if (jobs.isEmpty()) return;
+    m_isRemoving = true;
+    for (ConversionJob* job : jobs) {
+        if (indexOf(job) >= 0) job->remove();
+    }
+    m_isRemoving = false;
+    startNextJobInQueue();
+}
+
+QList<qsizetype> JobQueue::queuedRows() const {
+    QList<qsizetype> rows;
+    for (qsizetype row = 0; row < count(); ++row) {
+        if (job(row)->state() == JobState::Queued) rows.append(row);
+    }
+    return rows;
+}
+
+void JobQueue::move(const QList<ConversionJob*>& jobs, qsizetype row) {
+    const QSet<ConversionJob*> chosen(jobs.cbegin(), jobs.cend());
+    QList<qsizetype> above;
+    QList<qsizetype> moved;
+    QList<qsizetype> below;
+    for (const qsizetype queued : queuedRows())
+        (chosen.contains(job(queued)) ? moved : queued < row ? above : below).append(queued);
+    reorder(above + moved + below);
+}
+
+void JobQueue::moveUp(const QList<ConversionJob*>& jobs) {
+    const QSet<ConversionJob*> chosen(jobs.cbegin(), jobs.cend());
+    QList<qsizetype> rows = queuedRows();
+    for (qsizetype i = 1; i < rows.size(); ++i) {
+        if (chosen.contains(job(rows[i])) && !chosen.contains(job(rows[i - 1]))) rows.swapItemsAt(i, i - 1);
+    }
+    reorder(rows);
+}
+
+void JobQueue::moveDown(const QList<ConversionJob*>& jobs) {
+    const QSet<ConversionJob*> chosen(jobs.cbegin(), jobs.cend());
+    QList<qsizetype> rows = queuedRows();
+    for (qsizetype i = rows.size() - 1; i > 0; --i) {
+        if (chosen.contains(job(rows[i - 1])) && !chosen.contains(job(rows[i]))) rows.swapItemsAt(i, i - 1);
+    }
+    reorder(rows);
+}
+
+/// `rows` are those of the queued jobs, in their new order.
+void JobQueue::reorder(const QList<qsizetype>& rows) {
+    QList<qsizetype> places = rows;
+    std::ranges::sort(places);
+    if (places == rows) return;
+    const qsizetype first = *std::ranges::mismatch(places, rows).in1;
+    QList<qsizetype> origins(places.last() + 1 - first);
+    std::iota(origins.begin(), origins.end(), first);
+    for (qsizetype i = 0; i < rows.size(); ++i) {
+        if (places[i] >= first) origins[places[i] - first] = rows[i];
+    }
+    while (origins.last() == first + origins.size() - 1)
+        origins.removeLast();
+
+    Q_EMIT jobsAboutToBeMoved();
+    std::vector<std::unique_ptr<ConversionJob>> moved;
+    for (const qsizetype origin : origins)
+        moved.push_back(std::move(m_taskArray[static_cast<size_t>(origin)]));
+    std::ranges::move(moved, m_taskArray.begin() + first);
+    Q_EMIT jobsMoved(first, origins);
 }
 
 void JobQueue::removeAll() {
@@ -162,6 +231,19 @@ QString JobQueue::windowTitle() const {
             : Texts::tr(" [%1 Job(s), %2 Queued]")
                   .arg(QString::number(count()), QString::number(jobCountWithState(JobState::Queued)));
     return makeString("%@%@%@", ApplicationInfo::name(), pause, numbers);
+}
+
+QString JobQueue::pauseHint() const {
+    const auto paused = jobCountWithState(JobState::Paused);
+    const auto running = jobCountWithState(JobState::Converting);
+    if (jobCountWithState(JobState::Queued) > 0 || paused + running != 1 || m_paused != (paused == 1))
+        return {};
+    const auto found = std::ranges::find_if(m_taskArray, [](const auto& job) {
+        return job->state() == JobState::Paused || statusIsRunning(job->state());
+    });
+    if (found == m_taskArray.end()) return {};
+    const QString& name = (*found)->fileInfo().fileName;
+    return m_paused ? Texts::tr("Continue “%1”").arg(name) : Texts::tr("Pause “%1”").arg(name);
 }
 
 QString JobQueue::addButtonTitle() const {

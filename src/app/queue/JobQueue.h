@@ -65,11 +65,26 @@ public:
     void startPostponed();
     /// Removes the finished jobs from the list; failed ones stay.
     void cleanClicked();
+    /// Ends these jobs and takes them off the list; no other job starts before all are gone. Jobs that are
+    /// not queued are ignored.
+    void removeJobs(const QList<ConversionJob*>& jobs);
+
+    // The order of the jobs that wait, which is the order in which they start. They take each other's rows:
+    // jobs in other states keep theirs. Those of `jobs` that are in another state are ignored, and the others
+    // keep their order among themselves.
+
+    /// Puts the jobs behind those that wait above `row`, and in front of all others.
+    void move(const QList<ConversionJob*>& jobs, qsizetype row);
+    /// Moves each job past the next one that is not moved itself.
+    void moveUp(const QList<ConversionJob*>& jobs);
+    void moveDown(const QList<ConversionJob*>& jobs);
     /// Ends every job and empties the list.
     void removeAll();
 
     /// The application's name, the pause state and the numbers of jobs.
     QString windowTitle() const;
+    /// What a pause or its end concerns, where that is a single movie; else empty.
+    QString pauseHint() const;
     /// Title of the add button: starts the job, or adds it to the paused queue.
     QString addButtonTitle() const;
 
@@ -91,6 +106,9 @@ Q_SIGNALS:
     void jobAdded(ConversionJob* job);
     void jobAboutToBeRemoved(qsizetype index);
     void jobRemoved(ConversionJob* job);
+    void jobsAboutToBeMoved();
+    /// The jobs from the row `first` on are in another order: `origins` has the row where each of them was.
+    void jobsMoved(qsizetype first, const QList<qsizetype>& origins);
     void jobStateChanged(ConversionJob* job, JobState before, JobState now);
     void pausedChanged(bool paused);
     /// The result of windowTitle() may have changed.
@@ -98,6 +116,8 @@ Q_SIGNALS:
     void quitRequested();
 
 private:
+    QList<qsizetype> queuedRows() const;
+    void reorder(const QList<qsizetype>& rows);
     void countState(JobState state, int change);
     void noteDamage(const ConversionJob* job);
     void releaseDestination(const QString& path);
@@ -111,5 +131,6 @@ private:
     QSet<const ConversionJob*> m_damaged;
     bool m_startIsDue = false;  ///< A job was added while files waited.
     bool m_paused = false;
+    bool m_isRemoving = false;  ///< Several jobs.
     std::function<void(bool, bool)> m_usageCounter;
 };

@@ -35,6 +35,10 @@ QStringList fileLines(const MKVFileInfo& info) {
     return lines << Texts::tr("To: %1").arg(info.destinationURL.toLocalFile());
 }
 
+QStringList receiptLines(const Receipt& receipt) {
+    return QStringList(receipttext::summary(receipt)) + receipttext::details(receipt);
+}
+
 }  // namespace
 
 QString JobNote::text() const {
@@ -81,12 +85,28 @@ QList<DetailSection> jobDetails(const ConversionJob& job) {
     if (job.state() == JobState::Failed) status += job.explanation().message;
     add(Texts::tr("Status"), status);
     if (!job.isUnprobed()) add(Texts::tr("Plan"), plantext::lines(job.plan()));
-    if (const auto receipt = job.receipt())
-        add(Texts::tr("Receipt"),
-            QStringList(receipttext::summary(*receipt)) + receipttext::details(*receipt));
+    if (const auto receipt = job.receipt()) add(Texts::tr("Receipt"), receiptLines(*receipt));
     if (!job.arguments().isEmpty()) add(Texts::tr("Command line"), {commandLineText(job.arguments())}, true);
     if (!job.jobOutput().isEmpty()) add(Texts::tr("What the tool printed"), {job.jobOutput()}, true);
     return sections;
+}
+
+QString commandLines(const QList<ConversionJob*>& jobs) {
+    QStringList lines;
+    for (const ConversionJob* job : jobs) {
+        const QStringList arguments = job->arguments();
+        if (!arguments.isEmpty()) lines.append(commandLineText(arguments));
+    }
+    return lines.join(u'\n');
+}
+
+QString receiptTexts(const QList<ConversionJob*>& jobs) {
+    QList<DetailSection> sections;
+    for (const ConversionJob* job : jobs) {
+        if (const auto receipt = job->receipt())
+            sections.append({job->fileInfo().fileName, receiptLines(*receipt)});
+    }
+    return plainText(sections);
 }
 
 QString plainText(const QList<DetailSection>& sections) {

@@ -50,5 +50,11 @@ struct DetailSection {
 /// parts that are empty. Main thread only.
 QList<DetailSection> jobDetails(const ConversionJob& job);
 
+/// One line for each job that was started. Main thread only.
+QString commandLines(const QList<ConversionJob*>& jobs);
+
+/// The receipts of the jobs that have one, each below the name of its movie. Main thread only.
+QString receiptTexts(const QList<ConversionJob*>& jobs);
+
 /// For the clipboard. Pure; any thread.
 QString plainText(const QList<DetailSection>& sections);

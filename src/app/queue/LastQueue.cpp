@@ -13,7 +13,10 @@
 #include <QFileInfo>
 
 LastQueue::LastQueue(QueueStore& store, JobQueue& queue, FileIntake& intake, QObject* parent)
-    : QObject(parent), m_store(store), m_queue(queue), m_intake(intake) {}
+    : QObject(parent), m_store(store), m_queue(queue), m_intake(intake) {
+    // What comes back later does not follow a job that the user moves up.
+    connect(&queue, &JobQueue::jobsMoved, this, [this] { m_returned = m_queue.job(m_queue.count() - 1); });
+}
 
 LastQueue::~LastQueue() {
     stop();

@@ -13,6 +13,7 @@
 #include <QSaveFile>
 
 #include <algorithm>
+#include <vector>
 
 namespace {
 
@@ -23,6 +24,27 @@ constexpr int kLockMilliseconds = 200;
 
 QString journalPath(const QString& folder) {
     return folder + "/queue.journal";
+}
+
+/// Which of the numbers belong to a longest increasing subsequence: what need not be moved into the new
+/// order.
+std::vector<bool> staying(const QList<qsizetype>& origins) {
+    std::vector<qsizetype> ends;  // Of each length the subsequence whose last number is the smallest.
+    std::vector<qsizetype> before(static_cast<size_t>(origins.size()), -1);
+    for (qsizetype i = 0; i < origins.size(); ++i) {
+        const auto end =
+            std::ranges::lower_bound(ends, origins[i], {}, [&](qsizetype at) { return origins[at]; });
+        if (end != ends.begin()) before[static_cast<size_t>(i)] = *std::prev(end);
+        if (end == ends.end()) {
+            ends.push_back(i);
+        } else {
+            *end = i;
+        }
+    }
+    std::vector<bool> stays(before.size());
+    for (qsizetype i = ends.empty() ? -1 : ends.back(); i >= 0; i = before[static_cast<size_t>(i)])
+        stays[static_cast<size_t>(i)] = true;
+    return stays;
 }
 
 }  // namespace
@@ -90,6 +112,7 @@ void QueueStore::follow() {
     connect(&m_queue, &JobQueue::jobAboutToBeAdded, this, [this](qsizetype row) { m_newRow = row; });
     connect(&m_queue, &JobQueue::jobAdded, this, [this](const ConversionJob* job) { add(job, m_newRow); });
     connect(&m_queue, &JobQueue::jobRemoved, this, &QueueStore::remove);
+    connect(&m_queue, &JobQueue::jobsMoved, this, &QueueStore::noteMoves);
     connect(&m_queue, &JobQueue::jobStateChanged, this,
             [this](const ConversionJob* job, JobState, JobState now) { noteState(job, now); });
     connect(&m_queue, &JobQueue::pausedChanged, this,
@@ -119,6 +142,15 @@ void QueueStore::add(const ConversionJob* job, qsizetype row) {
 void QueueStore::remove(const ConversionJob* job) {
     const quint64 id = m_ids.take(job);
     if (id != 0 && job->state() != JobState::Finished) append(queuerecords::removed({id}));
+}
+
+/// From the top: the job above is then in its place already.
+void QueueStore::noteMoves(qsizetype first, const QList<qsizetype>& origins) {
+    const std::vector<bool> stays = staying(origins);
+    for (qsizetype i = 0; i < origins.size(); ++i) {
+        const quint64 id = stays[static_cast<size_t>(i)] ? 0 : m_ids.value(m_queue.job(first + i));
+        if (id != 0) append(queuerecords::moved(id, idAbove(first + i)));
+    }
 }
 
 void QueueStore::noteState(const ConversionJob* job, JobState now) {

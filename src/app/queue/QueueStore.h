@@ -59,6 +59,7 @@ private:
     void follow();
     void add(const ConversionJob* job, qsizetype row);
     void remove(const ConversionJob* job);
+    void noteMoves(qsizetype first, const QList<qsizetype>& origins);
     void noteState(const ConversionJob* job, JobState now);
     void noteWaiting();
     quint64 idAbove(qsizetype row) const;

@@ -173,21 +173,29 @@ void DBusDesktop::onPortalActionInvoked(const QString& id, const QString&, const
     if (!path.isEmpty()) Q_EMIT notificationActivated(path);
 }
 
-void DBusDesktop::reveal(const QString& path) {
-    const QFileInfo file(path);
-    const QUrl folder = QUrl::fromLocalFile(file.absolutePath());
+void DBusDesktop::revealTogether(const QStringList& paths) {
+    QStringList urls;
+    QSet<QString> folders;
+    for (const QString& path : paths) {
+        const QFileInfo file(path);
+        urls.append(QUrl::fromLocalFile(file.absoluteFilePath()).toString(QUrl::FullyEncoded));
+        folders.insert(file.absolutePath());
+    }
+    const auto openFolders = [this, folders] {
+        for (const QString& folder : folders)
+            openUrl(QUrl::fromLocalFile(folder));
+    };
     const auto bus = buses::session();
     if (!bus) {
-        openUrl(folder);
+        openFolders();
         return;
     }
     QDBusMessage call =
         QDBusMessage::createMethodCall("org.freedesktop.FileManager1", "/org/freedesktop/FileManager1",
                                        "org.freedesktop.FileManager1", "ShowItems");
-    call.setArguments(
-        {QStringList(QUrl::fromLocalFile(file.absoluteFilePath()).toString(QUrl::FullyEncoded)), QString()});
-    buses::whenAnswered(*bus, call, this, [this, folder](const QDBusPendingCall& answer) {
-        if (answer.isError()) openUrl(folder);
+    call.setArguments({urls, QString()});
+    buses::whenAnswered(*bus, call, this, [openFolders](const QDBusPendingCall& answer) {
+        if (answer.isError()) openFolders();
     });
 }
 

@@ -30,7 +30,8 @@ public:
     quint32 acquireSleepAssertion(const QString& reason) override;
     void releaseSleepAssertion(quint32 assertion) override;
     void notify(const Notification& notification) override;
-    void reveal(const QString& path) override;
+    void reveal(const QString& path) override { revealTogether({path}); }
+    void revealTogether(const QStringList& paths) override;
     /// Uses xdg-open, or the portal inside a Flatpak or if xdg-open is missing. Returns true if the address
     /// was handed over. For a mailto link, xdg-open's exit status is awaited for at most two seconds; the
     /// portal itself informs the user if no program is installed.

@@ -21,6 +21,11 @@ Desktop* theDesktop = nullptr;
 
 }  // namespace
 
+void Desktop::revealTogether(const QStringList& paths) {
+    for (const QString& path : paths)
+        reveal(path);
+}
+
 bool Desktop::moveToTrash(const QString& path) {
     return QFile::moveToTrash(path);
 }

@@ -35,11 +35,14 @@ public:
     /// Shows the file selected in the file manager, or its folder where the file manager cannot select.
     virtual void reveal(const QString& path) = 0;
 
+    /// The same for several files, where the file manager can in as few windows as possible.
+    virtual void revealTogether(const QStringList& paths);
+
     /// Moves the file to the user's trash. Returns false if it could not be moved.
     virtual bool moveToTrash(const QString& path);
 
-    /// Opens a web page, a folder or a mailto link with the user's program for it. Returns false if there is
-    /// known to be none; only a mailto link is awaited to find out.
+    /// Opens a web page, a file, a folder or a mailto link with the user's program for it. Returns false if
+    /// there is known to be none; only a mailto link is awaited to find out.
     virtual bool openUrl(const QUrl& url) = 0;
 
     /// Copies the text to the clipboard. Returns false if there is no clipboard.

@@ -6,6 +6,7 @@
 #include "ui/look/TabularText.h"
 #include "ui/window/JobListModel.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QPainter>
 
@@ -174,7 +175,9 @@ void JobDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
     }
 
     const bool hasFocus = option.state.testFlag(QStyle::State_HasFocus);
-    if (isHovered || isSelected || hasFocus) paintButtons(painter, option, index, layout);
+    const auto* view = qobject_cast<const QAbstractItemView*>(option.widget);
+    const bool isCurrent = hasFocus || (isSelected && view && view->currentIndex() == index);
+    if (isHovered || isCurrent) paintButtons(painter, option, index, layout);
     if (hasFocus && option.state.testFlag(QStyle::State_KeyboardFocusChange)) {
         painter->setPen(QPen(option.palette.color(QPalette::Highlight), 2));
         painter->setBrush(Qt::NoBrush);

@@ -9,7 +9,7 @@
 #include <optional>
 
 /// Paints a job's row: icon and text of its state, name, status, progress bar or its note, and the buttons if
-/// the row is hovered or focused. Main thread only.
+/// the row is hovered or the current one. Main thread only.
 class JobDelegate : public QStyledItemDelegate {
     Q_OBJECT
 

@@ -6,6 +6,8 @@
 #include "support/base/Format.h"
 #include "ui/widgets/ToolTip.h"
 
+#include <vector>
+
 namespace {
 
 QString withNote(const QString& text, const QString& between, const ConversionJob& job) {
@@ -26,7 +28,13 @@ JobListModel::JobListModel(JobQueue& queue, QObject* parent) : QAbstractListMode
         m_running.remove(m_queue.job(row));
         beginRemoveRows({}, static_cast<int>(row), static_cast<int>(row));
     });
-    connect(&queue, &JobQueue::jobRemoved, this, [this] { endRemoveRows(); });
+    connect(&queue, &JobQueue::jobRemoved, this, [this] {
+        endRemoveRows();
+        Q_EMIT runningChanged();
+    });
+    connect(&queue, &JobQueue::jobsAboutToBeMoved, this,
+            [this] { Q_EMIT layoutAboutToBeChanged({}, VerticalSortHint); });
+    connect(&queue, &JobQueue::jobsMoved, this, &JobListModel::onMoved);
     connect(&queue, &JobQueue::jobStateChanged, this,
             [this](ConversionJob* job, JobState, JobState now) { onStateChanged(job, now); });
     connect(&settings::Changes::shared(), &settings::Changes::changed, this, &JobListModel::onSettingChanged);
@@ -75,13 +83,28 @@ QVariant JobListModel::data(const QModelIndex& index, int role) const {
     }
 }
 
+void JobListModel::onMoved(qsizetype first, const QList<qsizetype>& origins) {
+    std::vector<int> places(static_cast<size_t>(origins.size()));
+    for (qsizetype i = 0; i < origins.size(); ++i)
+        places[static_cast<size_t>(origins[i] - first)] = static_cast<int>(first + i);
+    const QModelIndexList before = persistentIndexList();
+    QModelIndexList now = before;
+    for (QModelIndex& each : now) {
+        const qsizetype at = each.row() - first;
+        if (at >= 0 && at < origins.size()) each = index(places[static_cast<size_t>(at)]);
+    }
+    changePersistentIndexList(before, now);
+    Q_EMIT layoutChanged({}, VerticalSortHint);
+}
+
 void JobListModel::onStateChanged(ConversionJob* job, JobState now) {
     const QModelIndex row = indexOf(job);
     if (!row.isValid()) return;
     if (now == JobState::Converting) {
         m_running.insert(job, row);
-    } else {
-        m_running.remove(job);
+        Q_EMIT runningChanged();
+    } else if (m_running.remove(job)) {
+        Q_EMIT runningChanged();
     }
     Q_EMIT dataChanged(row, row);
 }

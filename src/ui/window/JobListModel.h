@@ -33,8 +33,15 @@ public:
     /// Null for an invalid index.
     ConversionJob* job(const QModelIndex& index) const;
     QModelIndex indexOf(const ConversionJob* job) const;
+    /// The rows of the running jobs, in no order.
+    QList<QPersistentModelIndex> running() const { return m_running.values(); }
+
+Q_SIGNALS:
+    /// The result of running() has changed.
+    void runningChanged();
 
 private:
+    void onMoved(qsizetype first, const QList<qsizetype>& origins);
     void onStateChanged(ConversionJob* job, JobState now);
     void onProgressed(const ConversionJob* job);
     void onSettingChanged();

@@ -1,119 +1,119 @@
 #include "ui/window/JobListView.h"
 
-#include "app/actions/FailureActions.h"
-#include "convert/CommandLineText.h"
 #include "convert/ConversionJob.h"
-#include "support/base/Collections.h"
-#include "support/base/Text.h"
-#include "ui/look/Icons.h"
 #include "ui/window/JobDelegate.h"
+#include "ui/window/JobDrag.h"
 #include "ui/window/JobListModel.h"
+#include "ui/window/JobMenu.h"
+#include "ui/window/RunningFollower.h"
 
 #include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
+#include <QDrag>
 #include <QHelpEvent>
 #include <QMenu>
+#include <QMimeData>
 #include <QMouseEvent>
+#include <QPainter>
+#include <QScrollBar>
 #include <QToolTip>
 
-using jobrow::Button;
+#include <algorithm>
 
-JobListView::JobListView(QWidget* parent) : QListView(parent), m_delegate(new JobDelegate(this)) {
+using jobrow::Button;
+using Command = JobCommands::Command;
+
+JobListView::JobListView(QWidget* parent)
+    : QListView(parent), m_delegate(new JobDelegate(this)), m_follower(new RunningFollower(*this)) {
     setItemDelegate(m_delegate);
     setUniformItemSizes(true);
     setFrameShape(QFrame::NoFrame);
     setMouseTracking(true);
-    setSelectionMode(QAbstractItemView::SingleSelection);
+    setSelectionMode(QAbstractItemView::ExtendedSelection);
+    setSelectionRectVisible(true);
+    setAcceptDrops(true);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setAccessibleName(tr("Movies"));
 }
 
-void JobListView::setJobs(JobListModel* model, FailureActions* actions) {
+void JobListView::setJobs(JobListModel* model, JobCommands* commands) {
     m_jobs = model;
-    m_actions = actions;
+    m_commands = commands;
     setModel(model);
+    m_follower->setModel(model);
+    connect(model, &JobListModel::rowsRemoved, this, &JobListView::onRowsRemoved);
+    connect(commands, &JobCommands::copied, this,
+            [](const QString& text) { QApplication::clipboard()->setText(text); });
 }
 
 ConversionJob* JobListView::currentJob() const {
     return m_jobs ? m_jobs->job(currentIndex()) : nullptr;
 }
 
-void JobListView::act(ConversionJob& job, Button button, bool shiftIsHeld) {
-    if (!jobrow::isEnabled(button, job.state())) return;
+JobCommands::Jobs JobListView::selectedJobs() const {
+    QModelIndexList rows = selectedIndexes();
+    std::ranges::sort(rows, {}, &QModelIndex::row);
+    JobCommands::Jobs jobs;
+    for (const QModelIndex& row : rows)
+        jobs.append(m_jobs->job(row));
+    return jobs;
+}
+
+/// Selects the row alone if it is not selected.
+void JobListView::choose(const QModelIndex& index) {
+    const bool isSelected = selectionModel()->isSelected(index);
+    selectionModel()->setCurrentIndex(
+        index, isSelected ? QItemSelectionModel::NoUpdate : QItemSelectionModel::ClearAndSelect);
+}
+
+void JobListView::press(ConversionJob& job, Button button, bool shiftIsHeld) {
+    const JobCommands::Jobs one{&job};
     switch (button) {
         case Button::PauseContinue:
-            if (statusIsRunning(job.state())) {
-                job.pause();
-            } else {
-                job.continueJob();
-            }
+            m_commands->perform(JobCommands::pauseOrContinue(one), one);
             return;
         case Button::Remove:
-            job.remove();
+            m_commands->perform(Command::Remove, one);
             return;
-        case Button::Reveal:
-            m_actions->reveal(job, shiftIsHeld);
+        case Button::Reveal: {
+            const bool isOriginal = shiftIsHeld && job.state() != JobState::Failed;
+            m_commands->perform(isOriginal ? Command::ShowOriginal : Command::Show, one);
             return;
+        }
     }
 }
 
-void JobListView::trigger(Button button, bool shiftIsHeld) {
-    if (ConversionJob* job = currentJob()) act(*job, button, shiftIsHeld);
+void JobListView::perform(Command command) {
+    m_commands->perform(command, selectedJobs());
 }
 
-/// What Return and a double click do.
+/// What Return does, and a double click where there is nothing to play.
 void JobListView::open(bool shiftIsHeld) {
-    const ConversionJob* job = currentJob();
-    if (job && jobrow::isEnabled(Button::Reveal, job->state())) {
-        trigger(Button::Reveal, shiftIsHeld);
-    } else {
-        showDetails();
+    const JobCommands::Jobs jobs = selectedJobs();
+    for (const Command command : {Command::ShowOriginal, Command::Show}) {
+        if (command == Command::ShowOriginal && !shiftIsHeld) continue;
+        if (JobCommands::fitting(command, jobs).isEmpty()) continue;
+        m_commands->perform(command, jobs);
+        return;
     }
+    showDetails();
 }
 
 void JobListView::showDetails() {
     if (ConversionJob* job = currentJob()) Q_EMIT detailsRequested(job);
 }
 
+void JobListView::showRunning() {
+    m_follower->showRunning();
+}
+
 void JobListView::fillMenu(QMenu& menu) {
-    ConversionJob* job = currentJob();
-    const JobState state = job ? job->state() : JobState::Queued;
-    // The shortcut is only displayed: the list handles the key itself, and the menu must not take it from
-    // other controls.
-    const auto addCommand = [&](const QString& title, const QKeySequence& key, Button button, bool shift) {
-        QAction* action = menu.addAction(title + u'\t' + key.toString(QKeySequence::NativeText));
-        action->setEnabled(job && jobrow::isEnabled(button, state));
-        if (job) {
-            connect(action, &QAction::triggered, job,
-                    [this, job, button, shift] { act(*job, button, shift); });
-        }
-        return action;
-    };
-    const auto add = [&](Button button, const QKeySequence& key) {
-        addCommand(JobDelegate::titleOf(button, state), key, button, false)
-            ->setIcon(symbolicIcon(JobDelegate::iconOf(button, state)));
-    };
-    add(Button::PauseContinue, Qt::Key_Space);
-    add(Button::Reveal, Qt::Key_Return);
-    if (job && jobrow::isEnabled(Button::Reveal, state) && state != JobState::Failed) {
-        addCommand(tr("Show the original movie"), Qt::SHIFT | Qt::Key_Return, Button::Reveal, true);
-    }
-    menu.addSeparator();
-    QAction* details = menu.addAction(
-        tr("Details…") + u'\t' + QKeySequence(Qt::ALT | Qt::Key_Return).toString(QKeySequence::NativeText));
-    details->setEnabled(job);
-    if (job) connect(details, &QAction::triggered, job, [this, job] { Q_EMIT detailsRequested(job); });
-    const QStringList arguments = job ? job->arguments() : QStringList();
-    QAction* copy = menu.addAction(tr("Copy command line"), this, [arguments] {
-        QApplication::clipboard()->setText(commandLineText(arguments));
-    });
-    copy->setEnabled(collections::isNonEmptyCollection(arguments));
-    menu.addSeparator();
-    add(Button::Remove, Qt::Key_Delete);
+    jobmenu::fill(menu, *m_commands, selectedJobs(), currentJob(),
+                  [this](ConversionJob* job) { Q_EMIT detailsRequested(job); });
 }
 
 std::optional<Button> JobListView::buttonAt(QPoint position, const QModelIndex& index) const {
@@ -130,19 +130,31 @@ void JobListView::setHot(const QModelIndex& index, std::optional<Button> button,
 }
 
 void JobListView::mousePressEvent(QMouseEvent* event) {
-    const QModelIndex index = indexAt(event->position().toPoint());
-    const auto button = buttonAt(event->position().toPoint(), index);
-    QListView::mousePressEvent(event);
-    if (event->button() != Qt::LeftButton || !button) return;
-    m_pressedIndex = index;
-    m_pressedButton = button;
+    const QPoint position = event->position().toPoint();
+    const QModelIndex index = indexAt(position);
+    const bool isLeft = event->button() == Qt::LeftButton;
     m_pressedJob = m_jobs->job(index);
-    setHot(index, button, true);
+    m_pressedButton = isLeft ? buttonAt(position, index) : std::nullopt;
+    m_dragStart.reset();
+    if (m_pressedButton) {
+        m_pressedIndex = index;
+        choose(index);
+        setHot(index, m_pressedButton, true);
+        return;
+    }
+    // With a modifier, on other rows and below the rows a drag selects.
+    const bool isMovable = m_pressedJob && (m_pressedJob->state() == JobState::Queued ||
+                                            m_pressedJob->state() == JobState::Finished);
+    if (isLeft && isMovable && event->modifiers() == Qt::NoModifier) m_dragStart = position;
+    QListView::mousePressEvent(event);
 }
 
 void JobListView::mouseReleaseEvent(QMouseEvent* event) {
-    QListView::mouseReleaseEvent(event);
-    if (event->button() != Qt::LeftButton || !m_pressedButton) return;
+    m_dragStart.reset();
+    if (event->button() != Qt::LeftButton || !m_pressedButton) {
+        QListView::mouseReleaseEvent(event);
+        return;
+    }
     const QModelIndex index = indexAt(event->position().toPoint());
     const auto button = buttonAt(event->position().toPoint(), index);
     const bool isClick = index.isValid() && m_pressedIndex == index && m_pressedButton == button;
@@ -151,15 +163,19 @@ void JobListView::mouseReleaseEvent(QMouseEvent* event) {
     setHot(index, button, false);
     if (!isClick) return;
     if (ConversionJob* job = m_jobs->job(index))
-        act(*job, *button, event->modifiers().testFlag(Qt::ShiftModifier));
+        press(*job, *button, event->modifiers().testFlag(Qt::ShiftModifier));
 }
 
 void JobListView::mouseMoveEvent(QMouseEvent* event) {
-    const QModelIndex index = indexAt(event->position().toPoint());
-    // Dragging across the rows does not select them.
+    const QPoint position = event->position().toPoint();
     if (!event->buttons().testFlag(Qt::LeftButton)) {
+        const QModelIndex index = indexAt(position);
         QListView::mouseMoveEvent(event);
-        setHot(index, buttonAt(event->position().toPoint(), index), false);
+        setHot(index, buttonAt(position, index), false);
+    } else if (m_dragStart) {
+        if ((position - *m_dragStart).manhattanLength() >= QApplication::startDragDistance()) dragSelected();
+    } else if (!m_pressedButton) {
+        QListView::mouseMoveEvent(event);
     }
 }
 
@@ -169,8 +185,14 @@ void JobListView::mouseDoubleClickEvent(QMouseEvent* event) {
     if (buttonAt(event->position().toPoint(), index)) {
         // After a removal another job is under the pointer, which the user did not mean.
         if (m_jobs->job(index) == m_pressedJob) mousePressEvent(event);
+        return;
+    }
+    selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+    const bool shiftIsHeld = event->modifiers().testFlag(Qt::ShiftModifier);
+    if (currentJob()->state() == JobState::Finished && !shiftIsHeld) {
+        perform(Command::Play);
     } else {
-        open(event->modifiers().testFlag(Qt::ShiftModifier));
+        open(shiftIsHeld);
     }
 }
 
@@ -180,38 +202,171 @@ void JobListView::leaveEvent(QEvent* event) {
     viewport()->update();
 }
 
-void JobListView::keyPressEvent(QKeyEvent* event) {
-    const bool shiftIsHeld = event->modifiers().testFlag(Qt::ShiftModifier);
-    static const QSet<int> commands = {Qt::Key_Space, Qt::Key_Delete, Qt::Key_Return, Qt::Key_Enter};
+/// False: the key is none of the rows' commands.
+bool JobListView::performKey(const QKeyEvent& event) {
+    const auto modifiers = event.modifiers() & ~Qt::KeypadModifier;
+    const bool shiftIsHeld = modifiers.testFlag(Qt::ShiftModifier);
+    const bool altIsHeld = modifiers.testFlag(Qt::AltModifier);
     // Auto-repeat must not act on each row that moves up.
-    if (event->isAutoRepeat() && commands.contains(event->key())) return;
-    switch (event->key()) {
+    const auto once = [&](const auto& action) {
+        if (!event.isAutoRepeat()) action();
+        return true;
+    };
+    switch (event.key()) {
         case Qt::Key_Space:
-            trigger(Button::PauseContinue);
-            return;
+            if (modifiers.testFlag(Qt::ControlModifier)) return false;  // Selects the row, too.
+            return once([&] { perform(JobCommands::pauseOrContinue(selectedJobs())); });
         case Qt::Key_Delete:
-            trigger(Button::Remove);
-            return;
+            return once([&] { perform(Command::Remove); });
         case Qt::Key_Return:
         case Qt::Key_Enter:
-            if (event->modifiers().testFlag(Qt::AltModifier)) {
-                showDetails();
-            } else {
-                open(shiftIsHeld);
-            }
-            return;
+            return once([&] { altIsHeld ? showDetails() : open(shiftIsHeld); });
+        case Qt::Key_P:
+            if (modifiers != Qt::ControlModifier) return false;
+            return once([&] { perform(Command::Play); });
+        case Qt::Key_Home:
+        case Qt::Key_Up:
+        case Qt::Key_Down:
+            if (modifiers != Qt::AltModifier) return false;
+            perform(event.key() == Qt::Key_Home ? Command::StartNext
+                    : event.key() == Qt::Key_Up ? Command::MoveUp
+                                                : Command::MoveDown);
+            scrollTo(currentIndex());
+            return true;
+        case Qt::Key_F10: {
+            if (modifiers != Qt::ShiftModifier) return false;
+            const QPoint middle = visualRect(currentIndex()).center();
+            QContextMenuEvent menu(QContextMenuEvent::Keyboard, middle, viewport()->mapToGlobal(middle));
+            contextMenuEvent(&menu);
+            return true;
+        }
         default:
-            QListView::keyPressEvent(event);
+            return false;
     }
+}
+
+void JobListView::keyPressEvent(QKeyEvent* event) {
+    const int before = verticalScrollBar()->value();
+    if (!performKey(*event)) QListView::keyPressEvent(event);
+    if (verticalScrollBar()->value() != before) m_follower->noteScrolled();
 }
 
 void JobListView::contextMenuEvent(QContextMenuEvent* event) {
     const bool byKey = event->reason() == QContextMenuEvent::Keyboard;
-    if (!byKey) setCurrentIndex(indexAt(event->pos()));
-    if (!currentIndex().isValid()) return;
+    const QModelIndex index = byKey ? currentIndex() : indexAt(event->pos());
+    if (!index.isValid()) {
+        if (!byKey) setCurrentIndex(index);
+        return;
+    }
+    if (!byKey || !selectionModel()->hasSelection()) choose(index);
+    if (byKey) scrollTo(index);
     QMenu menu(this);
     fillMenu(menu);
-    menu.exec(byKey ? viewport()->mapToGlobal(visualRect(currentIndex()).center()) : event->globalPos());
+    menu.exec(byKey ? viewport()->mapToGlobal(visualRect(index).center()) : event->globalPos());
+}
+
+void JobListView::dragSelected() {
+    m_dragStart.reset();
+    if (!m_pressedJob) return;
+    QList<ConversionJob*> jobs;
+    const JobCommands::Jobs selected = selectedJobs();
+    for (ConversionJob* job : selected) {
+        if (job->state() == m_pressedJob->state()) jobs.append(job);
+    }
+    auto contents = jobdrag::dataOf(jobs);
+    if (!contents) return;
+    const auto action = contents->hasUrls() ? Qt::CopyAction : Qt::MoveAction;
+    auto* drag = new QDrag(this);
+    drag->setPixmap(jobdrag::picture(jobs, *this));
+    drag->setMimeData(contents.release());
+    const QPointer self(this);
+    const int before = verticalScrollBar()->value();
+    drag->exec(action, action);
+    if (!self) return;
+    setDropRow(-1);
+    setState(NoState);
+    if (verticalScrollBar()->value() != before) m_follower->noteScrolled();
+}
+
+/// Rows that wait are dropped among each other: the nearest place beside one; -1: there is none.
+int JobListView::dropRowAt(QPoint position) const {
+    const int count = m_jobs->rowCount();
+    const QModelIndex index = indexAt(position);
+    const bool isLowerHalf = index.isValid() && position.y() > visualRect(index).center().y();
+    const int row = index.isValid() ? index.row() + (isLowerHalf ? 1 : 0) : count;
+    const auto waits = [&](int each) {
+        return each >= 0 && each < count && m_jobs->job(m_jobs->index(each))->state() == JobState::Queued;
+    };
+    for (int distance = 0; distance <= count; ++distance) {
+        if (waits(row + distance) || waits(row + distance - 1)) return row + distance;
+        if (waits(row - distance - 1) || waits(row - distance)) return row - distance;
+    }
+    return -1;
+}
+
+void JobListView::setDropRow(int row) {
+    m_dropRow = row;
+    viewport()->update();
+}
+
+void JobListView::dragEnterEvent(QDragEnterEvent* event) {
+    dragMoveEvent(event);
+}
+
+void JobListView::dragMoveEvent(QDragMoveEvent* event) {
+    if (!jobdrag::isMove(*event->mimeData())) {
+        event->ignore();  // It is for the window.
+        return;
+    }
+    QListView::dragMoveEvent(event);  // Scrolls at the edges.
+    setDropRow(dropRowAt(event->position().toPoint()));
+    event->setDropAction(Qt::MoveAction);
+    event->setAccepted(m_dropRow >= 0);
+}
+
+void JobListView::dragLeaveEvent(QDragLeaveEvent* event) {
+    QListView::dragLeaveEvent(event);
+    setDropRow(-1);
+}
+
+void JobListView::dropEvent(QDropEvent* event) {
+    stopAutoScroll();
+    const int row = jobdrag::isMove(*event->mimeData()) ? dropRowAt(event->position().toPoint()) : -1;
+    event->setAccepted(row >= 0);
+    if (row < 0) return;
+    event->setDropAction(Qt::MoveAction);
+    setDropRow(-1);
+    m_commands->move(jobdrag::jobsOf(*event->mimeData(), *m_jobs), row);
+}
+
+void JobListView::paintEvent(QPaintEvent* event) {
+    QListView::paintEvent(event);
+    if (m_dropRow < 0) return;
+    constexpr int kThickness = 2;
+    const int count = m_jobs->rowCount();
+    const QRect last = visualRect(m_jobs->index(count - 1));
+    const int y = m_dropRow < count ? visualRect(m_jobs->index(m_dropRow)).top() : last.bottom() + 1;
+    QPainter painter(viewport());
+    painter.fillRect(QRect(0, qMax(0, y - kThickness), viewport()->width(), 2 * kThickness - 1),
+                     palette().color(QPalette::Highlight));
+}
+
+void JobListView::rowsAboutToBeRemoved(const QModelIndex& parent, int start, int end) {
+    m_hadSelection = selectionModel()->hasSelection();
+    const int current = currentIndex().row();
+    if (current >= start && current <= end) {
+        // The next one takes its place, so that there is nothing to scroll to.
+        const int next = end + 1 < m_jobs->rowCount() ? end + 1 : start - 1;
+        setAutoScroll(false);
+        selectionModel()->setCurrentIndex(m_jobs->index(next), QItemSelectionModel::NoUpdate);
+        setAutoScroll(true);
+    }
+    QListView::rowsAboutToBeRemoved(parent, start, end);
+}
+
+void JobListView::onRowsRemoved() {
+    if (m_hadSelection && !selectionModel()->hasSelection() && currentIndex().isValid())
+        selectionModel()->select(currentIndex(), QItemSelectionModel::Select);
 }
 
 void JobListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,

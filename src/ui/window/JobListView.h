@@ -1,18 +1,18 @@
 #pragma once
 
+#include "app/actions/JobCommands.h"
 #include "ui/window/JobRow.h"
 
 #include <QListView>
 #include <QPointer>
 
-class ConversionJob;
-class FailureActions;
 class JobDelegate;
 class JobListModel;
 class QMenu;
+class RunningFollower;
 
-/// The list of jobs with its rows' buttons, keys and context menu. Repaints only the rows that changed. Main
-/// thread only.
+/// The list of jobs with its rows' buttons, keys, drags and context menu. Repaints only the rows that
+/// changed. Keys and menus concern all selected rows, a row's buttons that row alone. Main thread only.
 class JobListView : public QListView {
     Q_OBJECT
 
@@ -20,19 +20,20 @@ public:
     explicit JobListView(QWidget* parent = nullptr);
 
     /// Both must outlive the view.
-    void setJobs(JobListModel* model, FailureActions* actions);
+    void setJobs(JobListModel* model, JobCommands* commands);
 
-    /// Performs the action of that button for the current job; does nothing if it is not enabled.
-    void trigger(jobrow::Button button, bool shiftIsHeld = false);
-    /// Adds the commands of the current job to `menu`. They keep referring to that job, also when it has left
-    /// the list.
+    /// Adds the commands of the selected jobs to `menu`. They keep referring to these jobs, also when one has
+    /// left the list.
     void fillMenu(QMenu& menu);
+    /// Brings a running row into view, and keeps one there until the user scrolls.
+    void showRunning();
 
 Q_SIGNALS:
     void detailsRequested(ConversionJob* job);
 
 protected:
     bool viewportEvent(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -40,23 +41,40 @@ protected:
     void leaveEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
     void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                      const QList<int>& roles) override;
+    void rowsAboutToBeRemoved(const QModelIndex& parent, int start, int end) override;
 
 private:
     ConversionJob* currentJob() const;
+    JobCommands::Jobs selectedJobs() const;
+    void choose(const QModelIndex& index);
     std::optional<jobrow::Button> buttonAt(QPoint position, const QModelIndex& index) const;
     void setHot(const QModelIndex& index, std::optional<jobrow::Button> button, bool isPressed);
     bool showToolTip(QPoint position, QPoint globalPosition);
+    void perform(JobCommands::Command command);
+    bool performKey(const QKeyEvent& event);
     void open(bool shiftIsHeld);
     void showDetails();
-    void act(ConversionJob& job, jobrow::Button button, bool shiftIsHeld);
+    void press(ConversionJob& job, jobrow::Button button, bool shiftIsHeld);
+    void onRowsRemoved();
+    void dragSelected();
+    int dropRowAt(QPoint position) const;
+    void setDropRow(int row);
 
     JobListModel* m_jobs = nullptr;
-    FailureActions* m_actions = nullptr;
+    JobCommands* m_commands = nullptr;
     JobDelegate* m_delegate = nullptr;
+    RunningFollower* m_follower = nullptr;
     QPersistentModelIndex m_pressedIndex;
     std::optional<jobrow::Button> m_pressedButton;
-    /// The job of the last press, for the second press of a double click.
+    /// The job of the last press, for the second press of a double click and for a drag.
     QPointer<ConversionJob> m_pressedJob;
+    std::optional<QPoint> m_dragStart;  ///< A press that becomes a drag when the pointer moves.
+    int m_dropRow = -1;           ///< The row in front of which dragged ones would be dropped; -1: none.
+    bool m_hadSelection = false;  ///< Before the removal of rows.
 };

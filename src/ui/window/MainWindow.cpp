@@ -6,7 +6,9 @@
 #include "ui/help/HelpMenu.h"
 #include "ui/look/Icons.h"
 #include "ui/preferences/PreferencesWindow.h"
+#include "ui/widgets/ToolTip.h"
 #include "ui/window/DetailsWindow.h"
+#include "ui/window/JobDrag.h"
 #include "ui/window/JobListModel.h"
 #include "ui/window/LastQueueBar.h"
 #include "ui/window/QueueSummary.h"
@@ -45,7 +47,7 @@ MainWindow::MainWindow(AppDelegate& delegate)
     setUpToolBar();
     setUpLastQueueBar();
     setUpUndo();
-    m_ui->jobListView->setJobs(m_model.get(), &delegate.failureActions());
+    m_ui->jobListView->setJobs(m_model.get(), &delegate.jobCommands());
     m_ui->addSheetView->setSheet(&delegate.addSheet(), &delegate.destinations());
     connect(m_ui->addSheetView, &AddSheetView::focusReleased, m_ui->jobListView,
             qOverload<>(&QWidget::setFocus));
@@ -75,6 +77,11 @@ void MainWindow::setUpActions() {
     connect(m_ui->preferencesAction, &QAction::triggered, this, &MainWindow::openPreferences);
     connect(m_ui->closeAction, &QAction::triggered, this, &MainWindow::close);
     connect(m_ui->quitAction, &QAction::triggered, this, [this] { m_delegate.terminate(true); });
+    connect(m_ui->selectAllAction, &QAction::triggered, this, [this] {
+        m_ui->jobListView->selectAll();
+        m_ui->jobListView->setFocus();
+    });
+    connect(m_ui->showRunningAction, &QAction::triggered, m_ui->jobListView, &JobListView::showRunning);
     connect(m_ui->queueMenu, &QMenu::aboutToShow, this, &MainWindow::fillQueueMenu);
     setUpHelpMenu(*m_ui->helpMenu, m_delegate, *this);
 }
@@ -131,11 +138,18 @@ void MainWindow::refreshPause() {
 
 void MainWindow::refreshPage() {
     const bool isEmpty = m_model->rowCount() == 0;
+    m_ui->selectAllAction->setEnabled(!isEmpty);
     m_ui->pages->setCurrentWidget(isEmpty ? static_cast<QWidget*>(m_ui->emptyView) : m_ui->jobListView);
 }
 
 void MainWindow::refreshSummary() {
     m_summary->setText(queueSummary(m_delegate.queue()));
+    refreshCommands();
+}
+
+void MainWindow::refreshCommands() {
+    m_ui->showRunningAction->setEnabled(!m_model->running().isEmpty());
+    m_ui->pauseContinueAction->setToolTip(plainToolTip(m_delegate.queue().pauseHint()));
     m_ui->cleanAction->setEnabled(m_delegate.queue().jobCountWithState(JobState::Finished) > 0);
 }
 
@@ -196,6 +210,10 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+    if (jobdrag::isOwn(*event->mimeData())) {
+        event->ignore();
+        return;
+    }
     const bool isAccepted = m_delegate.draggingEntered(event->mimeData()->urls());
     m_ui->emptyView->setDropHighlighted(isAccepted);
     if (!isAccepted) return;

@@ -55,6 +55,7 @@ private:
     void refreshPause();
     void refreshPage();
     void refreshSummary();
+    void refreshCommands();
     void showStatus(const QString& message);
     void fillQueueMenu();
     void showDetails(const ConversionJob* job);

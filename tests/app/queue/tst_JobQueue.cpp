@@ -1,6 +1,7 @@
 #include "app/intake/FileIntake.h"
 #include "app/queue/JobQueue.h"
 #include "fakes/FakeTool.h"
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
 #include "tool/ToolReaper.h"
@@ -132,6 +133,48 @@ private Q_SLOTS:
         QCOMPARE(removed.count(), 2);
         QVERIFY(QFile::exists(stage.home.path("a.mp4")));
         QCOMPARE(stage.queue.jobCountWithState(JobState::Finished), 0);
+    }
+
+    void whatWaitsIsMoved_data() {
+        addRows<QString, QString, QString>({{"to the top", "a", "0", "a c r d b"},
+                                            {"down", "c", "4", "d b r c a"},
+                                            {"in their order", "a d", "0", "d a r c b"},
+                                            {"what runs stays", "r b", "0", "b c r d a"},
+                                            {"one row up", "b a", "up", "c b r a d"},
+                                            {"no further up", "c b", "up", "c b r d a"},
+                                            {"one row down", "c a", "down", "d c r b a"}});
+    }
+    void whatWaitsIsMoved() {
+        const auto [names, where, expected] = row<QString, QString, QString>();
+        Stage stage;
+        stage.addAll({"r", "d", "c"});
+        setDefaultInt("InsertJobsAtBottom", 1);
+        stage.addAll({"b", "a"});
+        QList<ConversionJob*> jobs;
+        for (qsizetype i = 0; i < stage.queue.count(); ++i) {
+            if (names.contains(stage.queue.job(i)->fileInfo().fileName.chopped(4)))
+                jobs.append(stage.queue.job(i));
+        }
+        where == "up"     ? stage.queue.moveUp(jobs)
+        : where == "down" ? stage.queue.moveDown(jobs)
+                          : stage.queue.move(jobs, where.toInt());
+        QCOMPARE(stage.list().remove(QRegularExpression(":.")), expected);
+        QStringList started;
+        connect(&stage.queue, &JobQueue::jobStateChanged, this, [&](const auto* job, JobState, JobState now) {
+            if (now == JobState::Converting) started.append(job->fileInfo().fileName.chopped(4));
+        });
+        stage.release();
+        QTRY_COMPARE(stage.queue.jobCountWithState(JobState::Finished), 5);
+        QCOMPARE(started.join(u' '), QString(expected).remove(" r"));
+    }
+
+    void severalAreRemovedAtOnce() {
+        Stage stage;
+        stage.addAll({"a", "b", "c", "d"});
+        QSignalSpy changed(&stage.queue, &JobQueue::jobStateChanged);
+        stage.queue.removeJobs({stage.queue.job(3), stage.queue.job(1), stage.queue.job(0)});
+        QCOMPARE(stage.list(), "b:1");
+        QCOMPARE(changed.count(), 1);  // None of the others was started in between.
     }
 
     void anUnwritableDestinationRefuses() {

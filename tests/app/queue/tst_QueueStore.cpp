@@ -284,6 +284,30 @@ private Q_SLOTS:
         QCOMPARE(app.onDisk().section(" |", 0, 0), "new~.mkv:1 bad!.mkv:4 busy~.mkv:0 gone.mkv:0 last.mkv:0");
     }
 
+    void theNewOrderIsStored_data() {
+        addRows<QString, int, QString, int>({{"to the top", "e", 0, "e a b c d", 1},
+                                             {"to the bottom", "a", 5, "b c d e a", 1},
+                                             {"several", "d b", 5, "a c e b d", 2}});
+    }
+    void theNewOrderIsStored() {
+        const auto [names, where, expected, records] = row<QString, int, QString, int>();
+        Sessions app;
+        app.queue().pauseContinueClicked(true);
+        QList<ConversionJob*> jobs;
+        for (const char* name : {"a", "b", "c", "d", "e"}) {
+            QVERIFY(app.confirm(QString(name) + ".mkv"));
+            if (names.contains(name)) jobs.append(app.queue().job(app.queue().count() - 1));
+        }
+        QTRY_COMPARE(app.stored().jobs.size(), 5U);
+        app.queue().move(jobs, where);
+        const QString list = QString(expected).replace(QRegularExpression("(\\w)"), "\\1.mkv:0");
+        QTRY_COMPARE(app.onDisk(), list);
+        QCOMPARE(files::contents(app.journal())->count("\"moved\""), records);
+        auto next = app.next();
+        next->lastQueue().continueQueue();
+        QTRY_COMPARE(Sessions::list(*next), list);
+    }
+
     void overridesComeBack() {
         Sessions app;
         app.queue().pauseContinueClicked(true);

@@ -29,18 +29,21 @@ constexpr const char* kManyStreams = R"(
     Stream #0:5(eng): Subtitle: subrip
 )";
 
-/// Drags the URLs into the window and drops them if they are accepted. Returns whether they were.
-bool dragAndDrop(MainWindow& window, const QList<QUrl>& urls) {
+/// Drags the data to that place and drops it if it is accepted. Returns the action; Qt::IgnoreAction: it was
+/// refused.
+Qt::DropAction dragAndDrop(QWidget& target, QPoint place, const QMimeData& data) {
+    QDragEnterEvent enter(place, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+    enter.ignore();
+    QApplication::sendEvent(&target, &enter);
+    if (!enter.isAccepted()) return Qt::IgnoreAction;
+    QDropEvent drop(place, enter.dropAction(), &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&target, &drop);
+    return drop.dropAction();
+}
+bool dragAndDrop(QWidget& target, const QList<QUrl>& urls) {
     QMimeData data;
     data.setUrls(urls);
-    const QPoint middle = window.rect().center();
-    QDragEnterEvent enter(middle, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
-    enter.ignore();
-    QApplication::sendEvent(&window, &enter);
-    if (!enter.isAccepted()) return false;
-    QDropEvent drop(middle, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(&window, &drop);
-    return drop.dropAction() == Qt::CopyAction;
+    return dragAndDrop(target, target.rect().center(), data) == Qt::CopyAction;
 }
 
 /// A window whose queue has these movies, the first one on top. No conversion ends before `finish()`.
@@ -58,7 +61,54 @@ public:
         write("go");
         QTRY_COMPARE_WITH_TIMEOUT(queue().jobCountWithState(JobState::Finished), count, kPatience);
     }
-    void press(Qt::Key key) const { QTest::keyClick(&list(), key); }
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const {
+        QTest::keyClick(&list(), key, modifiers);
+    }
+    QString names() {
+        QStringList names;
+        for (qsizetype row = 0; row < queue().count(); ++row)
+            names.append(job(row)->fileInfo().fileName.chopped(4));
+        return names.join(' ');
+    }
+    QString selected() {
+        QStringList names;
+        for (int row = 0; row < queue().count(); ++row) {
+            const QModelIndex index = list().model()->index(row, 0);
+            if (list().selectionModel()->isSelected(index)) names.append(index.data().toString().chopped(4));
+        }
+        return names.join(' ');
+    }
+    QPoint nameOf(int row) const { return layoutOf(row).name.center(); }
+    void clickRow(int row, Qt::KeyboardModifiers modifiers = {}) const {
+        QTest::mouseClick(list().viewport(), Qt::LeftButton, modifiers, nameOf(row));
+    }
+    void doubleClickRow(int row, Qt::KeyboardModifiers modifiers = {}) const {
+        QTest::mouseDClick(list().viewport(), Qt::LeftButton, modifiers, nameOf(row));
+        QTest::mouseRelease(list().viewport(), Qt::LeftButton, modifiers, nameOf(row));
+    }
+    void dragTo(QPoint place) const {
+        QMouseEvent move(QEvent::MouseMove, place, list().viewport()->mapToGlobal(place), Qt::NoButton,
+                         Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(list().viewport(), &move);
+    }
+    /// What is dragged out of that row; null: nothing. Valid until events are processed.
+    QMimeData* dragged(int row) const {
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QTest::mousePress(list().viewport(), Qt::LeftButton, {}, nameOf(row));
+        dragTo(nameOf(row) + QPoint(0, QApplication::startDragDistance()));
+        QTest::mouseRelease(find<QWidget>("toolBar"), Qt::LeftButton);
+        const auto* drag = list().findChild<QDrag*>();
+        return drag ? drag->mimeData() : nullptr;
+    }
+    /// The enabled titles of the menu that a right click on the row or, without a row, the key opens.
+    QStringList contextMenu(int row = -1);
+    void choose(const QString& title) const {
+        QMenu menu;
+        list().fillMenu(menu);
+        for (QAction* action : menu.actions()) {
+            if (action->text().section('\t', 0, 0) == title) action->trigger();
+        }
+    }
 };
 
 QStringList enabledTitles(const QMenu& menu) {
@@ -66,6 +116,25 @@ QStringList enabledTitles(const QMenu& menu) {
     for (const QAction* action : menu.actions()) {
         if (!action->isSeparator() && action->isEnabled())
             titles.append(action->text().section('\t', 0, 0).remove('&'));
+    }
+    return titles;
+}
+
+QStringList Queued::contextMenu(int row) {
+    QStringList titles;
+    QTimer::singleShot(0, &list(), [&] {
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        if (!menu) return;
+        titles = enabledTitles(*menu);
+        menu->close();
+    });
+    if (row < 0) {
+        press(Qt::Key_F10, Qt::ShiftModifier);
+    } else {
+        const QPoint place = nameOf(row);
+        QTest::mouseClick(list().viewport(), Qt::RightButton, {}, place);
+        QContextMenuEvent event(QContextMenuEvent::Mouse, place, list().viewport()->mapToGlobal(place));
+        QApplication::sendEvent(list().viewport(), &event);
     }
     return titles;
 }
@@ -149,6 +218,145 @@ private Q_SLOTS:
         app.press(Qt::Key_Home);
         app.press(Qt::Key_Return);
         QCOMPARE(app.desktop.revealed, QStringList(app.path("out/a.mkv.mp4")));
+    }
+
+    void commandsConcernAllSelectedRows() {
+        Queued app({"a.mkv", "b.mkv", "c.mkv", "d.mkv", "e.mkv"});
+        const ConversionJob* running = app.job(4);
+        QSignalSpy changed(&app.queue(), &JobQueue::jobStateChanged);
+        app.clickRow(1);
+        app.clickRow(3, Qt::ShiftModifier);
+        app.clickRow(2, Qt::ControlModifier);
+        QCOMPARE(app.selected(), "b d");
+        const QStringList two{"Start 2 Movies Now", "Start 2 Movies Next", "Details…", "Remove 2 Movies"};
+        QCOMPARE(app.contextMenu(3), two);
+        QCOMPARE(app.contextMenu(), two);
+        QVERIFY(app.contextMenu(0).contains("Remove from the list"));
+        QCOMPARE(app.selected(), "a");
+
+        app.clickRow(2, Qt::ShiftModifier);
+        app.click(1, Button::Remove);  // That row alone.
+        QCOMPARE(app.names(), "a c d e");
+        QCOMPARE(app.selected(), "a c");
+        app.press(Qt::Key_Delete);
+        QCOMPARE(app.names(), "d e");
+        QCOMPARE(app.selected(), "d");  // What comes next.
+        QCOMPARE(changed.count(), 0);
+
+        app.window->activateWindow();  // The menus were active.
+        QVERIFY(QTest::qWaitForWindowActive(app.window.get()));
+        QTest::keyClick(app.window.get(), Qt::Key_A, Qt::ControlModifier);
+        QCOMPARE(app.selected(), "d e");
+        app.press(Qt::Key_Space);
+        QCOMPARE(running->state(), JobState::Paused);
+        app.press(Qt::Key_Space);
+        QCOMPARE(running->state(), JobState::Converting);
+        QCOMPARE(app.job(0)->state(), JobState::Queued);
+        app.press(Qt::Key_Delete);
+        QCOMPARE(app.queue().count(), 0);
+        QCOMPARE(changed.count(), 2);  // The pause and its end.
+        QVERIFY(app.presenter.shown.isEmpty());
+    }
+
+    void aRubberBandSelects() {
+        Queued app({"a.mkv", "b.mkv", "c.mkv"});
+        QTest::mousePress(app.list().viewport(), Qt::LeftButton, {}, app.nameOf(2));  // It runs.
+        for (const int row : {2, 1})
+            app.dragTo(app.nameOf(row) - QPoint(10, 0));
+        QTest::mouseRelease(app.list().viewport(), Qt::LeftButton, {}, app.nameOf(1));
+        QCOMPARE(app.selected(), "b c");
+    }
+
+    void whatWaitsIsReordered() {
+        Queued app({"a.mkv", "b.mkv", "c.mkv", "d.mkv", "running.mkv"});
+        app.select(2);
+        app.press(Qt::Key_Up, Qt::AltModifier);
+        QCOMPARE(app.names(), "a c b d running");
+        QCOMPARE(app.selected(), "c");
+        app.press(Qt::Key_Down, Qt::AltModifier);
+        QCOMPARE(app.names(), "a b c d running");
+
+        app.clickRow(1);
+        app.clickRow(3, Qt::ControlModifier);
+        const QMimeData* rows = app.dragged(3);
+        QVERIFY(rows && !rows->hasUrls());
+        QWidget& list = *app.list().viewport();
+        QCOMPARE(dragAndDrop(list, list.rect().topLeft(), *rows), Qt::MoveAction);
+        QCOMPARE(app.names(), "b d a c running");
+        QCOMPARE(app.selected(), "b d");
+        QCOMPARE(dragAndDrop(list, list.rect().bottomLeft(), *rows), Qt::MoveAction);
+        QCOMPARE(app.names(), "a c b d running");  // Not below what runs.
+        QCOMPARE(dragAndDrop(*app.window, {}, *rows), Qt::IgnoreAction);
+        QVERIFY(!app.dragged(4));
+        app.select(1);
+        app.choose("Start Next");
+        QCOMPARE(app.names(), "c a b d running");
+    }
+
+    void finishedMoviesAreDraggedOutPlayedAndCopied() {
+        Queued app({"a.mkv", "b.mkv", "c.mkv"});
+        app.finish(3);
+        QFile::remove(app.path("out/b.mkv.mp4"));
+        app.list().selectAll();
+        const QMimeData* files = app.dragged(0);
+        QVERIFY(files);
+        QCOMPARE(files->urls(), QList<QUrl>({QUrl::fromLocalFile(app.path("out/a.mkv.mp4")),
+                                             QUrl::fromLocalFile(app.path("out/c.mkv.mp4"))}));
+        QCOMPARE(dragAndDrop(*app.list().viewport(), {}, *files), Qt::IgnoreAction);
+        QVERIFY(dragAndDrop(*app.list().viewport(), {QUrl::fromLocalFile(app.write("other.mkv"))}));
+
+        QVERIFY(app.contextMenu().contains("Show 3 Files"));
+        app.choose("Copy 3 Receipts");
+        const QString copied = QApplication::clipboard()->text();
+        QVERIFY2(copied.startsWith("a.mkv\n") && copied.contains("\n\nb.mkv\n"), qPrintable(copied));
+
+        app.doubleClickRow(0);
+        QCOMPARE(app.desktop.opened, QList{QUrl::fromLocalFile(app.path("out/a.mkv.mp4"))});
+        app.doubleClickRow(0, Qt::ShiftModifier);
+        QCOMPARE(app.desktop.revealed, QStringList(app.path("a.mkv")));
+        app.select(1);
+        app.press(Qt::Key_P, Qt::ControlModifier);
+        QCOMPARE(app.status, "“b.mkv.mp4” can't be played, as it is no longer in “" + app.path("out") + "”.");
+        QCOMPARE(app.desktop.opened.size(), 1);
+    }
+
+    void theListFollowsWhatRuns() {
+        Queued app({}, Queued::Begins::Paused);
+        for (int i = 0; i < 60; ++i)
+            app.add(QStringLiteral("%1.mkv").arg(i));
+        const auto isInView = [&](int row) {
+            const QRect place = app.list().visualRect(app.list().model()->index(row, 0));
+            return app.list().viewport()->rect().contains(place);
+        };
+        ConversionJob* last = app.job(0);
+        const auto runs = [&](int row) {
+            last->pause();
+            last = app.job(row);
+            last->continueJob();
+        };
+        auto* button = app.find<QPushButton>("showRunningButton");
+        runs(30);
+        QTRY_VERIFY(isInView(30));
+        QVERIFY(!button->isVisible());
+        for (int i = 0; i < 60; ++i) {
+            const QPoint place = app.list().viewport()->rect().center();
+            QWheelEvent wheel(place, app.list().viewport()->mapToGlobal(place), {}, {0, 240}, {}, {},
+                              Qt::NoScrollPhase, false);
+            QApplication::sendEvent(app.list().viewport(), &wheel);
+        }
+        QTRY_VERIFY(button->isVisible());
+        runs(40);
+        QCoreApplication::processEvents();
+        QVERIFY(isInView(0) && button->isVisible());
+        QTest::mouseClick(button, Qt::LeftButton);
+        QVERIFY(isInView(40) && !button->isVisible());
+        runs(5);
+        QTRY_VERIFY(isInView(5));
+        app.list().setFocus();
+        app.press(Qt::Key_End);
+        QTRY_VERIFY(button->isVisible());
+        app.find<QAction>("showRunningAction")->trigger();
+        QVERIFY(isInView(5) && !button->isVisible());
     }
 
     void aFailureIsExplained() {
@@ -243,6 +451,7 @@ private Q_SLOTS:
         Queued app({"a.mkv", "b.mkv"});
         auto* action = app.find<QAction>("pauseContinueAction");
         QCOMPARE(action->text(), "Pause Queue");
+        QCOMPARE(action->toolTip(), "Pause Queue");
         QCOMPARE(app.window->windowTitle(), "Ravelin  [2 Job(s), 1 Queued]");
         action->trigger();
         QCOMPARE(action->text(), "Resume Queue");
@@ -251,6 +460,10 @@ private Q_SLOTS:
         action->trigger();
         QCOMPARE(app.queue().jobCountWithState(JobState::Converting), 1);
         QCOMPARE(app.find<QPushButton>("addButton")->text(), "Start Conversion");
+        app.job(1)->remove();
+        QVERIFY(action->toolTip().contains("Pause “a.mkv”"));
+        action->trigger();
+        QVERIFY(action->toolTip().contains("Continue “a.mkv”"));
     }
 
     void closedWhileAJobRunsAndOpenedAgain() {
