@@ -49,6 +49,7 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
       m_failureActions(m_queue, panels),
       m_jobCommands(m_queue, m_failureActions),
       m_progress(m_queue),
+      m_outcome(m_queue),
       m_store(m_queue, m_intake),
       m_lastQueue(m_store, m_queue, m_intake),
       m_watchFolder(panels) {
@@ -73,6 +74,7 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
     connect(&m_failureActions, &FailureActions::probeRequested, &m_lastQueue, &LastQueue::probeAgain);
     connect(&m_progress, &QueueProgress::changed, this,
             [this] { sharedDesktop().setLauncherProgress(m_progress.fraction()); });
+    connect(&m_outcome, &QueueOutcome::summedUp, &m_outcome, &jobmessages::notifyOfEnd);
     connect(&m_watchFolder, &WatchFolder::arrived, this, [this](const QString& path) { openFiles({path}); });
     connect(&m_watchFolder, &WatchFolder::message, this, &AppDelegate::statusMessage);
     connect(&ToolReaper::shared(), &ToolReaper::becameIdle, this, &AppDelegate::announceTerminated);
@@ -94,7 +96,13 @@ void AppDelegate::applicationWillFinishLaunching() {
         settings::ExternalSubtitleEncoding.setValue({});
     showSpeedNotice();
     connect(&sharedDesktop(), &Desktop::notificationActivated, this,
-            [](const QString& path) { sharedDesktop().reveal(path); });
+            [this](const QString& path, const QString& activationToken) {
+                if (path.isEmpty()) {
+                    Q_EMIT mainWindowRequested(activationToken);
+                } else {
+                    sharedDesktop().reveal(path);
+                }
+            });
     m_addSheet.hide();
     QStringList missing{m_destinations.restoreAtLaunch(), m_watchFolder.resumeAtLaunch()};
     missing.removeAll(QString());

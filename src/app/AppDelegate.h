@@ -7,6 +7,7 @@
 #include "app/intake/FileIntake.h"
 #include "app/queue/JobQueue.h"
 #include "app/queue/LastQueue.h"
+#include "app/queue/QueueOutcome.h"
 #include "app/queue/QueueProgress.h"
 #include "app/queue/QueueStore.h"
 #include "app/queue/Removals.h"
@@ -98,8 +99,8 @@ public:
     void openDocumentationWindow(std::optional<int> tag = {});
 
 Q_SIGNALS:
-    /// Show the main window in front of the others.
-    void mainWindowRequested();
+    /// Show the main window in front of the others; `activationToken` as in Desktop::notificationActivated().
+    void mainWindowRequested(const QString& activationToken = {});
     /// Load the documentation or bring it to the front, and show the tab at `tag`; negative: leave the tab.
     void documentationWindowRequested(int tag);
     /// Show the setting in the preferences.
@@ -129,6 +130,7 @@ private:
     FailureActions m_failureActions;
     JobCommands m_jobCommands;
     QueueProgress m_progress;
+    QueueOutcome m_outcome;
     QueueStore m_store;
     LastQueue m_lastQueue;
     WatchFolder m_watchFolder;

@@ -40,6 +40,10 @@ void showUrgent(const ConversionJob& job, const RunEnding& ending) {
     }
 }
 
+/// A damaged or failed movie stays on the screen until the user has seen it; of the others the last is
+/// enough.
+constexpr auto kConvertedGroup = "converted";
+
 void notifyUser(const MKVFileInfo& info, const RunEnding& ending) {
     const bool hasFailed = !ending.succeeded();
     const QString name = ApplicationInfo::name();
@@ -53,6 +57,7 @@ void notifyUser(const MKVFileInfo& info, const RunEnding& ending) {
         if (ending.receipt) notification.text += u'\n' + receipttext::summary(*ending.receipt);
         notification.action = Texts::tr("Show");
         notification.path = info.destinationURL.toLocalFile();
+        if (!ending.isKnownDamaged()) notification.group = kConvertedGroup;
     }
     sharedDesktop().notify(notification);
 }
@@ -65,6 +70,19 @@ void follow(ConversionJob& job) {
         showUrgent(job, ending);
         if (ending.wasAttempted()) notifyUser(job.fileInfo(), ending);
     });
+}
+
+void notifyOfEnd(const QueueOutcome::Sum& sum) {
+    QStringList parts;
+    if (sum.converted > 0) parts.append(Texts::tr("%n converted", nullptr, sum.converted));
+    if (sum.damaged > 0) parts.append(Texts::tr("%n damaged", nullptr, sum.damaged));
+    if (sum.failed > 0) parts.append(Texts::tr("%n failed", nullptr, sum.failed));
+    Notification notification;
+    notification.title = Texts::tr("%1 Queue Finished").arg(ApplicationInfo::name());
+    notification.text = parts.join(", ");
+    notification.group = kConvertedGroup;
+    notification.showsWindow = true;
+    sharedDesktop().notify(notification);
 }
 
 }  // namespace jobmessages

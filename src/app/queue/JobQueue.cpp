@@ -254,6 +254,12 @@ int JobQueue::jobCountWithState(JobState state) const {
     return m_stateCounts[static_cast<size_t>(state)];
 }
 
+bool JobQueue::isIdle() const {
+    return jobCountWithState(JobState::Queued) + jobCountWithState(JobState::Converting) +
+               jobCountWithState(JobState::Paused) ==
+           0;
+}
+
 void JobQueue::countState(JobState state, int change) {
     m_stateCounts[static_cast<size_t>(state)] += change;
 }

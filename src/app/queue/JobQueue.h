@@ -47,6 +47,8 @@ public:
     qsizetype indexOf(const ConversionJob* job) const;
     ConversionJob* job(qsizetype index) const { return m_taskArray[static_cast<size_t>(index)].get(); }
     bool isPaused() const { return m_paused; }
+    /// Whether no job is queued, converting or paused.
+    bool isIdle() const;
 
     /// How many jobs may convert at a time, according to the settings.
     static qint64 conversionLimit();

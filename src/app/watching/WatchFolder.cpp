@@ -200,7 +200,7 @@ void WatchFolder::onEnded(const MovieArrivals* watch, const QString& reason) {
     turnOff();
     remember(settings::WatchfolderBookmark.value(), true);
     say(reason);
-    sharedDesktop().notify({Texts::tr("The watch folder is off"), reason, {}, {}});
+    sharedDesktop().notify({Texts::tr("The watch folder is off"), reason, {}, {}, {}});
 }
 
 void WatchFolder::say(const QString& text) {

@@ -30,6 +30,10 @@ QDBusMessage portalCall(const char* interface, const char* method, const QVarian
     return call;
 }
 
+bool isClickable(const Notification& notification) {
+    return !notification.path.isEmpty() || notification.showsWindow;
+}
+
 /// Whether the call was accepted, or may still be accepted after a timeout.
 bool isAnswered(const QDBusConnection& bus, const QDBusMessage& call) {
     const QDBusMessage answer = bus.call(call, QDBus::Block, kPatienceMilliseconds);
@@ -50,10 +54,12 @@ bool DBusDesktop::isInsideFlatpak() {
 }
 
 DBusDesktop::~DBusDesktop() {
-    // Pending messages would be lost with the connection.
-    const auto pendingCalls = std::exchange(m_pendingCalls, {});
-    for (QDBusPendingCallWatcher* call : pendingCalls)
+    // Pending messages would be lost with the connection. The reply to one may cause another.
+    while (!m_pendingCalls.isEmpty()) {
+        QDBusPendingCallWatcher* call = *m_pendingCalls.cbegin();
+        m_pendingCalls.remove(call);
         call->waitForFinished();
+    }
 }
 
 void DBusDesktop::sendForSure(const QDBusConnection& bus, const QDBusMessage& call,
@@ -112,28 +118,49 @@ void DBusDesktop::notify(const Notification& notification) {
     listenForActions(*bus);
     if (m_insideFlatpak) {
         notifyThroughPortal(*bus, notification);
-        return;
+    } else if (m_groups.value(notification.group).isAwaited) {
+        m_groups[notification.group].next = notification;
+    } else {
+        post(*bus, notification);
     }
+}
+
+void DBusDesktop::post(const QDBusConnection& bus, const Notification& notification) {
     QStringList actions;
-    if (!notification.path.isEmpty()) actions << "default" << notification.title;
+    if (isClickable(notification)) actions << "default" << notification.title;
     if (!notification.action.isEmpty()) actions << "show" << notification.action;
     const QVariantMap hints{{"desktop-entry", m_desktopEntry}, {"sound-name", "message-new-instant"}};
     QDBusMessage call = QDBusMessage::createMethodCall(kNotificationService, kNotificationPath,
                                                        kNotificationService, "Notify");
     constexpr int kUsualDuration = -1;
-    call.setArguments({m_applicationName, 0U, m_desktopEntry, notification.title,
-                       notification.text.toHtmlEscaped(), actions, hints, kUsualDuration});
-    sendForSure(*bus, call, [this, path = notification.path](const QDBusPendingCall& answer) {
+    call.setArguments({m_applicationName, m_groups.value(notification.group).shown, m_desktopEntry,
+                       notification.title, notification.text.toHtmlEscaped(), actions, hints,
+                       kUsualDuration});
+    if (!notification.group.isEmpty()) m_groups[notification.group].isAwaited = true;
+    sendForSure(bus, call, [this, notification](const QDBusPendingCall& answer) {
         const QDBusPendingReply<uint> reply = answer;
-        if (!reply.isError() && !path.isEmpty())
-            m_pathsOfNotifications.insert(QString::number(reply.value()), path);
+        onPosted(notification, reply.isError() ? 0 : reply.value());
     });
 }
 
+/// `id` is 0 if it was not accepted.
+void DBusDesktop::onPosted(const Notification& notification, uint id) {
+    if (id != 0 && isClickable(notification))
+        m_pathsOfNotifications.insert(QString::number(id), notification.path);
+    if (notification.group.isEmpty()) return;
+    Group& group = m_groups[notification.group];
+    group.isAwaited = false;
+    if (id != 0) group.shown = id;
+    const auto next = std::exchange(group.next, std::nullopt);
+    const auto bus = buses::session();
+    if (next && bus) post(*bus, *next);
+}
+
 void DBusDesktop::notifyThroughPortal(const QDBusConnection& bus, const Notification& notification) {
-    const QString id = QString::number(++m_lastPortalNotification);
+    const QString id =
+        notification.group.isEmpty() ? QString::number(++m_lastPortalNotification) : notification.group;
     QVariantMap content{{"title", notification.title}, {"body", notification.text}};
-    if (!notification.path.isEmpty()) {
+    if (isClickable(notification)) {
         content.insert("default-action", "show");
         m_pathsOfNotifications.insert(id, notification.path);
     }
@@ -153,24 +180,38 @@ void DBusDesktop::listenForActions(QDBusConnection bus) {
                     SLOT(onPortalActionInvoked(QString, QString, QVariantList)));
         return;
     }
+    bus.connect({}, kNotificationPath, kNotificationService, "ActivationToken", this,
+                SLOT(onActivationToken(uint, QString)));
     bus.connect({}, kNotificationPath, kNotificationService, "ActionInvoked", this,
                 SLOT(onActionInvoked(uint, QString)));
     bus.connect({}, kNotificationPath, kNotificationService, "NotificationClosed", this,
                 SLOT(onNotificationClosed(uint, uint)));
 }
 
+void DBusDesktop::activate(const QString& id) {
+    const auto clicked = m_pathsOfNotifications.constFind(id);
+    if (clicked != m_pathsOfNotifications.cend())
+        Q_EMIT notificationActivated(QString(*clicked), std::exchange(m_activationToken, {}));
+}
+
+void DBusDesktop::onActivationToken(uint id, const QString& token) {
+    if (m_pathsOfNotifications.contains(QString::number(id))) m_activationToken = token;
+}
+
 void DBusDesktop::onActionInvoked(uint id, const QString&) {
-    const QString path = m_pathsOfNotifications.value(QString::number(id));
-    if (!path.isEmpty()) Q_EMIT notificationActivated(path);
+    activate(QString::number(id));
 }
 
 void DBusDesktop::onNotificationClosed(uint id, uint) {
     m_pathsOfNotifications.remove(QString::number(id));
+    for (Group& group : m_groups) {
+        if (group.shown == id) group.shown = 0;
+    }
 }
 
 void DBusDesktop::onPortalActionInvoked(const QString& id, const QString&, const QVariantList&) {
-    const QString path = m_pathsOfNotifications.take(id);
-    if (!path.isEmpty()) Q_EMIT notificationActivated(path);
+    activate(id);
+    m_pathsOfNotifications.remove(id);
 }
 
 void DBusDesktop::revealTogether(const QStringList& paths) {

@@ -24,7 +24,7 @@ public:
     /// `applicationName` is passed to the services, which may show it to the user; `desktopEntry` is the
     /// application's reverse-DNS identifier.
     DBusDesktop(QString applicationName, QString desktopEntry, bool insideFlatpak = isInsideFlatpak());
-    /// Waits at most two seconds until pending messages were delivered.
+    /// Waits until pending messages were delivered, at most two seconds for each.
     ~DBusDesktop() override;
 
     quint32 acquireSleepAssertion(const QString& reason) override;
@@ -47,6 +47,7 @@ public:
     static bool isInsideFlatpak();
 
 private Q_SLOTS:
+    void onActivationToken(uint id, const QString& token);
     void onActionInvoked(uint id, const QString& action);
     void onNotificationClosed(uint id, uint reason);
     void onPortalActionInvoked(const QString& id, const QString& action, const QVariantList& parameters);
@@ -58,10 +59,20 @@ private:
         QString portalRequest;
     };
 
+    /// Notifications of which only the last one is on the screen.
+    struct Group {
+        uint shown = 0;                    ///< Its identifier; 0: none is.
+        bool isAwaited = false;            ///< The reply with the identifier of the last one.
+        std::optional<Notification> next;  ///< Waits for that reply.
+    };
+
     /// Sends a message that must be delivered even if the application quits right afterwards.
     void sendForSure(const QDBusConnection& bus, const QDBusMessage& call,
                      const std::function<void(const QDBusPendingCall&)>& handler = {});
+    void post(const QDBusConnection& bus, const Notification& notification);
+    void onPosted(const Notification& notification, uint id);
     void notifyThroughPortal(const QDBusConnection& bus, const Notification& notification);
+    void activate(const QString& id);
     void listenForActions(QDBusConnection bus);
 
     const QString m_applicationName;
@@ -69,8 +80,11 @@ private:
     const bool m_insideFlatpak;
     quint32 m_lastAssertion = 0;
     QHash<quint32, Assertion> m_assertions;
-    QHash<QString, QString> m_pathsOfNotifications;  ///< Notification's identifier -> file.
+    /// Identifiers of notifications that can be clicked -> file, or empty: the main window.
+    QHash<QString, QString> m_pathsOfNotifications;
+    QHash<QString, Group> m_groups;
     int m_lastPortalNotification = 0;
+    QString m_activationToken;  ///< Of the click that follows.
     bool m_isListening = false;
     std::optional<double> m_launcherProgress;
     DesktopAppearance m_appearance;

@@ -12,6 +12,9 @@ struct Notification {
     QString text;
     QString action;  ///< Title of the action button; empty: no button.
     QString path;    ///< File that the action shows; empty: none.
+    /// Replaces the last one of the same group on the screen; empty: it stays beside the others.
+    QString group;
+    bool showsWindow = false;  ///< Without a path: a click shows the main window.
 };
 
 /// Interface to the desktop's services. Requests return at once unless noted; where a service is missing,
@@ -64,8 +67,10 @@ public:
 Q_SIGNALS:
     /// The value of prefersDark() or prefersReducedMotion() changed.
     void appearanceChanged();
-    /// The user clicked a notification (its button or its body) that was posted with a path.
-    void notificationActivated(const QString& path);
+    /// The user clicked a notification (its button or its body) that was posted with a path, or, with an
+    /// empty path, one that shows the main window. `activationToken` is the desktop's permission to bring a
+    /// window to the front, if it gave one.
+    void notificationActivated(const QString& path, const QString& activationToken = {});
 };
 
 /// The desktop that the application uses; not owned. If none is set, sharedDesktop() returns one that does

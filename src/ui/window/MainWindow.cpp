@@ -54,7 +54,7 @@ MainWindow::MainWindow(AppDelegate& delegate)
     connect(m_ui->jobListView, &JobListView::detailsRequested, this, &MainWindow::showDetails);
     setAcceptDrops(true);
     followQueue();
-    connect(&delegate, &AppDelegate::mainWindowRequested, this, [this] { bringToFront(); });
+    connect(&delegate, &AppDelegate::mainWindowRequested, this, &MainWindow::bringToFront);
     connect(&delegate, &AppDelegate::preferenceRequested, this, [this](const QString& key) {
         openPreferences();
         m_preferences->showSetting(key);

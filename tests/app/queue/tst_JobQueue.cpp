@@ -1,6 +1,8 @@
 #include "app/intake/FileIntake.h"
 #include "app/queue/JobQueue.h"
+#include "app/queue/QueueOutcome.h"
 #include "fakes/FakeTool.h"
+#include "fakes/InstantProof.h"
 #include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
@@ -196,6 +198,50 @@ private Q_SLOTS:
         stage.addAll({"a", "b"});
         stage.queue.job(1)->remove();
         QCOMPARE(stage.list(), "b:1");
+    }
+
+    void theSumOfAQueue_data() {
+        addRows<QStringList, QString>({{"three are few", {"a", "b", "bad"}, ""},
+                                       {"each kind", {"bad", "a", "damaged", "b"}, "2 1 1"},
+                                       {"tried again", {"again", "a", "b", "c"}, "4 0 0"},
+                                       {"the last one stopped", {"a", "b", "c", "d", "stop"}, ""}});
+    }
+    void theSumOfAQueue() {
+        const auto [names, expected] = row<QStringList, QString>();
+        Stage stage;
+        setDefaultInt(kAutoCleanKey, 1);
+        setDefaultInt("InsertJobsAtBottom", 1);
+        stage.tool.setConversion("tried=" + stage.home.path("tried").toUtf8() + R"(
+            case $destination in
+                *bad*) exit 1;;
+                *again*) [ -e $tried ] || { : >$tried; exit 1; };;
+                *stop*) wait_until "false";;
+            esac
+            echo a >$destination
+        )");
+        connect(&stage.queue, &JobQueue::jobAdded, [](ConversionJob* job) {
+            Receipt receipt;
+            receipt.verdict = ProofVerdict::Damaged;
+            if (job->fileInfo().fileName == "damaged.mkv") proveWith(*job, receipt);
+        });
+        connect(
+            &stage.queue, &JobQueue::jobStateChanged, &stage.queue,
+            [&](ConversionJob* job, JobState, JobState now) {
+                const QString name = job->fileInfo().fileName;
+                if (name == "again.mkv" && now == JobState::Failed) job->queueAgain();
+                if (name == "stop.mkv") job->remove();
+            },
+            Qt::QueuedConnection);
+        const QueueOutcome outcome(stage.queue);
+        QStringList sums;
+        connect(&outcome, &QueueOutcome::summedUp, [&](const QueueOutcome::Sum& sum) {
+            sums.append(QString("%1 %2 %3").arg(sum.converted).arg(sum.damaged).arg(sum.failed));
+        });
+        stage.addAll(names);
+        QTRY_VERIFY(stage.queue.isIdle());
+        QTRY_COMPARE(sums.join(','), expected);
+        stage.addAll({"w", "x", "y", "z"});
+        QTRY_COMPARE(sums.mid(expected.isEmpty() ? 0 : 1), QStringList("4 0 0"));
     }
 
     void quitsAlsoWhenTheJobCleansItselfUp() {

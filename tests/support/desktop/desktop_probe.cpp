@@ -1,6 +1,6 @@
 // Executes commands from standard input, one per line, on the desktop, and prints the replies on standard
 // output:
-//     inhibit | release | notify TITLE|TEXT|ACTION|PATH | reveal PATH | open URL | progress FRACTION |
+//     inhibit | release | notify TITLE|TEXT|ACTION|PATH|GROUP | reveal PATH | open URL | progress FRACTION |
 //     progress | appearance | quit
 #include "support/desktop/DBusDesktop.h"
 
@@ -15,10 +15,11 @@ int main(int argc, char** argv) {
     std::ios::sync_with_stdio(false);  // So that it reports the remaining input.
     const QCoreApplication application(argc, argv);
     DBusDesktop desktop("Ravelin", "example.ravelin.Ravelin", application.arguments().contains("--flatpak"));
-    QObject::connect(&desktop, &Desktop::notificationActivated, [](const QString& path) {
-        std::printf("activated %s\n", qPrintable(path));
-        std::fflush(stdout);
-    });
+    QObject::connect(&desktop, &Desktop::notificationActivated,
+                     [](const QString& path, const QString& token) {
+                         std::printf("activated %s\n", qPrintable((path + u' ' + token).trimmed()));
+                         std::fflush(stdout);
+                     });
     QObject::connect(&desktop, &Desktop::appearanceChanged, [&desktop] {
         std::printf("%s, %s\n", desktop.prefersDark() ? "dark" : "light",
                     desktop.prefersReducedMotion() ? "still" : "moving");
@@ -34,7 +35,8 @@ int main(int argc, char** argv) {
         if (command == "release") desktop.releaseSleepAssertion(assertion);
         if (command == "notify")
             desktop.notify({rest.section(u'|', 0, 0), rest.section(u'|', 1, 1), rest.section(u'|', 2, 2),
-                            rest.section(u'|', 3)});
+                            rest.section(u'|', 3, 3), rest.section(u'|', 4),
+                            !rest.section(u'|', 4).isEmpty()});
         if (command == "reveal") desktop.reveal(rest);
         if (command == "open") std::printf("%s\n", desktop.openUrl(QUrl(rest)) ? "opened" : "not opened");
         if (command == "progress")

@@ -34,7 +34,7 @@ class Probe:
     def send_at_once(self, *commands):
         self.process.stdin.write("\n".join((*commands, "")))
         for command in commands:
-            self.line_is("did " + command)
+            self.line_is("did " + command.split(" ")[0])
 
     def line_is(self, expected):
         line = next_line(self.process).strip()
@@ -160,6 +160,30 @@ class DesktopTest(dbusmock.DBusTestCase):
         daemon.EmitSignal("", "ActionInvoked", "us", [dbus.UInt32(7), "default"])
         self.probe.line_is("activated /b.mp4")
 
+    def test_notifications_of_a_group_replace_one_another(self):
+        service, path = "org.freedesktop.Notifications", "/org/freedesktop/Notifications"
+        daemon = self.mock(service, path, service, "Notify", "susssasa{sv}i", "u",
+                           "ret = args[1] or dbus.UInt32(len(self.call_log))")
+
+        def posted(count):
+            return [(str(call[3]), int(call[1])) for _, call in
+                    wait_until(lambda: daemon.GetMethodCalls("Notify")[count - 1:] and daemon.GetMethodCalls("Notify"), "all")]
+
+        # What comes before the reply to the first one waits for it, and only the last of that is posted.
+        self.probe.send_at_once("notify A|text||/a|done", "notify Failed|text||/f", "notify B|text||/b|done",
+                                "notify C|text|||done")
+        self.assertEqual(posted(3), [("A", 0), ("Failed", 0), ("C", 1)])
+        self.probe.send("settle")
+        daemon.EmitSignal("", "ActivationToken", "us", [dbus.UInt32(1), "token"])
+        daemon.EmitSignal("", "ActionInvoked", "us", [dbus.UInt32(1), "default"])
+        self.probe.line_is("activated token")
+        daemon.EmitSignal("", "NotificationClosed", "uu", [dbus.UInt32(1), dbus.UInt32(2)])
+        daemon.EmitSignal("", "ActionInvoked", "us", [dbus.UInt32(2), "default"])
+        self.probe.line_is("activated /f")
+        self.probe.send_at_once("notify D|text||/d|done", "notify E|text||/e|done")
+        self.restart()  # Nothing is lost when the application quits.
+        self.assertEqual(posted(5)[3:], [("D", 0), ("E", 4)])
+
     def test_notification_through_the_portal(self):
         self.restart("--flatpak")
         portal = self.portal("Notification", "AddNotification", "sa{sv}", "", "")
@@ -169,6 +193,11 @@ class DesktopTest(dbusmock.DBusTestCase):
         self.assertEqual(call[1]["buttons"], [{"label": "Show", "action": "show"}])
         portal.EmitSignal("", "ActionInvoked", "ssav", [call[0], "show", dbus.Array([], signature="v")])
         self.probe.line_is("activated /a.mp4")
+        for group in ("done", "", "done"):
+            self.probe.send(f"notify Finished|text|Show|/a.mp4|{group}")
+        ids = [call[0] for _, call in wait_until(lambda: portal.GetMethodCalls("AddNotification")[3:] and
+                                                 portal.GetMethodCalls("AddNotification"), "all")]
+        self.assertEqual([ids.index(id) for id in ids], [0, 1, 2, 1])
 
     def test_reveal(self):
         name = "org.freedesktop.FileManager1"
