@@ -52,6 +52,7 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
       m_outcome(m_queue),
       m_store(m_queue, m_intake),
       m_lastQueue(m_store, m_queue, m_intake),
+      m_endAction(m_queue, [this] { return isMoreComing(); }),
       m_watchFolder(panels) {
     // The last file may have been skipped while added jobs waited for it.
     connect(&m_intake, &FileIntake::becameIdle, &m_queue, &JobQueue::startPostponed);
@@ -63,8 +64,9 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
     connect(&m_addSheet, &AddSheet::message, this, &AppDelegate::statusMessage);
     connect(&m_destinations, &Destinations::message, this, &AppDelegate::statusMessage);
     connect(&m_queue, &JobQueue::quitRequested, this, [this] {
-        if (!m_lastQueue.isReturning()) terminate(true);
+        if (!m_lastQueue.isReturning() && !m_endAction.deferQuit()) terminate(true);
     });
+    connectEndAction();
     // A window that is not painted yet may get movies, too, as from the watch folder.
     connect(&m_queue, &JobQueue::jobAdded, this, &AppDelegate::openStore);
     connect(&m_intake, &FileIntake::filesWaitingChanged, this, &AppDelegate::openStore);
@@ -82,6 +84,20 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
 
 AppDelegate::~AppDelegate() {
     *m_isStopped = true;
+}
+
+void AppDelegate::connectEndAction() {
+    connect(&m_endAction, &EndAction::quitRequested, this, [this] { terminate(true); });
+    connect(&m_endAction, &EndAction::message, this, &AppDelegate::statusMessage);
+    connect(this, &AppDelegate::terminating, &m_endAction, &EndAction::cancel);
+    connect(&m_intake, &FileIntake::filesWaitingChanged, &m_endAction, &EndAction::reconsider);
+    connect(&m_intake, &FileIntake::scanningStarted, &m_endAction, &EndAction::reconsider);
+    connect(&m_intake, &FileIntake::becameIdle, &m_endAction, &EndAction::reconsider);
+    connect(&m_lastQueue, &LastQueue::changed, &m_endAction, &EndAction::reconsider);
+}
+
+bool AppDelegate::isMoreComing() const {
+    return m_lastQueue.isReturning() || !m_searchedPaths.isEmpty() || !m_intake.unconfirmedMovies().isEmpty();
 }
 
 void AppDelegate::applicationWillFinishLaunching() {
@@ -205,6 +221,7 @@ void AppDelegate::openFiles(const QStringList& paths) {
         // Searching a large folder on a slow disk takes time.
         m_searchedPaths += paths;
         m_store.setSearchedPaths(m_searchedPaths);
+        m_endAction.reconsider();
         dispatch_async_back([self = QPointer(this), paths, given, isStopped = m_isStopped] {
             const QStringList files = moviefiles::withFoldersSearched(paths, isStopped.get());
             const QStringList folders = collections::filtered(paths, isFolder);
@@ -214,6 +231,7 @@ void AppDelegate::openFiles(const QStringList& paths) {
                     self->m_searchedPaths.removeOne(path);
                 self->addFiles(files, folders, given);
                 self->m_store.setSearchedPaths(self->m_searchedPaths);
+                self->m_endAction.reconsider();
             });
         });
     } else {

@@ -5,6 +5,7 @@
 #include "app/actions/JobCommands.h"
 #include "app/destinations/Destinations.h"
 #include "app/intake/FileIntake.h"
+#include "app/queue/EndAction.h"
 #include "app/queue/JobQueue.h"
 #include "app/queue/LastQueue.h"
 #include "app/queue/QueueOutcome.h"
@@ -50,6 +51,7 @@ public:
     const QueueProgress& progress() const { return m_progress; }
     Removals& removals() { return m_removals; }
     LastQueue& lastQueue() { return m_lastQueue; }
+    EndAction& endAction() { return m_endAction; }
 
     /// "Version: 1.0.0" and "Build: 1".
     const QString& version() const { return m_version; }
@@ -118,6 +120,8 @@ private:
     void showRefusal(const QString& reason);
     void announceTerminated();
     void openStore();
+    void connectEndAction();
+    bool isMoreComing() const;
     void handOver(const QString& newPath, Block launch);
 
     FilePanels& m_panels;
@@ -133,6 +137,7 @@ private:
     QueueOutcome m_outcome;
     QueueStore m_store;
     LastQueue m_lastQueue;
+    EndAction m_endAction;
     WatchFolder m_watchFolder;
     std::unique_ptr<PXAppMovedHandler> m_moveObservation;
     Block m_successor;            ///< Starts the next instance; null: none is to be started.

@@ -226,6 +226,9 @@ private Q_SLOTS:
         app.delegate.applicationWillFinishLaunching();
         QCOMPARE(defaultInt(kExternalSubtitleEncodingKey), 0);
         Q_EMIT app.desktop.notificationActivated("/tmp/a.mp4");
+        QSignalSpy front(&app.delegate, &AppDelegate::mainWindowRequested);
+        Q_EMIT app.desktop.notificationActivated({}, "token");
+        QCOMPARE(front.value(0), QVariantList{"token"});
         QCOMPARE(app.desktop.revealed, QStringList("/tmp/a.mp4"));
     }
 
@@ -288,6 +291,33 @@ private Q_SLOTS:
         QVERIFY(app.open({"b.mkv"}));
         app.sheet().cancelAdd();
         QCOMPARE(app.queue().job(0)->state(), JobState::Paused);
+    }
+
+    void theSettingAndTheQueueBothEndTheApplication_data() {
+        addRows<int, int>(
+            {{"quit", int(EndAction::Kind::Quit), 0}, {"sleep", int(EndAction::Kind::Sleep), 1}});
+    }
+    void theSettingAndTheQueueBothEndTheApplication() {
+        const auto [kind, actions] = row<int, int>();
+        Launched app;
+        app.putOutputsNextToSource();
+        setDefaultInt(kQuitAfterConversionKey, 1);
+        QSignalSpy terminating(&app.delegate, &AppDelegate::terminating);
+        app.delegate.endAction().choose(EndAction::Kind(kind));
+        QVERIFY(app.confirm("a.mkv"));
+        if (actions > 0) {  // Sleep comes first, or it would not come at all.
+            QTRY_VERIFY(app.delegate.endAction().secondsLeft());
+            QCOMPARE(app.queue().jobCountWithState(JobState::Finished), 1);
+            QCOMPARE(terminating.count(), 0);
+            app.delegate.openFiles({app.write("b.mkv")});  // It is on its way now.
+            QVERIFY(!app.delegate.endAction().secondsLeft());
+            QTRY_VERIFY(app.isReady());
+            app.sheet().cancelAdd();
+            app.delegate.endAction().carryOut();
+        }
+        QTRY_COMPARE(terminating.count(), 1);
+        QCOMPARE(app.desktop.carriedOut.size(), actions);
+        QVERIFY(!app.delegate.endAction().secondsLeft());
     }
 
     void quittingAsksOnlyWhileAJobConverts() {

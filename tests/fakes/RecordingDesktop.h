@@ -17,6 +17,13 @@ public:
         return m_lastAssertion;
     }
     void releaseSleepAssertion(quint32 assertion) override { held.remove(assertion); }
+    void askWhetherAllowed(PowerAction, QObject*, const std::function<void(bool)>& handler) override {
+        handler(true);
+    }
+    void carryOut(PowerAction action, QObject*, const std::function<void(const QString&)>& handler) override {
+        carriedOut.append(action);
+        handler(powerError);
+    }
     void notify(const Notification& notification) override { notifications.append(notification); }
     void reveal(const QString& path) override { revealed.append(path); }
     bool moveToTrash(const QString& path) override {
@@ -37,6 +44,8 @@ public:
 
     QStringList reasons;
     QSet<quint32> held;
+    QList<PowerAction> carriedOut;
+    QString powerError;  ///< Why it is refused; empty: it is not.
     QList<Notification> notifications;
     QStringList revealed;
     QStringList trashed;

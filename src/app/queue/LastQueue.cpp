@@ -71,6 +71,7 @@ void LastQueue::bringBackNext() {
     if (m_store.last().jobs.empty()) {
         m_isReturning = false;
         m_store.settle();
+        Q_EMIT changed();
         return;
     }
     StoredQueue::Entry next = m_store.last().jobs.front();

@@ -43,7 +43,7 @@ public:
     void stop();
 
 Q_SIGNALS:
-    /// count() may have changed.
+    /// count() or isReturning() may have changed.
     void changed();
     /// Paths that waited for the sheet, in an order for FileIntake::openFiles().
     void filesReturned(const QStringList& paths);

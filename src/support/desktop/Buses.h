@@ -18,11 +18,12 @@ std::optional<QDBusConnection> system();
 /// Path of the D-Bus object that represents the application with this reverse-DNS identifier.
 QString objectPath(const QString& applicationId);
 
-/// Calls `handler` with the reply or the error from the event loop; never after `context` was deleted.
+/// Calls `handler` with the reply or the error from the event loop; never after `context` was deleted. -1:
+/// the bus's usual timeout.
 template <typename Handler>
 void whenAnswered(const QDBusConnection& connection, const QDBusMessage& call, QObject* context,
-                  Handler handler) {
-    auto* watcher = new QDBusPendingCallWatcher(connection.asyncCall(call), context);
+                  Handler handler, int timeoutMilliseconds = -1) {
+    auto* watcher = new QDBusPendingCallWatcher(connection.asyncCall(call, timeoutMilliseconds), context);
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, context,
                      [handler](QDBusPendingCallWatcher* finished) {
                          handler(*finished);

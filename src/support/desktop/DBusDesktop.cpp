@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <fcntl.h>
+#include <limits>
 #include <utility>
 
 namespace {
@@ -22,6 +23,7 @@ constexpr auto kNotificationService = "org.freedesktop.Notifications";
 constexpr auto kNotificationPath = "/org/freedesktop/Notifications";
 
 constexpr int kPatienceMilliseconds = 2000;
+constexpr int kUnlimited = std::numeric_limits<int>::max();
 
 QDBusMessage portalCall(const char* interface, const char* method, const QVariantList& arguments) {
     QDBusMessage call = QDBusMessage::createMethodCall(
@@ -32,6 +34,17 @@ QDBusMessage portalCall(const char* interface, const char* method, const QVarian
 
 bool isClickable(const Notification& notification) {
     return !notification.path.isEmpty() || notification.showsWindow;
+}
+
+QDBusMessage logindCall(const QString& method, const QVariantList& arguments = {}) {
+    QDBusMessage call = QDBusMessage::createMethodCall("org.freedesktop.login1", "/org/freedesktop/login1",
+                                                       "org.freedesktop.login1.Manager", method);
+    call.setArguments(arguments);
+    return call;
+}
+
+QString methodOf(PowerAction action) {
+    return action == PowerAction::Sleep ? QStringLiteral("Suspend") : QStringLiteral("PowerOff");
 }
 
 /// Whether the call was accepted, or may still be accepted after a timeout.
@@ -91,9 +104,8 @@ quint32 DBusDesktop::acquireSleepAssertion(const QString& reason) {
         });
         return assertion;
     }
-    QDBusMessage call = QDBusMessage::createMethodCall("org.freedesktop.login1", "/org/freedesktop/login1",
-                                                       "org.freedesktop.login1.Manager", "Inhibit");
-    call.setArguments({QString("sleep:idle"), m_applicationName, reason, QString("block")});
+    const auto call =
+        logindCall("Inhibit", {QString("sleep:idle"), m_applicationName, reason, QString("block")});
     buses::whenAnswered(*bus, call, this, [this, assertion](const QDBusPendingCall& answer) {
         const QDBusPendingReply<QDBusUnixFileDescriptor> reply = answer;
         // If the assertion was released meanwhile, the descriptor closes with the reply.
@@ -110,6 +122,32 @@ void DBusDesktop::releaseSleepAssertion(quint32 assertion) {
         bus->send(QDBusMessage::createMethodCall(kPortalService, released.portalRequest,
                                                  "org.freedesktop.portal.Request", "Close"));
     }
+}
+
+void DBusDesktop::askWhetherAllowed(PowerAction action, QObject* context,
+                                    const std::function<void(bool)>& handler) {
+    const auto bus = buses::system();
+    if (!bus) return;
+    buses::whenAnswered(*bus, logindCall("Can" + methodOf(action)), context,
+                        [handler](const QDBusPendingCall& answer) {
+                            const QDBusPendingReply<QString> reply = answer;
+                            // Apart from "yes" and "challenge", logind has words for what an inhibitor holds
+                            // off just now, which may be our own.
+                            handler(!reply.isError() && reply.value() != u"no" && reply.value() != u"na");
+                        });
+}
+
+void DBusDesktop::carryOut(PowerAction action, QObject* context,
+                           const std::function<void(const QString&)>& handler) {
+    const auto bus = buses::system();
+    if (!bus) return;
+    constexpr bool kMayAskForPassword = true;
+    buses::whenAnswered(
+        *bus, logindCall(methodOf(action), {kMayAskForPassword}), context,
+        [handler](const QDBusPendingCall& answer) {
+            handler(answer.isError() ? answer.error().message() : QString());
+        },
+        kUnlimited);
 }
 
 void DBusDesktop::notify(const Notification& notification) {

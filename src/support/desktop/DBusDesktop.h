@@ -29,6 +29,11 @@ public:
 
     quint32 acquireSleepAssertion(const QString& reason) override;
     void releaseSleepAssertion(quint32 assertion) override;
+    /// Both use logind. Without a system bus they do nothing.
+    void askWhetherAllowed(PowerAction action, QObject* context,
+                           const std::function<void(bool)>& handler) override;
+    void carryOut(PowerAction action, QObject* context,
+                  const std::function<void(const QString&)>& handler) override;
     void notify(const Notification& notification) override;
     void reveal(const QString& path) override { revealTogether({path}); }
     void revealTogether(const QStringList& paths) override;

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QUrl>
 
+#include <functional>
 #include <optional>
 
 /// A message for the user's notification area.
@@ -16,6 +17,9 @@ struct Notification {
     QString group;
     bool showsWindow = false;  ///< Without a path: a click shows the main window.
 };
+
+/// What can be done with the machine.
+enum class PowerAction { Sleep, ShutDown };
 
 /// Interface to the desktop's services. Requests return at once unless noted; where a service is missing,
 /// they do nothing. Main thread only.
@@ -31,6 +35,16 @@ public:
 
     /// Does nothing for 0 and for identifiers that were already released.
     virtual void releaseSleepAssertion(quint32 assertion) = 0;
+
+    /// Asks whether the user may do this, perhaps after a password. `handler` is called from the event loop
+    /// with the answer, never after `context` was deleted.
+    virtual void askWhetherAllowed(PowerAction /*action*/, QObject* /*context*/,
+                                   const std::function<void(bool)>& /*handler*/) {}
+
+    /// Does this; the system may ask the user for a password first. `handler` is called as above, with the
+    /// reason why it was refused, or an empty text when it was accepted.
+    virtual void carryOut(PowerAction /*action*/, QObject* /*context*/,
+                          const std::function<void(const QString&)>& /*handler*/) {}
 
     /// Posts `notification` with the default sound.
     virtual void notify(const Notification& notification) = 0;

@@ -8,6 +8,7 @@
 #include "ui/preferences/PreferencesWindow.h"
 #include "ui/widgets/ToolTip.h"
 #include "ui/window/DetailsWindow.h"
+#include "ui/window/EndActionBar.h"
 #include "ui/window/JobDrag.h"
 #include "ui/window/JobListModel.h"
 #include "ui/window/LastQueueBar.h"
@@ -16,6 +17,8 @@
 #include "ui/window/UndoBar.h"
 #include "ui_MainWindow.h"
 
+#include <QActionGroup>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QLabel>
@@ -45,8 +48,9 @@ MainWindow::MainWindow(AppDelegate& delegate)
     m_ui->statusBar->addPermanentWidget(m_summary);
     setUpActions();
     setUpToolBar();
-    setUpLastQueueBar();
+    setUpBars();
     setUpUndo();
+    setUpEndAction();
     m_ui->jobListView->setJobs(m_model.get(), &delegate.jobCommands());
     m_ui->addSheetView->setSheet(&delegate.addSheet(), &delegate.destinations());
     connect(m_ui->addSheetView, &AddSheetView::focusReleased, m_ui->jobListView,
@@ -93,13 +97,47 @@ void MainWindow::setUpToolBar() {
     m_ui->toolBar->addAction(m_ui->preferencesAction);
 }
 
-void MainWindow::setUpLastQueueBar() {
-    auto* bar = new LastQueueBar(this);
+void MainWindow::setUpBars() {
+    auto* lastQueue = new LastQueueBar(this);
+    addBar(lastQueue);
+    lastQueue->setLastQueue(&m_delegate.lastQueue());
+    addBar(new EndActionBar(m_delegate.endAction(), this));
+}
+
+void MainWindow::addBar(NoticeBar* bar) {
     m_ui->centralLayout->insertWidget(m_ui->centralLayout->indexOf(m_ui->pages), bar);
     // In front of the list, as on the screen.
-    setTabOrder(bar->findChild<QPushButton*>("forgetButton"), m_ui->jobListView);
-    bar->setLastQueue(&m_delegate.lastQueue());
-    connect(bar, &LastQueueBar::focusReleased, this, [this] { m_ui->pages->currentWidget()->setFocus(); });
+    setTabOrder(bar->otherButton(), m_ui->jobListView);
+    connect(bar, &NoticeBar::focusReleased, this, [this] { m_ui->pages->currentWidget()->setFocus(); });
+}
+
+void MainWindow::setUpEndAction() {
+    EndAction& endAction = m_delegate.endAction();
+    auto* group = new QActionGroup(this);
+    for (const auto& [action, kind] : {std::pair(m_ui->endNothingAction, EndAction::Kind::Nothing),
+                                       std::pair(m_ui->endQuitAction, EndAction::Kind::Quit),
+                                       std::pair(m_ui->endSleepAction, EndAction::Kind::Sleep),
+                                       std::pair(m_ui->endShutDownAction, EndAction::Kind::ShutDown)}) {
+        group->addAction(action);
+        const auto refresh = [&endAction, action = action, kind = kind] {
+            action->setChecked(endAction.kind() == kind);
+            action->setEnabled(endAction.isAvailable(kind));
+        };
+        refresh();
+        connect(&endAction, &EndAction::changed, action, refresh);
+        connect(action, &QAction::triggered, &endAction,
+                [&endAction, kind = kind] { endAction.choose(kind); });
+    }
+    connect(m_ui->queueMenu, &QMenu::aboutToShow, &endAction, &EndAction::askWhatIsAvailable);
+    connect(&endAction, &EndAction::countdownStarted, this, [this] {
+        if (!isVisible()) {
+            // The user may be working in another window.
+            setAttribute(Qt::WA_ShowWithoutActivating);
+            show();
+            setAttribute(Qt::WA_ShowWithoutActivating, false);
+        }
+        QApplication::alert(this);
+    });
 }
 
 void MainWindow::setUpUndo() {

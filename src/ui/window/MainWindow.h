@@ -9,6 +9,7 @@ class ConversionJob;
 class DetailsWindow;
 class JobListModel;
 class PreferencesWindow;
+class NoticeBar;
 class QLabel;
 
 namespace Ui {
@@ -48,8 +49,10 @@ protected:
 private:
     void setUpActions();
     void setUpToolBar();
-    void setUpLastQueueBar();
+    void setUpBars();
+    void addBar(NoticeBar* bar);
     void setUpUndo();
+    void setUpEndAction();
     void followQueue();
     void refreshTitle();
     void refreshPause();

@@ -1,4 +1,5 @@
 #include "app/intake/FileIntake.h"
+#include "app/queue/EndAction.h"
 #include "app/queue/JobQueue.h"
 #include "app/queue/QueueOutcome.h"
 #include "fakes/FakeTool.h"
@@ -242,6 +243,84 @@ private Q_SLOTS:
         QTRY_COMPARE(sums.join(','), expected);
         stage.addAll({"w", "x", "y", "z"});
         QTRY_COMPARE(sums.mid(expected.isEmpty() ? 0 : 1), QStringList("4 0 0"));
+    }
+
+    void whatFollowsTheEnd_data() {
+        addRows<QString, QString>({
+            {"the last one ends", "add sleep end", "2 60"},
+            {"chosen afterwards", "add end sleep", "2"},
+            {"the last one removed", "add sleep remove", "2"},
+            {"one ended, the last one removed", "add sleep end add remove", "2"},
+            {"paused", "add sleep pause", "2"},
+            {"a movie on the sheet", "add sleep sheet end", "2"},
+            {"it leaves the sheet", "add sleep sheet end leave", "2 60"},
+            {"opened during the minute", "add sleep end sheet", "2"},
+            {"queued during the minute", "add sleep end add", "2"},
+            {"that ends, too", "add sleep end add end", "2 60"},
+            {"tried again during the minute", "bad sleep end again", "2"},
+            {"cancelled", "add sleep end cancel add end", "0"},
+            {"another choice", "add sleep end shut", "3 60"},
+            {"another choice before", "add sleep sheet end shut leave", "3 60"},
+        });
+    }
+    void whatFollowsTheEnd() {
+        const auto [steps, expected] = row<QString, QString>();
+        Stage stage;
+        const QString go = stage.home.path("go");
+        stage.tool.setConversion(FakeTool::waitFor(go) + "case $destination in *bad*) exit 1;; esac\n");
+        EndAction action(
+            stage.queue, [&] { return stage.waiting.waiting; }, std::chrono::hours(1));
+        const auto sheet = [&](bool isFull) {
+            stage.waiting.waiting = isFull;
+            action.reconsider();
+        };
+        const QHash<QString, std::function<void()>> meanings{
+            {"add",
+             [&] {
+                 QFile::remove(go);
+                 stage.add("a");
+             }},
+            {"bad", [&] { stage.add("bad"); }},
+            {"end",
+             [&] {
+                 stage.release();
+                 QTRY_VERIFY(stage.queue.isIdle());
+             }},
+            {"again", [&] { stage.queue.job(0)->queueAgain(); }},
+            {"remove", [&] { stage.queue.job(0)->remove(); }},
+            {"pause", [&] { stage.queue.pauseContinueClicked(true); }},
+            {"sheet", [&] { sheet(true); }},
+            {"leave", [&] { sheet(false); }},
+            {"sleep", [&] { action.choose(EndAction::Kind::Sleep); }},
+            {"shut", [&] { action.choose(EndAction::Kind::ShutDown); }},
+            {"cancel", [&] { action.cancel(); }},
+        };
+        for (const QString& step : steps.split(u' '))
+            meanings.value(step)();
+        QString state = QString::number(int(action.kind()));
+        if (const auto left = action.secondsLeft()) state += QString(" %1").arg(*left);
+        QCOMPARE(state, expected);
+    }
+
+    void theEndIsCarriedOutAfterSixtySteps() {
+        for (const QString& error : {QString(), QString("no swap")}) {
+            Stage stage;
+            EndAction action(
+                stage.queue, [] { return false; }, std::chrono::milliseconds(1));
+            QList<int> seconds;
+            connect(&action, &EndAction::changed, [&] { seconds.append(action.secondsLeft().value_or(0)); });
+            QSignalSpy refused(&action, &EndAction::message);
+            stage.home.desktop.powerError = error;
+            action.choose(EndAction::Kind::ShutDown);
+            stage.add("a");
+            stage.release();
+            QTRY_COMPARE(stage.home.desktop.carriedOut, QList{PowerAction::ShutDown});
+            QCOMPARE(seconds.size(), 62);  // The choice, the minute, the end.
+            QCOMPARE(seconds.mid(60), QList({1, 0}));
+            QVERIFY(stage.home.desktop.held.isEmpty());
+            QCOMPARE(action.kind(), EndAction::Kind::Nothing);
+            QCOMPARE(refused.count(), error.isEmpty() ? 0 : 1);
+        }
     }
 
     void quitsAlsoWhenTheJobCleansItselfUp() {

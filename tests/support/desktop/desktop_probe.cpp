@@ -1,6 +1,7 @@
 // Executes commands from standard input, one per line, on the desktop, and prints the replies on standard
 // output:
-//     inhibit | release | notify TITLE|TEXT|ACTION|PATH|GROUP | reveal PATH | open URL | progress FRACTION |
+//     inhibit | release | notify TITLE|TEXT|ACTION|PATH|GROUP | reveal PATH |
+//     open URL | can sleep | can power-off | sleep | power-off | progress FRACTION |
 //     progress | appearance | quit
 #include "support/desktop/DBusDesktop.h"
 
@@ -37,6 +38,17 @@ int main(int argc, char** argv) {
             desktop.notify({rest.section(u'|', 0, 0), rest.section(u'|', 1, 1), rest.section(u'|', 2, 2),
                             rest.section(u'|', 3, 3), rest.section(u'|', 4),
                             !rest.section(u'|', 4).isEmpty()});
+        const auto action = line.endsWith("sleep") ? PowerAction::Sleep : PowerAction::ShutDown;
+        if (command == "can")
+            desktop.askWhetherAllowed(action, &desktop, [](bool isAllowed) {
+                std::printf("%s\n", isAllowed ? "allowed" : "denied");
+                std::fflush(stdout);
+            });
+        if (command == "sleep" || command == "power-off")
+            desktop.carryOut(action, &desktop, [](const QString& error) {
+                std::printf("carried out %s\n", qPrintable(error));
+                std::fflush(stdout);
+            });
         if (command == "reveal") desktop.reveal(rest);
         if (command == "open") std::printf("%s\n", desktop.openUrl(QUrl(rest)) ? "opened" : "not opened");
         if (command == "progress")

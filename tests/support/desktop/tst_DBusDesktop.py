@@ -139,6 +139,25 @@ class DesktopTest(dbusmock.DBusTestCase):
         self.probe.send("release")
         wait_until(lambda: requests[1].GetMethodCalls("Close"), "the end of the request")
 
+    def test_the_machine_is_put_to_sleep_and_shut_down(self):
+        self.probe.send("can sleep")
+        self.probe.line_is("denied")  # There is no logind yet.
+        logind = self.mock("org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager", "Suspend",
+                           "b", "", "", system=True)
+        logind.AddMethod("", "PowerOff", "b", "", "raise dbus.exceptions.DBusException('Not tonight.', name='org.test.No')")
+        for answer, told in (("yes", "allowed"), ("challenge", "allowed"), ("inhibitor-blocked", "allowed"),
+                             ("no", "denied"), ("na", "denied")):
+            for method, command in (("CanSuspend", "can sleep"), ("CanPowerOff", "can power-off")):
+                with self.subTest(command, answer=answer):
+                    logind.AddMethod("", method, "", "s", f"ret = {answer!r}")
+                    self.probe.send(command)
+                    self.probe.line_is(told)
+        self.probe.send("sleep")
+        self.probe.line_is("carried out")
+        self.probe.send("power-off")
+        self.probe.line_is("carried out Not tonight.")
+        self.assertEqual([list(logind.GetMethodCalls(method)[0][1]) for method in ("Suspend", "PowerOff")], [[True], [True]])
+
     def test_notification_with_an_action(self):
         service = "org.freedesktop.Notifications"
         daemon = self.mock(service, "/org/freedesktop/Notifications", service, "Notify", "susssasa{sv}i", "u", "ret = 7")
@@ -301,7 +320,8 @@ class NoBusTest(unittest.TestCase):
                     with self.subTest(address=address, arguments=arguments):
                         session = {} if address is None else {"DBUS_SESSION_BUS_ADDRESS": address}
                         probe = Probe({**nothing, **session}, arguments)
-                        for command in ("inhibit", "notify a|b|c|/d", "reveal /a", "release", "progress 0.5", "appearance"):
+                        for command in ("inhibit", "notify a|b|c|/d", "reveal /a", "release", "progress 0.5", "appearance",
+                                        "can sleep", "sleep"):
                             probe.send(command)
                         probe.send("open https://ravelin.example", "not opened")
                         self.assertEqual(probe.quit(), 0)

@@ -466,6 +466,36 @@ private Q_SLOTS:
         QVERIFY(action->toolTip().contains("Continue “a.mkv”"));
     }
 
+    void theEndOfTheQueueIsChosenAndCancelled_data() {
+        addRows<QString, int>(
+            {{"cancelled", "cancelEndActionButton", 0}, {"at once", "endActionNowButton", 1}});
+    }
+    void theEndOfTheQueueIsChosenAndCancelled() {
+        const auto [button, count] = row<QString, int>();
+        Queued app({"a.mkv"});
+        QVERIFY(QTest::qWaitForWindowActive(app.window.get()));
+        QVERIFY(!app.find<QAction>("endSleepAction")->isEnabled());
+        auto* menu = app.find<QMenu>("queueMenu");
+        QTest::keyClick(app.window.get(), Qt::Key_Q, Qt::AltModifier);
+        QTRY_VERIFY(menu->isVisible());
+        QTest::keyClick(menu, Qt::Key_D);  // When the Queue Is Done
+        auto* choices = app.find<QMenu>("endActionMenu");
+        QTRY_VERIFY(choices->isVisible());
+        QTest::keyClick(choices, Qt::Key_S);
+        QVERIFY(app.find<QAction>("endSleepAction")->isChecked());
+
+        const auto* bar = app.find<QWidget>("endActionBar");
+        app.window->close();
+        QVERIFY(!bar->isVisible());
+        app.finish(1);
+        QVERIFY(bar->isVisible());
+        QCOMPARE(bar->findChild<ElidedLabel*>()->text(), "The computer goes to sleep in 60 s.");
+        QTest::mouseClick(bar->findChild<QPushButton*>(button), Qt::LeftButton);
+        QVERIFY(!bar->isVisible());
+        QCOMPARE(app.desktop.carriedOut.size(), count);
+        QVERIFY(app.find<QAction>("endNothingAction")->isChecked());
+    }
+
     void closedWhileAJobRunsAndOpenedAgain() {
         Queued app({"a.mkv"});
         app.window->resize(700, 500);
