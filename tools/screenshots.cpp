@@ -202,6 +202,23 @@ void lastQueue() {
     save(window, "last-queue");
 }
 
+/// The choice of what follows the queue, and its countdown.
+void endOfQueue() {
+    WindowedApplication app;
+    auto& menu = *app.find<QMenu>("queueMenu");
+    menu.popup(app.window->mapToGlobal(QPoint(60, 30)));
+    auto& choices = *app.find<QMenu>("endActionMenu");
+    choices.popup(menu.geometry().topRight());
+    save(menu, "queue-menu");
+    save(choices, "end-action-menu");
+    choices.close();
+    menu.close();
+    app.find<QAction>("endSleepAction")->trigger();
+    app.add("Harbour Stories S01E01.mkv");
+    waitUntil([&] { return app.delegate.endAction().secondsLeft().has_value(); });
+    save(*app.window, "end-action");
+}
+
 void scanningWindow() {
     WindowedApplication app;
     app.tool.setReport("");
@@ -415,6 +432,7 @@ int main(int argc, char** argv) {
     emptyWindow();
     queueWindow();
     lastQueue();
+    endOfQueue();
     scanningWindow();
     rightToLeft();
     largeFont();
