@@ -88,12 +88,11 @@ void JobQueue::insertJob(std::unique_ptr<ConversionJob> job, qsizetype index) {
 
 void JobQueue::removeJob(ConversionJob* job) {
     // The caller is often the job itself: delete later.
-    if (std::unique_ptr<ConversionJob> removed = takeJob(job)) removed.release()->deleteLater();
+    if (const qsizetype index = indexOf(job); index >= 0) takeJob(index).release()->deleteLater();
 }
 
-std::unique_ptr<ConversionJob> JobQueue::takeJob(ConversionJob* job) {
-    const qsizetype index = indexOf(job);
-    if (index < 0) return nullptr;
+std::unique_ptr<ConversionJob> JobQueue::takeJob(qsizetype index) {
+    ConversionJob* job = this->job(index);
     Q_EMIT jobAboutToBeRemoved(index);
     std::unique_ptr<ConversionJob> removed = std::move(m_taskArray[static_cast<size_t>(index)]);
     m_taskArray.erase(m_taskArray.begin() + index);
@@ -102,7 +101,6 @@ std::unique_ptr<ConversionJob> JobQueue::takeJob(ConversionJob* job) {
     releaseDestination(job->queuedDestination());
     Q_EMIT jobRemoved(job);
     Q_EMIT titleChanged();
-    removed->disconnect();
     return removed;
 }
 
@@ -150,7 +148,10 @@ void JobQueue::cleanClicked() {
 }
 
 void JobQueue::removeJobs(const QList<ConversionJob*>& jobs) {
-    if (jobs.isEmpty()) return;
+    if (m_removal) {
+        m_removal(jobs);
+        return;
+    }
     m_isRemoving = true;
     for (ConversionJob* job : jobs) {
         if (indexOf(job) >= 0) job->remove();
@@ -275,6 +276,10 @@ void JobQueue::noteDamage(const ConversionJob* job) {
 
 void JobQueue::increaseUsages(bool increase, bool allowFeedbackNow) {
     if (m_usageCounter) m_usageCounter(increase, allowFeedbackNow);
+}
+
+void JobQueue::setRemoval(std::function<void(const QList<ConversionJob*>&)> removal) {
+    m_removal = std::move(removal);
 }
 
 void JobQueue::setUsageCounter(std::function<void(bool, bool)> counter) {

@@ -38,9 +38,9 @@ public:
     /// destination is taken as it is.
     void insertJob(std::unique_ptr<ConversionJob> job, qsizetype index);
 
-    /// Takes a job off the list and hands it over in the state that it has; its signals reach nobody any more.
-    /// insertJob() puts it back. Does not start another one.
-    std::unique_ptr<ConversionJob> takeJob(ConversionJob* job);
+    /// Takes the job off the list and hands it over in the state that it has. Does not start another one. To
+    /// put it back with insertJob(), disconnect all from its signals before.
+    std::unique_ptr<ConversionJob> takeJob(qsizetype index);
 
     qsizetype count() const { return static_cast<qsizetype>(m_taskArray.size()); }
     /// Where the job is; -1: it is not queued.
@@ -67,9 +67,11 @@ public:
     void startPostponed();
     /// Removes the finished jobs from the list; failed ones stay.
     void cleanClicked();
-    /// Ends these jobs and takes them off the list; no other job starts before all are gone. Jobs that are
-    /// not queued are ignored.
+    /// Takes these jobs off the list for the user and ends them, unless someone else does that; no other job
+    /// starts before all are gone. Jobs that are not queued are ignored.
     void removeJobs(const QList<ConversionJob*>& jobs);
+    /// Called by removeJobs() instead; may be null.
+    void setRemoval(std::function<void(const QList<ConversionJob*>& jobs)> removal);
 
     // The order of the jobs that wait, which is the order in which they start. They take each other's rows:
     // jobs in other states keep theirs. Those of `jobs` that are in another state are ignored, and the others
@@ -135,4 +137,5 @@ private:
     bool m_paused = false;
     bool m_isRemoving = false;  ///< Several jobs.
     std::function<void(bool, bool)> m_usageCounter;
+    std::function<void(const QList<ConversionJob*>&)> m_removal;
 };

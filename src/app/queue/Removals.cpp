@@ -12,9 +12,12 @@ Removals::Removals(JobQueue& queue, FileIntake& intake, QObject* parent)
     m_timer.setSingleShot(true);
     m_timer.setInterval(kMilliseconds);
     connect(&m_timer, &QTimer::timeout, this, &Removals::settle);
+    queue.setRemoval([this](const QList<ConversionJob*>& jobs) { remove(jobs); });
 }
 
-Removals::~Removals() = default;
+Removals::~Removals() {
+    m_queue.setRemoval({});
+}
 
 void Removals::remove(const QList<ConversionJob*>& jobs) {
     std::vector<std::pair<qsizetype, ConversionJob*>> rows;
@@ -27,18 +30,11 @@ void Removals::remove(const QList<ConversionJob*>& jobs) {
     // From the end, so that the rows of the others stay.
     for (const auto& [row, job] : rows | std::views::reverse) {
         job->pause();
-        entry.jobs.push_back({m_queue.takeJob(job), row});
+        entry.jobs.push_back({m_queue.takeJob(row), row});
+        job->disconnect();
     }
     add(std::move(entry));
     m_queue.startNextJobInQueue();
-}
-
-void Removals::removeFinished() {
-    QList<ConversionJob*> finished;
-    for (qsizetype i = 0; i < m_queue.count(); ++i) {
-        if (m_queue.job(i)->state() == JobState::Finished) finished.append(m_queue.job(i));
-    }
-    remove(finished);
 }
 
 void Removals::cancelAll() {

@@ -27,10 +27,8 @@ public:
     /// Removes all for good.
     ~Removals() override;
 
-    /// Takes these jobs off the list.
+    /// Takes these jobs off the list; JobQueue::removeJobs() calls it.
     void remove(const QList<ConversionJob*>& jobs);
-    /// Takes the finished jobs off the list.
-    void removeFinished();
     /// Leaves the current movie and all waiting ones out.
     void cancelAll();
 

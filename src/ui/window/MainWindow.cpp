@@ -77,7 +77,7 @@ void MainWindow::setUpActions() {
     connect(m_ui->emptyView, &EmptyView::addRequested, &m_delegate, &AppDelegate::addClicked);
     connect(m_ui->pauseContinueAction, &QAction::triggered, this,
             [this] { m_delegate.queue().pauseContinueClicked(true); });
-    connect(m_ui->cleanAction, &QAction::triggered, &m_delegate.removals(), &Removals::removeFinished);
+    connect(m_ui->cleanAction, &QAction::triggered, &m_delegate.queue(), &JobQueue::cleanClicked);
     connect(m_ui->preferencesAction, &QAction::triggered, this, &MainWindow::openPreferences);
     connect(m_ui->closeAction, &QAction::triggered, this, &MainWindow::close);
     connect(m_ui->quitAction, &QAction::triggered, this, [this] { m_delegate.terminate(true); });
