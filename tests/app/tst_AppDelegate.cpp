@@ -293,6 +293,25 @@ private Q_SLOTS:
         QCOMPARE(app.queue().job(0)->state(), JobState::Paused);
     }
 
+    void theLastNotificationSumsUp() {
+        Launched app;
+        app.putOutputsNextToSource();
+        app.tool.setConversion("case $destination in *bad*) exit 1;; esac\necho movie >$destination\n");
+        app.queue().pauseContinueClicked(true);
+        for (const char* name : {"a.mkv", "bad.mkv", "b.mkv", "c.mkv"})
+            QVERIFY(app.confirm(name));
+        app.queue().pauseContinueClicked(true);
+        QTRY_COMPARE(app.desktop.notifications.size(), 5);
+        QHash<QString, int> groups;
+        for (const Notification& notification : std::as_const(app.desktop.notifications))
+            ++groups[notification.group];
+        QCOMPARE(groups.size(), 2);
+        QCOMPARE(groups.value(QString()), 1);  // The failure is not replaced.
+        const Notification last = app.desktop.notifications.last();
+        QCOMPARE(last.text, "3 converted, 1 failed");
+        QVERIFY(last.showsWindow && !last.group.isEmpty());
+    }
+
     void theSettingAndTheQueueBothEndTheApplication_data() {
         addRows<int, int>(
             {{"quit", int(EndAction::Kind::Quit), 0}, {"sleep", int(EndAction::Kind::Sleep), 1}});
