@@ -16,6 +16,7 @@
 #include "ui/preferences/PreferencesWindow.h"
 #include "ui/widgets/WindowMenu.h"
 #include "ui/window/EmptyView.h"
+#include "ui/window/JobDrag.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -131,6 +132,37 @@ void addReceipts(WindowedApplication& app) {
     });
 }
 
+void saveMenu(const WindowedApplication& app, const QString& name) {
+    QMenu menu(app.window.get());
+    app.list().fillMenu(menu);
+    menu.popup(app.window->mapToGlobal(QPoint(200, 120)));
+    save(menu, name);
+    menu.close();
+}
+
+/// A row that is dragged to another place, and the way back to what runs.
+void longQueue() {
+    WindowedApplication app;
+    setDefaultInt("InsertJobsAtBottom", 1);
+    app.tool.setConversion(kConversion);
+    app.add("Winter Light - Director's Cut.mkv");
+    for (int episode = 1; episode <= 12; ++episode)
+        app.add(QStringLiteral("Harbour Stories S01E%1.mkv").arg(episode, 2, 10, QLatin1Char('0')));
+    app.list().setCurrentIndex(app.list().model()->index(3, 0));
+    const auto data = jobdrag::dataOf({app.job(3)});
+    const QPoint place = app.layoutOf(5).name.topLeft();
+    QDragEnterEvent enter(place, Qt::MoveAction, data.get(), Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(app.list().viewport(), &enter);
+    save(*app.window, "moved-row");
+    QDragLeaveEvent leave;
+    QApplication::sendEvent(app.list().viewport(), &leave);
+    QTest::keyClick(&app.list(), Qt::Key_End);
+    waitUntil([&] { return app.find<QPushButton>("showRunningButton")->isVisible(); });
+    save(*app.window, "show-running");
+    if (!jobdrag::picture({app.job(3), app.job(4)}, app.list()).save(folder + "/dragged.png"))
+        qFatal("cannot save");
+}
+
 void queueWindow() {
     WindowedApplication app;
     addReceipts(app);
@@ -143,11 +175,11 @@ void queueWindow() {
         save(*details, row == 0 ? "details-converting" : "details-damaged");
         details->close();
     }
-    QMenu menu(app.window.get());
-    app.list().fillMenu(menu);
-    menu.popup(app.window->mapToGlobal(QPoint(200, 120)));
-    save(menu, "job-menu");
-    menu.close();
+    saveMenu(app, "job-menu");
+    app.list().selectAll();
+    save(*app.window, "several-selected");
+    saveMenu(app, "several-menu");
+    app.list().setCurrentIndex(app.list().model()->index(0, 0));
     app.window->resize(640, 420);
     save(*app.window, "queue-small");
     app.tool.setReport(FakeTool::report(kManyStreams));
@@ -431,6 +463,7 @@ int main(int argc, char** argv) {
     useDarkPalette(parser.isSet("dark"));
     emptyWindow();
     queueWindow();
+    longQueue();
     lastQueue();
     endOfQueue();
     scanningWindow();

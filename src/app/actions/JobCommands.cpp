@@ -100,6 +100,8 @@ void JobCommands::forEach(const QList<ConversionJob*>& jobs,
 
 void JobCommands::perform(Command command, const Jobs& jobs) {
     const QList<ConversionJob*> chosen = fitting(command, stillQueued(jobs));
+    if (command == Command::StartNow && jobs.size() > kMostAtOnce && chosen.isEmpty())
+        Q_EMIT message(Texts::tr("No more than %1 movies can be started at once.").arg(kMostAtOnce));
     if (chosen.isEmpty()) return;
     switch (command) {
         case Command::Pause:

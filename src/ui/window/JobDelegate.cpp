@@ -150,7 +150,7 @@ void JobDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
         painter->fillRect(option.rect, isSelected ? colors::selectedRow(option.palette)
                                                   : colors::hoveredRow(option.palette));
     painter->fillRect(QRect(option.rect.left(), option.rect.bottom(), option.rect.width(), 1),
-                      colors::hairline(option.palette));
+                      isSelected ? option.palette.color(QPalette::Base) : colors::hairline(option.palette));
     const jobrow::Layout layout = layoutOf(option);
     const JobState state = stateOf(index);
     const auto note = index.data(JobListModel::NoteRole).value<JobNote>();

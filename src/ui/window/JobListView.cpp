@@ -152,6 +152,7 @@ void JobListView::mousePressEvent(QMouseEvent* event) {
 void JobListView::mouseReleaseEvent(QMouseEvent* event) {
     m_dragStart.reset();
     if (event->button() != Qt::LeftButton || !m_pressedButton) {
+        if (state() == DragSelectingState) m_follower->noteScrolled();  // At an edge it scrolls.
         QListView::mouseReleaseEvent(event);
         return;
     }

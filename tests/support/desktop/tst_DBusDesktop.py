@@ -221,9 +221,9 @@ class DesktopTest(dbusmock.DBusTestCase):
     def test_reveal(self):
         name = "org.freedesktop.FileManager1"
         manager = self.mock(name, "/org/freedesktop/FileManager1", name, "ShowItems", "ass", "", "")
-        self.probe.send("reveal /movies/a #100% ü.mp4")
+        self.probe.send("reveal /movies/a #100% ü.mp4|/movies/b.mp4")
         call = wait_until(lambda: manager.GetMethodCalls("ShowItems"), "the call")[0][1]
-        self.assertEqual(call[0], ["file:///movies/a%20%23100%25%20%C3%BC.mp4"])
+        self.assertEqual(call[0], ["file:///movies/a%20%23100%25%20%C3%BC.mp4", "file:///movies/b.mp4"])
 
     def test_reveal_without_a_file_manager_opens_the_folder(self):
         folder = self.restart_with_opener()

@@ -231,6 +231,8 @@ private Q_SLOTS:
         const QStringList two{"Start 2 Movies Now", "Start 2 Movies Next", "Details…", "Remove 2 Movies"};
         QCOMPARE(app.contextMenu(3), two);
         QCOMPARE(app.contextMenu(), two);
+        app.clickRow(3);
+        QCOMPARE(app.selected(), "d");
         QVERIFY(app.contextMenu(0).contains("Remove from the list"));
         QCOMPARE(app.selected(), "a");
 
@@ -254,8 +256,19 @@ private Q_SLOTS:
         QCOMPARE(app.job(0)->state(), JobState::Queued);
         app.press(Qt::Key_Delete);
         QCOMPARE(app.queue().count(), 0);
-        QCOMPARE(changed.count(), 2);  // The pause and its end.
+        QCOMPARE(changed.count(), 3);  // The pause, its end, and the pause until nobody wants it back.
         QVERIFY(app.presenter.shown.isEmpty());
+
+        auto* bar = app.find<QWidget>("undoBar");
+        QCOMPARE(bar->accessibleName(), "Removed 2 movie(s) from the list");
+        QTest::keyClick(app.window.get(), Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(app.names(), "d e");
+        QCOMPARE(running->state(), JobState::Converting);
+        QCOMPARE(bar->accessibleName(), "Removed 2 movie(s) from the list");  // The one before.
+        QTest::mouseClick(app.find<QPushButton>("undoButton"), Qt::LeftButton);
+        QTest::mouseClick(app.find<QPushButton>("undoButton"), Qt::LeftButton);
+        QCOMPARE(app.names(), "a b c d e");
+        QVERIFY(!bar->isVisible() && !app.find<QAction>("undoAction")->isEnabled());
     }
 
     void aRubberBandSelects() {
