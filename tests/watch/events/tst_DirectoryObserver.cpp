@@ -1,5 +1,6 @@
 #include "fakes/Table.h"
 #include "watch/events/DirectoryObserver.h"
+#include "watch/events/EventReader.h"
 
 #include <QProcess>
 #include <QRegularExpression>
@@ -182,6 +183,26 @@ private Q_SLOTS:
         QCOMPARE(scene.flags("49/b"), kCreatedFolder);
         QVERIFY(!scene.twice);
         QCOMPARE(scene.observer->folderCount(), size_t(151));
+    }
+
+    /// The kernel hands out about 500 events at a time; a batch is full with 10,000.
+    void theEndOfABatch_data() {
+        addRows<int, qsizetype, qsizetype>(
+            {{"nothing pends", 1500, 1500, 1500}, {"it is full", 12000, 10000, 11000}});
+    }
+    void theEndOfABatch() {
+        const auto [items, least, most] = row<int, qsizetype, qsizetype>();
+        const Scene scene;
+        EventBatch batch(true);
+        TreeWatch tree(native(scene.path()));
+        TreeScan scan(tree, batch);
+        EventReader events(tree, scan, batch);
+        QVERIFY(tree.start().isEmpty());
+        for (int i = 0; i < items; ++i)
+            fs::create_symlink("x", native(scene.path(QString::number(i))));
+        events.read(QDeadlineTimer(QDeadlineTimer::Forever));
+        const qsizetype records = batch.drain().size();
+        QVERIFY(least <= records && records <= most);
     }
 
     void movedFoldersStayWatched() {
