@@ -77,6 +77,10 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
     connect(&m_progress, &QueueProgress::changed, this,
             [this] { sharedDesktop().setLauncherProgress(m_progress.fraction()); });
     connect(&m_outcome, &QueueOutcome::summedUp, &m_outcome, &jobmessages::notifyOfEnd);
+    const auto countBatch = [this] { m_progress.setComing(m_intake.batchCount()); };
+    connect(&m_intake, &FileIntake::scanningStarted, this, countBatch);
+    connect(&m_intake, &FileIntake::filesWaitingChanged, this, countBatch);
+    connect(&m_intake, &FileIntake::batchEnded, this, countBatch);
     connect(&m_watchFolder, &WatchFolder::arrived, this, [this](const QString& path) { openFiles({path}); });
     connect(&m_watchFolder, &WatchFolder::message, this, &AppDelegate::statusMessage);
     connect(&ToolReaper::shared(), &ToolReaper::becameIdle, this, &AppDelegate::announceTerminated);

@@ -160,6 +160,11 @@ void FileIntake::endBatch() {
     Q_EMIT batchEnded();
 }
 
+qsizetype FileIntake::batchCount() const {
+    if (!m_batch) return 0;
+    return m_batch->waiting + (isScanning() || m_fileInfo ? 1 : 0);
+}
+
 void FileIntake::addToBatchMessages(const Verdict& message) {
     if (m_batch && m_fileInfo) m_batch->messages.add(m_fileInfo->fileName, message);
 }

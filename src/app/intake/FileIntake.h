@@ -52,6 +52,8 @@ public:
     /// Ends the batch before its end; its movies wait as before it. Does nothing if there is no batch.
     void endBatch();
     bool isBatch() const { return m_batch.has_value(); }
+    /// How many movies of the batch are not confirmed yet, with the current one.
+    qsizetype batchCount() const;
     /// Adds a message about the current movie to those of the batch.
     void addToBatchMessages(const Verdict& message);
     /// In a batch: the current movie waits for the user behind the batch.

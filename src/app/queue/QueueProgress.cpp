@@ -50,23 +50,33 @@ QueueProgress::QueueProgress(JobQueue& queue, Clock clock, QObject* parent)
 }
 
 std::optional<double> QueueProgress::fraction() const {
-    if (m_ended == m_total) return std::nullopt;
-    return m_doneBytes / m_bytes;
+    if (m_ended == totalCount()) return std::nullopt;
+    return m_total == 0 ? 0 : m_doneBytes / totalBytes();
+}
+
+double QueueProgress::totalBytes() const {
+    return m_bytes * static_cast<double>(totalCount()) / static_cast<double>(qMax(m_total, qsizetype{1}));
+}
+
+void QueueProgress::setComing(qsizetype count) {
+    if (count == std::exchange(m_coming, count)) return;
+    resetIfIdle();
+    Q_EMIT changed();
 }
 
 std::optional<double> QueueProgress::secondsLeft() const {
-    return m_remaining.secondsFor(m_bytes - m_doneBytes);
+    return m_remaining.secondsFor(totalBytes() - m_doneBytes);
 }
 
 bool QueueProgress::isFinishing() const {
     // The tool reports its position once a second, so the last one may be before the end.
     constexpr double kNearlyAll = 0.995;
-    return m_converting > 0 && m_converting == m_total - m_ended && fraction().value_or(0) > kNearlyAll;
+    return m_converting > 0 && m_converting == totalCount() - m_ended && fraction().value_or(0) > kNearlyAll;
 }
 
 QString QueueProgress::text() const {
-    if (m_total < 2 || m_ended == m_total) return {};
-    const QString count = Texts::tr("%1 of %2").arg(m_ended).arg(m_total);
+    if (totalCount() < 2 || m_ended == totalCount()) return {};
+    const QString count = Texts::tr("%1 of %2").arg(m_ended).arg(totalCount());
     if (isFinishing()) return Texts::tr("%1, finishing").arg(count);
     if (m_converting == 0) return count;
     const auto seconds = secondsLeft();
@@ -153,7 +163,7 @@ void QueueProgress::forget(const ConversionJob* job) {
 }
 
 void QueueProgress::resetIfIdle() {
-    if (m_ended < m_total) return;
+    if (m_ended < totalCount()) return;
     m_shares.clear();
     m_remaining = {};
     m_bytes = m_doneBytes = 0;

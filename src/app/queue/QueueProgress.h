@@ -27,10 +27,13 @@ public:
     explicit QueueProgress(JobQueue& queue, QObject* parent = nullptr);
     QueueProgress(JobQueue& queue, Clock clock, QObject* parent = nullptr);
 
+    /// How many movies will be queued without the user. Until then the queue is not idle.
+    void setComing(qsizetype count);
+
     /// 0 to 1; empty while no job is left to convert.
     std::optional<double> fraction() const;
     qsizetype endedCount() const { return m_ended; }
-    qsizetype totalCount() const { return m_total; }
+    qsizetype totalCount() const { return m_total + m_coming; }
     /// Seconds, without those in which nothing converts; empty: unknown yet.
     std::optional<double> secondsLeft() const;
     /// Nothing is left to read: the tool completes the last outputs.
@@ -59,6 +62,8 @@ private:
     void setConverting(Share& share, bool isConverting);
     void countTime(double bytes);
     void resetIfIdle();
+    /// Of all jobs; movies to come count as much as the others on average.
+    double totalBytes() const;
 
     Clock m_clock;
     qint64 m_lastTime = 0;
@@ -67,6 +72,7 @@ private:
     double m_bytes = 0;
     double m_doneBytes = 0;
     qsizetype m_total = 0;
+    qsizetype m_coming = 0;
     qsizetype m_ended = 0;
     qsizetype m_converting = 0;
 };

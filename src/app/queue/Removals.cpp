@@ -29,8 +29,9 @@ void Removals::remove(const QList<ConversionJob*>& jobs) {
     Entry entry;
     // From the end, so that the rows of the others stay.
     for (const auto& [row, job] : rows | std::views::reverse) {
+        const bool wasConverting = job->state() == JobState::Converting;
         job->pause();
-        entry.jobs.push_back({m_queue.takeJob(row), row});
+        entry.jobs.push_back({m_queue.takeJob(row), row, wasConverting});
         job->disconnect();
     }
     add(std::move(entry));
@@ -64,8 +65,15 @@ void Removals::undo() {
     Entry entry = std::move(m_entries.back());
     m_entries.pop_back();
     m_entries.empty() ? m_timer.stop() : m_timer.start();
-    for (Removed& removed : entry.jobs | std::views::reverse)
+    QList<ConversionJob*> interrupted;
+    for (Removed& removed : entry.jobs | std::views::reverse) {
+        if (removed.wasConverting) interrupted.append(removed.job.get());
         putBack(std::move(removed));
+    }
+    for (ConversionJob* job : interrupted) {
+        const bool isFree = m_queue.jobCountWithState(JobState::Converting) < JobQueue::conversionLimit();
+        if (isFree && !m_queue.isPaused()) job->continueJob();
+    }
     if (!entry.movies.files.isEmpty()) m_intake.openFiles(entry.movies.files, entry.movies.folders);
     Q_EMIT changed();
     if (!entry.jobs.empty()) m_queue.startNextJobInQueue();

@@ -50,6 +50,7 @@ private:
     struct Removed {
         std::unique_ptr<ConversionJob> job;
         qsizetype row = 0;  ///< When those above it are back.
+        bool wasConverting = false;
     };
     struct Entry {
         std::vector<Removed> jobs;

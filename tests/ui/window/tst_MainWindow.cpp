@@ -175,6 +175,27 @@ private Q_SLOTS:
         QVERIFY(!clean->isEnabled());
     }
 
+    void twoActionsForTenMovies() {
+        WindowedApplication app;
+        QList<QUrl> urls;
+        for (int i = 0; i < 10; ++i)
+            urls.append(QUrl::fromLocalFile(app.write(QString("Movie %1.mkv").arg(i))));
+        QVERIFY(dragAndDrop(*app.window, urls));
+        auto* addAll = app.find<QPushButton>("addAllButton");
+        QTRY_VERIFY_WITH_TIMEOUT(addAll->isVisible() && addAll->isEnabled(), kPatience);
+        QCOMPARE(addAll->text().remove('&'), "Add All (10)");
+        QTest::mouseClick(addAll, Qt::LeftButton);
+        QSet<QString> totals;
+        connect(&app.delegate.progress(), &QueueProgress::changed, this,
+                [&] { totals.insert(app.find<QLabel>("totalLabel")->text()); });
+        QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 10, kPatience);
+        QVERIFY(totals.contains("8 of 10") || totals.contains("9 of 10"));
+        QVERIFY(!app.find<QWidget>("totalProgress")->isVisible());
+        QTRY_VERIFY(!app.find<QWidget>("addSheetView")->isVisible());
+        for (int i = 0; i < 10; ++i)
+            QCOMPARE(app.job(i)->fileInfo().fileName, QString("Movie %1.mkv").arg(i));
+    }
+
     void uselessDropsAreRefusedWithTheReason() {
         const WindowedApplication app;
         QVERIFY(!dragAndDrop(*app.window, {QUrl::fromLocalFile(app.write("notes.pdf"))}));
