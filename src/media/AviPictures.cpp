@@ -76,8 +76,8 @@ void AviScan::forEachChunk(quint64 position, quint64 end, const Handle& handle) 
 }
 
 std::optional<std::vector<AviPictures>> AviScan::run() {
-    if (m_bytes.number(0, 4) != fourCc("RIFF") || m_bytes.number(8, 4) != fourCc("AVI ")) return std::nullopt;
-    forEachChunk(0, m_file.size(), [this](const Chunk& riff) {
+    const bool isAvi = m_bytes.number(0, 4) == fourCc("RIFF") && m_bytes.number(8, 4) == fourCc("AVI ");
+    forEachChunk(0, isAvi ? m_file.size() : 0, [this](const Chunk& riff) {
         if (riff.type != fourCc("RIFF")) return;
         forEachChunk(riff.data + 4, riff.end, [this](const Chunk& chunk) {
             if (chunk.type == fourCc("idx1")) readPlainIndex(chunk);
@@ -94,7 +94,7 @@ std::optional<std::vector<AviPictures>> AviScan::run() {
         if (stream.index.entries > 0) readIndexes(stream);
         result.push_back(stream.pictures);
     }
-    if (m_file.isCancelled() || m_file.hasFailed()) return std::nullopt;
+    if (!m_file.isOpen() || m_file.isCancelled() || m_file.hasFailed()) return std::nullopt;
     return result;
 }
 

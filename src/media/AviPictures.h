@@ -16,8 +16,8 @@ struct AviPictures {
     quint64 dropped = 0;   ///< Entries without: the picture before is shown again.
 };
 
-/// The video streams of an AVI file. Null: no AVI file, or it was cancelled. Reads headers and indexes only;
-/// bounded, cancellable and callable as a reading of a movie.
+/// The video streams of an AVI file; none of other files. Null: it cannot be read, or it was cancelled. Reads
+/// headers and indexes only; bounded, cancellable and callable as a reading of a movie.
 std::optional<std::vector<AviPictures>> aviPictures(const QString& path, std::stop_token stop = {});
 
 }  // namespace media

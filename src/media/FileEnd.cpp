@@ -106,14 +106,14 @@ bool aviIsCut(Bytes begin, quint64 fileSize) {
 
 }  // namespace
 
-bool endsInsideUnit(const QString& path) {
+std::optional<bool> endsInsideUnit(const QString& path) {
     File file(path);
-    if (!file.isOpen()) return false;
     std::vector<unsigned char> begin(1024);
     begin.resize(file.read(0, begin));
     const quint64 tailSize = std::min<quint64>(file.size(), kTail);
     Tail tail{std::vector<unsigned char>(static_cast<std::size_t>(tailSize)), file.size()};
     tail.bytes.resize(file.read(file.size() - tailSize, tail.bytes));
+    if (!file.isOpen() || file.hasFailed()) return std::nullopt;
 
     if (startsWith(begin, "OggS")) return oggIsCut(tail);
     if (startsWith(begin, kPack)) return programStreamIsCut(tail);
@@ -122,10 +122,12 @@ bool endsInsideUnit(const QString& path) {
     return transportStreamIsCut(begin, file.size());
 }
 
-bool isProgramStream(const QString& path) {
+std::optional<bool> isProgramStream(const QString& path) {
     File file(path);
     std::array<unsigned char, kPack.size()> begin = {};
-    return file.isOpen() && startsWith(std::span(begin).first(file.read(0, begin)), kPack);
+    const std::size_t length = file.read(0, begin);
+    if (!file.isOpen() || file.hasFailed()) return std::nullopt;
+    return startsWith(std::span(begin).first(length), kPack);
 }
 
 }  // namespace media

@@ -1,9 +1,17 @@
-"""Every output is compared with its source: sound movies are called whole, and no damage stays silent."""
+"""Every output is compared with its source: sound movies are called whole, and no damage stays silent.
+
+RAVELIN_ALL_STEPS=1 tries all combinations of reads that fail, not a sample. RAVELIN_UNREADER is the library of
+fail_reads.cpp.
+"""
+import errno
+import os
 import random
 import unittest
+from itertools import product
 
 from support import CliTest, movie, tool
 
+ALL_STEPS = "RAVELIN_ALL_STEPS" in os.environ
 PICTURES = 500  # 20 s of 25 pictures a second
 CONTAINERS = {
     ".mkv": dict(tracks=("ac3",)), ".webm": dict(tracks=("opus",), video="vp9"), ".mp4": dict(tracks=("aac",)),
@@ -18,6 +26,8 @@ ODD = {
     "fragments.mp4": "-movflags frag_keyframe+empty_moov", "reordered.mp4": "-bf 3", "uncompressed.mov": "-c:a pcm_s16le",
     "open gop.mkv": "-bf 3 -x264-params open-gop=1", "packed.avi": "-c:v libxvid -bf 2 -c:a libmp3lame",
 }
+ALWAYS = 10**6
+ERRORS = (errno.EIO, errno.ESTALE, errno.ETIMEDOUT, errno.ENOTCONN, errno.EBADMSG)
 READ_TO_THE_FRAME = (".mkv", ".webm", ".mp4", ".mov", ".avi")
 
 
@@ -110,6 +120,25 @@ class Proof(CliTest):
                     [end] = result.of("finished", "failed", "refused")
                     self.assertNotEqual(("finished", "whole"), (end["event"], end.get("receipt", {}).get("verdict")))
                     self.assertTrue(path.exists(), "the only copy")
+
+    def test_reads_that_fail(self):
+        """The tool's or our own, once or for good: whole is only what is so without failures."""
+        self.env |= {"LD_PRELOAD": os.environ["RAVELIN_UNREADER"], "ASAN_OPTIONS": "verify_asan_link_order=0"}
+        output = self.folder / "out.mp4"
+        for suffix in CONTAINERS:
+            path = self.place(source(suffix), f"Movie{suffix}")
+            self.env.pop("RAVELIN_UNREADABLE", None)
+            self.assertEqual("whole", self.word(self.verdict(path, "--output", output)))
+            whole = output.read_bytes()
+            files = (("-progress", path), ("convert", path), ("convert", output))
+            rows = list(product(files, (0, 0.4, 0.97), (1, ALWAYS), ERRORS))
+            for (reader, file), at, times, error in rows if ALL_STEPS else random.Random(suffix).sample(rows, 3):
+                with self.subTest(suffix, reader=reader, file=file.name, at=at, times=times, error=error):
+                    length = len(whole) if file == output else file.stat().st_size
+                    output.unlink(missing_ok=True)
+                    self.env["RAVELIN_UNREADABLE"] = f"{reader} {int(at * length)} {error} {times} {file.name}"
+                    if self.word(self.verdict(path, "--output", output)) == "whole":
+                        self.assertEqual((whole, 1), (output.read_bytes(), times))
 
 
 if __name__ == "__main__":

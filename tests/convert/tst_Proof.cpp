@@ -149,6 +149,14 @@ private Q_SLOTS:
             {"no line arrived", [](Scene& s) { s.output(2).lines.clear(); }, Damaged, false},
             {"reads failed", [](Scene& s) { s.evidence.toolOutput = "a.mkv: Stale file handle"; }, Damaged,
              true},
+            {"parts of the output cannot be read",
+             [](Scene& s) { s.evidence.output.problem = media::Problem::CannotRead; }, Damaged, false},
+            {"the source cannot be opened again",
+             [](Scene& s) {
+                 s.hideSource(), s.evidence.runtimeSeconds = 100,
+                                 s.evidence.source.problem = media::Problem::CannotOpen;
+             },
+             Damaged, true},
             {"other words do not matter for a source that is read",
              [](Scene& s) { s.evidence.toolOutput = "corrupt input packet in stream 0"; }, Whole, true},
             {"sound cannot be decoded",
@@ -191,6 +199,14 @@ private Q_SLOTS:
             {"no reader, too short", [](Scene& s) { s.hideSource(); }, Damaged, false},
             {"no reader, no running time",
              [](Scene& s) { s.hideSource(), s.evidence.runtimeSeconds.reset(); }, Unknown, true},
+            {"no reader, given up",
+             [](Scene& s) {
+                 s.hideSource();
+                 s.evidence.runtimeSeconds = 100;
+                 s.evidence.sourcePath = "/a.ts";
+                 s.evidence.toolOutput = "speed=1x\r/a.ts: Numerical result out of range";
+             },
+             Damaged, true},
             {"no reader, corrupt",
              [](Scene& s) {
                  s.hideSource();

@@ -163,7 +163,7 @@ private Q_SLOTS:
         QVERIFY(streams && streams->size() == 1);
         QCOMPARE(streams->front().indexed + streams->front().dropped, streams->front().declared);
         QCOMPARE(streams->front().indexed, quint64{37});
-        QVERIFY(!media::aviPictures("h264.mkv"));
+        QVERIFY(media::aviPictures("h264.mkv")->empty());
     }
     /// Large files have an index of indexes, and the other one of the first part only.
     void picturesOfALargeAvi() {

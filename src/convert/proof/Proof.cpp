@@ -52,6 +52,10 @@ QString nameOf(Kind kind) {
     return Texts::tr("data");
 }
 
+bool cannotRead(const media::Reading& reading) {
+    return reading.problem == media::Problem::CannotOpen || reading.problem == media::Problem::CannotRead;
+}
+
 QList<PlannedTrack> promisedTracks(const ConversionPlan& plan) {
     QList<PlannedTrack> promised;
     for (const PlannedTrack& track : plan.tracks)
@@ -70,7 +74,7 @@ public:
     }
 
     Result result() {
-        if (!m_evidence.output.opened) {
+        if (!m_evidence.output.opened || cannotRead(m_evidence.output)) {
             m_receipt.notes.append(Texts::tr("The output cannot be read."));
             m_receipt.mayBeKept = false;
             return {judged(), m_signs};
@@ -270,7 +274,7 @@ private:
     }
 
     void addDamageOfSource() {
-        if (m_evidence.source.problem == media::Problem::CannotRead)
+        if (cannotRead(m_evidence.source))
             damage(0, length(), Texts::tr("the source cannot be read to its end"));
         for (const media::Damage& part : m_evidence.source.damage) {
             m_loss.addSpan(Kind::Video, part.from, part.to);
@@ -293,7 +297,7 @@ private:
         }
         if (toolwords::reportReadErrors(m_evidence.toolOutput)) {
             damage(0, m_evidence.runtimeSeconds.value_or(0), Texts::tr("reading the movie failed"));
-        } else if (!sourceIsRead() && toolwords::reportDamage(m_evidence.toolOutput)) {
+        } else if (!sourceIsRead() && toolwords::reportDamage(m_evidence.toolOutput, m_evidence.sourcePath)) {
             damage(0, m_evidence.runtimeSeconds.value_or(0), Texts::tr("the source is damaged"));
         }
     }

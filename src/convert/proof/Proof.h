@@ -24,6 +24,7 @@ struct Evidence {
     bool sourceIsProgramStream = false;           ///< MPG, VOB: its pictures all last equally long.
     std::optional<qint32> runtimeSeconds;         ///< As reported by the probe, rounded down.
     QString toolOutput;                           ///< What the tool printed.
+    QString sourcePath;                           ///< As the tool got it.
 };
 
 /// Signs that other arguments for the tool may avoid a loss.

@@ -40,26 +40,28 @@ struct ProofWorker::Work {
     void run(const QPointer<ProofWorker>& worker) {
         media::Options options;
         options.mayReadUpTo = [this](quint64 position) { return waitForTool(position); };
-        const media::Reading source = media::read(request.source, options, stop.get_token());
+        media::Reading source = media::read(request.source, options, stop.get_token());
         std::optional<std::vector<media::Line>> lines;
         if (!request.subtitleFile.isEmpty())
             lines = media::readSubtitleFile(request.subtitleFile, stop.get_token());
-        std::vector<media::AviPictures> pictures;
-        bool isCut = false;
-        bool isProgramStream = false;
+        std::optional<std::vector<media::AviPictures>> pictures;
+        std::optional<bool> isCut;
+        std::optional<bool> isProgramStream;
         if (source.tracks.empty()) {
-            pictures = media::aviPictures(request.source, stop.get_token()).value_or(pictures);
+            pictures = media::aviPictures(request.source, stop.get_token());
             isCut = media::endsInsideUnit(request.source);
             isProgramStream = media::isProgramStream(request.source);
+            if (!pictures || !isCut || !isProgramStream) source.problem = media::Problem::CannotRead;
         }
         while (const auto asked = nextQuestion()) {
             media::Options fast;
             fast.usesTwoThreads = true;  // The tool has ended; the user waits.
             const media::Reading output = media::read(asked->output, fast, stop.get_token());
             enableOneAudioTrack(asked->output, output);
-            const proof::Result result =
-                proof::compare({asked->plan, source, output, lines, pictures, isCut, isProgramStream,
-                                request.runtimeSeconds, asked->toolOutput});
+            const proof::Result result = proof::compare(
+                {asked->plan, source, output, lines, pictures.value_or(std::vector<media::AviPictures>()),
+                 isCut.value_or(false), isProgramStream.value_or(false), request.runtimeSeconds,
+                 asked->toolOutput, request.source});
             dispatch_async_main([worker, result, token = stop.get_token()] {
                 if (worker && !token.stop_requested()) Q_EMIT worker->proved(result);
             });

@@ -8,17 +8,39 @@ namespace toolwords {
 
 namespace {
 
-// The messages of the C library for ESTALE, ETIMEDOUT, ENOTCONN and EIO; reads of network disks fail with
-// them.
-const QStringList kReadErrors = {"Stale file handle",  "Connection timed out",      "Operation timed out",
-                                 "Input/output error", "Transport endpoint is not", "Read error",
-                                 "Host is down",       "No route to host",          "Remote I/O error"};
+// The messages of the C library with which reads of damaged, removed and network disks fail.
+const QStringList kReadErrors = {"Stale file handle",
+                                 "Connection timed out",
+                                 "Operation timed out",
+                                 "Input/output error",
+                                 "Transport endpoint is",
+                                 "Read error",
+                                 "Host is down",
+                                 "No route to host",
+                                 "Remote I/O error",
+                                 "Bad message",
+                                 "Structure needs cleaning",
+                                 "Software caused connection abort",
+                                 "Connection reset",
+                                 "Network is",
+                                 "Link has been severed",
+                                 ": No such device",
+                                 ": No medium found",
+                                 ": Permission denied",
+                                 ": Cannot allocate",
+                                 "Required key not"};
 
-const QStringList kDamage = {
-    "File ended prematurely",   ": partial file",          "corrupt input packet",
-    "Packet corrupt",           "corrupt decoded frame",   "PES packet size mismatch",
-    "Packet mismatch",          "timestamp discontinuity", "Invalid data found when processing",
-    "Truncating packet of size"};
+const QStringList kDamage = {"File ended prematurely",
+                             ": partial file",
+                             "corrupt input packet",
+                             "Packet corrupt",
+                             "corrupt decoded frame",
+                             "PES packet size mismatch",
+                             "Packet mismatch",
+                             "timestamp discontinuity",
+                             "Invalid data found when processing",
+                             "Truncating packet of size",
+                             "Error during demuxing"};
 
 }  // namespace
 
@@ -32,8 +54,9 @@ bool reportDecodingErrors(const QString& toolOutput, int stream) {
            toolOutput.contains(QLatin1StringView("Error submitting packet to decoder"));
 }
 
-bool reportDamage(const QString& toolOutput) {
-    return text::containsAny(toolOutput, kDamage);
+/// What ends the reading of the source is reported with its path.
+bool reportDamage(const QString& toolOutput, const QString& source) {
+    return text::containsAny(toolOutput, kDamage) || toolOutput.contains(source + QLatin1StringView(": "));
 }
 
 }  // namespace toolwords
