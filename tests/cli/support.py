@@ -5,14 +5,16 @@ RAVELIN_CLI is the program under test; movies are made and read with the ffmpeg 
 import atexit
 import json
 import os
+import re
 import shutil
+import struct
 import subprocess
 import tempfile
 import time
 import unittest
 from collections import Counter
 from contextlib import suppress
-from functools import lru_cache
+from functools import lru_cache, reduce
 from pathlib import Path
 
 CLI = os.path.abspath(os.environ["RAVELIN_CLI"])
@@ -41,6 +43,39 @@ def movie(*tracks, video="h264", seconds=2, suffix=".mkv", options=()):
         maps += ["-map", i + 1, f"-c:a:{i}", encoder, f"-ac:a:{i}", 6 if layout == "5.1" else layout, f"-ar:a:{i}", rate,
                  f"-metadata:s:a:{i}", f"language={language}", *more]
     tool(*inputs, *maps, *options, path)
+    return path
+
+
+OGG_CHECKSUMS = [reduce(lambda sum, _: sum << 1 ^ (0x104C11DB7 if sum >> 31 else 0), range(8), n << 24) for n in range(256)]
+
+
+def ogg_page(packet, position, stream, number):
+    """A page of one packet of less than 65,025 bytes."""
+    header = struct.pack("<4sBBqII", b"OggS", 0, 0 if number else 2, position, stream, number)
+    rest = bytes([len(packet) // 255 + 1] + [255] * (len(packet) // 255) + [len(packet) % 255]) + packet
+    checksum = reduce(lambda sum, byte: sum << 8 & 0xFFFFFFFF ^ OGG_CHECKSUMS[sum >> 24 ^ byte], header + bytes(4) + rest, 0)
+    return header + struct.pack("<I", checksum) + rest
+
+
+@lru_cache(None)
+def ogm(seconds):
+    """A movie in the older kind of Ogg, which the tool reads but does not write: MPEG-4 and MP3."""
+    video = tool("-f", "lavfi", "-i", f"testsrc=s=160x120:r=25:d={seconds}", "-c:v", "mpeg4", "-f", "m4v", "-")
+    audio = tool("-f", "lavfi", "-i", f"sine=d={seconds}", "-ar", 48000, "-b:a", "64k", "-write_xing", 0, "-id3v2_version", 0,
+                 "-f", "mp3", "-")
+    # The first byte of a packet says whether it is a key frame.
+    pictures = [(b"\0" if picture[picture.index(b"\0\0\1\xb6") + 4] >> 6 else b"\x08") + picture
+                for picture in re.findall(rb"(?s).*?\x00\x00\x01\xb6.*?(?=\x00\x00\x01|$)", video)]
+    sound = [b"\x08" + audio[at:at + 192] for at in range(0, len(audio), 192)]
+    pages = []
+    for stream, kind, codec, unit, rate, step, facts, frames in (
+            (1, b"video", b"XVID", 400000, 1, 1, (160, 120), pictures), (2, b"audio", b"0055", 10**7, 48000, 1152, (1, 8000), sound)):
+        header = struct.pack("<B8s4siqqiiiii", 1, kind, codec, 52, unit, rate, 1, 65536, 0, *facts)
+        for number, packet in enumerate([header, b"\3vorbis" + bytes(8) + b"\1", *frames]):
+            position = max(number - 2, 0) * step
+            pages.append((position * unit / rate, number, stream, ogg_page(packet, position, stream, number)))
+    path = MOVIES / "ogm.ogm"
+    path.write_bytes(b"".join(page for *_, page in sorted(pages)))
     return path
 
 

@@ -9,7 +9,7 @@ import random
 import unittest
 from itertools import product
 
-from support import CliTest, movie, tool
+from support import CliTest, movie, ogm, tool
 
 ALL_STEPS = "RAVELIN_ALL_STEPS" in os.environ
 PICTURES = 500  # 20 s of 25 pictures a second
@@ -17,7 +17,7 @@ CONTAINERS = {
     ".mkv": dict(tracks=("ac3",)), ".webm": dict(tracks=("opus",), video="vp9"), ".mp4": dict(tracks=("aac",)),
     ".mov": dict(tracks=("aac",)), ".avi": dict(tracks=("mp3",), video="mpeg4"),
     ".ts": dict(tracks=("aac",)), ".mpg": dict(tracks=("mp2",), video="mpeg2video"), ".flv": dict(tracks=("aac",)),
-    ".wmv": dict(tracks=("mp3",), video="mpeg4", options=("-f", "asf")),
+    ".wmv": dict(tracks=("mp3",), video="mpeg4", options=("-f", "asf")), ".ogm": {},
 }
 # The options that make 20 s of pictures and sound odd, but no less whole.
 ODD = {
@@ -32,6 +32,8 @@ READ_TO_THE_FRAME = (".mkv", ".webm", ".mp4", ".mov", ".avi")
 
 
 def source(suffix):
+    if suffix == ".ogm":
+        return ogm(20)
     made = dict(CONTAINERS[suffix])
     return movie(*made.pop("tracks"), suffix=suffix, seconds=20, **made)
 

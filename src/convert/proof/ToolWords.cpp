@@ -40,7 +40,8 @@ const QStringList kDamage = {"File ended prematurely",
                              "timestamp discontinuity",
                              "Invalid data found when processing",
                              "Truncating packet of size",
-                             "Error during demuxing"};
+                             "Error during demuxing",
+                             "CRC mismatch"};
 
 }  // namespace
 
