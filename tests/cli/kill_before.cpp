@@ -1,7 +1,8 @@
 // Loaded into the program by the dynamic linker: kills it in front of its n-th call that changes files.
 //
-// RAVELIN_KILL_BEFORE: n. RAVELIN_STEPS: a file that gets the number of these calls. RAVELIN_PLAIN_VOLUME: no
-// attributes, links and unnamed files, as on FAT.
+// RAVELIN_KILL_BEFORE: n. RAVELIN_KILLED: the program's name, by default ravelin-cli. RAVELIN_STEPS: a file
+// that gets the number of these calls. RAVELIN_PLAIN_VOLUME: no attributes, links and unnamed files, as on
+// FAT.
 
 #include <atomic>
 #include <cerrno>
@@ -20,7 +21,8 @@ namespace {
 
 /// Only the program itself, not its tools.
 bool isMeant() {
-    static const bool meant = std::strcmp(program_invocation_short_name, "ravelin-cli") == 0;
+    static const char* const name = std::getenv("RAVELIN_KILLED");
+    static const bool meant = std::strcmp(program_invocation_short_name, name ? name : "ravelin-cli") == 0;
     return meant;
 }
 

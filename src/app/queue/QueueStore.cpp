@@ -161,6 +161,8 @@ void QueueStore::noteState(const ConversionJob* job, JobState now) {
         append(queuerecords::state(*id, now, storedJob(*job).failure));
     } else {
         append(queuerecords::state(*id, now));
+        // At once: a finished movie that is still stored would be converted again after a crash.
+        if (now == JobState::Finished) m_timer.start(0);
     }
 }
 
