@@ -156,5 +156,117 @@
             <numerusform>no progress for %n minutes</numerusform>
         </translation>
     </message>
+    <message numerus="yes">
+        <source>%n converted</source>
+        <translation>
+            <numerusform>%n converted</numerusform>
+            <numerusform>%n converted</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n damaged</source>
+        <translation>
+            <numerusform>%n damaged</numerusform>
+            <numerusform>%n damaged</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n failed</source>
+        <translation>
+            <numerusform>%n failed</numerusform>
+            <numerusform>%n failed</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Removed %n movie(s) from the list</source>
+        <translation>
+            <numerusform>Removed %n movie from the list</numerusform>
+            <numerusform>Removed %n movies from the list</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Left %n movie(s) out</source>
+        <translation>
+            <numerusform>Left %n movie out</numerusform>
+            <numerusform>Left %n movies out</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Pause %n Movies</source>
+        <translation>
+            <numerusform>Pause %n Movie</numerusform>
+            <numerusform>Pause %n Movies</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Continue %n Movies</source>
+        <translation>
+            <numerusform>Continue %n Movie</numerusform>
+            <numerusform>Continue %n Movies</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Start %n Movies Now</source>
+        <translation>
+            <numerusform>Start %n Movie Now</numerusform>
+            <numerusform>Start %n Movies Now</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Start %n Movies Next</source>
+        <translation>
+            <numerusform>Start %n Movie Next</numerusform>
+            <numerusform>Start %n Movies Next</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Show %n Files</source>
+        <translation>
+            <numerusform>Show %n File</numerusform>
+            <numerusform>Show %n Files</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Show %n Original Movies</source>
+        <translation>
+            <numerusform>Show %n Original Movie</numerusform>
+            <numerusform>Show %n Original Movies</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Try %n Movies Again</source>
+        <translation>
+            <numerusform>Try %n Movie Again</numerusform>
+            <numerusform>Try %n Movies Again</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Copy %n Command Lines</source>
+        <translation>
+            <numerusform>Copy %n Command Line</numerusform>
+            <numerusform>Copy %n Command Lines</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Copy %n Receipts</source>
+        <translation>
+            <numerusform>Copy %n Receipt</numerusform>
+            <numerusform>Copy %n Receipts</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Remove %n Movies</source>
+        <translation>
+            <numerusform>Remove %n Movie</numerusform>
+            <numerusform>Remove %n Movies</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n Movies</source>
+        <translation>
+            <numerusform>%n Movie</numerusform>
+            <numerusform>%n Movies</numerusform>
+        </translation>
+    </message>
 </context>
 </TS>
