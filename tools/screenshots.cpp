@@ -209,6 +209,9 @@ void queueWindow() {
     app.window->resize(760, 640);
     save(*app.window, "add-all");
     app.window->resize(640, 420);
+    app.queue().removeJobs({app.job(4)});
+    save(*app.window, "undo");
+    app.delegate.removals().undo();
     app.queue().pauseContinueClicked(true);
     save(*app.window, "paused");
 }

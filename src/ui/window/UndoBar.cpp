@@ -9,6 +9,8 @@
 #include <QHBoxLayout>
 #include <QPainter>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int kMargin = 16;
@@ -69,8 +71,9 @@ void UndoBar::refresh() {
 }
 
 void UndoBar::place() {
+    constexpr int kWidest = 480;
     const QRect area = parentWidget()->rect();
-    const QSize size = sizeHint().boundedTo(area.size() - QSize(2 * kMargin, 0));
+    const QSize size = sizeHint().boundedTo({std::min(kWidest, area.width() - 2 * kMargin), area.height()});
     setGeometry(QRect({(area.width() - size.width()) / 2, area.height() - size.height() - kMargin}, size));
 }
 
