@@ -15,7 +15,12 @@
 
 AddSheet::AddSheet(FileIntake& intake, JobQueue& queue, Removals& removals, Destinations& destinations,
                    FilePanels& panels, QObject* parent)
-    : QObject(parent), m_intake(intake), m_queue(queue), m_removals(removals), m_destinations(destinations), m_confirmation(intake, queue, destinations, panels) {
+    : QObject(parent),
+      m_intake(intake),
+      m_queue(queue),
+      m_removals(removals),
+      m_destinations(destinations),
+      m_confirmation(intake, queue, destinations, panels) {
     connect(&intake, &FileIntake::scanningStarted, this, &AddSheet::showScanning);
     connect(&intake, &FileIntake::scanningEnded, this, &AddSheet::changed);
     connect(&intake, &FileIntake::fileAccepted, this, &AddSheet::showAccepted);
@@ -102,7 +107,8 @@ void AddSheet::showAccepted() {
 void AddSheet::suggestDestination() {
     const int drop = m_intake.drops().numberOf(m_path);
     const bool isSame = drop == std::exchange(m_drop, drop);
-    const bool isKept = m_confirmation.isAddingAll() || (isSame && m_destinations.destinationPopUp().isChosen());
+    const bool isKept =
+        m_confirmation.isAddingAll() || (isSame && m_destinations.destinationPopUp().isChosen());
     if (!isKept) m_destinations.rebuildDestinationPopUp();
 }
 

@@ -55,7 +55,8 @@ public:
     void addToQueue();
     /// Confirms this movie and all waiting ones; see Confirmation::addAll().
     void addAll();
-    /// What the user should know before: the movie is in the queue already, or its output exists. Empty: nothing.
+    /// What the user should know before: the movie is in the queue already, or its output exists. Empty:
+    /// nothing.
     QString notice() const;
     /// The movie's folder relative to where the added folder is; empty: the movie was added by itself.
     QString droppedFolder() const;

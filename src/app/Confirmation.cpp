@@ -161,7 +161,8 @@ void Confirmation::whenSourceFolderIsOpen(const std::function<void()>& then) {
             "You've chosen the 'Next to' default destination for converted MP4 files. Since Apple's SandBox limits access to your files you have to open the folder that contains all MKV files that you want to convert"),
         Texts::tr("OK"));
     m_panels.chooseFolder(
-        FilePanels::Over::MainWindow, folderOf(source()), [this, then, source = source()](const QString& path) {
+        FilePanels::Over::MainWindow, folderOf(source()),
+        [this, then, source = source()](const QString& path) {
             m_destinations.addOpenedFolder(path);
             if (!isStillCurrent(source)) return;
             if (m_destinations.openedFolderFor(besideSource())) {
@@ -237,8 +238,9 @@ void Confirmation::addJob(const QString& output, const QString& openedFolder, bo
 
 /// The movie is not queued.
 void Confirmation::refuse(const QString& reason) {
-    const QString warning = makeString(
-        "%@\n\n%@", reason, Texts::tr("The movie “%1” stays on the sheet.").arg(m_intake.fileInfo()->fileName));
+    const QString warning =
+        makeString("%@\n\n%@", reason,
+                   Texts::tr("The movie “%1” stays on the sheet.").arg(m_intake.fileInfo()->fileName));
     if (m_all && selectedKind() == Kind::NextToSource) {
         m_intake.addToBatchMessages(verdicts::toolProblem(warning));
         m_intake.setAside();

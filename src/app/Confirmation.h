@@ -28,9 +28,10 @@ public:
 
     /// Queues the current movie.
     void add(qsizetype audioTrack);
-    /// Queues the current movie and all that wait, each as soon as it is probed; see FileIntake::beginBatch().
-    /// "Ask for each movie" asks once, for a folder. A destination that cannot be used ends this, with the
-    /// movie still the current one; next to the movies, a refused one waits for the user behind the others.
+    /// Queues the current movie and all that wait, each as soon as it is probed; see
+    /// FileIntake::beginBatch(). "Ask for each movie" asks once, for a folder. A destination that cannot be
+    /// used ends this, with the movie still the current one; next to the movies, a refused one waits for the
+    /// user behind the others.
     void addAll(qsizetype audioTrack);
     bool isAddingAll() const { return m_all.has_value(); }
     /// Queues the next movie of addAll(), which is now the current one. The movie for which addAll() was

@@ -34,7 +34,8 @@ private Q_SLOTS:
         app.panels.folder = app.path("chosen");
         QDir(app.path()).mkpath("chosen");
         const QString slow = app.path("go on");
-        app.tool.setProbe("case ${2##*/} in *9*) wait_until \"[ -e '" + slow.toUtf8() + "' ]\";; esac\n" + kReport);
+        app.tool.setProbe("case ${2##*/} in *9*) wait_until \"[ -e '" + slow.toUtf8() + "' ]\";; esac\n" +
+                          kReport);
         app.presenter.waits = true;
         QStringList names;
         for (const char* name : {"in/10.mkv", "in/h 1.mkv", "in/2.mkv", "in/H 3.mkv", "in/9.mkv", "in/8.mkv"})

@@ -13,8 +13,8 @@ public:
 
     /// What a probe prints, on standard error like the real tool.
     void setReport(const QByteArray& report) const { write("report", report); }
-    /// The shell commands of a probe, as an alternative; $folder is the folder of runningMark(), $2 the movie.
-    /// `wait_until "condition"` waits without a child process.
+    /// The shell commands of a probe, as an alternative; $folder is the folder of runningMark(), $2 the
+    /// movie. `wait_until "condition"` waits without a child process.
     void setProbe(const QByteArray& script) const { write("probe", script); }
     /// What a trial run prints.
     void setTrial(const QByteArray& output) const { write("trial", output); }

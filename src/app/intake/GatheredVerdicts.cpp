@@ -58,7 +58,8 @@ void GatheredVerdicts::show() {
     }
     keys.removeDuplicates();
     showInTurn([keys, text = texts.join(QStringLiteral("\n\n"))] {
-        alert_dontwarnagain_list(keys, Texts::tr("Warning"), Texts::tr("About the movies that were added together:"),
-                                 text, Texts::tr("OK"), Texts::tr("Don't warn again"));
+        alert_dontwarnagain_list(keys, Texts::tr("Warning"),
+                                 Texts::tr("About the movies that were added together:"), text,
+                                 Texts::tr("OK"), Texts::tr("Don't warn again"));
     });
 }

@@ -9,7 +9,8 @@ public:
     /// In `seconds` of work, `bytes` more were done.
     void add(double bytes, double seconds);
 
-    /// Seconds for the remaining `bytes`; empty in the first three seconds of work, and while nothing is done.
+    /// Seconds for the remaining `bytes`; empty in the first three seconds of work, and while nothing is
+    /// done.
     std::optional<double> secondsFor(double bytes) const;
 
 private:

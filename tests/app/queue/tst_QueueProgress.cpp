@@ -1,6 +1,6 @@
-#include "app/queue/QueueProgress.h"
-#include "app/queue/JobQueue.h"
 #include "app/intake/FileIntake.h"
+#include "app/queue/JobQueue.h"
+#include "app/queue/QueueProgress.h"
 #include "fakes/FakeTool.h"
 #include "fakes/InstantProof.h"
 #include "fakes/TestHome.h"
@@ -77,7 +77,8 @@ private Q_SLOTS:
         for (const Sample& sample : samples) {
             const double really = static_cast<double>(end - sample.time) / 1000;
             // The progress is read once a second.
-            const QString what = QString("%1 %: %2 s, really %3 s").arg(sample.fraction * 100).arg(sample.left).arg(really);
+            const QString what =
+                QString("%1 %: %2 s, really %3 s").arg(sample.fraction * 100).arg(sample.left).arg(really);
             QVERIFY2(sample.left < really * 1.5 + 1 && sample.left > really / 1.5 - 1, qPrintable(what));
         }
         QVERIFY(stage.progress.text().isEmpty() && !stage.progress.fraction());

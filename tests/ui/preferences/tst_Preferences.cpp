@@ -67,7 +67,7 @@ private Q_SLOTS:
         const Fixture fixture;
         QStringList expected;
         const QRegularExpression own(
-            "^(Absent.*|WelcomeShown|Conversions|HasUpgradedFromPre13|Usages|convertedFileCount|ProveResults|Stall.*)$");
+            "^(Absent.*|WelcomeShown|Conversions|HasUpgradedFromPre13|Usages|convertedFileCount|KeepFolderTree|ProveResults|Stall.*)$");
         for (const settings::Row* setting : settings::all())
             if (!own.match(setting->key).hasMatch()) expected.append(setting->key);
         QStringList bound;
