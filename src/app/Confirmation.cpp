@@ -223,9 +223,13 @@ void Confirmation::addToTarget() {
 
 void Confirmation::addJob(const QString& output, const QString& openedFolder, bool mayReplace) {
     MKVFileInfo info = *m_intake.fileInfo();
-    info.destinationURL = QUrl::fromLocalFile(output);
-    if (!openedFolder.isEmpty()) info.securityURL = QUrl::fromLocalFile(openedFolder);
+    if (!openedFolder.isEmpty()) {
+        // Thousands of jobs may share it.
+        if (m_openedFolder.toLocalFile() != openedFolder) m_openedFolder = QUrl::fromLocalFile(openedFolder);
+        info.securityURL = m_openedFolder;
+    }
     auto job = std::make_unique<ConversionJob>(m_queue, std::move(info), m_audioTrack);
+    job->setDestination(output);
     job->presetSpeedInfo();
     job->setMayReplaceDestination(mayReplace);
     const ConversionJob* above = nullptr;

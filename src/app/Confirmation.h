@@ -6,6 +6,7 @@
 #include <QPointer>
 #include <QSet>
 #include <QString>
+#include <QUrl>
 
 #include <functional>
 #include <optional>
@@ -77,5 +78,6 @@ private:
     Destinations& m_destinations;
     FilePanels& m_panels;
     qsizetype m_audioTrack = 0;
+    QUrl m_openedFolder;  ///< Of the last job.
     std::optional<All> m_all;
 };

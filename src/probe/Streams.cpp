@@ -64,9 +64,9 @@ QStringList takeDispositions(QStringView& line) {
     while (line.endsWith(u')')) {
         const qsizetype open = line.lastIndexOf(u" (");
         if (open < 0) break;
-        const QString word = line.sliced(open + 2).chopped(1).toString();
-        if (!known.contains(word)) break;
-        taken.prepend(word);
+        const qsizetype word = known.indexOf(line.sliced(open + 2).chopped(1));
+        if (word < 0) break;
+        taken.prepend(known[word]);
         line.truncate(open);
     }
     return taken;
@@ -302,6 +302,7 @@ MovieContents parseContents(QStringView report, QStringView fileName) {
     // No other newline characters: those of a title are in the middle of a line.
     for (const QStringView line : report.split(u'\n'))
         parser.read(line.endsWith(u'\r') ? line.chopped(1) : line);
+    contents.streams.squeeze();  // It is kept for as long as the movie is in the queue.
     std::sort(contents.streams.begin(), contents.streams.end(),
               [](const MovieStream& a, const MovieStream& b) { return a.index < b.index; });
     return contents;
