@@ -32,6 +32,13 @@ bool isFolder(const QString& path) {
     return QFileInfo(path).isDir();
 }
 
+QList<QUrl> urlsOf(const QStringList& paths) {
+    QList<QUrl> urls;
+    for (const QString& path : paths)
+        urls.append(QUrl::fromLocalFile(path));
+    return urls;
+}
+
 }  // namespace
 
 void AppDelegate::initialize() {
@@ -218,37 +225,35 @@ void AppDelegate::openStore() {
 }
 
 void AppDelegate::openFiles(const QStringList& paths) {
-    QList<QUrl> given;
-    for (const QString& path : paths)
-        given.append(QUrl::fromLocalFile(path));
-    if (std::ranges::any_of(paths, isFolder)) {
-        // Searching a large folder on a slow disk takes time.
+    // A look at many files takes time, as does the search of a large folder on a slow disk.
+    constexpr qsizetype kMany = 200;
+    if (paths.size() > kMany || std::ranges::any_of(paths, isFolder)) {
         m_searchedPaths += paths;
         m_store.setSearchedPaths(m_searchedPaths);
         m_endAction.reconsider();
-        dispatch_async_back([self = QPointer(this), paths, given, isStopped = m_isStopped] {
+        dispatch_async_back([self = QPointer(this), paths, isStopped = m_isStopped] {
             const QStringList files = moviefiles::withFoldersSearched(paths, isStopped.get());
             const QStringList folders = collections::filtered(paths, isFolder);
-            dispatch_async_main([self, paths, files, folders, given] {
+            dispatch_async_main([self, paths, files, folders] {
                 if (!self) return;
                 for (const QString& path : paths)
                     self->m_searchedPaths.removeOne(path);
-                self->addFiles(files, folders, given);
+                self->addFiles(files, folders, paths);
                 self->m_store.setSearchedPaths(self->m_searchedPaths);
                 self->m_endAction.reconsider();
             });
         });
     } else {
-        addFiles(paths, {}, given);
+        addFiles(paths, {}, paths);
     }
     Q_EMIT mainWindowRequested();
 }
 
-void AppDelegate::addFiles(const QStringList& files, const QStringList& folders, const QList<QUrl>& given) {
+void AppDelegate::addFiles(const QStringList& files, const QStringList& folders, const QStringList& given) {
     if (m_terminates) return;
     const bool isUseful = std::ranges::any_of(
         files, [](const QString& path) { return moviefiles::isMovie(path) || moviefiles::isSubtitle(path); });
-    showRefusal(isUseful || given.isEmpty() ? QString() : droppedfiles::refusal(given));
+    showRefusal(isUseful || given.isEmpty() ? QString() : droppedfiles::refusal(urlsOf(given)));
     m_intake.openFiles(files, folders);
 }
 

@@ -116,7 +116,7 @@ Q_SIGNALS:
 
 private:
     void showSpeedNotice();
-    void addFiles(const QStringList& files, const QStringList& folders, const QList<QUrl>& given);
+    void addFiles(const QStringList& files, const QStringList& folders, const QStringList& given);
     void showRefusal(const QString& reason);
     void announceTerminated();
     void openStore();

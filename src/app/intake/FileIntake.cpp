@@ -19,16 +19,26 @@
 
 namespace {
 
+/// The length of the folders with which all paths begin.
+qsizetype commonFolders(const QStringList& paths) {
+    QStringView common = paths.first();
+    for (const QString& path : paths)
+        common.truncate(std::ranges::mismatch(common, path).in1 - common.begin());
+    return common.lastIndexOf(u'/') + 1;
+}
+
 /// Orders paths as people read them, from the end: the last one is taken first.
 void sortForTaking(QStringList& paths) {
     // The language "C" has no numeric order.
     QCollator collator(QLocale().language() == QLocale::C ? QLocale(QLocale::English) : QLocale());
     collator.setNumericMode(true);
     collator.setCaseSensitivity(Qt::CaseInsensitive);
+    // A key takes time in proportion to its text; the folders that all have in common decide nothing.
+    const qsizetype common = commonFolders(paths);
     std::vector<std::pair<QCollatorSortKey, QString>> keyed;
     keyed.reserve(static_cast<size_t>(paths.size()));
     for (const QString& path : std::as_const(paths))
-        keyed.emplace_back(collator.sortKey(path), path);
+        keyed.emplace_back(collator.sortKey(path.sliced(common)), path);
     std::ranges::stable_sort(keyed, [](const auto& a, const auto& b) { return b.first < a.first; });
     std::ranges::transform(keyed, paths.begin(), [](const auto& entry) { return entry.second; });
 }
