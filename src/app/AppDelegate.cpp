@@ -170,6 +170,7 @@ bool AppDelegate::applicationShouldTerminate() {
 void AppDelegate::applicationWillTerminate() {
     m_terminates = true;
     *m_isStopped = true;
+    m_removals.completeUndo();
     // The queue is emptied below, and the next instance may be there before the tools have ended.
     m_lastQueue.stop();
     m_store.close();

@@ -17,8 +17,10 @@
 #include <QSet>
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <numeric>
+#include <span>
 #include <vector>
 
 namespace {
@@ -67,7 +69,27 @@ bool JobQueue::addJob(std::unique_ptr<ConversionJob> job, const ConversionJob* a
 }
 
 void JobQueue::insertJob(std::unique_ptr<ConversionJob> job, qsizetype index) {
-    ConversionJob* added = job.get();
+    std::vector<Placed> one;
+    ++m_destinations[job->queuedDestination()];
+    one.push_back({index, std::move(job)});
+    place(std::move(one));
+}
+
+void JobQueue::insertJobs(std::vector<Placed> jobs) {
+    for (const Placed& each : jobs) {
+        ConversionJob& job = *each.job;
+        const QString destination = job.queuedDestination();
+        // The name of a paused job is that of its own file.
+        const bool isTaken = job.state() == JobState::Queued &&
+                             (isDestinationTaken(destination) ||
+                              (job.request().mayReplaceDestination && willWrite(destination)));
+        if (isTaken) job.setDestination(uniqueDestination(destination));
+        ++m_destinations[job.queuedDestination()];
+    }
+    place(std::move(jobs));
+}
+
+void JobQueue::follow(ConversionJob* added) {
     connect(added, &ConversionJob::stateChanged, this, [this, added](JobState before, JobState now) {
         countState(before, -1);
         countState(now, +1);
@@ -75,33 +97,65 @@ void JobQueue::insertJob(std::unique_ptr<ConversionJob> job, qsizetype index) {
         Q_EMIT jobStateChanged(added, before, now);
         Q_EMIT titleChanged();
     });
+    connect(added, &ConversionJob::progressed, this, [this, added] { Q_EMIT jobProgressed(added); });
     connect(added, &ConversionJob::quitRequested, this, &JobQueue::quitRequested);
     added->setDestinationIsTaken([this](const QString& path) { return isDestinationTaken(path); });
     countState(added->state(), +1);
-    ++m_destinations[added->queuedDestination()];
+}
 
-    Q_EMIT jobAboutToBeAdded(index);
-    m_taskArray.insert(m_taskArray.begin() + index, std::move(job));
-    Q_EMIT jobAdded(added);
+void JobQueue::place(std::vector<Placed> jobs) {
+    for (auto begin = jobs.begin(); begin != jobs.end();) {
+        const qsizetype first = std::min(begin->row, count());
+        auto end = begin;
+        std::vector<std::unique_ptr<ConversionJob>> adjacent;
+        for (; end != jobs.end() && (end->row == begin->row + (end - begin) || first == count()); ++end)
+            adjacent.push_back(std::move(end->job));
+        begin = end;
+        const auto size = static_cast<qsizetype>(adjacent.size());
+        for (const auto& job : adjacent)
+            follow(job.get());
+        Q_EMIT jobsAboutToBeAdded(first, size);
+        m_taskArray.insert(m_taskArray.begin() + first, std::move_iterator(adjacent.begin()),
+                           std::move_iterator(adjacent.end()));
+        for (qsizetype row = first; row < first + size; ++row)
+            Q_EMIT jobAdded(job(row));
+        Q_EMIT jobsAdded();
+    }
     Q_EMIT titleChanged();
 }
 
 void JobQueue::removeJob(ConversionJob* job) {
     // The caller is often the job itself: delete later.
-    if (const qsizetype index = indexOf(job); index >= 0) takeJob(index).release()->deleteLater();
+    if (const qsizetype index = indexOf(job); index >= 0)
+        takeJobs({index}).front().job.release()->deleteLater();
 }
 
-std::unique_ptr<ConversionJob> JobQueue::takeJob(qsizetype index) {
-    ConversionJob* job = this->job(index);
-    Q_EMIT jobAboutToBeRemoved(index);
-    std::unique_ptr<ConversionJob> removed = std::move(m_taskArray[static_cast<size_t>(index)]);
-    m_taskArray.erase(m_taskArray.begin() + index);
-    countState(job->state(), -1);
-    m_damaged.remove(job);
-    releaseDestination(job->queuedDestination());
-    Q_EMIT jobRemoved(job);
+std::vector<JobQueue::Placed> JobQueue::takeJobs(const QList<qsizetype>& rows) {
+    std::vector<Placed> taken(static_cast<size_t>(rows.size()));
+    // From the end, so that the rows of the others stay.
+    for (qsizetype end = rows.size(); end > 0;) {
+        qsizetype begin = end - 1;
+        while (begin > 0 && rows[begin - 1] + 1 == rows[begin])
+            --begin;
+        const std::span adjacent(taken.begin() + begin, taken.begin() + end);
+        const qsizetype first = rows[begin];
+        end = begin;
+        Q_EMIT jobsAboutToBeRemoved(first, std::ssize(adjacent));
+        const auto from = m_taskArray.begin() + first;
+        for (qsizetype i = 0; i < std::ssize(adjacent); ++i) {
+            Placed& place = adjacent[static_cast<size_t>(i)];
+            place = {first + i, std::move(from[i])};
+            countState(place.job->state(), -1);
+            m_damaged.remove(place.job.get());
+            releaseDestination(place.job->queuedDestination());
+        }
+        m_taskArray.erase(from, from + std::ssize(adjacent));
+        for (const Placed& each : adjacent)
+            Q_EMIT jobRemoved(each.job.get());
+        Q_EMIT jobsRemoved();
+    }
     Q_EMIT titleChanged();
-    return removed;
+    return taken;
 }
 
 void JobQueue::startPostponed() {
@@ -220,8 +274,15 @@ void JobQueue::reorder(const QList<qsizetype>& rows) {
 
 void JobQueue::removeAll() {
     m_paused = true;  // Prevents that another job starts.
-    while (!m_taskArray.empty())
-        m_taskArray.front()->remove();
+    QList<qsizetype> rows(count());
+    std::iota(rows.begin(), rows.end(), 0);
+    std::vector<Placed> all = takeJobs(rows);
+    for (Placed& each : all) {
+        // One of them may be the caller.
+        ConversionJob* job = each.job.release();
+        job->remove();
+        job->deleteLater();
+    }
 }
 
 QString JobQueue::windowTitle() const {

@@ -11,6 +11,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <vector>
 
 class WaitingFiles;
 
@@ -38,9 +39,19 @@ public:
     /// destination is taken as it is.
     void insertJob(std::unique_ptr<ConversionJob> job, qsizetype index);
 
-    /// Takes the job off the list and hands it over in the state that it has. Does not start another one. To
-    /// put it back with insertJob(), disconnect all from its signals before.
-    std::unique_ptr<ConversionJob> takeJob(qsizetype index);
+    /// A job and its row.
+    struct Placed {
+        qsizetype row = 0;
+        std::unique_ptr<ConversionJob> job;
+    };
+    /// Takes the jobs of these rows, which are in ascending order, off the list and hands them over in the
+    /// state that they have. Does not start another one. To put them back with insertJobs(), disconnect all
+    /// from their signals before.
+    std::vector<Placed> takeJobs(const QList<qsizetype>& rows);
+    /// Queues jobs that were taken off the list, at their rows in ascending order; those behind the end
+    /// follow at the end. A job that waits gets a free name for its output if another one has got its name
+    /// meanwhile.
+    void insertJobs(std::vector<Placed> jobs);
 
     qsizetype count() const { return static_cast<qsizetype>(m_taskArray.size()); }
     /// Where the job is; -1: it is not queued.
@@ -106,20 +117,28 @@ public:
     void setUsageCounter(std::function<void(bool increase, bool allowFeedbackNow)> counter);
 
 Q_SIGNALS:
-    void jobAboutToBeAdded(qsizetype index);
+    /// Adjacent jobs come and go together, framed by these signals, each with a jobAdded() or jobRemoved() of
+    /// its own in between, when the list has changed.
+    void jobsAboutToBeAdded(qsizetype first, qsizetype count);
     void jobAdded(ConversionJob* job);
-    void jobAboutToBeRemoved(qsizetype index);
+    void jobsAdded();
+    void jobsAboutToBeRemoved(qsizetype first, qsizetype count);
     void jobRemoved(ConversionJob* job);
+    void jobsRemoved();
     void jobsAboutToBeMoved();
     /// The jobs from the row `first` on are in another order: `origins` has the row where each of them was.
     void jobsMoved(qsizetype first, const QList<qsizetype>& origins);
     void jobStateChanged(ConversionJob* job, JobState before, JobState now);
+    /// The percentage of the job was updated.
+    void jobProgressed(ConversionJob* job);
     void pausedChanged(bool paused);
     /// The result of windowTitle() may have changed.
     void titleChanged();
     void quitRequested();
 
 private:
+    void place(std::vector<Placed> jobs);
+    void follow(ConversionJob* job);
     QList<qsizetype> queuedRows() const;
     void reorder(const QList<qsizetype>& rows);
     void countState(JobState state, int change);

@@ -44,7 +44,13 @@ QueueProgress::QueueProgress(JobQueue& queue, QObject* parent)
 QueueProgress::QueueProgress(JobQueue& queue, Clock clock, QObject* parent)
     : QObject(parent), m_clock(std::move(clock)) {
     connect(&queue, &JobQueue::jobAdded, this, &QueueProgress::add);
+    connect(&queue, &JobQueue::jobsAdded, this, &QueueProgress::changed);
     connect(&queue, &JobQueue::jobRemoved, this, &QueueProgress::forget);
+    connect(&queue, &JobQueue::jobsRemoved, this, [this] {
+        resetIfIdle();
+        Q_EMIT changed();
+    });
+    connect(&queue, &JobQueue::jobProgressed, this, &QueueProgress::note);
     connect(&queue, &JobQueue::jobStateChanged, this, &QueueProgress::onStateChanged);
     connect(&queue, &JobQueue::pausedChanged, this, &QueueProgress::changed);
 }
@@ -83,11 +89,8 @@ QString QueueProgress::text() const {
     return seconds ? Texts::tr("%1, %2").arg(count, aboutText(*seconds)) : count;
 }
 
-void QueueProgress::add(ConversionJob* job) {
-    connect(job, &ConversionJob::progressed, this, [this, job] { note(job); });
-    if (!statusNotFinished(job->state())) return;
-    follow(job);
-    Q_EMIT changed();
+void QueueProgress::add(const ConversionJob* job) {
+    if (statusNotFinished(job->state())) follow(job);
 }
 
 QueueProgress::Share& QueueProgress::follow(const ConversionJob* job) {
@@ -158,8 +161,6 @@ void QueueProgress::forget(const ConversionJob* job) {
         --m_total;
     }
     m_shares.erase(share);
-    resetIfIdle();
-    Q_EMIT changed();
 }
 
 void QueueProgress::resetIfIdle() {

@@ -52,7 +52,7 @@ private:
         bool isConverting = false;
     };
 
-    void add(ConversionJob* job);
+    void add(const ConversionJob* job);
     Share& follow(const ConversionJob* job);
     void forget(const ConversionJob* job);
     void note(const ConversionJob* job);

@@ -109,8 +109,8 @@ void QueueStore::begin(const QByteArray& bytes, bool exists) {
 }
 
 void QueueStore::follow() {
-    connect(&m_queue, &JobQueue::jobAboutToBeAdded, this, [this](qsizetype row) { m_newRow = row; });
-    connect(&m_queue, &JobQueue::jobAdded, this, [this](const ConversionJob* job) { add(job, m_newRow); });
+    connect(&m_queue, &JobQueue::jobsAboutToBeAdded, this, [this](qsizetype first) { m_newRow = first; });
+    connect(&m_queue, &JobQueue::jobAdded, this, [this](const ConversionJob* job) { add(job, m_newRow++); });
     connect(&m_queue, &JobQueue::jobRemoved, this, &QueueStore::remove);
     connect(&m_queue, &JobQueue::jobsMoved, this, &QueueStore::noteMoves);
     connect(&m_queue, &JobQueue::jobStateChanged, this,
@@ -141,7 +141,9 @@ void QueueStore::add(const ConversionJob* job, qsizetype row) {
 
 void QueueStore::remove(const ConversionJob* job) {
     const quint64 id = m_ids.take(job);
-    if (id != 0 && job->state() != JobState::Finished) append(queuerecords::removed({id}));
+    if (id == 0 || job->state() == JobState::Finished) return;
+    m_removedIds.append(id);
+    append({});
 }
 
 /// From the top: the job above is then in its place already.
@@ -236,6 +238,7 @@ QByteArray QueueStore::snapshot() {
 void QueueStore::flush() {
     if (!m_file) return;
     appendWaiting();
+    if (!m_removedIds.isEmpty()) m_batch += queuerecords::removed(std::exchange(m_removedIds, {}));
     if (m_batch.isEmpty() && !m_isToBeReplaced) return;
     const bool isIdle = isEmpty() && !m_last.isToGoOnAt;
     if (isIdle && !m_exists) {
@@ -263,7 +266,9 @@ void QueueStore::onFailed(const QString& reason) {
 }
 
 void QueueStore::bringBack(const ConversionJob& job, quint64 id) {
-    std::erase_if(m_last.jobs, [id](const StoredQueue::Entry& entry) { return entry.id == id; });
+    // It is the first one, unless something was forgotten meanwhile.
+    const auto found = std::ranges::find(m_last.jobs, id, &StoredQueue::Entry::id);
+    if (found != m_last.jobs.end()) m_last.jobs.erase(found);
     m_ids.insert(&job, id);
 }
 

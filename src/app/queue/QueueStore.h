@@ -79,9 +79,10 @@ private:
     StoredQueue m_last;
     QHash<const ConversionJob*, quint64> m_ids;  ///< Of the queue's jobs that the file knows.
     quint64 m_lastId = 0;
-    qsizetype m_newRow = 0;  ///< Of the job that is being added.
-    QByteArray m_batch;      ///< Records that are not given to the file yet.
-    QTimer m_timer;          ///< Until the batch is.
+    qsizetype m_newRow = 0;       ///< Of the job that is added next.
+    QByteArray m_batch;           ///< Records that are not given to the file yet.
+    QList<quint64> m_removedIds;  ///< Jobs whose removal is no record yet.
+    QTimer m_timer;               ///< Until the batch is.
     QStringList m_searchedPaths;
     // What the file, with the batch, knows.
     QStringList m_storedMovies;

@@ -1,11 +1,15 @@
 #include "app/queue/Removals.h"
 
-#include "app/queue/JobQueue.h"
 #include "support/base/Texts.h"
 
+#include <QSet>
+
 #include <algorithm>
-#include <ranges>
+#include <iterator>
 #include <utility>
+
+/// Thousands of jobs take longer than the window may stand still: each step of the work ends after this time.
+static constexpr std::chrono::milliseconds kStep(10);
 
 Removals::Removals(JobQueue& queue, FileIntake& intake, QObject* parent)
     : QObject(parent), m_queue(queue), m_intake(intake) {
@@ -20,20 +24,21 @@ Removals::~Removals() {
 }
 
 void Removals::remove(const QList<ConversionJob*>& jobs) {
-    std::vector<std::pair<qsizetype, ConversionJob*>> rows;
-    for (ConversionJob* job : jobs) {
-        if (const qsizetype row = m_queue.indexOf(job); row >= 0) rows.emplace_back(row, job);
+    const QSet<ConversionJob*> chosen(jobs.cbegin(), jobs.cend());
+    QList<qsizetype> rows;
+    Entry entry;
+    for (qsizetype row = 0; row < m_queue.count(); ++row) {
+        ConversionJob* job = m_queue.job(row);
+        if (!chosen.contains(job)) continue;
+        rows.append(row);
+        if (job->state() == JobState::Converting) entry.interrupted.append(job);
     }
     if (rows.empty()) return;
-    std::ranges::sort(rows);
-    Entry entry;
-    // From the end, so that the rows of the others stay.
-    for (const auto& [row, job] : rows | std::views::reverse) {
-        const bool wasConverting = job->state() == JobState::Converting;
+    for (const auto& job : std::as_const(entry.interrupted))
         job->pause();
-        entry.jobs.push_back({m_queue.takeJob(row), row, wasConverting});
-        job->disconnect();
-    }
+    entry.jobs = m_queue.takeJobs(rows);
+    for (const JobQueue::Placed& removed : entry.jobs)
+        removed.job->disconnect();
     add(std::move(entry));
     m_queue.startNextJobInQueue();
 }
@@ -62,35 +67,61 @@ QString Removals::text() const {
 
 void Removals::undo() {
     if (m_entries.empty()) return;
-    Entry entry = std::move(m_entries.back());
+    completeUndo();
+    m_returning = std::move(m_entries.back());
     m_entries.pop_back();
     m_entries.empty() ? m_timer.stop() : m_timer.start();
-    QList<ConversionJob*> interrupted;
-    for (Removed& removed : entry.jobs | std::views::reverse) {
-        if (removed.wasConverting) interrupted.append(removed.job.get());
-        putBack(std::move(removed));
-    }
-    for (ConversionJob* job : interrupted) {
-        const bool isFree = m_queue.jobCountWithState(JobState::Converting) < JobQueue::conversionLimit();
-        if (isFree && !m_queue.isPaused()) job->continueJob();
-    }
-    if (!entry.movies.files.isEmpty()) m_intake.openFiles(entry.movies.files, entry.movies.folders);
+    putBack(kStep);
     Q_EMIT changed();
-    if (!entry.jobs.empty()) m_queue.startNextJobInQueue();
 }
 
-void Removals::putBack(Removed removed) {
-    ConversionJob& job = *removed.job;
-    // Another job may have got the name meanwhile; that of a paused job is its own file.
-    const QString destination = job.queuedDestination();
-    if (job.state() == JobState::Queued && m_queue.willWrite(destination))
-        job.setDestination(m_queue.uniqueDestination(destination));
-    m_queue.insertJob(std::move(removed.job), std::min(removed.row, m_queue.count()));
+void Removals::completeUndo() {
+    putBack(QDeadlineTimer::Forever);
+}
+
+void Removals::putBack(QDeadlineTimer deadline) {
+    if (!m_returning) return;
+    constexpr std::ptrdiff_t kAtOnce = 100;
+    std::vector<JobQueue::Placed>& jobs = m_returning->jobs;
+    auto next = jobs.begin();
+    while (next != jobs.end() && !deadline.hasExpired()) {
+        const auto end = next + std::min(kAtOnce, jobs.end() - next);
+        m_queue.insertJobs({std::move_iterator(next), std::move_iterator(end)});
+        next = end;
+    }
+    jobs.erase(jobs.begin(), next);
+    if (!jobs.empty()) {
+        QTimer::singleShot(0, this, [this] { putBack(kStep); });
+        return;
+    }
+    const Entry entry = *std::exchange(m_returning, std::nullopt);
+    for (const auto& job : entry.interrupted) {
+        const bool isFree = m_queue.jobCountWithState(JobState::Converting) < JobQueue::conversionLimit();
+        if (job && m_queue.indexOf(job) >= 0 && isFree && !m_queue.isPaused()) job->continueJob();
+    }
+    if (entry.movies.files.isEmpty()) {
+        m_queue.startNextJobInQueue();
+    } else {
+        m_intake.openFiles(entry.movies.files, entry.movies.folders);
+    }
 }
 
 void Removals::settle() {
     m_timer.stop();
     if (m_entries.empty()) return;
-    m_entries.clear();  // A job ends its tool and deletes its incomplete output.
+    for (Entry& entry : std::exchange(m_entries, {})) {
+        for (JobQueue::Placed& removed : entry.jobs)
+            m_settled.push_back(std::move(removed.job));
+        // These end their tools and delete their incomplete outputs, which must not wait.
+        std::erase_if(m_settled, [](const auto& job) { return job->state() == JobState::Paused; });
+    }
+    deleteSettled();
     Q_EMIT changed();
+}
+
+void Removals::deleteSettled() {
+    const QDeadlineTimer deadline(kStep);
+    while (!m_settled.empty() && !deadline.hasExpired())
+        m_settled.pop_back();
+    if (!m_settled.empty()) QTimer::singleShot(0, this, &Removals::deleteSettled);
 }

@@ -1,17 +1,18 @@
 #pragma once
 
 #include "app/intake/FileIntake.h"
+#include "app/queue/JobQueue.h"
 
+#include <QDeadlineTimer>
 #include <QList>
 #include <QObject>
+#include <QPointer>
 #include <QString>
 #include <QTimer>
 
 #include <memory>
+#include <optional>
 #include <vector>
-
-class ConversionJob;
-class JobQueue;
 
 /// Removes what the user no longer wants, but only for good when there was time to take it back: until then a
 /// running job is paused outside the queue, with its incomplete output. Main thread only.
@@ -35,8 +36,11 @@ public:
     bool isOffered() const { return !m_entries.empty(); }
     /// What undo() would take back, for the user; empty: nothing.
     QString text() const;
-    /// Takes the last removal back: jobs return to their places, and go on if the queue does.
+    /// Takes the last removal back: jobs return to their places, and go on if the queue does. Many return in
+    /// several steps of the event loop.
     void undo();
+    /// The jobs of the last undo() that are not back yet return now.
+    void completeUndo();
     /// Removes all for good.
     void settle();
 
@@ -47,21 +51,20 @@ Q_SIGNALS:
     void changed();
 
 private:
-    struct Removed {
-        std::unique_ptr<ConversionJob> job;
-        qsizetype row = 0;  ///< When those above it are back.
-        bool wasConverting = false;
-    };
     struct Entry {
-        std::vector<Removed> jobs;
+        std::vector<JobQueue::Placed> jobs;          ///< From the top.
+        QList<QPointer<ConversionJob>> interrupted;  ///< Those that were converting.
         FileIntake::Unconfirmed movies;
     };
 
     void add(Entry entry);
-    void putBack(Removed removed);
+    void putBack(QDeadlineTimer deadline);
+    void deleteSettled();
 
     JobQueue& m_queue;
     FileIntake& m_intake;
     std::vector<Entry> m_entries;
+    std::optional<Entry> m_returning;                       ///< What undo() has not put back yet.
+    std::vector<std::unique_ptr<ConversionJob>> m_settled;  ///< Removed for good, to be deleted.
     QTimer m_timer;
 };

@@ -18,23 +18,23 @@ QString withNote(const QString& text, const QString& between, const ConversionJo
 }  // namespace
 
 JobListModel::JobListModel(JobQueue& queue, QObject* parent) : QAbstractListModel(parent), m_queue(queue) {
-    connect(&queue, &JobQueue::jobAboutToBeAdded, this,
-            [this](qsizetype row) { beginInsertRows({}, static_cast<int>(row), static_cast<int>(row)); });
-    connect(&queue, &JobQueue::jobAdded, this, [this](const ConversionJob* job) {
-        endInsertRows();
-        connect(job, &ConversionJob::progressed, this, [this, job] { onProgressed(job); });
+    connect(&queue, &JobQueue::jobsAboutToBeAdded, this, [this](qsizetype first, qsizetype count) {
+        beginInsertRows({}, static_cast<int>(first), static_cast<int>(first + count - 1));
     });
-    connect(&queue, &JobQueue::jobAboutToBeRemoved, this, [this](qsizetype row) {
-        m_running.remove(m_queue.job(row));
-        beginRemoveRows({}, static_cast<int>(row), static_cast<int>(row));
+    connect(&queue, &JobQueue::jobsAdded, this, [this] { endInsertRows(); });
+    connect(&queue, &JobQueue::jobsAboutToBeRemoved, this, [this](qsizetype first, qsizetype count) {
+        for (qsizetype row = first; row < first + count; ++row)
+            m_running.remove(m_queue.job(row));
+        beginRemoveRows({}, static_cast<int>(first), static_cast<int>(first + count - 1));
     });
-    connect(&queue, &JobQueue::jobRemoved, this, [this] {
+    connect(&queue, &JobQueue::jobsRemoved, this, [this] {
         endRemoveRows();
         Q_EMIT runningChanged();
     });
     connect(&queue, &JobQueue::jobsAboutToBeMoved, this,
             [this] { Q_EMIT layoutAboutToBeChanged({}, VerticalSortHint); });
     connect(&queue, &JobQueue::jobsMoved, this, &JobListModel::onMoved);
+    connect(&queue, &JobQueue::jobProgressed, this, &JobListModel::onProgressed);
     connect(&queue, &JobQueue::jobStateChanged, this,
             [this](ConversionJob* job, JobState, JobState now) { onStateChanged(job, now); });
     connect(&settings::Changes::shared(), &settings::Changes::changed, this, &JobListModel::onSettingChanged);

@@ -85,6 +85,34 @@ private Q_SLOTS:
         QCOMPARE(app.outputOf(1), app.path("b-0.mp4"));
     }
 
+    void manyReturnInSteps() {
+        Queue app;
+        const auto jobs = [&app] {
+            QList<ConversionJob*> list;
+            for (qsizetype row = 0; row < app.queue().count(); ++row)
+                list.append(app.queue().job(row));
+            return list;
+        };
+        for (int i = 0; i < 3000; ++i) {
+            MKVFileInfo info;
+            info.destinationURL = QUrl::fromLocalFile(app.path(QString::number(i)));
+            auto job = std::make_unique<ConversionJob>(app.queue(), std::move(info), 0);
+            app.queue().insertJob(std::move(job), app.queue().count());
+        }
+        const QList<ConversionJob*> before = jobs();
+        QList<ConversionJob*> removed = before;
+        removed.removeIf([&](ConversionJob* job) { return before.indexOf(job) % 5 == 0; });
+        app.queue().removeJobs(removed);
+        QCOMPARE(app.queue().count(), 601);
+        app.removals().undo();
+        QTRY_COMPARE(app.queue().count(), before.size());
+        QCOMPARE(jobs(), before);
+        app.queue().removeJobs(removed);
+        app.removals().undo();
+        app.removals().completeUndo();
+        QCOMPARE(jobs(), before);
+    }
+
     void cleanUpAndCancelAll() {
         Queue app;
         app.finish(3);
