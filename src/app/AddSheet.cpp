@@ -25,6 +25,7 @@ AddSheet::AddSheet(FileIntake& intake, JobQueue& queue, Removals& removals, Dest
     connect(&intake, &FileIntake::scanningEnded, this, &AddSheet::changed);
     connect(&intake, &FileIntake::fileAccepted, this, &AddSheet::showAccepted);
     connect(&intake, &FileIntake::filesWaitingChanged, this, &AddSheet::changed);
+    connect(&intake, &FileIntake::batchEnded, this, &AddSheet::changed);
     connect(&intake, &FileIntake::becameIdle, this, [this] {
         m_path.clear();
         hide();
@@ -144,7 +145,8 @@ QString AddSheet::notice() const {
 }
 
 QString AddSheet::droppedFolder() const {
-    return m_path.isEmpty() ? QString() : m_intake.drops().folderOf(m_path);
+    return m_path.isEmpty() || !m_confirmation.mayKeepFolders() ? QString()
+                                                                : m_intake.drops().folderOf(m_path);
 }
 
 bool AddSheet::keepsFolders() const {

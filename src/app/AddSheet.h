@@ -58,7 +58,8 @@ public:
     /// What the user should know before: the movie is in the queue already, or its output exists. Empty:
     /// nothing.
     QString notice() const;
-    /// The movie's folder relative to where the added folder is; empty: the movie was added by itself.
+    /// The movie's folder relative to where the added folder is; empty: the movie was added by itself, or the
+    /// selected destination has no folders below it.
     QString droppedFolder() const;
     /// Whether outputs get these folders, too, below the destination.
     bool keepsFolders() const;

@@ -63,15 +63,18 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
       m_watchFolder(panels) {
     // The last file may have been skipped while added jobs waited for it.
     connect(&m_intake, &FileIntake::becameIdle, &m_queue, &JobQueue::startPostponed);
-    connect(&m_queue, &JobQueue::jobAdded, this, [](ConversionJob* job) { jobmessages::follow(*job); });
+    connect(&m_queue, &JobQueue::jobEnded, this,
+            [](const ConversionJob* job) { jobmessages::showEnding(*job); });
     m_queue.setUsageCounter(
         [this](bool increase, bool allowFeedbackNow) { increaseUsages(*this, increase, allowFeedbackNow); });
     connect(&m_failureActions, &FailureActions::preferenceRequested, this, &AppDelegate::preferenceRequested);
     connect(&m_jobCommands, &JobCommands::message, this, &AppDelegate::statusMessage);
     connect(&m_addSheet, &AddSheet::message, this, &AppDelegate::statusMessage);
     connect(&m_destinations, &Destinations::message, this, &AppDelegate::statusMessage);
-    connect(&m_queue, &JobQueue::quitRequested, this, [this] {
-        if (!m_lastQueue.isReturning() && !m_endAction.deferQuit()) terminate(true);
+    connect(&m_queue, &JobQueue::quitRequested, this, &AppDelegate::quitWhenDone);
+    connect(&m_intake, &FileIntake::batchEnded, this, [this] {
+        if (std::exchange(m_quitIsDue, false) && m_queue.isIdle() && m_intake.importFiles().isEmpty())
+            quitWhenDone();
     });
     connectEndAction();
     // A window that is not painted yet may get movies, too, as from the watch folder.
@@ -105,6 +108,13 @@ void AppDelegate::connectEndAction() {
     connect(&m_intake, &FileIntake::scanningStarted, &m_endAction, &EndAction::reconsider);
     connect(&m_intake, &FileIntake::becameIdle, &m_endAction, &EndAction::reconsider);
     connect(&m_lastQueue, &LastQueue::changed, &m_endAction, &EndAction::reconsider);
+}
+
+/// The queue is done, as far as it knows: movies of a batch may still be probed.
+void AppDelegate::quitWhenDone() {
+    m_quitIsDue = m_intake.isBatch();
+    if (m_quitIsDue || m_lastQueue.isReturning() || m_endAction.deferQuit()) return;
+    terminate(true);
 }
 
 bool AppDelegate::isMoreComing() const {

@@ -122,6 +122,7 @@ private:
     void openStore();
     void connectEndAction();
     bool isMoreComing() const;
+    void quitWhenDone();
     void handOver(const QString& newPath, Block launch);
 
     FilePanels& m_panels;
@@ -142,6 +143,7 @@ private:
     std::unique_ptr<PXAppMovedHandler> m_moveObservation;
     Block m_successor;            ///< Starts the next instance; null: none is to be started.
     QStringList m_searchedPaths;  ///< Added paths whose folders are still being searched.
+    bool m_quitIsDue = false;     ///< As soon as the batch has ended.
     bool m_storeIsOpen = false;
     QString m_refusal;  ///< Why the last drop was refused; empty: it was accepted.
     QString m_version;

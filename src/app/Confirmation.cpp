@@ -61,6 +61,11 @@ bool Confirmation::isStillCurrent(const QString& path) const {
     return m_intake.fileInfo() && source() == path;
 }
 
+bool Confirmation::mayKeepFolders() const {
+    const bool isOneOfMany = m_all || !m_intake.importFiles().isEmpty();
+    return selectedKind() == Kind::Folder || (selectedKind() == Kind::Ask && isOneOfMany);
+}
+
 QString Confirmation::expectedOutput() const {
     if (!m_intake.fileInfo()) return {};
     switch (selectedKind()) {
@@ -175,7 +180,7 @@ void Confirmation::whenSourceFolderIsOpen(const std::function<void()>& then) {
 }
 
 std::optional<Confirmation::Target> Confirmation::openTarget(QString& problem) const {
-    if (m_all && !m_all->folder.isEmpty()) return Target{m_all->folder + subfolder(), {}};
+    if (m_all && !m_all->folder.isEmpty()) return Target{m_all->folder, {}};
     if (selectedKind() == Kind::NextToSource) {
         const auto folder = m_destinations.openedFolderFor(besideSource());
         if (!folder) {
@@ -197,7 +202,7 @@ std::optional<Confirmation::Target> Confirmation::openTarget(QString& problem) c
         return std::nullopt;
     }
     const QString folder = m_destinations.openFolder(selectedFolder());
-    return Target{folder + subfolder(), folder};
+    return Target{folder, folder};
 }
 
 void Confirmation::addToTarget() {
@@ -207,17 +212,21 @@ void Confirmation::addToTarget() {
         refuse(problem);
         return;
     }
-    const QString wanted = target->folder + u'/' + QFileInfo(besideSource()).fileName();
-    if (!QDir().mkpath(target->folder)) {
+    const QString below = mayKeepFolders() ? subfolder() : QString();
+    // A folder that is gone is not made again: its volume may be away.
+    if (!below.isEmpty() && (!QFileInfo(target->folder).isDir() || !QDir().mkpath(target->folder + below))) {
         if (!target->openedFolder.isEmpty()) folderaccess::stopAccessing(target->openedFolder);
         refuse(text::localized(JobQueue::kNotWriteable));
         return;
     }
-    if (m_all && QFileInfo::exists(wanted)) {
+    const QString wanted = target->folder + below + u'/' + QFileInfo(besideSource()).fileName();
+    if (m_all && QFileInfo::exists(wanted) && !m_all->wanted.contains(wanted) &&
+        !outputname::isSameFile(wanted, source())) {
         m_intake.addToBatchMessages(verdicts::toolProblem(
             Texts::tr("The folder already had an output of “%1”: the new one has another name.")
                 .arg(m_intake.fileInfo()->fileName)));
     }
+    if (m_all) m_all->wanted.insert(wanted);
     addJob(m_queue.uniqueDestination(wanted), target->openedFolder, false);
 }
 
@@ -232,12 +241,23 @@ void Confirmation::addJob(const QString& output, const QString& openedFolder, bo
     job->setDestination(output);
     job->presetSpeedInfo();
     job->setMayReplaceDestination(mayReplace);
-    const ConversionJob* above = nullptr;
+    const ConversionJob* above = lastOfAll();
+    // Before it is added: then the next movie may come at once.
     if (m_all) {
-        above = std::exchange(m_all->last, job.get());
+        m_all->jobs.append(job.get());
         m_all->sources.insert(source());
     }
-    if (!m_queue.addJob(std::move(job), above)) refuse(text::localized(JobQueue::kNotWriteable));
+    if (m_queue.addJob(std::move(job), above)) return;
+    if (m_all) m_all->sources.remove(source());
+    refuse(text::localized(JobQueue::kNotWriteable));
+}
+
+/// The last job of addAll() that is still queued; null: none.
+const ConversionJob* Confirmation::lastOfAll() {
+    if (!m_all) return nullptr;
+    while (!m_all->jobs.isEmpty() && m_queue.indexOf(m_all->jobs.last()) < 0)
+        m_all->jobs.removeLast();
+    return m_all->jobs.isEmpty() ? nullptr : m_all->jobs.last();
 }
 
 /// The movie is not queued.

@@ -2,6 +2,7 @@
 
 #include "app/destinations/DestinationPopUp.h"
 
+#include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QSet>
@@ -39,6 +40,8 @@ public:
     /// called gets the track that was chosen then.
     void addNext(qsizetype audioTrack);
 
+    /// Whether the current movie's folder of its drop is kept below the destination, if the setting says so.
+    bool mayKeepFolders() const;
     /// Where the current movie would be written if that name were free; empty: the user will be asked.
     QString expectedOutput() const;
 
@@ -51,11 +54,12 @@ private:
         QString folder;  ///< Chosen for all; empty: the pop-up says where.
         QString firstMovie;
         qsizetype firstAudioTrack = 0;
-        QPointer<const ConversionJob> last;
+        QList<QPointer<const ConversionJob>> jobs;
         QSet<QString> sources;  ///< Of the jobs in the queue.
+        QSet<QString> wanted;   ///< The names that its outputs should have had.
     };
     struct Target {
-        QString folder;
+        QString folder;        ///< Exists, or cannot be used.
         QString openedFolder;  ///< Access to it is released with the job; empty: none.
     };
 
@@ -70,6 +74,7 @@ private:
     void beginAll(const QString& folder, qsizetype audioTrack);
     std::optional<Target> openTarget(QString& problem) const;
     void addToTarget();
+    const ConversionJob* lastOfAll();
     void addJob(const QString& output, const QString& openedFolder, bool mayReplace);
     void refuse(const QString& reason);
 

@@ -45,7 +45,8 @@ ConvertCommand::ConvertCommand(const ConvertOptions& options, ConsolePresenter& 
         endIfDone();
     });
     // First, so that messages are reported before the end of the job.
-    connect(&m_queue, &JobQueue::jobAdded, this, [](ConversionJob* job) { jobmessages::follow(*job); });
+    connect(&m_queue, &JobQueue::jobEnded, this,
+            [](const ConversionJob* job) { jobmessages::showEnding(*job); });
     connect(&m_queue, &JobQueue::jobAdded, this, &ConvertCommand::watch);
     connect(&ToolReaper::shared(), &ToolReaper::becameIdle, this, &ConvertCommand::endIfDone);
 }

@@ -28,8 +28,8 @@ class ConversionJob : public QObject {
     Q_OBJECT
 
 public:
-    /// `controller` must outlive the job. Without a destination in `info`, setDestination() has to follow. The
-    /// access to its securityURL, if any, is released with the job.
+    /// `controller` must outlive the job. Without a destination in `info`, setDestination() has to follow.
+    /// The access to its securityURL, if any, is released with the job.
     ConversionJob(JobController& controller, MKVFileInfo info, qsizetype audioTrackIndex,
                   QObject* parent = nullptr);
     /// Ends the tool. An incomplete output is deleted.

@@ -69,7 +69,8 @@ struct Stage {
 
     void make(const MKVFileInfo& info) {
         job = std::make_unique<ConversionJob>(controller, info, 0);
-        jobmessages::follow(*job);
+        QObject::connect(job.get(), &ConversionJob::ended, job.get(),
+                         [job = job.get()] { jobmessages::showEnding(*job); });
     }
     bool run() {
         job->start();

@@ -89,7 +89,7 @@ JobCommands::Jobs JobCommands::stillQueued(const Jobs& jobs) const {
     return collections::filtered(jobs, [&](const auto& job) { return queued.contains(job); });
 }
 
-/// A start may let events in, which may remove jobs.
+/// A job may remove itself, and others with it.
 void JobCommands::forEach(const QList<ConversionJob*>& jobs,
                           const std::function<void(ConversionJob&)>& action) {
     const Jobs alive(jobs.cbegin(), jobs.cend());
@@ -100,7 +100,8 @@ void JobCommands::forEach(const QList<ConversionJob*>& jobs,
 
 void JobCommands::perform(Command command, const Jobs& jobs) {
     const QList<ConversionJob*> chosen = fitting(command, stillQueued(jobs));
-    if (command == Command::StartNow && jobs.size() > kMostAtOnce && chosen.isEmpty())
+    const bool waits = std::ranges::any_of(jobs, [&](const auto& job) { return job && fits(command, *job); });
+    if (command == Command::StartNow && waits && chosen.isEmpty())
         Q_EMIT message(Texts::tr("No more than %1 movies can be started at once.").arg(kMostAtOnce));
     if (chosen.isEmpty()) return;
     switch (command) {

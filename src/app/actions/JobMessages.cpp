@@ -64,12 +64,10 @@ void notifyUser(const MKVFileInfo& info, const RunEnding& ending) {
 
 }  // namespace
 
-void follow(ConversionJob& job) {
-    QObject::connect(&job, &ConversionJob::ended, &job, [&job] {
-        const RunEnding ending = job.ending().value_or(RunEnding());
-        showUrgent(job, ending);
-        if (ending.wasAttempted()) notifyUser(job.fileInfo(), ending);
-    });
+void showEnding(const ConversionJob& job) {
+    const RunEnding ending = job.ending().value_or(RunEnding());
+    showUrgent(job, ending);
+    if (ending.wasAttempted()) notifyUser(job.fileInfo(), ending);
 }
 
 void notifyOfEnd(const QueueOutcome::Sum& sum) {

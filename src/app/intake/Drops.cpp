@@ -7,8 +7,8 @@ int Drops::add(const QStringList& files, const QStringList& folders) {
     QStringList cleaned;
     for (const QString& folder : folders)
         cleaned.append(QDir::cleanPath(folder));
-    m_folders.append(cleaned);
-    const int number = static_cast<int>(m_folders.size());
+    const int number = ++m_lastNumber;
+    m_folders.insert(number, cleaned);
     for (const QString& file : files)
         m_numbers.insert(file, number);
     return number;
@@ -30,7 +30,7 @@ QString Drops::folderOf(const QString& file) const {
     const int number = numberOf(file);
     if (number == 0) return {};
     const QString cleaned = QDir::cleanPath(file);
-    for (const QString& folder : m_folders[number - 1]) {
+    for (const QString& folder : m_folders.value(number)) {
         const QString inside = folder.endsWith(u'/') ? folder : folder + u'/';
         if (cleaned.startsWith(inside))
             return QDir(QFileInfo(folder).path()).relativeFilePath(QFileInfo(cleaned).path());

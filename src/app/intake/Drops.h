@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QHash>
-#include <QList>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -22,6 +22,7 @@ public:
     QString folderOf(const QString& file) const;
 
 private:
-    QList<QStringList> m_folders;  ///< Of each drop.
+    QMap<int, QStringList> m_folders;  ///< Of each drop.
+    int m_lastNumber = 0;              ///< Numbers are not used again.
     QHash<QString, int> m_numbers;
 };

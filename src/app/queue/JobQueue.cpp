@@ -98,9 +98,11 @@ void JobQueue::follow(ConversionJob* added) {
         Q_EMIT titleChanged();
     });
     connect(added, &ConversionJob::progressed, this, [this, added] { Q_EMIT jobProgressed(added); });
+    connect(added, &ConversionJob::ended, this, [this, added] { Q_EMIT jobEnded(added); });
     connect(added, &ConversionJob::quitRequested, this, &JobQueue::quitRequested);
     added->setDestinationIsTaken([this](const QString& path) { return isDestinationTaken(path); });
     countState(added->state(), +1);
+    noteDamage(added);
 }
 
 void JobQueue::place(std::vector<Placed> jobs) {

@@ -32,7 +32,8 @@ public:
     /// and starts the probe of the next waiting file. Returns false if the destination cannot be written: the
     /// job is then deleted, the file remains the current one, and the caller has to inform the user. The cost
     /// does not depend on the length of the queue.
-    /// With `above`, a job at the top follows that job instead, if it is still queued.
+    /// With `above`, a job at the top follows that job instead, if it is still queued; that one is looked for
+    /// from the top.
     [[nodiscard]] bool addJob(std::unique_ptr<ConversionJob> job, const ConversionJob* above = nullptr);
 
     /// Queues a job of an earlier session at `index`, in the state that it has, and starts nothing. Its
@@ -131,6 +132,8 @@ Q_SIGNALS:
     void jobStateChanged(ConversionJob* job, JobState before, JobState now);
     /// The percentage of the job was updated.
     void jobProgressed(ConversionJob* job);
+    /// The job is finished or failed; its ending() is set.
+    void jobEnded(ConversionJob* job);
     void pausedChanged(bool paused);
     /// The result of windowTitle() may have changed.
     void titleChanged();

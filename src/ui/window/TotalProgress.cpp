@@ -9,12 +9,16 @@
 #include <cmath>
 
 TotalProgress::TotalProgress(const QueueProgress& progress, QWidget* parent)
-    : QWidget(parent), m_progress(progress), m_bar(new QProgressBar(this)), m_label(new QLabel(this)) {
+    : QWidget(parent),
+      m_progress(progress),
+      m_content(new QWidget(this)),
+      m_bar(new QProgressBar(m_content)),
+      m_label(new QLabel(m_content)) {
     constexpr int kMargin = 16;
     constexpr int kGap = 8;
     constexpr QSize kBar(120, 8);
     constexpr int kSteps = 1000;
-    setObjectName(QStringLiteral("totalProgress"));
+    m_content->setObjectName(QStringLiteral("totalProgress"));
     m_bar->setObjectName(QStringLiteral("totalBar"));
     m_bar->setRange(0, kSteps);
     m_bar->setTextVisible(false);
@@ -24,7 +28,10 @@ TotalProgress::TotalProgress(const QueueProgress& progress, QWidget* parent)
     QFont bold = font();
     bold.setWeight(QFont::DemiBold);
     m_label->setFont(bold);
-    auto* layout = new QHBoxLayout(this);
+    auto* outer = new QHBoxLayout(this);
+    outer->setContentsMargins(0, 0, 0, 0);
+    outer->addWidget(m_content);
+    auto* layout = new QHBoxLayout(m_content);
     layout->setContentsMargins(kMargin, 0, kGap, 0);
     layout->setSpacing(kGap);
     layout->addWidget(m_bar, 0, Qt::AlignVCenter);
@@ -35,7 +42,7 @@ TotalProgress::TotalProgress(const QueueProgress& progress, QWidget* parent)
 
 void TotalProgress::refresh() {
     const QString text = m_progress.text();
-    setVisible(!text.isEmpty());
+    m_content->setVisible(!text.isEmpty());
     if (text.isEmpty()) return;
     m_label->setText(text);
     m_bar->setValue(static_cast<int>(std::lround(m_progress.fraction().value_or(0) * m_bar->maximum())));

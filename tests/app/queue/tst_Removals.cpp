@@ -1,4 +1,5 @@
 #include "app/queue/Removals.h"
+#include "fakes/InstantProof.h"
 #include "fakes/LaunchedApplication.h"
 
 namespace {
@@ -47,7 +48,6 @@ private Q_SLOTS:
         QCOMPARE(app.names(), "abc");
         QCOMPARE(running->state(), JobState::Paused);  // Another one runs now.
         app.finish(3);
-        QVERIFY(QFile::exists(app.path("a.mp4")));
         QCOMPARE(app.desktop.notifications.size(), 3);
         QVERIFY(!app.delegate.progress().fraction());
     }
@@ -115,7 +115,11 @@ private Q_SLOTS:
 
     void cleanUpAndCancelAll() {
         Queue app;
+        Receipt damaged;
+        damaged.verdict = ProofVerdict::Damaged;
+        proveWith(*app.queue().job(1), damaged);
         app.finish(3);
+        QCOMPARE(app.queue().damagedCount(), 1);
         app.queue().cleanClicked();
         QCOMPARE(app.queue().count(), 0);
         app.write("in/1.mkv");
@@ -131,11 +135,12 @@ private Q_SLOTS:
         QCOMPARE(app.sheet().path(), app.path("in/2.mkv"));
         QVERIFY(app.delegate.intake().fileInfo()->subtitleFileURL);
         QCOMPARE(app.sheet().waitingCount(), 1);
-        QCOMPARE(app.sheet().droppedFolder(), "in");
+        QCOMPARE(app.delegate.intake().drops().folderOf(app.path("in/1.mkv")), "in");
         QCOMPARE(app.removals().text(), "Removed 3 movie(s) from the list");
         app.removals().undo();
         QCOMPARE(app.names(), "abc");
         QCOMPARE(app.queue().jobCountWithState(JobState::Finished), 3);
+        QCOMPARE(app.queue().damagedCount(), 1);
     }
 };
 
