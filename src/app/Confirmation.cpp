@@ -118,7 +118,7 @@ void Confirmation::addAll(qsizetype audioTrack) {
 }
 
 void Confirmation::beginAll(const QString& folder, qsizetype audioTrack) {
-    All& all = m_all.emplace();
+    All all;
     all.folder = folder;
     all.firstMovie = source();
     all.firstAudioTrack = audioTrack;
@@ -126,6 +126,7 @@ void Confirmation::beginAll(const QString& folder, qsizetype audioTrack) {
         const ConversionJob* job = m_queue.job(i);
         if (statusNotFinished(job->state())) all.sources.insert(job->fileInfo().fileURL.toLocalFile());
     }
+    m_all = std::move(all);
     m_intake.beginBatch();
 }
 

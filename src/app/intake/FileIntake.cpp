@@ -158,7 +158,9 @@ void FileIntake::beginBatch() {
     m_importFiles.append(m_fileInfo->fileURL.toLocalFile());
     m_heldInfo = std::exchange(m_fileInfo, std::nullopt);
     sortForTaking(m_importFiles);
-    m_batch.emplace().waiting = m_importFiles.size();
+    Batch batch;
+    batch.waiting = m_importFiles.size();
+    m_batch = std::move(batch);
     addNextFile();
 }
 
