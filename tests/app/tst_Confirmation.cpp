@@ -132,7 +132,7 @@ private Q_SLOTS:
         LaunchedApplication app;
         app.putOutputsNextToSource();
         app.queue().pauseContinueClicked(true);
-        app.tool.setProbe(QByteArray("case $2 in *b*) wait_until false;; esac\n") + kReport);
+        app.tool.setProbe(QByteArray("case ${2##*/} in *b*) wait_until false;; esac\n") + kReport);
         QVERIFY(app.open({"b.mkv", "c.mkv", "d.mkv", "a.mkv"}));
         app.sheet().addAll();
         QTRY_COMPARE(app.sheet().path(), app.path("b.mkv"));
@@ -193,7 +193,7 @@ private Q_SLOTS:
         app.putOutputsNextToSource();
         setDefaultInt(kQuitAfterConversionKey, 1);
         QSignalSpy terminating(&app.delegate, &AppDelegate::terminating);
-        app.tool.setProbe("case $2 in *b*) wait_until \"[ -e '" + app.path("go on").toUtf8() +
+        app.tool.setProbe("case ${2##*/} in *b*) wait_until \"[ -e '" + app.path("go on").toUtf8() +
                           "' ]\";; esac\n" + kReport);
         QVERIFY(app.open({"b.mkv", "a.mkv"}));
         app.sheet().addAll();

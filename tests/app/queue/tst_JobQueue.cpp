@@ -225,14 +225,14 @@ private Q_SLOTS:
             receipt.verdict = ProofVerdict::Damaged;
             if (job->fileInfo().fileName == "damaged.mkv") proveWith(*job, receipt);
         });
-        connect(
-            &stage.queue, &JobQueue::jobStateChanged, &stage.queue,
-            [&](ConversionJob* job, JobState, JobState now) {
+        connect(&stage.queue, &JobQueue::jobStateChanged, [](ConversionJob* job, JobState, JobState now) {
+            const auto act = [job, now] {
                 const QString name = job->fileInfo().fileName;
                 if (name == "again.mkv" && now == JobState::Failed) job->queueAgain();
                 if (name == "stop.mkv") job->remove();
-            },
-            Qt::QueuedConnection);
+            };
+            QMetaObject::invokeMethod(job, act, Qt::QueuedConnection);  // Not if it was deleted meanwhile.
+        });
         const QueueOutcome outcome(stage.queue);
         QStringList sums;
         connect(&outcome, &QueueOutcome::summedUp, [&](const QueueOutcome::Sum& sum) {
