@@ -166,7 +166,7 @@ void JobQueue::startPostponed() {
 
 void JobQueue::startNextJobInQueue() {
     const qint64 limit = conversionLimit();
-    if (m_paused || m_isRemoving) return;
+    if (m_paused) return;
     m_startIsDue = false;
     // Starting a job may change the list: look jobs up by position each time.
     for (qsizetype i = 0; i < count(); ++i) {
@@ -208,12 +208,22 @@ void JobQueue::removeJobs(const QList<ConversionJob*>& jobs) {
         m_removal(jobs);
         return;
     }
-    m_isRemoving = true;
-    for (ConversionJob* job : jobs) {
-        if (indexOf(job) >= 0) job->remove();
+    const QSet<ConversionJob*> chosen(jobs.cbegin(), jobs.cend());
+    QList<qsizetype> rows;
+    for (qsizetype row = 0; row < count(); ++row) {
+        if (chosen.contains(job(row))) rows.append(row);
     }
-    m_isRemoving = false;
-    startNextJobInQueue();
+    endJobs(rows);
+}
+
+void JobQueue::endJobs(const QList<qsizetype>& rows) {
+    std::vector<Placed> taken = takeJobs(rows);
+    for (Placed& each : taken) {
+        // One of them may be the caller.
+        ConversionJob* job = each.job.release();
+        job->remove();
+        job->deleteLater();
+    }
 }
 
 QList<qsizetype> JobQueue::queuedRows() const {
@@ -278,13 +288,7 @@ void JobQueue::removeAll() {
     m_paused = true;  // Prevents that another job starts.
     QList<qsizetype> rows(count());
     std::iota(rows.begin(), rows.end(), 0);
-    std::vector<Placed> all = takeJobs(rows);
-    for (Placed& each : all) {
-        // One of them may be the caller.
-        ConversionJob* job = each.job.release();
-        job->remove();
-        job->deleteLater();
-    }
+    endJobs(rows);
 }
 
 QString JobQueue::windowTitle() const {

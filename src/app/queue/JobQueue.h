@@ -141,6 +141,7 @@ Q_SIGNALS:
 
 private:
     void place(std::vector<Placed> jobs);
+    void endJobs(const QList<qsizetype>& rows);
     void follow(ConversionJob* job);
     QList<qsizetype> queuedRows() const;
     void reorder(const QList<qsizetype>& rows);
@@ -157,7 +158,6 @@ private:
     QSet<const ConversionJob*> m_damaged;
     bool m_startIsDue = false;  ///< A job was added while files waited.
     bool m_paused = false;
-    bool m_isRemoving = false;  ///< Several jobs.
     std::function<void(bool, bool)> m_usageCounter;
     std::function<void(const QList<ConversionJob*>&)> m_removal;
 };
