@@ -14,7 +14,7 @@ class SettingsTableTest : public QObject {
 private Q_SLOTS:
     void registeredDefaults() {
         const TestHome home;
-        QCOMPARE(std::ranges::count_if(settings::all(), &settings::Row::isRegistered), 43);
+        QCOMPARE(std::ranges::count_if(settings::all(), &settings::Row::isRegistered), 46);
         QString numbers;
         for (const char* key :
              {"ConversionPreset", "AACBitrate", "AudioVolume", "FixSubtitleDuration",
