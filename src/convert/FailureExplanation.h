@@ -21,10 +21,13 @@ struct Facts {
 
 struct Explanation {
     QString title;
+    QString reason;  ///< In a few words, without a full stop; may be empty.
     QString message;
     QList<FailureAction> actions;  ///< What may help; the most helpful first.
     QString preference;            ///< The key of the setting for ShowPreference.
 
+    /// In one line.
+    QString inShort() const { return reason.isEmpty() ? message.section(u'\n', 0, 0) : reason; }
     /// The reason is unknown: the user may send the details to support.
     bool offersSupport() const { return actions.contains(FailureAction::SendToSupport); }
 };

@@ -46,8 +46,9 @@ public:
     jobrow::Layout layoutOf(int row) const {
         QStyleOptionViewItem option;
         option.initFrom(&list());
-        option.rect = list().visualRect(list().model()->index(row, 0));
-        return JobDelegate::layoutOf(option);
+        const QModelIndex index = list().model()->index(row, 0);
+        option.rect = list().visualRect(index);
+        return JobDelegate::layoutOf(option, index);
     }
     QPoint centreOf(int row, jobrow::Button button) const { return layoutOf(row).rectOf(button).center(); }
     void click(int row, jobrow::Button button, Qt::KeyboardModifiers modifiers = {}) const {

@@ -8,6 +8,8 @@
 #include "support/base/Format.h"
 #include "support/base/Texts.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QLocale>
 
 namespace {
@@ -35,6 +37,25 @@ QStringList fileLines(const MKVFileInfo& info) {
     return lines << Texts::tr("To: %1").arg(info.destinationURL.toLocalFile());
 }
 
+/// "1.4 GiB in Movies"
+QString outputText(const ConversionJob& job, const std::optional<Receipt>& receipt) {
+    const QString folder = QFileInfo(job.fileInfo().destinationURL.toLocalFile()).dir().dirName();
+    if (!receipt || receipt->outputBytes <= 0) return Texts::tr("in %1").arg(folder);
+    return Texts::tr("%1 in %2").arg(QLocale().formattedDataSize(receipt->outputBytes, 1), folder);
+}
+
+/// Damage comes first, as there may not be room for everything.
+JobNote finishedNote(const ConversionJob& job) {
+    const auto receipt = job.receipt();
+    JobNote note;
+    note.parts = {{outputText(job, receipt)}, {plantext::contents(job.plan())}};
+    if (!receipt) return note;
+    note.verdict = verdictOf(*receipt);
+    const JobNote::Part verdict{receipttext::summary(*receipt), true};
+    note.verdict == JobNote::Verdict::Damaged ? note.parts.prepend(verdict) : note.parts.append(verdict);
+    return note;
+}
+
 QStringList receiptLines(const Receipt& receipt) {
     return QStringList(receipttext::summary(receipt)) + receipttext::details(receipt);
 }
@@ -42,7 +63,10 @@ QStringList receiptLines(const Receipt& receipt) {
 }  // namespace
 
 QString JobNote::text() const {
-    return verdictText.isEmpty() || plan.isEmpty() ? verdictText + plan : verdictText + separator() + plan;
+    QStringList texts;
+    for (const Part& part : parts)
+        texts.append(part.text);
+    return texts.join(separator());
 }
 
 QString jobStatus(const ConversionJob& job) {
@@ -56,17 +80,14 @@ JobNote jobNote(const ConversionJob& job) {
     JobNote note;
     switch (job.state()) {
         case JobState::Finished:
-            if (const auto receipt = job.receipt()) {
-                note.verdict = verdictOf(*receipt);
-                note.verdictText = receipttext::summary(*receipt);
-            }
-            [[fallthrough]];
+            note = finishedNote(job);
+            break;
         case JobState::Queued:
-            note.plan = plantext::summary(job.plan());
+            note.parts = {{plantext::summary(job.plan())}};
             break;
         case JobState::Failed:
             note.verdict = JobNote::Verdict::Failed;
-            note.verdictText = job.explanation().message.section(u'\n', 0, 0);
+            note.parts = {{job.explanation().inShort(), true}};
             break;
         case JobState::Converting:
         case JobState::Paused:

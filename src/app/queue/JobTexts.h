@@ -15,8 +15,8 @@ class ConversionJob;
 /// The status text, or that the job makes no progress. Main thread only.
 QString jobStatus(const ConversionJob& job);
 
-/// What there is to say about a job beside its status, in one line: the plan while it waits, the receipt when
-/// it is finished, the reason when it failed.
+/// What there is to say about a job beside its status, in one line: the plan while it waits, the output and
+/// the receipt when it is finished, the reason when it failed.
 struct JobNote {
     enum class Verdict {
         None,  ///< There is no receipt.
@@ -25,13 +25,17 @@ struct JobNote {
         Unknown,
         Failed
     };
+    struct Part {
+        QString text;
+        bool isVerdict = false;  ///< The receipt in short, or why the job failed.
+        bool operator==(const Part&) const = default;
+    };
     Verdict verdict = Verdict::None;
-    QString verdictText;  ///< The receipt in short, or why the job failed; empty without a verdict.
-    QString plan;         ///< What the output holds, in short; may be empty.
+    QList<Part> parts;  ///< The most important one first.
 
-    /// Verdict and plan in one line; may be empty.
+    /// The parts in one line; may be empty.
     QString text() const;
-    /// Between the two.
+    /// Between two parts.
     static QString separator() { return QStringLiteral(" · "); }
     bool operator==(const JobNote&) const = default;
 };

@@ -103,7 +103,7 @@ LastQueue::Found LastQueue::find(const QString& source, const std::atomic<bool>*
     if (found.info) return found;
     const Verdict why =
         probe.verdicts.empty() ? verdicts::notAMovie(QFileInfo(source).fileName()) : probe.verdicts.back();
-    found.reason = {Texts::tr("Conversion Failed"), why.message, {FailureAction::TryAgain}, {}};
+    found.reason = {Texts::tr("Conversion Failed"), {}, why.message, {FailureAction::TryAgain}, {}};
     return found;
 }
 
@@ -141,6 +141,7 @@ void LastQueue::bringBack(quint64 id, const StoredJob& stored, const Found& foun
         job->restoreFailure({found.reason, {}, {}});
     } else if (!job->destinationIsWriteable()) {
         job->restoreFailure({{Texts::tr("Conversion Failed"),
+                              {},
                               text::localized(JobQueue::kNotWriteable),
                               {FailureAction::ChooseAnotherFolder, FailureAction::TryAgain},
                               {}},

@@ -100,6 +100,7 @@ QJsonObject toJson(const PastFailure& failure) {
         actions.append(wordOf(action));
     QJsonObject json{
         {"title", failure.explanation.title}, {"message", failure.explanation.message}, {"actions", actions}};
+    insert(json, "reason", failure.explanation.reason);
     insert(json, "preference", failure.explanation.preference);
     if (!failure.arguments.isEmpty()) json["arguments"] = QJsonArray::fromStringList(failure.arguments);
     insert(json, "output", failure.output);
@@ -109,6 +110,7 @@ QJsonObject toJson(const PastFailure& failure) {
 PastFailure pastFailure(const QJsonObject& json) {
     PastFailure failure;
     failure.explanation.title = json["title"].toString();
+    failure.explanation.reason = json["reason"].toString();
     failure.explanation.message = json["message"].toString();
     failure.explanation.preference = json["preference"].toString();
     const QJsonArray words = json["actions"].toArray();

@@ -176,6 +176,25 @@ QString summary(const ConversionPlan& plan) {
     return parts.join(separator());
 }
 
+QString contents(const ConversionPlan& plan) {
+    QStringList parts;
+    int subtitles = 0;
+    for (const PlannedTrack* track : plan.outputs()) {
+        if (track->kind == Kind::Subtitle) {
+            ++subtitles;
+        } else if (track->kind == Kind::Video) {
+            parts += codecAndFormat(*track);
+        } else if (track->action == Action::Copied) {
+            parts += name(*track);
+        } else {
+            parts +=
+                joined({streamtext::languageName(track->language), streamtext::target(track->audio->method)});
+        }
+    }
+    if (subtitles > 0) parts += Texts::tr("%n subtitle(s)", nullptr, subtitles);
+    return parts.join(separator());
+}
+
 QStringList lines(const ConversionPlan& plan) {
     QStringList result;
     for (const PlannedTrack& track : plan.tracks)

@@ -15,6 +15,9 @@ QString sentence(const ConversionPlan& plan);
 /// What the output will hold: "H.264 copied, AC3 5.1 to AAC stereo, 2 subtitles".
 QString summary(const ConversionPlan& plan);
 
+/// What the output of a finished conversion holds: "H.264, English AAC stereo, 2 subtitles".
+QString contents(const ConversionPlan& plan);
+
 /// What is left out: "German, Director's commentary, 2 picture subtitles"; empty: nothing.
 QString leftOut(const ConversionPlan& plan);
 

@@ -54,6 +54,10 @@ QColor hairline(const QPalette& palette) {
     return towardsText(palette, 0.10F);
 }
 
+QColor placeholder(const QPalette& palette) {
+    return towardsText(palette, 0.08F);
+}
+
 QColor hoveredRow(const QPalette& palette) {
     return towardsText(palette, 0.05F);
 }

@@ -28,6 +28,8 @@ QColor track(const QPalette& palette);
 /// The progress bar of a paused or finished job.
 QColor restingBar(const QPalette& palette);
 QColor hairline(const QPalette& palette);
+/// Where a picture will be.
+QColor placeholder(const QPalette& palette);
 QColor hoveredRow(const QPalette& palette);
 QColor selectedRow(const QPalette& palette);
 QColor hotButton(const QPalette& palette);

@@ -6,13 +6,11 @@
 #include "support/base/Format.h"
 #include "ui/look/Colors.h"
 #include "ui/look/Motion.h"
-#include "ui/window/PlanStrip.h"
 #include "ui_AddSheetView.h"
 
 #include <QFileInfo>
 #include <QKeyEvent>
 #include <QPainter>
-#include <QVBoxLayout>
 #include <QVariantAnimation>
 
 #include <utility>
@@ -22,17 +20,8 @@ AddSheetView::AddSheetView(QWidget* parent)
       m_ui(std::make_unique<Ui::AddSheetView>()),
       m_content(new QWidget(this)),
       m_animation(new QVariantAnimation(this)) {
-    m_form = new QWidget(m_content);
-    m_ui->setupUi(m_form);
-    m_strip = new PlanStrip(m_content);
-    auto* layout = new QVBoxLayout(m_content);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
-    layout->addWidget(m_form, 1);
-    layout->addWidget(m_strip);
-    QFont bold = font();
-    bold.setWeight(QFont::DemiBold);
-    m_ui->nameLabel->setFont(bold);
+    m_ui->setupUi(m_content);
+    setUpFonts();
     m_ui->noticeLabel->setTone(colors::Tone::Warning);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     setFocusPolicy(Qt::StrongFocus);  // Keeps keys from the list while a movie is probed.
@@ -43,6 +32,24 @@ AddSheetView::AddSheetView(QWidget* parent)
 }
 
 AddSheetView::~AddSheetView() = default;
+
+void AddSheetView::setUpFonts() {
+    constexpr double kLarger = 1.25;
+    QFont large = font();
+    large.setWeight(QFont::DemiBold);
+    if (large.pointSizeF() > 0) large.setPointSizeF(large.pointSizeF() * kLarger);
+    m_ui->nameLabel->setFont(large);
+    m_ui->informationLabel->setTone(colors::Tone::Secondary);
+    QPalette secondary = palette();
+    secondary.setColor(QPalette::WindowText, colors::secondaryText(palette()));
+    m_ui->waitingLabel->setPalette(secondary);
+}
+
+void AddSheetView::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    const bool isLook = event->type() == QEvent::FontChange || event->type() == QEvent::PaletteChange;
+    if (isLook) setUpFonts();
+}
 
 void AddSheetView::setSheet(AddSheet* sheet, Destinations* destinations) {
     m_sheet = sheet;
@@ -57,7 +64,7 @@ void AddSheetView::setSheet(AddSheet* sheet, Destinations* destinations) {
     connect(m_ui->keepFoldersBox, &QCheckBox::clicked, sheet, &AddSheet::setKeepsFolders);
     connect(m_ui->cancelButton, &QPushButton::clicked, sheet, &AddSheet::cancelAdd);
     connect(m_ui->cancelAllButton, &QToolButton::clicked, sheet, &AddSheet::cancelAll);
-    connect(m_strip, &PlanStrip::subtitleFileRemoved, this, &AddSheetView::removeSubtitleFile);
+    connect(m_ui->planStrip, &PlanStrip::subtitleFileRemoved, this, &AddSheetView::removeSubtitleFile);
     connect(sheet, &AddSheet::changed, this, &AddSheetView::refresh);
     connect(sheet, &AddSheet::planChanged, this, &AddSheetView::refreshPlan);
     connect(sheet, &AddSheet::planChanged, this, &AddSheetView::refreshNotice);
@@ -107,7 +114,7 @@ void AddSheetView::refreshAudio() {
 
 void AddSheetView::refreshPlan() {
     // The last plan slides away with its sheet.
-    if (m_sheet->isShown()) m_strip->setPlan(m_sheet->plan());
+    if (m_sheet->isShown()) m_ui->planStrip->setPlan(m_sheet->plan());
 }
 
 void AddSheetView::refreshNotice() {
@@ -130,8 +137,8 @@ void AddSheetView::removeSubtitleFile() {
 }
 
 int AddSheetView::wholeHeight() const {
-    return qMax(static_cast<int>(AddSheet::kShown), m_form->minimumSizeHint().height()) +
-           m_strip->minimumSizeHint().height();
+    return qMax(static_cast<int>(AddSheet::kShown) + m_ui->planStrip->minimumSizeHint().height(),
+                m_content->minimumSizeHint().height());
 }
 
 void AddSheetView::slide(bool shown) {

@@ -6,14 +6,13 @@
 
 class AddSheet;
 class Destinations;
-class PlanStrip;
 class QVariantAnimation;
 
 namespace Ui {
 class AddSheetView;
 }
 
-/// The view of the add sheet, and below it the plan of its movie; they slide down at the top of the window.
+/// The view of the add sheet: the movie, its plan, and the choices. Slides down at the top of the window.
 /// Main thread only.
 class AddSheetView : public QWidget {
     Q_OBJECT
@@ -34,11 +33,13 @@ Q_SIGNALS:
     void focusReleased();
 
 protected:
+    void changeEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void setUpFonts();
     void refresh();
     void refreshAudio();
     void refreshPlan();
@@ -52,8 +53,6 @@ private:
 
     std::unique_ptr<Ui::AddSheetView> m_ui;
     QWidget* m_content = nullptr;  ///< Keeps its height while the sheet slides.
-    QWidget* m_form = nullptr;
-    PlanStrip* m_strip = nullptr;
     AddSheet* m_sheet = nullptr;
     QVariantAnimation* m_animation = nullptr;
     int m_height = 0;

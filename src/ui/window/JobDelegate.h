@@ -8,8 +8,8 @@
 
 #include <optional>
 
-/// Paints a job's row: icon and text of its state, name, status, progress bar or its note, and the buttons if
-/// the row is hovered or the current one. Main thread only.
+/// Paints a job's row: its picture with the sign of its state, name, status, progress bar or note, and its
+/// buttons. Main thread only.
 class JobDelegate : public QStyledItemDelegate {
     Q_OBJECT
 
@@ -20,20 +20,29 @@ public:
                const QModelIndex& index) const override;
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
-    /// The layout of a row that is painted with `option`.
-    static jobrow::Layout layoutOf(const QStyleOptionViewItem& option);
-    /// In one or two words, for tool tips and menus.
+    /// The layout of the row when it is painted with `option`.
+    static jobrow::Layout layoutOf(const QStyleOptionViewItem& option, const QModelIndex& index);
+    /// What is painted of the note: a click on it shows the details. Null: there is none.
+    static QRect noteOf(const QStyleOptionViewItem& option, const QModelIndex& index);
+    /// In a few words, for tool tips and menus.
     static QString titleOf(jobrow::Button button, JobState state);
     static QString iconOf(jobrow::Button button, JobState state);
 
-    /// The button under the pointer, or the pressed one; invalid index: none.
-    void setHot(const QModelIndex& index, std::optional<jobrow::Button> button, bool isPressed);
+    /// What is under the pointer, or pressed.
+    struct Hot {
+        QPersistentModelIndex index;  ///< Invalid: nothing.
+        std::optional<jobrow::Button> button;
+        bool isNote = false;
+        bool isPressed = false;
+    };
+    void setHot(const Hot& hot) { m_hot = hot; }
 
 private:
-    void paintButtons(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index,
-                      const jobrow::Layout& layout) const;
+    struct Row;
+    static void paintPicture(const Row& row);
+    void paintText(const Row& row) const;
+    void paintNote(const Row& row, const QRect& rect) const;
+    void paintButtons(const Row& row) const;
 
-    QPersistentModelIndex m_hotIndex;
-    std::optional<jobrow::Button> m_hotButton;
-    bool m_isPressed = false;
+    Hot m_hot;
 };

@@ -20,7 +20,8 @@ public:
         StateRole,               ///< JobState as an integer.
         ProgressRole,            ///< Percent.
         StatusRole,              ///< The status in one line.
-        NoteRole                 ///< JobNote
+        NoteRole,                ///< JobNote
+        PosterRole               ///< QPixmap; null: none yet.
     };
 
     /// `queue` must outlive the model.

@@ -21,6 +21,7 @@
 #include <QToolTip>
 
 #include <algorithm>
+#include <utility>
 
 using jobrow::Button;
 using Command = JobCommands::Command;
@@ -70,8 +71,10 @@ void JobListView::choose(const QModelIndex& index) {
         index, isSelected ? QItemSelectionModel::NoUpdate : QItemSelectionModel::ClearAndSelect);
 }
 
-void JobListView::press(ConversionJob& job, Button button, bool shiftIsHeld) {
-    const JobCommands::Jobs one{&job};
+void JobListView::press(const QModelIndex& index, Button button, bool shiftIsHeld) {
+    ConversionJob* job = m_jobs->job(index);
+    if (!job) return;
+    const JobCommands::Jobs one{job};
     switch (button) {
         case Button::PauseContinue:
             m_commands->perform(JobCommands::pauseOrContinue(one), one);
@@ -79,9 +82,19 @@ void JobListView::press(ConversionJob& job, Button button, bool shiftIsHeld) {
         case Button::Remove:
             m_commands->perform(Command::Remove, one);
             return;
-        case Button::Reveal: {
-            const bool isOriginal = shiftIsHeld && job.state() != JobState::Failed;
-            m_commands->perform(isOriginal ? Command::ShowOriginal : Command::Show, one);
+        case Button::Reveal:
+            m_commands->perform(shiftIsHeld ? Command::ShowOriginal : Command::Show, one);
+            return;
+        case Button::Explain:
+            m_commands->perform(Command::Show, one);
+            return;
+        case Button::TryAgain:
+            m_commands->perform(Command::TryAgain, one);
+            return;
+        case Button::More: {
+            const QRect place = JobDelegate::layoutOf(optionOf(index), index).rectOf(button);
+            selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+            showMenu(viewport()->mapToGlobal(place.bottomLeft()));
             return;
         }
     }
@@ -116,16 +129,27 @@ void JobListView::fillMenu(QMenu& menu) {
                   [this](ConversionJob* job) { Q_EMIT detailsRequested(job); });
 }
 
-std::optional<Button> JobListView::buttonAt(QPoint position, const QModelIndex& index) const {
-    if (!index.isValid()) return std::nullopt;
+QStyleOptionViewItem JobListView::optionOf(const QModelIndex& index) const {
     QStyleOptionViewItem option;
     initViewItemOption(&option);
     option.rect = visualRect(index);
-    return JobDelegate::layoutOf(option).buttonAt(position);
+    return option;
 }
 
-void JobListView::setHot(const QModelIndex& index, std::optional<Button> button, bool isPressed) {
-    m_delegate->setHot(index, button, isPressed);
+std::optional<Button> JobListView::buttonAt(QPoint position, const QModelIndex& index) const {
+    if (!index.isValid()) return std::nullopt;
+    return JobDelegate::layoutOf(optionOf(index), index).buttonAt(position);
+}
+
+bool JobListView::isNoteAt(QPoint position, const QModelIndex& index) const {
+    return index.isValid() && JobDelegate::noteOf(optionOf(index), index).contains(position);
+}
+
+void JobListView::refreshHot(QPoint position, bool isPressed) {
+    const QModelIndex index = indexAt(position);
+    const bool isNote = isNoteAt(position, index);
+    m_delegate->setHot({index, buttonAt(position, index), isNote, isPressed});
+    isNote ? viewport()->setCursor(Qt::PointingHandCursor) : viewport()->unsetCursor();
     if (index.isValid()) update(index);
 }
 
@@ -136,12 +160,14 @@ void JobListView::mousePressEvent(QMouseEvent* event) {
     m_pressedJob = m_jobs->job(index);
     m_pressedButton = isLeft ? buttonAt(position, index) : std::nullopt;
     m_dragStart.reset();
+    m_notePress.reset();
     if (m_pressedButton) {
         m_pressedIndex = index;
         choose(index);
-        setHot(index, m_pressedButton, true);
+        refreshHot(position, true);
         return;
     }
+    if (isLeft && event->modifiers() == Qt::NoModifier && isNoteAt(position, index)) m_notePress = position;
     // With a modifier, on other rows and below the rows a drag selects.
     const bool isMovable = m_pressedJob && (m_pressedJob->state() == JobState::Queued ||
                                             m_pressedJob->state() == JobState::Finished);
@@ -151,28 +177,30 @@ void JobListView::mousePressEvent(QMouseEvent* event) {
 
 void JobListView::mouseReleaseEvent(QMouseEvent* event) {
     m_dragStart.reset();
+    const QPoint position = event->position().toPoint();
     if (event->button() != Qt::LeftButton || !m_pressedButton) {
         if (state() == DragSelectingState) m_follower->noteScrolled();  // At an edge it scrolls.
         QListView::mouseReleaseEvent(event);
+        const auto press = std::exchange(m_notePress, std::nullopt);
+        const bool isClick =
+            press && (position - *press).manhattanLength() < QApplication::startDragDistance();
+        if (isClick && m_pressedJob && currentJob() == m_pressedJob) showDetails();
         return;
     }
-    const QModelIndex index = indexAt(event->position().toPoint());
-    const auto button = buttonAt(event->position().toPoint(), index);
+    const QModelIndex index = indexAt(position);
+    const auto button = buttonAt(position, index);
     const bool isClick = index.isValid() && m_pressedIndex == index && m_pressedButton == button;
     m_pressedButton.reset();
     m_pressedIndex = QModelIndex();
-    setHot(index, button, false);
-    if (!isClick) return;
-    if (ConversionJob* job = m_jobs->job(index))
-        press(*job, *button, event->modifiers().testFlag(Qt::ShiftModifier));
+    refreshHot(position, false);
+    if (isClick) press(index, *button, event->modifiers().testFlag(Qt::ShiftModifier));
 }
 
 void JobListView::mouseMoveEvent(QMouseEvent* event) {
     const QPoint position = event->position().toPoint();
     if (!event->buttons().testFlag(Qt::LeftButton)) {
-        const QModelIndex index = indexAt(position);
         QListView::mouseMoveEvent(event);
-        setHot(index, buttonAt(position, index), false);
+        refreshHot(position, false);
     } else if (m_dragStart) {
         if ((position - *m_dragStart).manhattanLength() >= QApplication::startDragDistance()) dragSelected();
     } else if (!m_pressedButton) {
@@ -199,7 +227,7 @@ void JobListView::mouseDoubleClickEvent(QMouseEvent* event) {
 
 void JobListView::leaveEvent(QEvent* event) {
     QListView::leaveEvent(event);
-    setHot({}, std::nullopt, false);
+    m_delegate->setHot({});
     viewport()->update();
 }
 
@@ -261,9 +289,13 @@ void JobListView::contextMenuEvent(QContextMenuEvent* event) {
     }
     if (!byKey || !selectionModel()->hasSelection()) choose(index);
     if (byKey) scrollTo(index);
+    showMenu(byKey ? viewport()->mapToGlobal(visualRect(index).center()) : event->globalPos());
+}
+
+void JobListView::showMenu(QPoint globalPosition) {
     QMenu menu(this);
     fillMenu(menu);
-    menu.exec(byKey ? viewport()->mapToGlobal(visualRect(index).center()) : event->globalPos());
+    menu.exec(globalPosition);
 }
 
 void JobListView::dragSelected() {
@@ -392,7 +424,7 @@ bool JobListView::showToolTip(QPoint position, QPoint globalPosition) {
     const QModelIndex index = indexAt(position);
     const auto button = buttonAt(position, index);
     const ConversionJob* job = m_jobs ? m_jobs->job(index) : nullptr;
-    if (!button || !job || !jobrow::isEnabled(*button, job->state())) return false;
+    if (!button || !job || !jobrow::textOf(*button).isEmpty()) return false;
     QToolTip::showText(globalPosition, JobDelegate::titleOf(*button, job->state()), viewport());
     return true;
 }

@@ -53,14 +53,17 @@ private:
     ConversionJob* currentJob() const;
     JobCommands::Jobs selectedJobs() const;
     void choose(const QModelIndex& index);
+    QStyleOptionViewItem optionOf(const QModelIndex& index) const;
     std::optional<jobrow::Button> buttonAt(QPoint position, const QModelIndex& index) const;
-    void setHot(const QModelIndex& index, std::optional<jobrow::Button> button, bool isPressed);
+    bool isNoteAt(QPoint position, const QModelIndex& index) const;
+    void refreshHot(QPoint position, bool isPressed);
     bool showToolTip(QPoint position, QPoint globalPosition);
     void perform(JobCommands::Command command);
     bool performKey(const QKeyEvent& event);
     void open(bool shiftIsHeld);
     void showDetails();
-    void press(ConversionJob& job, jobrow::Button button, bool shiftIsHeld);
+    void press(const QModelIndex& index, jobrow::Button button, bool shiftIsHeld);
+    void showMenu(QPoint globalPosition);
     void onRowsRemoved();
     void dragSelected();
     int dropRowAt(QPoint position) const;
@@ -75,6 +78,8 @@ private:
     /// The job of the last press, for the second press of a double click and for a drag.
     QPointer<ConversionJob> m_pressedJob;
     std::optional<QPoint> m_dragStart;  ///< A press that becomes a drag when the pointer moves.
+    std::optional<QPoint>
+        m_notePress;              ///< A press on a row's note, which shows the details if it is a click.
     int m_dropRow = -1;           ///< The row in front of which dragged ones would be dropped; -1: none.
     bool m_hadSelection = false;  ///< Before the removal of rows.
 };

@@ -17,14 +17,14 @@ using Command = JobCommands::Command;
 using jobrow::Button;
 
 /// Of a command that is a row's button, too.
-std::optional<Button> buttonOf(Command command) {
+std::optional<Button> buttonOf(Command command, JobState state) {
     switch (command) {
         case Command::Pause:
         case Command::Continue:
         case Command::StartNow:
             return Button::PauseContinue;
         case Command::Show:
-            return Button::Reveal;
+            return state == JobState::Failed ? Button::Explain : Button::Reveal;
         case Command::Remove:
             return Button::Remove;
         default:
@@ -33,7 +33,7 @@ std::optional<Button> buttonOf(Command command) {
 }
 
 QString titleForOne(Command command, JobState state) {
-    if (const auto button = buttonOf(command)) return JobDelegate::titleOf(*button, state);
+    if (const auto button = buttonOf(command, state)) return JobDelegate::titleOf(*button, state);
     switch (command) {
         case Command::StartNext:
             return Texts::tr("Start Next");
@@ -96,7 +96,7 @@ void fill(QMenu& menu, JobCommands& commands, const JobCommands::Jobs& jobs, Con
         const QString title = count > 1 ? titleForMany(command, count) : titleForOne(command, state);
         QAction* action = menu.addAction(withKey(title, key));
         action->setEnabled(count > 0);
-        if (const auto button = buttonOf(command))
+        if (const auto button = buttonOf(command, state))
             action->setIcon(symbolicIcon(JobDelegate::iconOf(*button, state)));
         QObject::connect(action, &QAction::triggered, &commands,
                          [&commands, command, jobs] { commands.perform(command, jobs); });

@@ -2,39 +2,60 @@
 
 #include "convert/JobState.h"
 
+#include <QFont>
 #include <QFontMetrics>
+#include <QList>
 #include <QRect>
+#include <QString>
 
-#include <array>
 #include <optional>
 
-/// The layout of a job's row, and its buttons. No painting here. Main thread only.
+/// The layout of a job's row, its fonts and its buttons. No painting here. Main thread only.
 namespace jobrow {
 
-enum class Button { PauseContinue, Remove, Reveal };
-inline constexpr std::array kButtons = {Button::PauseContinue, Button::Remove, Button::Reveal};
+enum class Button { PauseContinue, Remove, Reveal, More, TryAgain, Explain };
 
-/// 72 device-independent pixels, more if the font needs it.
-int height(const QFontMetrics& metrics);
+/// Those that a row in this state has, in their order.
+QList<Button> buttonsOf(JobState state);
+/// Its words, for buttons with text instead of an icon; empty: it has an icon.
+QString textOf(Button button);
 
-struct Layout {
-    QRect icon;
-    QRect name;
-    QRect status;
-    QRect note;                                  ///< The third line.
-    QRect bar;                                   ///< In its place for a job that is under way.
-    std::array<QRect, kButtons.size()> buttons;  ///< In the order of kButtons.
+/// Of the name and of everything else, made from the list's font.
+QFont nameFont(const QFont& font);
+QFont textFont(const QFont& font);
 
-    std::optional<Button> buttonAt(QPoint position) const;
-    QRect rectOf(Button button) const { return buttons[static_cast<size_t>(button)]; }
+/// 72 device-independent pixels, more if the font of the list needs it.
+int height(const QFont& font);
+
+/// What a layout depends on.
+struct Look {
+    QFont font;
+    JobState state = JobState::Queued;
+    bool hasPoster = false;  ///< There is room for a picture, whether it is there yet or not.
+    Qt::LayoutDirection direction = Qt::LeftToRight;
 };
 
-/// The text never covers the place of the buttons, even while they are hidden, so that nothing moves on
-/// hover.
-Layout layout(const QRect& row, const QFontMetrics& nameMetrics, const QFontMetrics& statusMetrics,
-              Qt::LayoutDirection direction);
+struct PlacedButton {
+    Button button;
+    QRect rect;
+};
 
-/// Whether the button can be used for a job in this state.
-bool isEnabled(Button button, JobState state);
+struct Layout {
+    QRect poster;  ///< 16 : 9; null if there is no room for a picture.
+    QRect badge;   ///< The state on the poster's corner.
+    QRect icon;    ///< The state where there is no picture.
+    QRect name;
+    QRect status;
+    QRect note;     ///< The third line.
+    QRect bar;      ///< In its place for a job that is under way, and
+    QRect percent;  ///< its number.
+    QList<PlacedButton> buttons;
+
+    std::optional<Button> buttonAt(QPoint position) const;
+    /// Null: the row has no such button.
+    QRect rectOf(Button button) const;
+};
+
+Layout layout(const QRect& row, const Look& look);
 
 }  // namespace jobrow

@@ -16,7 +16,6 @@ using colors::Tone;
 
 namespace {
 
-constexpr int kMargin = 16;
 constexpr int kGap = 8;
 constexpr int kSmallGap = 4;
 
@@ -60,7 +59,7 @@ PlanStrip::PlanStrip(QWidget* parent) : QWidget(parent) {
     setAccessibleName(tr("What becomes of the movie"));
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     auto* grid = new QGridLayout(this);
-    grid->setContentsMargins(kMargin, kGap + 1, kMargin, kGap + 1);
+    grid->setContentsMargins(0, kGap, 0, kGap);
     grid->setHorizontalSpacing(kGap);
     grid->setVerticalSpacing(kSmallGap);
     grid->setColumnStretch(2, 1);
@@ -157,9 +156,4 @@ void PlanStrip::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
     const bool isLook = event->type() == QEvent::FontChange || event->type() == QEvent::PaletteChange;
     if (isLook && m_why) setUpFonts();
-}
-
-void PlanStrip::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    painter.fillRect(QRect(0, 0, width(), 1), colors::hairline(palette()));
 }

@@ -28,7 +28,6 @@ Q_SIGNALS:
 
 protected:
     void changeEvent(QEvent* event) override;
-    void paintEvent(QPaintEvent* event) override;
 
 private:
     struct Line {

@@ -208,8 +208,6 @@ private Q_SLOTS:
         QCOMPARE(job->state(), JobState::Converting);
         app.click(0, Button::PauseContinue);
         QCOMPARE(job->state(), JobState::Paused);
-        app.click(0, Button::Reveal);  // Nothing to reveal yet.
-        QVERIFY(app.desktop.revealed.isEmpty());
         app.click(0, Button::PauseContinue);
         QCOMPARE(job->state(), JobState::Converting);
         app.finish(1);
@@ -218,12 +216,32 @@ private Q_SLOTS:
         QCOMPARE(app.desktop.revealed, QStringList({app.path("out/a.mkv.mp4"), app.path("a.mkv")}));
 
         // Pressed on the button, released elsewhere: no action.
-        QTest::mousePress(app.list().viewport(), Qt::LeftButton, {}, app.centreOf(0, Button::Remove));
-        QTest::mouseRelease(app.list().viewport(), Qt::LeftButton, {}, app.centreOf(0, Button::Reveal));
-        QCOMPARE(app.queue().count(), 1);
-        app.click(0, Button::Remove);
+        QTest::mousePress(app.list().viewport(), Qt::LeftButton, {}, app.centreOf(0, Button::Reveal));
+        QTest::mouseRelease(app.list().viewport(), Qt::LeftButton, {}, app.centreOf(0, Button::More));
+        QCOMPARE(app.desktop.revealed.size(), 2);
+        QTimer::singleShot(0, &app.list(), [] {
+            auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+            for (QAction* action : menu->actions()) {
+                if (action->text().startsWith("Remove")) action->trigger();
+            }
+            menu->close();
+        });
+        app.click(0, Button::More);
         QCOMPARE(app.queue().count(), 0);
         QVERIFY(QFile::exists(app.path("out/a.mkv.mp4")));
+    }
+
+    void aFailedRowOffersItsWaysOut() {
+        Queued app;
+        app.tool.setConversion("echo 'No space left on device' >&2\nexit 1\n");
+        const ConversionJob* job = app.add("a.mkv");
+        QTRY_COMPARE_WITH_TIMEOUT(job->state(), JobState::Failed, kPatience);
+        app.presenter.shown.clear();
+        app.click(0, Button::Explain);
+        QCOMPARE(app.presenter.shown.size(), 1);
+        app.tool.setConversion("echo movie > \"$destination\"\n");
+        app.click(0, Button::TryAgain);
+        QTRY_COMPARE_WITH_TIMEOUT(job->state(), JobState::Finished, kPatience);
     }
 
     void rowsByKeyboard() {
@@ -647,6 +665,22 @@ private Q_SLOTS:
         QVERIFY(text->toPlainText().contains("a.mkv"));
     }
 
+    void aClickOnWhatIsSaidOfARowShowsItsDetails() {
+        Queued app({"a.mkv", "b.mkv"});
+        const QPoint note = app.layoutOf(0).note.topLeft() + QPoint(10, 5);
+        const auto isShown = [&] {
+            const auto* details = app.window->findChild<QWidget*>("detailsWindow");
+            return details && details->isVisible();
+        };
+        QTest::mouseClick(app.list().viewport(), Qt::LeftButton, {}, app.nameOf(0));
+        QTest::mouseClick(app.list().viewport(), Qt::LeftButton, Qt::ControlModifier, note);
+        QTest::mousePress(app.list().viewport(), Qt::LeftButton, {}, note);
+        QTest::mouseRelease(app.list().viewport(), Qt::LeftButton, {}, note + QPoint(40, 0));
+        QVERIFY(!isShown());
+        QTest::mouseClick(app.list().viewport(), Qt::LeftButton, {}, note);
+        QVERIFY(isShown());
+    }
+
     void damageIsSeenInTheRow() {
         Queued app;
         Receipt receipt;
@@ -660,7 +694,7 @@ private Q_SLOTS:
         const QRgb amber = colors::text(app.list().palette(), colors::Tone::Warning).rgb();
         QSet<int> signs;
         for (int y = 0; y < rows.height(); ++y) {
-            for (int x = 0; x < rows.width() / 10; ++x) {
+            for (int x = 0; x < app.layoutOf(0).name.left(); ++x) {
                 if (rows.pixel(x, y) == amber) signs.insert(app.list().indexAt({x, y}).row());
             }
         }
@@ -802,19 +836,26 @@ private Q_SLOTS:
         const auto [width, direction, points] = row<int, Qt::LayoutDirection, int>();
         QFont font = QApplication::font();
         font.setPointSize(points);
-        const QFontMetrics metrics(font);
-        const QRect row(0, 144, width, jobrow::height(metrics));
+        const QRect row(0, 144, width, jobrow::height(font));
         QVERIFY(row.height() >= 72);
-        const jobrow::Layout layout = jobrow::layout(row, metrics, metrics, direction);
-        QList<QRect> parts{layout.icon, layout.name, layout.status, layout.bar};
-        parts.append(QList<QRect>(layout.buttons.begin(), layout.buttons.end()));
-        for (qsizetype i = 0; i < parts.size(); ++i) {
-            QVERIFY(row.contains(parts[i]));
-            for (qsizetype j = i + 1; j < parts.size(); ++j)
-                QVERIFY(!parts[i].intersects(parts[j]));
+        for (const auto state :
+             {JobState::Queued, JobState::Converting, JobState::Finished, JobState::Failed}) {
+            for (const bool hasPoster : {false, true}) {
+                const jobrow::Layout layout = jobrow::layout(
+                    row, {.font = font, .state = state, .hasPoster = hasPoster, .direction = direction});
+                QList<QRect> parts{hasPoster ? layout.poster : layout.icon, layout.name, layout.status,
+                                   layout.bar, layout.percent};
+                for (const auto& [button, rect] : layout.buttons)
+                    parts.append(rect);
+                for (qsizetype i = 0; i < parts.size(); ++i) {
+                    QVERIFY(parts[i].isEmpty() || row.contains(parts[i]));
+                    for (qsizetype j = i + 1; j < parts.size(); ++j)
+                        QVERIFY(!parts[i].intersects(parts[j]));
+                }
+                QVERIFY(row.contains(layout.badge) && !layout.badge.intersects(layout.name));
+                QCOMPARE(parts.first().x() < layout.buttons.last().rect.x(), direction == Qt::LeftToRight);
+            }
         }
-        QCOMPARE(layout.icon.x() < layout.name.x(), direction == Qt::LeftToRight);
-        QCOMPARE(layout.name.x() < layout.rectOf(jobrow::Button::Remove).x(), direction == Qt::LeftToRight);
     }
 
     void tickingDigitsPushNothingAside() {
@@ -870,21 +911,6 @@ private Q_SLOTS:
         QTRY_VERIFY(!next.lastQueue().isReturning());
         QCOMPARE(next.queue().count(), count);
         if (count > 0) QCOMPARE(next.queue().job(0)->fileInfo().fileName, "a.mkv");
-    }
-
-    void buttonsByState() {
-        const auto enabled = [](JobState state) {
-            QString letters;
-            for (const auto& [button, letter] :
-                 {std::pair(Button::PauseContinue, 'p'), {Button::Remove, 'r'}, {Button::Reveal, 'v'}})
-                if (jobrow::isEnabled(button, state)) letters += letter;
-            return letters;
-        };
-        QCOMPARE(enabled(JobState::Queued), "pr");
-        QCOMPARE(enabled(JobState::Converting), "prv");
-        QCOMPARE(enabled(JobState::Paused), "pr");
-        QCOMPARE(enabled(JobState::Finished), "rv");
-        QCOMPARE(enabled(JobState::Failed), "rv");
     }
 };
 
