@@ -6,6 +6,7 @@
 #include <QAbstractItemView>
 #include <QPainter>
 #include <QStyleOptionComboBox>
+#include <QStylePainter>
 #include <QStyledItemDelegate>
 
 namespace {
@@ -81,18 +82,20 @@ void AudioComboBox::showPopup() {
     QComboBox::showPopup();
 }
 
-void AudioComboBox::paintEvent(QPaintEvent* event) {
-    QComboBox::paintEvent(event);
-    const QString description = currentData(kDescriptionRole).toString();
-    if (description.isEmpty()) return;
+void AudioComboBox::paintEvent(QPaintEvent*) {
+    QStylePainter painter(this);
     QStyleOptionComboBox option;
     initStyleOption(&option);
     QRect rest = style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, this);
+    option.currentText = fontMetrics().elidedText(option.currentText, Qt::ElideRight, rest.width() - 2);
+    painter.drawComplexControl(QStyle::CC_ComboBox, option);
+    painter.drawControl(QStyle::CE_ComboBoxLabel, option);
+    const QString description = currentData(kDescriptionRole).toString();
+    if (description.isEmpty()) return;
     const int used = fontMetrics().horizontalAdvance(currentText()) + kGap;
     rest = QStyle::visualRect(layoutDirection(), rest, rest.adjusted(used, 0, -1, 0));
     // A few letters would say nothing.
     if (rest.width() < fontMetrics().averageCharWidth() * 6) return;
-    QPainter painter(this);
     painter.setLayoutDirection(layoutDirection());
     painter.setPen(isEnabled() ? colors::secondaryText(palette())
                                : palette().color(QPalette::Disabled, QPalette::ButtonText));

@@ -21,6 +21,7 @@ AddSheetView::AddSheetView(QWidget* parent)
       m_content(new QWidget(this)),
       m_animation(new QVariantAnimation(this)) {
     m_ui->setupUi(m_content);
+    m_content->installEventFilter(this);
     setUpFonts();
     m_ui->noticeLabel->setTone(colors::Tone::Warning);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
@@ -127,8 +128,6 @@ void AddSheetView::refreshNotice() {
     m_ui->keepFoldersBox->setChecked(m_sheet->keepsFolders());
     m_ui->keepFoldersBox->setVisible(!folder.isEmpty());
     m_ui->noticeLabel->setVisible(!notice.isEmpty());
-    const bool hasFinished = m_animation->state() == QAbstractAnimation::Stopped;
-    if (hasFinished && m_height != wholeHeight()) setSheetHeight(wholeHeight());
 }
 
 void AddSheetView::removeSubtitleFile() {
@@ -137,8 +136,7 @@ void AddSheetView::removeSubtitleFile() {
 }
 
 int AddSheetView::wholeHeight() const {
-    return qMax(static_cast<int>(AddSheet::kShown) + m_ui->planStrip->minimumSizeHint().height(),
-                m_content->minimumSizeHint().height());
+    return qMax(static_cast<int>(AddSheet::kShown), m_content->minimumSizeHint().height());
 }
 
 void AddSheetView::slide(bool shown) {
@@ -164,7 +162,13 @@ void AddSheetView::setSheetHeight(int height) {
     updateGeometry();
 }
 
+/// For the case that its lines have changed.
+void AddSheetView::fitContent() {
+    if (m_height > 0 && m_height != wholeHeight()) setSheetHeight(wholeHeight());
+}
+
 void AddSheetView::finishSliding() {
+    fitContent();
     if (m_height > 0) return;
     const bool hadFocus = hasFocusWithin();
     hide();
@@ -180,8 +184,20 @@ QSize AddSheetView::minimumSizeHint() const {
 }
 
 void AddSheetView::resizeEvent(QResizeEvent*) {
-    // The content slides down from behind the toolbar.
+    placeContent();
+}
+
+/// The content slides down from behind the toolbar.
+void AddSheetView::placeContent() {
     m_content->setGeometry(0, height() - wholeHeight(), width(), wholeHeight());
+}
+
+bool AddSheetView::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::LayoutRequest) {
+        if (m_animation->state() == QAbstractAnimation::Stopped) fitContent();
+        placeContent();
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void AddSheetView::keyPressEvent(QKeyEvent* event) {

@@ -34,6 +34,7 @@ Q_SIGNALS:
 
 protected:
     void changeEvent(QEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
@@ -47,6 +48,8 @@ private:
     void removeSubtitleFile();
     void slide(bool shown);
     void setSheetHeight(int height);
+    void placeContent();
+    void fitContent();
     void finishSliding();
     int wholeHeight() const;
     bool hasFocusWithin() const;
