@@ -174,7 +174,8 @@ void AppDelegate::applicationShouldHandleReopen() {
 bool AppDelegate::applicationShouldTerminate() {
     if (m_queue.jobCountWithState(JobState::Converting) == 0) return true;
     return alert_apptitled(Texts::tr("Conversion is in progresss. Are you sure you want to quit?"),
-                           Texts::tr("Quit"), Texts::tr("Cancel")) == kAlertFirstButton;
+                           Texts::tr("Quit"),
+                           AlertButton::cancellingByDefault(Texts::tr("Cancel"))) == kAlertFirstButton;
 }
 
 void AppDelegate::applicationWillTerminate() {

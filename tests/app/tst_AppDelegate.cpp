@@ -350,6 +350,8 @@ private Q_SLOTS:
         app.presenter.answer.response = kAlertSecondButton;
         app.delegate.terminate(true);
         QVERIFY(app.presenter.messages().last().startsWith("Conversion is in progresss. Are you sure"));
+        QCOMPARE(app.presenter.shown.last().buttons.front().title, "Quit");
+        QCOMPARE(app.presenter.shown.last().defaultResponse(), kAlertSecondButton);
         QCOMPARE(app.queue().count(), 1);
 
         app.presenter.answer.response = kAlertFirstButton;

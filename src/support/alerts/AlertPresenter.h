@@ -21,10 +21,17 @@ struct AlertButton {
         button.cancels = true;
         return button;
     }
+    /// The same, and the answer to Return: for questions whose first button ends or deletes something.
+    static AlertButton cancellingByDefault(QString buttonTitle) {
+        AlertButton button = cancelling(std::move(buttonTitle));
+        button.isDefault = true;
+        return button;
+    }
 
     QString title;
     QString keyEquivalent;
     bool cancels = false;
+    bool isDefault = false;
 };
 
 /// The control between an alert's message and its buttons. Alert::value is its initial value,
@@ -76,6 +83,12 @@ struct Alert {
         const auto position =
             saysSo == buttons.end() ? qMax<qsizetype>(std::ssize(buttons), 1) - 1 : saysSo - buttons.begin();
         return kAlertFirstButton + static_cast<long>(position);
+    }
+    /// The answer for Return: the button with `isDefault`, else the first.
+    long defaultResponse() const {
+        const auto saysSo = std::ranges::find(buttons, true, &AlertButton::isDefault);
+        return kAlertFirstButton +
+               (saysSo == buttons.end() ? 0 : static_cast<long>(saysSo - buttons.begin()));
     }
 };
 

@@ -115,7 +115,7 @@ void AlertDialog::addButtons(const Alert& alert) {
             button->setShortcut(keys);
             button->setToolTip(keys.toString(QKeySequence::NativeText));
         }
-        if (position == 0) {
+        if (kAlertFirstButton + position == alert.defaultResponse()) {
             button->setDefault(true);
             button->setFocus();
         }

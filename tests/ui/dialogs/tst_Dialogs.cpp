@@ -212,6 +212,16 @@ private Q_SLOTS:
         }
     }
 
+    void returnMayCancel() {
+        for (const auto& [response, act] : {std::pair(1001L, press(Qt::Key_Return)),
+                                            {1001L, press(Qt::Key_Enter)},
+                                            {1001L, press(Qt::Key_Escape)},
+                                            {1000L, pressButton("Quit")}}) {
+            onNextModal(act);
+            QCOMPARE(alert("Title", "Sure?", "Quit", AlertButton::cancellingByDefault("Cancel")), response);
+        }
+    }
+
     void overTheWindowThatAsked_data() { addRows<bool>({{"shown", true}, {"closed meanwhile", false}}); }
     /// While the panel closes in which something was chosen, no window is active, or another one.
     void overTheWindowThatAsked() {
