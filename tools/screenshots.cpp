@@ -381,7 +381,8 @@ void alerts() {
     presenter.setMainWindow(app.window.get());
     setAlertPresenter(&presenter);
     alertOf("alert-quit", [] {
-        alert_apptitled("Conversion is in progresss. Are you sure you want to quit?", "Quit", "Cancel");
+        alert_apptitled("Conversion is in progresss. Are you sure you want to quit?", "Quit",
+                        AlertButton::cancellingByDefault("Cancel"));
     });
     alertOf("alert-moved", [] {
         alert_apptitled(

@@ -1,12 +1,15 @@
 #include "ui/widgets/ElidedLabel.h"
 
+#include "ui/look/Accessibility.h"
 #include "ui/widgets/ToolTip.h"
 
 #include <QEvent>
 #include <QPainter>
+#include <QStyleOptionFocusRect>
 
 ElidedLabel::ElidedLabel(QWidget* parent) : QWidget(parent) {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    accessibility::setRole(*this, QAccessible::StaticText);
 }
 
 void ElidedLabel::setText(const QString& text) {
@@ -56,6 +59,10 @@ void ElidedLabel::paintEvent(QPaintEvent*) {
     painter.setPen(colors::text(palette(), m_tone));
     painter.drawText(rect(), static_cast<int>(Qt::AlignVCenter | Qt::AlignLeading) | Qt::TextSingleLine,
                      shown());
+    if (!hasFocus()) return;
+    QStyleOptionFocusRect option;
+    option.initFrom(this);
+    style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, this);
 }
 
 void ElidedLabel::resizeEvent(QResizeEvent*) {

@@ -3,6 +3,7 @@
 #include "ui/look/Colors.h"
 
 #include <QPainter>
+#include <QStyle>
 
 namespace {
 
@@ -18,9 +19,13 @@ FlatButton::FlatButton(QWidget* parent) : QPushButton(parent) {
     setAttribute(Qt::WA_Hover);
 }
 
+int FlatButton::textWidth() const {
+    return fontMetrics().size(Qt::TextShowMnemonic, text()).width();
+}
+
 QSize FlatButton::sizeHint() const {
     const int height = fontMetrics().height();
-    const int width = icon().isNull() ? fontMetrics().horizontalAdvance(text()) + 2 * kPadding : height;
+    const int width = icon().isNull() ? textWidth() + 2 * kPadding : height;
     return {width, height};
 }
 
@@ -37,7 +42,11 @@ void FlatButton::paintEvent(QPaintEvent*) {
         font.setUnderline(underMouse());
         painter.setFont(font);
         painter.setPen(colors::text(palette(), colors::Tone::Link));
-        painter.drawText(rect(), Qt::AlignCenter, text());
+        const bool isMarked = style()->styleHint(QStyle::SH_UnderlineShortcut, nullptr, this) != 0;
+        painter.drawText(
+            rect(),
+            static_cast<int>(Qt::AlignCenter) | (isMarked ? Qt::TextShowMnemonic : Qt::TextHideMnemonic),
+            text());
     } else {
         const int inset = height() / 4;
         icon().paint(&painter, rect().adjusted(inset, inset, -inset, -inset));

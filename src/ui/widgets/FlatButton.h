@@ -15,4 +15,7 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+
+private:
+    int textWidth() const;
 };

@@ -4,8 +4,10 @@
 #include "app/destinations/Destinations.h"
 #include "support/base/Collections.h"
 #include "support/base/Format.h"
+#include "ui/look/Accessibility.h"
 #include "ui/look/Colors.h"
 #include "ui/look/Motion.h"
+#include "ui/widgets/Mnemonics.h"
 #include "ui_AddSheetView.h"
 
 #include <QFileInfo>
@@ -25,7 +27,7 @@ AddSheetView::AddSheetView(QWidget* parent)
     setUpFonts();
     m_ui->noticeLabel->setTone(colors::Tone::Warning);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    setFocusPolicy(Qt::StrongFocus);  // Keeps keys from the list while a movie is probed.
+    accessibility::setRole(*this, QAccessible::Grouping);
     hide();
     connect(m_animation, &QVariantAnimation::valueChanged, this,
             [this](const QVariant& value) { setSheetHeight(value.toInt()); });
@@ -74,16 +76,24 @@ void AddSheetView::setSheet(AddSheet* sheet, Destinations* destinations) {
 }
 
 void AddSheetView::setAddButtonTitle(const QString& title) {
-    m_ui->addButton->setText(title);
+    m_ui->addButton->setText(mnemonics::added(title, mnemonics::takenBeside(*m_ui->addButton)));
 }
 
 void AddSheetView::refresh() {
     if (!m_sheet->isShown() && m_sheet->path().isEmpty()) return;  // Unchanged while it slides away.
     const bool isReady = !m_sheet->informationString().isEmpty();
     const qsizetype waiting = m_sheet->waitingCount();
-    const bool becameReady = isReady && !std::exchange(m_isReady, isReady);
-    if (!isReady && hasFocusWithin()) setFocus();
-    m_ui->nameLabel->setText(QFileInfo(m_sheet->path()).fileName());
+    const QString name = QFileInfo(m_sheet->path()).fileName();
+    const bool isOther = std::exchange(m_path, m_sheet->path()) != m_sheet->path();
+    const bool wasReady = std::exchange(m_isReady, isReady);
+    if (!isReady) {
+        m_ui->informationLabel->setFocusPolicy(Qt::TabFocus);
+        if ((isOther || wasReady) && hasFocusWithin() && !m_ui->cancelAllButton->hasFocus())
+            m_ui->informationLabel->setFocus();
+    }
+    setAccessibleName(tr("Add “%1”").arg(name));
+    setAccessibleDescription(m_sheet->informationString());
+    m_ui->nameLabel->setText(name);
     m_ui->waitingLabel->setText(waiting > 0 ? tr("%n more to come", nullptr, static_cast<int>(waiting))
                                             : QString());
     m_ui->informationLabel->setText(isReady ? m_sheet->informationString() : tr("Reading the movie…"));
@@ -97,12 +107,14 @@ void AddSheetView::refresh() {
     refreshAudio();
     refreshPlan();
     refreshNotice();
-    if (becameReady && hasFocusWithin()) m_ui->addButton->setFocus();
+    if (!isReady) return;
+    if (window()->focusWidget() == m_ui->informationLabel) m_ui->addButton->setFocus();
+    m_ui->informationLabel->setFocusPolicy(Qt::NoFocus);
 }
 
 bool AddSheetView::hasFocusWithin() const {
     const QWidget* focus = window()->focusWidget();
-    return focus == this || isAncestorOf(focus);
+    return focus && isAncestorOf(focus);
 }
 
 void AddSheetView::refreshAudio() {
@@ -123,6 +135,7 @@ void AddSheetView::refreshNotice() {
     const QString notice = m_sheet->notice();
     const QString folder = m_sheet->droppedFolder();
     m_ui->noticeLabel->setText(notice);
+    m_ui->addButton->setAccessibleDescription(notice);
     m_ui->keepFoldersBox->setToolTip(
         tr("The output goes into “%1” below the destination").arg(folder).toHtmlEscaped());
     m_ui->keepFoldersBox->setChecked(m_sheet->keepsFolders());
@@ -143,7 +156,7 @@ void AddSheetView::slide(bool shown) {
     const int end = shown ? wholeHeight() : 0;
     if (shown) {
         show();
-        setFocus();
+        (m_isReady ? static_cast<QWidget*>(m_ui->addButton) : m_ui->informationLabel)->setFocus();
     }
     m_animation->stop();
     m_animation->setDuration(isVisible() ? motion::duration(*this) : 0);

@@ -13,6 +13,8 @@ class AddSheetView;
 }
 
 /// The view of the add sheet: the movie, its plan, and the choices. Slides down at the top of the window.
+/// While the movie is read, the line that says so has the keyboard focus: keys that were typed too early do
+/// nothing there, neither to the list nor to the movie.
 /// Main thread only.
 class AddSheetView : public QWidget {
     Q_OBJECT
@@ -59,5 +61,6 @@ private:
     AddSheet* m_sheet = nullptr;
     QVariantAnimation* m_animation = nullptr;
     int m_height = 0;
+    QString m_path;          ///< Of the movie that is shown.
     bool m_isReady = false;  ///< There is a movie to confirm.
 };

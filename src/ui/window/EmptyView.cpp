@@ -43,7 +43,10 @@ EmptyView::EmptyView(QWidget* parent) : QWidget(parent) {
     sentence->setMaximumWidth(kComfortable);
     m_picture = new Picture(this);
     m_sentence = sentence;
-    auto* button = new QPushButton(symbolicIcon("add"), tr("Add Movies…"), this);
+    auto* button = new QPushButton(symbolicIcon("add"), tr("Add &Movies…"), this);
+    button->setAutoDefault(true);
+    setFocusProxy(button);
+    button->setObjectName(QStringLiteral("addMoviesButton"));
     connect(button, &QPushButton::clicked, this, &EmptyView::addRequested);
 
     auto* layout = new QVBoxLayout(this);

@@ -65,9 +65,8 @@ QVariant JobListModel::data(const QModelIndex& index, int role) const {
             return plainToolTip(withNote(makeString("%@\n→ %@", shown->fileInfo().fileURL.toLocalFile(),
                                                     shown->fileInfo().destinationURL.toLocalFile()),
                                          "\n", *shown));
-        case Qt::AccessibleTextRole:
-            return withNote(makeString("%@, %@", shown->fileInfo().fileName, jobStatus(*shown)), ", ",
-                            *shown);
+        case Qt::AccessibleDescriptionRole:
+            return withNote(jobStatus(*shown), ", ", *shown);
         case JobRole:
             return QVariant::fromValue(shown);
         case StateRole:
@@ -111,7 +110,8 @@ void JobListModel::onStateChanged(ConversionJob* job, JobState now) {
 
 void JobListModel::onProgressed(const ConversionJob* job) {
     const QModelIndex row = m_running.value(job);
-    if (row.isValid()) Q_EMIT dataChanged(row, row, {ProgressRole, StatusRole, Qt::AccessibleTextRole});
+    if (row.isValid())
+        Q_EMIT dataChanged(row, row, {ProgressRole, StatusRole, Qt::AccessibleDescriptionRole});
 }
 
 /// The plans of the jobs that wait follow the settings.

@@ -3,11 +3,11 @@
 #include "convert/ConversionJob.h"
 #include "ui/window/JobDelegate.h"
 #include "ui/window/JobDrag.h"
+#include "ui/window/JobListAccessible.h"
 #include "ui/window/JobListModel.h"
 #include "ui/window/JobMenu.h"
 #include "ui/window/RunningFollower.h"
 
-#include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
@@ -38,13 +38,14 @@ JobListView::JobListView(QWidget* parent)
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setAccessibleName(tr("Movies"));
+    joblist::installAccessible();
 }
 
 void JobListView::setJobs(JobListModel* model, JobCommands* commands) {
     m_jobs = model;
     m_commands = commands;
     setModel(model);
+    setAccessibleName(tr("Movies"));
     m_follower->setModel(model);
     connect(model, &JobListModel::rowsRemoved, this, &JobListView::onRowsRemoved);
     connect(commands, &JobCommands::copied, this,
@@ -94,10 +95,14 @@ void JobListView::press(const QModelIndex& index, Button button, bool shiftIsHel
         case Button::More: {
             const QRect place = JobDelegate::layoutOf(optionOf(index), index).rectOf(button);
             selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
-            showMenu(viewport()->mapToGlobal(place.bottomLeft()));
+            openMenu(viewport()->mapToGlobal(place.bottomLeft()));
             return;
         }
     }
+}
+
+void JobListView::pressButton(const QModelIndex& index, Button button) {
+    if (ConversionJob* job = m_jobs->job(index)) press(*job, button, false);
 }
 
 void JobListView::perform(Command command) {
@@ -262,37 +267,45 @@ bool JobListView::performKey(const QKeyEvent& event) {
                                                 : Command::MoveDown);
             scrollTo(currentIndex());
             return true;
-        case Qt::Key_F10: {
+        case Qt::Key_F10:
             if (modifiers != Qt::ShiftModifier) return false;
-            const QPoint middle = visualRect(currentIndex()).center();
-            QContextMenuEvent menu(QContextMenuEvent::Keyboard, middle, viewport()->mapToGlobal(middle));
-            contextMenuEvent(&menu);
+            if (currentIndex().isValid()) showMenu(currentIndex());
             return true;
-        }
         default:
             return false;
     }
 }
 
 void JobListView::keyPressEvent(QKeyEvent* event) {
+    window()->setAttribute(Qt::WA_KeyboardFocusChange);  // The current row's frame, as Tab does it.
     const int before = verticalScrollBar()->value();
     if (!performKey(*event)) QListView::keyPressEvent(event);
     if (verticalScrollBar()->value() != before) m_follower->noteScrolled();
 }
 
 void JobListView::contextMenuEvent(QContextMenuEvent* event) {
-    const bool byKey = event->reason() == QContextMenuEvent::Keyboard;
-    const QModelIndex index = byKey ? currentIndex() : indexAt(event->pos());
-    if (!index.isValid()) {
-        if (!byKey) setCurrentIndex(index);
+    if (event->reason() == QContextMenuEvent::Keyboard) {
+        if (currentIndex().isValid()) showMenu(currentIndex());
         return;
     }
-    if (!byKey || !selectionModel()->hasSelection()) choose(index);
-    if (byKey) scrollTo(index);
-    showMenu(byKey ? viewport()->mapToGlobal(visualRect(index).center()) : event->globalPos());
+    const QModelIndex index = indexAt(event->pos());
+    if (!index.isValid()) {
+        setCurrentIndex(index);
+        return;
+    }
+    choose(index);
+    openMenu(event->globalPos());
 }
 
-void JobListView::showMenu(QPoint globalPosition) {
+void JobListView::showMenu(const QModelIndex& index) {
+    if (index != currentIndex() || !selectionModel()->hasSelection()) choose(index);
+    const int before = verticalScrollBar()->value();
+    scrollTo(index);
+    if (verticalScrollBar()->value() != before) m_follower->noteScrolled();
+    openMenu(viewport()->mapToGlobal(visualRect(index).center()));
+}
+
+void JobListView::openMenu(QPoint globalPosition) {
     QMenu menu(this);
     fillMenu(menu);
     menu.exec(globalPosition);
@@ -407,11 +420,7 @@ void JobListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bot
     // All rows always have the same height; QListView would lay out every row again.
     const QRect changed = visualRect(topLeft).united(visualRect(bottomRight)) & viewport()->rect();
     if (!changed.isEmpty()) viewport()->update(changed);
-    if (!roles.isEmpty()) return;  // A progress update: no accessibility event.
-    QAccessibleTableModelChangeEvent change(this, QAccessibleTableModelChangeEvent::DataChanged);
-    change.setFirstRow(topLeft.row());
-    change.setLastRow(bottomRight.row());
-    QAccessible::updateAccessibility(&change);
+    joblist::reportChange(*this, topLeft, bottomRight, roles);
 }
 
 bool JobListView::viewportEvent(QEvent* event) {

@@ -27,6 +27,11 @@ public:
     void fillMenu(QMenu& menu);
     /// Brings a running row into view, and keeps one there until the user scrolls.
     void showRunning();
+    /// What a click on the row's button does.
+    void pressButton(const QModelIndex& index, jobrow::Button button);
+    /// Opens the menu of the selected rows at this one, which comes into view. The row is selected alone
+    /// unless it is one of them.
+    void showMenu(const QModelIndex& index);
 
 Q_SIGNALS:
     void detailsRequested(ConversionJob* job);
@@ -63,7 +68,7 @@ private:
     void open(bool shiftIsHeld);
     void showDetails();
     void press(const QModelIndex& index, jobrow::Button button, bool shiftIsHeld);
-    void showMenu(QPoint globalPosition);
+    void openMenu(QPoint globalPosition);
     void onRowsRemoved();
     void dragSelected();
     int dropRowAt(QPoint position) const;

@@ -7,10 +7,10 @@
 LastQueueBar::LastQueueBar(QWidget* parent) : NoticeBar(parent) {
     setObjectName(QStringLiteral("lastQueueBar"));
     proposedButton()->setObjectName(QStringLiteral("continueButton"));
-    proposedButton()->setText(tr("Continue"));
+    proposedButton()->setText(tr("C&ontinue"));
     proposedButton()->setToolTip(tr("Put them into the list again and convert them"));
     otherButton()->setObjectName(QStringLiteral("forgetButton"));
-    otherButton()->setText(tr("Forget"));
+    otherButton()->setText(tr("For&get"));
     otherButton()->setToolTip(tr("Leave them out; no file is deleted"));
 }
 

@@ -1,9 +1,12 @@
 #include "ui/window/MainWindow.h"
 
 #include "app/AppDelegate.h"
+#include "app/queue/JobTexts.h"
+#include "convert/ConversionJob.h"
 #include "support/base/Texts.h"
 #include "support/store/Defaults.h"
 #include "ui/help/HelpMenu.h"
+#include "ui/look/Accessibility.h"
 #include "ui/look/Icons.h"
 #include "ui/preferences/PreferencesWindow.h"
 #include "ui/widgets/ToolTip.h"
@@ -24,6 +27,7 @@
 #include <QLabel>
 #include <QMimeData>
 #include <QPushButton>
+#include <QToolButton>
 #include <QWindow>
 
 namespace {
@@ -53,8 +57,8 @@ MainWindow::MainWindow(AppDelegate& delegate)
     setUpEndAction();
     m_ui->jobListView->setJobs(m_model.get(), &delegate.jobCommands());
     m_ui->addSheetView->setSheet(&delegate.addSheet(), &delegate.destinations());
-    connect(m_ui->addSheetView, &AddSheetView::focusReleased, m_ui->jobListView,
-            qOverload<>(&QWidget::setFocus));
+    const auto focusPage = [this] { m_ui->pages->currentWidget()->setFocus(); };
+    connect(m_ui->addSheetView, &AddSheetView::focusReleased, this, focusPage);
     connect(m_ui->jobListView, &JobListView::detailsRequested, this, &MainWindow::showDetails);
     setAcceptDrops(true);
     followQueue();
@@ -65,6 +69,7 @@ MainWindow::MainWindow(AppDelegate& delegate)
     });
     connect(&delegate, &AppDelegate::statusMessage, this, &MainWindow::showStatus);
     restoreGeometryFromSettings();
+    focusPage();
 }
 
 MainWindow::~MainWindow() = default;
@@ -95,6 +100,10 @@ void MainWindow::setUpToolBar() {
     space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     m_ui->toolBar->addWidget(space);
     m_ui->toolBar->addAction(m_ui->preferencesAction);
+    const QList<QToolButton*> buttons = m_ui->toolBar->findChildren<QToolButton*>();
+    for (QToolButton* button : buttons) {
+        if (button->defaultAction()) button->setFocusPolicy(Qt::TabFocus);
+    }
 }
 
 void MainWindow::setUpBars() {
@@ -148,6 +157,7 @@ void MainWindow::setUpUndo() {
     refresh();
     auto* bar = new UndoBar(removals, m_ui->pages);
     connect(bar, &UndoBar::focusReleased, this, [this] { m_ui->pages->currentWidget()->setFocus(); });
+    setTabOrder(m_ui->jobListView, bar->undoButton());
 }
 
 void MainWindow::followQueue() {
@@ -155,12 +165,19 @@ void MainWindow::followQueue() {
     connect(&queue, &JobQueue::titleChanged, this, &MainWindow::refreshTitle);
     connect(&queue, &JobQueue::titleChanged, this, &MainWindow::refreshSummary);
     connect(&queue, &JobQueue::pausedChanged, this, &MainWindow::refreshPause);
+    connect(&queue, &JobQueue::jobStateChanged, this, &MainWindow::announceState);
     connect(m_model.get(), &JobListModel::rowsInserted, this, &MainWindow::refreshPage);
     connect(m_model.get(), &JobListModel::rowsRemoved, this, &MainWindow::refreshPage);
     refreshTitle();
     refreshSummary();
     refreshPause();
     refreshPage();
+}
+
+void MainWindow::announceState(ConversionJob* job) {
+    const QString note = jobNote(*job).verdictText;
+    const QString state = note.isEmpty() ? jobStatus(*job) : note;
+    accessibility::announce(*this, job->fileInfo().fileName + ": " + state);
 }
 
 void MainWindow::refreshTitle() {
@@ -194,6 +211,7 @@ void MainWindow::refreshCommands() {
 void MainWindow::showStatus(const QString& message) {
     constexpr int kMilliseconds = 15000;
     m_ui->statusBar->showMessage(message, kMilliseconds);
+    accessibility::announce(*this, message);
 }
 
 void MainWindow::fillQueueMenu() {

@@ -54,6 +54,7 @@ private:
     void setUpUndo();
     void setUpEndAction();
     void followQueue();
+    void announceState(ConversionJob* job);
     void refreshTitle();
     void refreshPause();
     void refreshPage();

@@ -1,10 +1,10 @@
 #include "ui/window/NoticeBar.h"
 
+#include "ui/look/Accessibility.h"
 #include "ui/look/Colors.h"
 #include "ui/widgets/ElidedLabel.h"
 #include "ui/widgets/FlatButton.h"
 
-#include <QAccessible>
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QPushButton>
@@ -14,6 +14,7 @@ NoticeBar::NoticeBar(QWidget* parent) : QWidget(parent) {
     constexpr int kGap = 8;
     constexpr int kSmallGap = 6;
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    accessibility::setRole(*this, QAccessible::Grouping);
     m_label = new ElidedLabel(this);
     m_proposed = new QPushButton(this);
     m_proposed->setAutoDefault(true);
@@ -35,9 +36,7 @@ void NoticeBar::announce(const QString& text) {
     m_proposed->setAccessibleDescription(text);
     m_other->setAccessibleDescription(text);
     show();
-    // A screen reader says it once, without taking the focus away.
-    QAccessibleEvent event(this, QAccessible::Alert);
-    QAccessible::updateAccessibility(&event);
+    accessibility::announce(*this, text);
 }
 
 void NoticeBar::setText(const QString& text) {

@@ -1,6 +1,7 @@
 #include "ui/window/PlanStrip.h"
 
 #include "convert/plan/PlanLines.h"
+#include "ui/look/Accessibility.h"
 #include "ui/look/Colors.h"
 #include "ui/look/Icons.h"
 #include "ui/widgets/ElidedLabel.h"
@@ -57,6 +58,7 @@ void setTextOrHide(ElidedLabel* label, const QString& text) {
 PlanStrip::PlanStrip(QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("planStrip"));
     setAccessibleName(tr("What becomes of the movie"));
+    accessibility::setRole(*this, QAccessible::Grouping);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     auto* grid = new QGridLayout(this);
     grid->setContentsMargins(0, kGap, 0, kGap);
@@ -100,7 +102,7 @@ void PlanStrip::addLine(Row row, const QString& name, const QString& icon) {
         line.name->setElideMode(Qt::ElideRight);
         m_why = new FlatButton(this);
         m_why->setObjectName(QStringLiteral("whyButton"));
-        m_why->setText(tr("Why?"));
+        m_why->setText(tr("&Why?"));
         m_why->setAccessibleName(tr("Why are tracks left out?"));
         connect(m_why, &FlatButton::clicked, this, &PlanStrip::showReasons);
         parts->addWidget(m_why);

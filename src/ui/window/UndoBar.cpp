@@ -1,10 +1,10 @@
 #include "ui/window/UndoBar.h"
 
 #include "app/queue/Removals.h"
+#include "ui/look/Accessibility.h"
 #include "ui/widgets/ElidedLabel.h"
 #include "ui/widgets/FlatButton.h"
 
-#include <QAccessible>
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QPainter>
@@ -35,6 +35,7 @@ UndoBar::UndoBar(Removals& removals, QWidget* parent)
     constexpr int kHeight = 12;
     setObjectName(QStringLiteral("undoBar"));
     setPalette(darkPalette());
+    accessibility::setRole(*this, QAccessible::Grouping);
     m_undo->setObjectName(QStringLiteral("undoButton"));
     m_undo->setText(tr("Undo"));
     QFont bold = font();
@@ -51,6 +52,10 @@ UndoBar::UndoBar(Removals& removals, QWidget* parent)
     refresh();
 }
 
+QWidget* UndoBar::undoButton() const {
+    return m_undo;
+}
+
 void UndoBar::refresh() {
     const QString text = m_removals.text();
     if (text.isEmpty()) {
@@ -65,9 +70,7 @@ void UndoBar::refresh() {
     place();
     show();
     raise();
-    // A screen reader says it once, without taking the focus away.
-    QAccessibleEvent event(this, QAccessible::Alert);
-    QAccessible::updateAccessibility(&event);
+    accessibility::announce(*this, text);
 }
 
 void UndoBar::place() {

@@ -15,6 +15,8 @@ public:
     /// `removals` must outlive the bar. `parent` must not be null.
     UndoBar(Removals& removals, QWidget* parent);
 
+    QWidget* undoButton() const;
+
 Q_SIGNALS:
     /// The bar is about to be hidden and had the focus.
     void focusReleased();

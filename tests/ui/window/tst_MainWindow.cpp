@@ -508,10 +508,10 @@ private Q_SLOTS:
         action->trigger();
         QCOMPARE(action->text(), "Resume Queue");
         QCOMPARE(app.window->windowTitle(), "Ravelin (Paused) [2 Job(s), 1 Queued]");
-        QCOMPARE(app.find<QPushButton>("addButton")->text(), "Add to Queue");
+        QCOMPARE(app.find<QPushButton>("addButton")->text(), "&Add to Queue");
         action->trigger();
         QCOMPARE(app.queue().jobCountWithState(JobState::Converting), 1);
-        QCOMPARE(app.find<QPushButton>("addButton")->text(), "Start Conversion");
+        QCOMPARE(app.find<QPushButton>("addButton")->text(), "&Start Conversion");
         app.job(1)->remove();
         QVERIFY(action->toolTip().contains("Pause “a.mkv”"));
         action->trigger();
