@@ -12,6 +12,8 @@
 #include <QFileInfo>
 #include <QLocale>
 
+#include <algorithm>
+
 namespace {
 
 JobNote::Verdict verdictOf(const Receipt& receipt) {
@@ -67,6 +69,11 @@ QString JobNote::text() const {
     for (const Part& part : parts)
         texts.append(part.text);
     return texts.join(separator());
+}
+
+QString JobNote::verdictText() const {
+    const auto found = std::ranges::find_if(parts, &Part::isVerdict);
+    return found == parts.end() ? QString() : found->text;
 }
 
 QString jobStatus(const ConversionJob& job) {

@@ -35,6 +35,8 @@ struct JobNote {
 
     /// The parts in one line; may be empty.
     QString text() const;
+    /// The part that is the verdict; may be empty.
+    QString verdictText() const;
     /// Between two parts.
     static QString separator() { return QStringLiteral(" · "); }
     bool operator==(const JobNote&) const = default;

@@ -10,6 +10,8 @@
 #include <QMetaObject>
 #include <QPointer>
 
+#include <algorithm>
+
 namespace joblist {
 
 namespace {
@@ -85,8 +87,9 @@ public:
     QStringList actionNames() const override {
         QStringList names;
         if (!isValid()) return names;
-        for (const jobrow::Button button : jobrow::kButtons) {
-            if (jobrow::isEnabled(button, jobState())) names.append(JobDelegate::titleOf(button, jobState()));
+        const QList<jobrow::Button> buttons = jobrow::buttonsOf(jobState());
+        for (const jobrow::Button button : buttons) {
+            if (button != jobrow::Button::More) names.append(JobDelegate::titleOf(button, jobState()));
         }
         return names << showMenuAction() << setFocusAction();
     }
@@ -113,12 +116,10 @@ private:
         } else if (name == showMenuAction()) {
             view.showMenu(index);
         } else {
-            for (const jobrow::Button button : jobrow::kButtons) {
-                if (jobrow::isEnabled(button, state) && name == JobDelegate::titleOf(button, state)) {
-                    view.pressButton(index, button);
-                    return;
-                }
-            }
+            const QList<jobrow::Button> buttons = jobrow::buttonsOf(state);
+            const auto named = std::ranges::find_if(
+                buttons, [&](jobrow::Button each) { return name == JobDelegate::titleOf(each, state); });
+            if (named != buttons.end()) view.pressButton(index, *named);
         }
     }
 

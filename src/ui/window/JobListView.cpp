@@ -72,7 +72,7 @@ void JobListView::choose(const QModelIndex& index) {
         index, isSelected ? QItemSelectionModel::NoUpdate : QItemSelectionModel::ClearAndSelect);
 }
 
-void JobListView::press(const QModelIndex& index, Button button, bool shiftIsHeld) {
+void JobListView::pressButton(const QModelIndex& index, Button button, bool shiftIsHeld) {
     ConversionJob* job = m_jobs->job(index);
     if (!job) return;
     const JobCommands::Jobs one{job};
@@ -99,10 +99,6 @@ void JobListView::press(const QModelIndex& index, Button button, bool shiftIsHel
             return;
         }
     }
-}
-
-void JobListView::pressButton(const QModelIndex& index, Button button) {
-    if (ConversionJob* job = m_jobs->job(index)) press(*job, button, false);
 }
 
 void JobListView::perform(Command command) {
@@ -198,7 +194,7 @@ void JobListView::mouseReleaseEvent(QMouseEvent* event) {
     m_pressedButton.reset();
     m_pressedIndex = QModelIndex();
     refreshHot(position, false);
-    if (isClick) press(index, *button, event->modifiers().testFlag(Qt::ShiftModifier));
+    if (isClick) pressButton(index, *button, event->modifiers().testFlag(Qt::ShiftModifier));
 }
 
 void JobListView::mouseMoveEvent(QMouseEvent* event) {

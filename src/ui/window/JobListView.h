@@ -28,7 +28,7 @@ public:
     /// Brings a running row into view, and keeps one there until the user scrolls.
     void showRunning();
     /// What a click on the row's button does.
-    void pressButton(const QModelIndex& index, jobrow::Button button);
+    void pressButton(const QModelIndex& index, jobrow::Button button, bool shiftIsHeld = false);
     /// Opens the menu of the selected rows at this one, which comes into view. The row is selected alone
     /// unless it is one of them.
     void showMenu(const QModelIndex& index);
@@ -67,7 +67,6 @@ private:
     bool performKey(const QKeyEvent& event);
     void open(bool shiftIsHeld);
     void showDetails();
-    void press(const QModelIndex& index, jobrow::Button button, bool shiftIsHeld);
     void openMenu(QPoint globalPosition);
     void onRowsRemoved();
     void dragSelected();
