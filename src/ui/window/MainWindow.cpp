@@ -175,6 +175,7 @@ void MainWindow::followQueue() {
 }
 
 void MainWindow::announceState(ConversionJob* job) {
+    if (!QAccessible::isActive()) return;
     const QString note = jobNote(*job).verdictText();
     const QString state = note.isEmpty() ? jobStatus(*job) : note;
     accessibility::announce(*this, job->fileInfo().fileName + ": " + state);
