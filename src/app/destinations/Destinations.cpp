@@ -1,7 +1,9 @@
 #include "app/destinations/Destinations.h"
 
 #include "settings/Keys.h"
+#include "settings/Settings.h"
 #include "support/alerts/Alert.h"
+#include "support/base/ApplicationInfo.h"
 #include "support/base/Format.h"
 #include "support/base/Log.h"
 #include "support/base/Texts.h"
@@ -15,20 +17,14 @@
 
 namespace {
 
+constexpr qsizetype kAsk = 0;
+
 QVariantList bookmarks() {
     return defaultArray(kDestinationBookmarksKey).value_or(QVariantList());
 }
 
 QVariantList names() {
     return defaultArray(kDestinationNamesKey).value_or(QVariantList());
-}
-
-QStringList titles() {
-    QStringList result;
-    const QVariantList stored = names();
-    for (const QVariant& name : stored)
-        result.append(name.toString());
-    return result;
 }
 
 qsizetype defaultDestination() {
@@ -40,56 +36,20 @@ QString nameOfFolder(const QString& folder) {
     return name.isEmpty() ? folder : name;
 }
 
+/// One for each stored folder, also where someone else left too few or too many in the settings.
+QStringList titles() {
+    QStringList result;
+    const QVariantList stored = bookmarks();
+    const QVariantList storedNames = names();
+    for (qsizetype i = 0; i < stored.size(); ++i)
+        result.append(i < storedNames.size() ? storedNames[i].toString()
+                                             : nameOfFolder(folderaccess::placeOf(stored[i].toByteArray())));
+    return result;
+}
+
 /// The absent folders, at their positions in the whole list; empty elements stand for the present ones.
 QVariantList absentBookmarks() {
     return defaultArray(kAbsentDestinationsKey).value_or(QVariantList());
-}
-
-/// `absent` in the format of absentBookmarks().
-void rememberAbsent(QVariantList absent, const QByteArray& absentDefault) {
-    while (!absent.isEmpty() && absent.last().toByteArray().isEmpty())
-        absent.removeLast();
-    setDefaultObject(kAbsentDestinationsKey, absent.isEmpty() ? QVariant() : QVariant(absent));
-    setDefaultObject(kAbsentDefaultDestinationKey,
-                     absentDefault.isEmpty() ? QVariant() : QVariant(absentDefault));
-}
-
-struct KnownFolder {
-    QByteArray bookmark;
-    QString name;
-    bool isDefault = false;
-    bool wasAbsent = false;
-};
-
-/// The stored folders, with the absent ones at their positions among them.
-QList<KnownFolder> knownFolders() {
-    QList<KnownFolder> folders;
-    const QVariantList stored = bookmarks();
-    const QVariantList storedNames = names();
-    const qsizetype preselected = defaultDestination() - DestinationPopUp::kFirstFolder;
-    for (qsizetype i = 0; i < stored.size(); ++i) {
-        const QByteArray bookmark = stored[i].toByteArray();
-        const QString name = i < storedNames.size() ? storedNames[i].toString()
-                                                    : nameOfFolder(folderaccess::placeOf(bookmark));
-        folders.append({bookmark, name, i == preselected, false});
-    }
-    // Keep another default destination that was chosen meanwhile.
-    const QByteArray absentDefault =
-        defaultDestination() == 0 ? defaultObject(kAbsentDefaultDestinationKey).toByteArray() : QByteArray();
-    const QVariantList absent = absentBookmarks();
-    for (qsizetype i = 0; i < absent.size(); ++i) {
-        const QByteArray bookmark = absent[i].toByteArray();
-        if (bookmark.isEmpty()) continue;
-        const auto known = std::ranges::find(folders, bookmark, &KnownFolder::bookmark);
-        const bool isDefault = bookmark == absentDefault;
-        if (known != folders.end()) {
-            known->isDefault |= isDefault;  // The user added it again meanwhile.
-        } else {
-            folders.insert(qMin(i, folders.size()),
-                           {bookmark, nameOfFolder(folderaccess::placeOf(bookmark)), isDefault, true});
-        }
-    }
-    return folders;
 }
 
 bool isUsable(const QByteArray& bookmark) {
@@ -120,8 +80,53 @@ QString returnedText(const QStringList& paths) {
 
 }  // namespace
 
+struct Destinations::KnownFolder {
+    QByteArray bookmark;
+    QString name;
+    bool isDefault = false;
+    bool isAbsent = false;
+};
+
+/// The stored folders, with the absent ones at their positions among them.
+QList<Destinations::KnownFolder> Destinations::knownFolders() {
+    QList<KnownFolder> folders;
+    const QVariantList stored = bookmarks();
+    const QStringList storedNames = titles();
+    const qsizetype preselected = defaultDestination() - DestinationPopUp::kFirstFolder;
+    for (qsizetype i = 0; i < stored.size(); ++i)
+        folders.append({stored[i].toByteArray(), storedNames[i], i == preselected, false});
+    // Keep another default destination that was chosen meanwhile.
+    const QByteArray absentDefault =
+        defaultDestination() == 0 ? defaultObject(kAbsentDefaultDestinationKey).toByteArray() : QByteArray();
+    const QVariantList absent = absentBookmarks();
+    const QStringList absentNames = settings::AbsentDestinationNames.value();
+    for (qsizetype i = 0; i < absent.size(); ++i) {
+        const QByteArray bookmark = absent[i].toByteArray();
+        if (bookmark.isEmpty()) continue;
+        const auto known = std::ranges::find(folders, bookmark, &KnownFolder::bookmark);
+        const bool isDefault = bookmark == absentDefault;
+        const QString name = absentNames.value(i);
+        if (known != folders.end()) {
+            known->isDefault |= isDefault;  // The user added it again meanwhile.
+        } else {
+            folders.insert(qMin(i, folders.size()),
+                           {bookmark, name.isEmpty() ? nameOfFolder(folderaccess::placeOf(bookmark)) : name,
+                            isDefault, true});
+        }
+    }
+    return folders;
+}
+
 Destinations::Destinations(FilePanels& panels, QObject* parent) : QObject(parent), m_panels(panels) {
     connect(&m_returnWatch, &ReturnWatch::mayHaveReturned, this, &Destinations::restoreReturned);
+    // When all of them are as they should be: each is reported on its own.
+    const auto follow = [this] {
+        if (std::exchange(m_isFollowing, true)) return;
+        QMetaObject::invokeMethod(this, &Destinations::followSettings, Qt::QueuedConnection);
+    };
+    settings::DestinationBookmarks.onChange(this, follow);
+    settings::DestinationNames.onChange(this, follow);
+    settings::DefaultDestination.onChange(this, follow);
 }
 
 QString Destinations::restoreAtLaunch() {
@@ -149,63 +154,155 @@ void Destinations::renumberFromOldVersions() {
 
 Destinations::Changes Destinations::updateStoredFolders(Occasion occasion) {
     Changes changes;
-    QVariantList keptBookmarks;
-    QVariantList keptNames;
-    QVariantList absent;
-    QByteArray absentDefault;
-    std::optional<qsizetype> newDefault;
-    const QList<KnownFolder> folders = knownFolders();
-    for (const KnownFolder& folder : folders) {
+    QList<KnownFolder> folders = knownFolders();
+    for (KnownFolder& folder : folders) {
         const QString place = folderaccess::placeOf(folder.bookmark);
         // A folder that disappears while the application runs stays in the list.
-        const bool isChecked = folder.wasAbsent || occasion == Occasion::Launch;
-        if (isChecked && !isUsable(folder.bookmark)) {
-            absent.append(folder.bookmark);
-            if (!folder.wasAbsent) changes.gone.append(place);
-            if (!folder.isDefault) continue;
-            absentDefault = folder.bookmark;
-            newDefault = 0;
-            continue;
-        }
-        absent.append(QByteArray());
-        if (folder.isDefault) newDefault = DestinationPopUp::kFirstFolder + keptBookmarks.size();
-        keptBookmarks.append(folder.bookmark);
-        keptNames.append(folder.name);
-        if (folder.wasAbsent) changes.returned.append(place);
-        if (isChecked) m_openedFolders.append({place, true});
+        if (!folder.isAbsent && occasion != Occasion::Launch) continue;
+        const bool wasAbsent = std::exchange(folder.isAbsent, !isUsable(folder.bookmark));
+        if (!folder.isAbsent) m_openedFolders.append({place, true});
+        if (wasAbsent != folder.isAbsent) (folder.isAbsent ? changes.gone : changes.returned).append(place);
     }
     if (!changes.gone.isEmpty())
         logError("Info: going to delete %lu invalid bookmarks",
                  static_cast<unsigned long>(changes.gone.size()));
-    if (keptBookmarks != bookmarks() || names().size() != keptNames.size()) {
-        setDefaultArray(kDestinationBookmarksKey, keptBookmarks);
-        setDefaultArray(kDestinationNamesKey, keptNames);
-    }
-    if (newDefault) setDefaultInt(kDefaultDestinationKey, *newDefault);
-    rememberAbsent(absent, absentDefault);
+    save(folders, defaultDestination());
     return changes;
 }
 
 void Destinations::restoreReturned() {
-    const qsizetype selected = m_addSheet.selected();
-    const bool isChosen = m_addSheet.isChosen();
-    const bool isFolder = selected >= DestinationPopUp::kFirstFolder &&
-                          selected < m_addSheet.items().size() &&
-                          m_addSheet.items()[selected].kind == DestinationItem::Kind::Folder;
-    const QVariant chosen =
-        isFolder ? bookmarks().value(selected - DestinationPopUp::kFirstFolder) : QVariant();
     const QStringList returned = updateStoredFolders(Occasion::Return).returned;
     if (returned.isEmpty()) return;
     watchForReturn();
-    rebuildPreferencesDestinationPopUp();
-    // The user may be choosing a folder for a movie: keep the selected folder, even if its number has
-    // changed.
-    constexpr qsizetype kNone = -1;
-    m_addSheet.rebuild(titles(), isFolder ? DestinationPopUp::kFirstFolder + bookmarks().indexOf(chosen)
-                                 : selected < DestinationPopUp::kFirstFolder ? selected
-                                                                             : kNone);
-    if (isChosen) m_addSheet.choose(m_addSheet.selected());
+    rebuildKeepingChoice();
     Q_EMIT message(returnedText(returned));
+}
+
+/// The user may be choosing a folder for a movie: it stays selected, even if its number has changed.
+void Destinations::rebuildKeepingChoice() {
+    constexpr qsizetype kNone = -1;
+    const QByteArrayList before = m_listed;
+    noteListed();
+    const qsizetype selected = m_addSheet.selected();
+    const qsizetype number = selected - DestinationPopUp::kFirstFolder;
+    const bool isChosen = m_addSheet.isChosen();
+    qsizetype now = number < 0 ? selected : kNone;
+    if (number >= 0 && number < before.size()) {
+        const qsizetype found = m_listed.indexOf(before[number]);
+        now = found < 0 ? kAsk : DestinationPopUp::kFirstFolder + found;
+    }
+    m_addSheet.rebuild(m_listedNames, now);
+    if (isChosen) m_addSheet.choose(now);
+    rebuildPreferencesDestinationPopUp();
+}
+
+void Destinations::noteListed() {
+    m_listed = settings::DestinationBookmarks.value();
+    m_listedNames = titles();
+}
+
+/// Another process, or the command that restores defaults, may have changed them.
+void Destinations::followSettings() {
+    m_isFollowing = false;
+    if (m_listed != settings::DestinationBookmarks.value() || m_listedNames != titles()) {
+        rebuildKeepingChoice();
+    } else if (m_preferences.selected() != defaultDestination()) {
+        rebuildPreferencesDestinationPopUp();
+    }
+}
+
+/// The default destination is that of the folders, or if none of them is, `otherDefault`.
+void Destinations::save(const QList<KnownFolder>& folders, qsizetype otherDefault) {
+    QVariantList present;
+    QVariantList presentNames;
+    QVariantList absent;
+    QVariantList absentNames;
+    QByteArray absentDefault;
+    qsizetype newDefault = otherDefault;
+    for (const KnownFolder& folder : folders) {
+        absent.append(folder.isAbsent ? folder.bookmark : QByteArray());
+        absentNames.append(folder.isAbsent ? folder.name : QString());
+        if (folder.isAbsent) {
+            if (!folder.isDefault) continue;
+            absentDefault = folder.bookmark;
+            newDefault = kAsk;
+            continue;
+        }
+        if (folder.isDefault) newDefault = DestinationPopUp::kFirstFolder + present.size();
+        present.append(folder.bookmark);
+        presentNames.append(folder.name);
+    }
+    while (!absent.isEmpty() && absent.last().toByteArray().isEmpty()) {
+        absent.removeLast();
+        absentNames.removeLast();
+    }
+    if (present == bookmarks() && presentNames == names() && newDefault == defaultDestination() &&
+        absent == absentBookmarks() &&
+        absentDefault == defaultObject(kAbsentDefaultDestinationKey).toByteArray()) {
+        return;
+    }
+    // The numbers of one are wrong with the lists of another process.
+    standardUserDefaults().setTogether(
+        {{kDestinationBookmarksKey, present},
+         {kDestinationNamesKey, presentNames},
+         {kDefaultDestinationKey, qint64{newDefault}},
+         {kAbsentDestinationsKey, absent.isEmpty() ? QVariant() : QVariant(absent)},
+         {kAbsentDestinationNamesKey, absent.isEmpty() ? QVariant() : QVariant(absentNames)},
+         {kAbsentDefaultDestinationKey, absentDefault.isEmpty() ? QVariant() : QVariant(absentDefault)}});
+}
+
+/// `change` gets all known folders, and the position of this one among them.
+void Destinations::edit(qsizetype number, const std::function<void(QList<KnownFolder>&, qsizetype)>& change) {
+    if (number < 0 || number >= m_listed.size()) return;
+    const QByteArray bookmark = m_listed[number];
+    standardUserDefaults().readAgain();
+    QList<KnownFolder> folders = knownFolders();
+    const auto found = std::ranges::find(folders, bookmark, &KnownFolder::bookmark);
+    if (found != folders.end() && !found->isAbsent) {
+        change(folders, found - folders.begin());
+        const bool isFolder = defaultDestination() >= DestinationPopUp::kFirstFolder;
+        save(folders, isFolder ? kAsk : defaultDestination());
+        standardUserDefaults().synchronise();
+        watchForReturn();
+    }
+    rebuildKeepingChoice();
+}
+
+void Destinations::renameFolder(qsizetype number, const QString& name) {
+    edit(number, [&](QList<KnownFolder>& folders, qsizetype position) {
+        const QString simplified = name.simplified();
+        if (!simplified.isEmpty()) folders[position].name = simplified;
+    });
+}
+
+void Destinations::removeFolder(qsizetype number) {
+    edit(number, [](QList<KnownFolder>& folders, qsizetype position) { folders.removeAt(position); });
+}
+
+void Destinations::moveFolder(qsizetype number, qsizetype to) {
+    edit(number, [to](QList<KnownFolder>& folders, qsizetype position) {
+        QList<qsizetype> places;  // Of the present folders.
+        for (qsizetype i = 0; i < folders.size(); ++i) {
+            if (!folders[i].isAbsent) places.append(i);
+        }
+        qsizetype now = places.indexOf(position);
+        const qsizetype target = qBound<qsizetype>(0, to, places.size() - 1);
+        while (now != target) {
+            const qsizetype next = now < target ? now + 1 : now - 1;
+            folders.swapItemsAt(places[now], places[next]);
+            now = next;
+        }
+    });
+}
+
+QList<Destinations::StoredFolder> Destinations::storedFolders() const {
+    QList<StoredFolder> folders;
+    for (qsizetype i = 0; i < m_listed.size(); ++i) {
+        QString problem;
+        folderaccess::resolveBookmark(m_listed[i], problem);
+        folders.append({m_listedNames[i], folderaccess::placeOf(m_listed[i]), problem});
+    }
+    return folders;
 }
 
 void Destinations::watchForReturn() {
@@ -226,11 +323,13 @@ void Destinations::clampDefaultDestination() {
 }
 
 void Destinations::rebuildDestinationPopUp() {
-    m_addSheet.rebuild(titles(), defaultDestination());
+    noteListed();
+    m_addSheet.rebuild(m_listedNames, defaultDestination());
 }
 
 void Destinations::rebuildPreferencesDestinationPopUp() {
-    m_preferences.rebuild(titles(), defaultDestination());
+    noteListed();
+    m_preferences.rebuild(m_listedNames, defaultDestination());
 }
 
 void Destinations::chooseNewDestination(DestinationPopUp::Place sender) {
@@ -246,6 +345,7 @@ void Destinations::store(const QString& folder, DestinationPopUp::Place sender) 
         logError("Error creating bookmark: %@", error);
         return;
     }
+    standardUserDefaults().readAgain();
     QVariantList stored = bookmarks();
     const bool isKnown =
         std::ranges::any_of(stored, [&](const QVariant& known) { return known.toByteArray() == *bookmark; });
@@ -258,11 +358,11 @@ void Destinations::store(const QString& folder, DestinationPopUp::Place sender) 
         m_addSheet.select(0);
         return;
     }
-    QVariantList storedNames = names();
+    QStringList storedNames = titles();
     stored.append(*bookmark);
     storedNames.append(nameOfFolder(folder));
     setDefaultArray(kDestinationBookmarksKey, stored);
-    setDefaultArray(kDestinationNamesKey, storedNames);
+    setDefaultArray(kDestinationNamesKey, QVariant(storedNames).toList());
     standardUserDefaults().synchronise();
 
     const qsizetype added = DestinationPopUp::kFirstFolder + stored.size() - 1;
@@ -275,11 +375,26 @@ void Destinations::store(const QString& folder, DestinationPopUp::Place sender) 
     }
 }
 
+bool Destinations::forgetAll() {
+    if (!bookmarks().isEmpty() || !absentBookmarks().isEmpty()) {
+        Alert question;
+        question.title = ApplicationInfo::name();
+        question.message = Texts::tr("Do you want to forget all your folders? What is in them stays.");
+        question.buttons = {AlertButton::cancelling(Texts::tr("Keep")), Texts::tr("Forget All")};
+        question.window = AlertWindow::Preferences;
+        if (alert_described(question) != kAlertSecondButton) return false;
+    }
+    clearDestinations();
+    return true;
+}
+
 void Destinations::clearDestinations() {
     setDefaultArray(kDestinationBookmarksKey, QVariantList());
     setDefaultArray(kDestinationNamesKey, QVariantList());
     setDefaultInt(kDefaultDestinationKey, 0);
-    rememberAbsent({}, {});
+    setDefaultObject(kAbsentDestinationsKey, {});
+    setDefaultObject(kAbsentDestinationNamesKey, {});
+    setDefaultObject(kAbsentDefaultDestinationKey, {});
     watchForReturn();
     rebuildDestinationPopUp();
     rebuildPreferencesDestinationPopUp();

@@ -4,9 +4,11 @@
 #include "support/desktop/FilePanels.h"
 #include "watch/events/ReturnWatch.h"
 
+#include <QByteArrayList>
 #include <QObject>
 #include <QStringList>
 
+#include <functional>
 #include <optional>
 #include <stdexcept>
 
@@ -39,8 +41,29 @@ public:
     /// Lets the user choose a folder, stores it and selects it in the pop-up `sender`.
     void chooseNewDestination(DestinationPopUp::Place sender);
     void clearDestinations();
+    /// The same after a question, if there is a folder. Returns false if the user keeps them.
+    bool forgetAll();
     /// Stores the choice made in the preferences as the default of the add sheet.
     void setDefaultDestination(qsizetype index);
+
+    /// A folder of the list.
+    struct StoredFolder {
+        QString name;
+        QString path;
+        QString problem;  ///< Why it cannot be used now; empty: it can.
+    };
+    /// In the order of the pop-ups. It changes only with changed() of the pop-ups.
+    QList<StoredFolder> storedFolders() const;
+    /// Changes one folder of the list. The default destination and a destination that is chosen for a movie
+    /// follow their folders; where theirs is removed, the user will be asked. Absent folders keep their
+    /// places. What another process has made of the list meanwhile stays.
+    ///
+    /// Blanks around `name` are removed; an empty one is no name, and the folder keeps its own.
+    void renameFolder(qsizetype number, const QString& name);
+    /// The folder itself and what is in it stay.
+    void removeFolder(qsizetype number);
+    /// `to` is its number afterwards.
+    void moveFolder(qsizetype number, qsizetype to);
 
     /// A folder that this run has access to.
     struct OpenedFolder {
@@ -72,11 +95,19 @@ private:
         QStringList returned;
     };
 
+    struct KnownFolder;
+    static QList<KnownFolder> knownFolders();
+
     void renumberFromOldVersions();
     Changes updateStoredFolders(Occasion occasion);
     void restoreReturned();
     void watchForReturn();
     void clampDefaultDestination();
+    void edit(qsizetype number, const std::function<void(QList<KnownFolder>&, qsizetype)>& change);
+    void save(const QList<KnownFolder>& folders, qsizetype otherDefault);
+    void noteListed();
+    void rebuildKeepingChoice();
+    void followSettings();
     void store(const QString& folder, DestinationPopUp::Place sender);
 
     FilePanels& m_panels;
@@ -84,4 +115,7 @@ private:
     DestinationPopUp m_preferences{DestinationPopUp::Place::Preferences};
     QList<OpenedFolder> m_openedFolders;
     ReturnWatch m_returnWatch;
+    QByteArrayList m_listed;     ///< The folders that the pop-ups show.
+    QStringList m_listedNames;   ///< Their names.
+    bool m_isFollowing = false;  ///< followSettings() is due.
 };

@@ -83,26 +83,63 @@ QVariant SettingsStore::storedObject(const QString& key) const {
 }
 
 void SettingsStore::setObject(const QString& key, const QVariant& value) {
+    set({{key, value}}, false);
+}
+
+void SettingsStore::setTogether(const QVariantMap& values) {
+    set(values, true);
+}
+
+void SettingsStore::set(const QVariantMap& values, bool evenIfSame) {
     std::function<void(Urgency)> changeHandler;
     std::function<void(const QString&)> valueHandler;
+    QStringList differing;
     {
         const QMutexLocker lock(&m_mutex);
-        const auto found = m_stored.constFind(key);
-        const bool same = found == m_stored.cend()
-                              ? !value.isValid()
-                              : value.isValid() && found->metaType() == value.metaType() && *found == value;
-        if (same) return;
-        if (value.isValid()) {
-            m_stored.insert(key, value);
-        } else {
-            m_stored.remove(key);
+        const bool hadChanges = !m_changed.isEmpty();
+        for (auto entry = values.cbegin(); entry != values.cend(); ++entry) {
+            const QVariant& value = entry.value();
+            const auto found = m_stored.constFind(entry.key());
+            const bool same =
+                found == m_stored.cend()
+                    ? !value.isValid()
+                    : value.isValid() && found->metaType() == value.metaType() && *found == value;
+            if (!same || evenIfSame) m_changed.insert(entry.key());
+            if (same) continue;
+            differing.append(entry.key());
+            if (value.isValid()) {
+                m_stored.insert(entry.key(), value);
+            } else {
+                m_stored.remove(entry.key());
+            }
         }
-        if (m_changed.isEmpty()) changeHandler = m_changeHandler;
-        m_changed.insert(key);
+        if (!hadChanges && !m_changed.isEmpty()) changeHandler = m_changeHandler;
         valueHandler = m_valueHandler;
     }
     if (changeHandler) changeHandler(Urgency::Later);
-    if (valueHandler) valueHandler(key);
+    if (!valueHandler) return;
+    for (const QString& key : std::as_const(differing))
+        valueHandler(key);
+}
+
+void SettingsStore::readAgain() {
+    if (hasChanges()) {
+        synchronise();
+        return;
+    }
+    QStringList foreign;
+    std::function<void(const QString&)> valueHandler;
+    {
+        const QMutexLocker lock(&m_mutex);
+        QVariantMap read;
+        if (!m_changed.isEmpty() || settingsfile::read(m_filePath, read) != settingsfile::ReadResult::Read)
+            return;
+        valueHandler = m_valueHandler;
+        if (valueHandler) foreign = differingKeys(m_stored, read);
+        m_stored = read;
+    }
+    for (const QString& key : std::as_const(foreign))
+        valueHandler(key);
 }
 
 void SettingsStore::registerDefaults(const QVariantMap& defaults) {

@@ -25,6 +25,9 @@ public:
     QVariant object(const QString& key) const;
     /// An invalid variant removes the stored value.
     void setObject(const QString& key, const QVariant& value);
+    /// Sets several values of which each is wrong without the others: all of them are written to the file,
+    /// also those that are the same as before.
+    void setTogether(const QVariantMap& values);
     /// The stored value only, without overrides and defaults.
     QVariant storedObject(const QString& key) const;
 
@@ -38,6 +41,8 @@ public:
     /// the changes are kept for the next call.
     bool synchronise();
     bool hasChanges() const;
+    /// Reads what other processes have written; own changes are written, too.
+    void readAgain();
 
     /// The problem with the file, for the user; empty if there is none.
     QString problem() const;
@@ -50,10 +55,11 @@ public:
     /// Requests an early save of the changes, as the process may crash. Does nothing if there are none.
     void askToSaveSoon() const;
     /// Sets the handler that is called after the stored value of a key changed, by a write or because
-    /// synchronise() read a new value from the file; on the thread of that call and outside the store's lock.
+    /// a new value was read from the file; on the thread of that call and outside the store's lock.
     void setValueHandler(std::function<void(const QString& key)> handler);
 
 private:
+    void set(const QVariantMap& values, bool evenIfSame);
     void keepAside();
     bool write();
     bool cannotSave(const QString& reason);

@@ -5,15 +5,13 @@
 #include "convert/ConversionSettings.h"
 #include "settings/Keys.h"
 #include "settings/Settings.h"
-#include "support/base/Collections.h"
 #include "support/store/Defaults.h"
-#include "support/store/FolderAccess.h"
 #include "ui/look/Icons.h"
+#include "ui/preferences/DestinationsPage.h"
 #include "ui/preferences/LabelStyles.h"
 #include "ui/preferences/SettingChoices.h"
 #include "ui/preferences/WatchFolderPage.h"
 #include "ui/widgets/DestinationComboBox.h"
-#include "ui/widgets/ToolTip.h"
 #include "ui/widgets/WindowMenu.h"
 #include "ui_ContainerCompatible.h"
 #include "ui_ContainerCustom.h"
@@ -28,7 +26,6 @@
 
 #include <QAction>
 #include <QCloseEvent>
-#include <QDir>
 #include <QScrollArea>
 #include <QScrollBar>
 
@@ -77,7 +74,9 @@ PreferencesWindow::PreferencesWindow(Destinations& destinations, WatchFolder& wa
     addPage<Ui::PreferencesGeneral>(tr("General"), QStringLiteral("page-general"));
     QWidget* audio = addPage<Ui::PreferencesAudio>(tr("Audio"), QStringLiteral("page-audio"));
     addPage<Ui::PreferencesSubtitles>(tr("Subtitles"), QStringLiteral("page-subtitles"));
-    addPage<Ui::PreferencesDestinations>(tr("Destinations"), QStringLiteral("page-destinations"));
+    m_folders = new DestinationsPage(
+        *addPage<Ui::PreferencesDestinations>(tr("Destinations"), QStringLiteral("page-destinations")),
+        destinations);
     joinWatchFolder(
         *addPage<Ui::PreferencesWatchFolder>(tr("Watch Folder"), QStringLiteral("page-watchfolder")),
         watchFolder);
@@ -90,7 +89,6 @@ PreferencesWindow::PreferencesWindow(Destinations& destinations, WatchFolder& wa
 
     audio->findChild<QComboBox*>(QStringLiteral("languagePopUp"))->insertSeparator(1);
     addSubtitleEncodings(*findChild<QComboBox*>(QStringLiteral("encodingPopUp")));
-    joinDestinations();
     m_binder.bind(this);
     settings::ConversionPreset.onChange(this, [this] { selectConversionStyle(); });
 
@@ -145,43 +143,6 @@ void PreferencesWindow::addPageFrame(QWidget* content, const QString& name, cons
     m_list->addItem(new QListWidgetItem(symbolicIcon(icon), name));
 }
 
-void PreferencesWindow::joinDestinations() {
-    auto* box = findChild<DestinationComboBox*>(QStringLiteral("preferencesDestinationPopUp"));
-    auto* add = findChild<QPushButton*>(QStringLiteral("addFolder"));
-    auto* clear = findChild<QPushButton*>(QStringLiteral("clearFolders"));
-    DestinationPopUp& popUp = m_destinations.preferencesDestinationPopUp();
-    box->setPopUp(&popUp);
-    connect(&popUp, &DestinationPopUp::changed, this, &PreferencesWindow::showFolders);
-
-    const auto choose = [this] { m_destinations.chooseNewDestination(DestinationPopUp::Place::Preferences); };
-    const auto forget = [this] { m_destinations.clearDestinations(); };
-    connect(box, &DestinationComboBox::itemChosen, this,
-            [this](qsizetype index) { m_destinations.setDefaultDestination(index); });
-    connect(box, &DestinationComboBox::chooseRequested, this, choose);
-    connect(box, &DestinationComboBox::clearRequested, this, forget);
-    connect(add, &QPushButton::clicked, this, choose);
-    connect(clear, &QPushButton::clicked, this, forget);
-}
-
-void PreferencesWindow::showFolders() {
-    auto* list = findChild<QListWidget*>(QStringLiteral("folderList"));
-    const QVariantList bookmarks = defaultArray(kDestinationBookmarksKey).value_or(QVariantList());
-    const QVariantList names = defaultArray(kDestinationNamesKey).value_or(QVariantList());
-    list->clear();
-    for (qsizetype i = 0; i < bookmarks.size(); ++i) {
-        QString problem;
-        const auto folder = folderaccess::resolveBookmark(bookmarks[i].toByteArray(), problem);
-        auto* item =
-            new QListWidgetItem(folder ? QDir::toNativeSeparators(*folder)
-                                       : tr("%1 – cannot be used now").arg(names.value(i).toString()),
-                                list);
-        item->setToolTip(plainToolTip(folder ? *folder : problem));
-        item->setFlags(Qt::ItemIsEnabled);
-    }
-    findChild<QPushButton*>(QStringLiteral("clearFolders"))
-        ->setEnabled(collections::isNonEmptyCollection(bookmarks));
-}
-
 void PreferencesWindow::selectConversionStyle() {
     const QLayout* panes = m_customContainer->layout();
     const int chosen = static_cast<int>(settings::ConversionPreset.value());
@@ -194,7 +155,7 @@ void PreferencesWindow::refresh() {
     for (QComboBox* box : boxes)
         addAudioMethods(*box);
     m_binder.refresh();
-    showFolders();
+    m_folders->refresh();
     selectConversionStyle();
 }
 
@@ -212,7 +173,12 @@ void PreferencesWindow::showSetting(const QString& key) {
 
 void PreferencesWindow::restoreDefaults(const QWidget* page) {
     if (page->findChild<QWidget*>(QStringLiteral("watchfolderActive"))) m_watchFolder.forget();
-    if (page->findChild<DestinationComboBox*>()) m_destinations.clearDestinations();
+    if (page->findChild<DestinationComboBox*>() && !m_destinations.forgetAll()) {
+        // The folders are on the page, too.
+        m_destinations.setDefaultDestination(
+            static_cast<qsizetype>(settings::DefaultDestination.integerDefault));
+        return;
+    }
     m_binder.restoreDefaults(page);
     if (page->findChild<DestinationComboBox*>()) {
         m_destinations.rebuildDestinationPopUp();

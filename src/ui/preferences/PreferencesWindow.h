@@ -4,8 +4,8 @@
 
 #include <QWidget>
 
-class DestinationComboBox;
 class Destinations;
+class DestinationsPage;
 class QListWidget;
 class QStackedWidget;
 class WatchFolder;
@@ -44,11 +44,9 @@ private:
     template <class Form>
     void addPane(const QString& name);
     void addPageFrame(QWidget* content, const QString& name, const QString& icon);
-    void joinDestinations();
     void restoreDefaults(const QWidget* page);
     /// Shows the pane of the chosen conversion style.
     void selectConversionStyle();
-    void showFolders();
     void applyStyle();
 
     Destinations& m_destinations;
@@ -56,5 +54,6 @@ private:
     SettingsBinder m_binder;
     QListWidget* m_list = nullptr;
     QStackedWidget* m_pages = nullptr;
+    DestinationsPage* m_folders = nullptr;
     QWidget* m_customContainer = nullptr;
 };

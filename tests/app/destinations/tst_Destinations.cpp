@@ -234,6 +234,136 @@ private Q_SLOTS:
         QCOMPARE(Home::names().size(), 2);
     }
 
+    void editing_data() {
+        // stored (capitals: not there), preselected, chosen for a movie, edit, stored then, and the two
+        // numbers
+        addRows<QString, int, int, QString, QString, int, int>(
+            {{"rename", "abc", 4, 3, "rename 1 x", "axc", 4, 3},
+             {"rename to nothing", "abc", 4, 3, "rename 1  ", "abc", 4, 3},
+             {"remove one before", "abc", 4, 5, "remove 0 ", "bc", 3, 4},
+             {"remove one behind", "abc", 4, 3, "remove 2 ", "ab", 4, 3},
+             {"remove the default", "abc", 4, 5, "remove 1 ", "ac", 0, 4},
+             {"remove the chosen one", "abc", 1, 4, "remove 1 ", "ac", 1, 0},
+             {"move the default up", "abc", 5, 3, "move 2 0", "cab", 3, 4},
+             {"move the default down", "abc", 3, 3, "move 0 1", "bac", 4, 4},
+             {"move past the default", "abc", 3, 1, "move 2 0", "cab", 4, 1},
+             {"move too far", "abc", 0, 5, "move 0 9", "bca", 0, 4},
+             {"none of that number", "abc", 4, 3, "remove 3 ", "abc", 4, 3},
+             {"absent ones keep their places", "aBcd", 5, 4, "move 2 0", "dBac", 5, 5},
+             {"removal below an absent one", "abCd", 6, 3, "remove 0 ", "bCd", 4, 0},
+             {"the default is absent", "aBc", 4, 3, "rename 0 x", "xBc", 0, 3},
+             {"the default is absent and one moves", "aBc", 4, 3, "move 1 0", "cBa", 0, 4}});
+    }
+    void editing() {
+        const auto [stored, preselected, chosen, command, then, preselectedThen, chosenThen] =
+            row<QString, int, int, QString, QString, int, int>();
+        Home home;
+        QStringList folders;
+        for (const QChar letter : stored)
+            folders.append(letter.isUpper() ? home.path(letter) : home.folder(letter));
+        home.store(folders);
+        setDefaultInt(kDefaultDestinationKey, preselected);
+        Destinations& destinations = home.launch();
+        destinations.rebuildDestinationPopUp();
+        destinations.destinationPopUp().choose(chosen);
+
+        const int number = command.section(' ', 1, 1).toInt();
+        const QString argument = command.section(' ', 2);
+        if (command.startsWith("rename")) destinations.renameFolder(number, argument);
+        if (command.startsWith("remove")) destinations.removeFolder(number);
+        if (command.startsWith("move")) destinations.moveFolder(number, argument.toInt());
+
+        QString present = then;
+        present.removeIf([](QChar letter) { return letter.isUpper(); });
+        QCOMPARE(QVariant(Home::names()).toStringList().join(QString()), present);
+        QCOMPARE(defaultArray(kDestinationBookmarksKey)->size(), present.size());
+        QCOMPARE(Home::preselected(), preselectedThen);
+        QCOMPARE(destinations.preferencesDestinationPopUp().selected(), preselectedThen);
+        QCOMPARE(destinations.destinationPopUp().selected(), chosenThen);
+        for (qsizetype i = 0; i < present.size(); ++i) {
+            const Destinations::StoredFolder folder = destinations.storedFolders()[i];
+            QCOMPARE(folder.name, QString(present[i]));
+            if (!command.startsWith("rename")) QCOMPARE(folder.path, home.path(folder.name));
+        }
+        // With the absent ones, in their places.
+        for (const QChar letter : then) {
+            if (letter.isUpper()) home.folder(letter);
+        }
+        QTRY_COMPARE(QVariant(Home::names()).toStringList().join(QString()), then);
+        if (preselected == 4 && stored[1].isUpper()) QCOMPARE(Home::preselected(), 4);
+    }
+
+    void aFolderThatWasAwayHasItsNameAgain() {
+        Home home;
+        home.store({home.folder("a"), home.folder("b")});
+        home.launch().renameFolder(1, "Films");
+        for (const char* expected : {"a", "a Films"}) {
+            if (QByteArray(expected) == "a") {
+                QDir(home.path()).rmdir("b");
+            } else {
+                home.folder("b");
+            }
+            Destinations(home.panels).restoreAtLaunch();
+            QCOMPARE(QVariant(Home::names()).toStringList().join(' '), expected);
+        }
+    }
+
+    void whatAnotherProcessDidStays() {
+        Home home;
+        home.store({home.folder("a"), home.folder("b")});
+        setDefaultInt(kDefaultDestinationKey, 4);
+        Destinations& destinations = home.launch();
+        destinations.rebuildDestinationPopUp();
+        standardUserDefaults().synchronise();
+        const auto writeElsewhere = [](const QVariantMap& values) {
+            SettingsStore other(standardUserDefaults().filePath());
+            other.setTogether(values);
+            QVERIFY(other.synchronise());
+        };
+        const auto bookmarks = [&](const QStringList& names) {
+            QVariantList list;
+            for (const QString& name : names)
+                list.append(home.path(name).toUtf8());
+            return list;
+        };
+        writeElsewhere({{kDestinationBookmarksKey, bookmarks({home.folder("c"), "a", "b"})},
+                        {kDestinationNamesKey, QVariantList{"c", "a", "b"}},
+                        {kDefaultDestinationKey, qint64{5}}});
+        destinations.renameFolder(0, "x");  // "a", as far as is known here.
+        QCOMPARE(Home::names(), (QVariantList{"c", "x", "b"}));
+        QCOMPARE(Home::preselected(), 5);
+        destinations.removeFolder(0);
+        QCOMPARE(Home::preselected(), 4);
+
+        // The pop-ups follow, also without an edit here, and a name that is missing is that of the folder.
+        writeElsewhere({{kDestinationBookmarksKey, bookmarks({"b", "c"})},
+                        {kDestinationNamesKey, QVariantList{"Films"}},
+                        {kDefaultDestinationKey, qint64{3}}});
+        standardUserDefaults().readAgain();
+        QTRY_COMPARE(layoutOf(destinations.destinationPopUp()), "ask|next|-|Films|c|-|choose");
+        QCOMPARE(destinations.preferencesDestinationPopUp().selected(), 3);
+        destinations.moveFolder(1, 0);
+        QCOMPARE(Home::names(), (QVariantList{"c", "Films"}));
+        QCOMPARE(Home::preselected(), 4);
+        const SettingsStore other(standardUserDefaults().filePath());
+        QCOMPARE(other.object(kDestinationNamesKey), QVariant(Home::names()));
+    }
+
+    void forgettingAllAsks() {
+        Home home;
+        home.store({home.folder("a")});
+        Destinations& destinations = home.launch();
+        QVERIFY(!destinations.forgetAll());
+        QCOMPARE(home.presenter.shown.last().buttons.front().title, "Keep");
+        QCOMPARE(home.presenter.shown.last().window, AlertWindow::Preferences);
+        QCOMPARE(Home::names().size(), 1);
+        home.presenter.answer.response = kAlertSecondButton;
+        QVERIFY(destinations.forgetAll());
+        QVERIFY(Home::names().isEmpty());
+        QVERIFY(destinations.forgetAll());  // Nothing to ask about.
+        QCOMPARE(home.presenter.shown.size(), 2);
+    }
+
     void theLastOpenedFolderThatBeginsThePathWins() {
         Home home;
         Destinations& destinations = home.destinations;

@@ -9,6 +9,7 @@
 #include "settings/SettingsTable.h"
 #include "ui/preferences/PreferencesWindow.h"
 #include "ui/widgets/DestinationComboBox.h"
+#include "ui/widgets/ElidedLabel.h"
 
 #include <QSignalSpy>
 #include <QtWidgets>
@@ -39,6 +40,17 @@ struct Fixture {
         return control;
     }
     void click(const QString& name) { QTest::mouseClick(reach(name), Qt::LeftButton, {}, QPoint(8, 8)); }
+    /// Makes these folders the stored ones.
+    void store(const QStringList& names) {
+        QVariantList bookmarks;
+        for (const QString& name : names) {
+            QDir(home.path()).mkpath(name);
+            bookmarks.append(home.path(name).toUtf8());
+        }
+        setDefaultArray(kDestinationBookmarksKey, bookmarks);
+        setDefaultArray(kDestinationNamesKey, QVariant(names).toList());
+        destinations.rebuildPreferencesDestinationPopUp();
+    }
     void press(const QString& name, Qt::Key key) {
         reach(name)->setFocus();
         QTest::keyClick(get<QWidget>(name), key);
@@ -232,15 +244,138 @@ private Q_SLOTS:
         pick(3);
         QCOMPARE(defaultInt(kDefaultDestinationKey), 3);
         QCOMPARE(box->currentIndex(), 3);
-        const auto* list = fixture.get<QListWidget>("folderList");
-        QCOMPARE(list->item(0)->text(), fixture.home.path());
+        const auto* list = fixture.get<QTreeWidget>("folderList");
+        QCOMPARE(list->topLevelItem(0)->text(1), fixture.home.path());
         pick(0);
         QCOMPARE(defaultInt(kDefaultDestinationKey), 0);
-        pick(6);  // Clears the list.
-        QCOMPARE(list->count(), 0);
+        pick(6);  // Clears the list, after a question.
+        QCOMPARE(list->topLevelItemCount(), 1);
+        fixture.home.presenter.answer.response = kAlertSecondButton;
+        pick(6);
+        QCOMPARE(list->topLevelItemCount(), 0);
         QCOMPARE(box->currentIndex(), 0);
         fixture.destinations.preferencesDestinationPopUp().select(2);  // The separator.
         QCOMPARE(box->currentIndex(), -1);
+    }
+
+    void foldersAreEditedInTheList() {
+        Fixture fixture;
+        fixture.store({"a", "b", "c"});
+        setDefaultInt(kDefaultDestinationKey, 3);
+        fixture.show();
+        auto* list = static_cast<QTreeWidget*>(fixture.reach("folderList"));
+        const auto names = [] { return defaultObject(kDestinationNamesKey).toStringList().join(' '); };
+        const auto centre = [&](int row, int column = 0) {
+            const QModelIndex index = list->model()->index(row, column);
+            return list->visualRect(index).center();
+        };
+        const auto select = [&](int row) {
+            QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, centre(row, 1));
+        };
+        const auto type = [&](const QString& text, Qt::Key end) {
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);  // The last editor.
+            auto* editor = list->findChild<QLineEdit*>();
+            QVERIFY(editor);
+            QTest::keyClicks(editor, text);
+            QTest::keyClick(editor, end);
+        };
+        QVERIFY(!fixture.get<QWidget>("removeFolder")->isEnabled());
+        select(1);
+        QTest::keyClick(list, Qt::Key_F2);
+        type("My Films", Qt::Key_Return);
+        QTRY_COMPARE(names(), "a My Films c");
+        QCOMPARE(list->currentIndex().row(), 1);
+        QTest::keyClick(list, Qt::Key_F2);
+        type("x", Qt::Key_Escape);  // The window stays.
+        QVERIFY(fixture.window.isVisible());
+        fixture.click("renameFolder");
+        type("B", Qt::Key_Return);
+        QTRY_COMPARE(names(), "a B c");
+
+        for (const auto& [key, order, preselected] : {std::tuple(Qt::Key_Up, "B a c", 4),
+                                                      {Qt::Key_Up, "B a c", 4},
+                                                      {Qt::Key_Down, "a B c", 3},
+                                                      {Qt::Key_Down, "a c B", 3}}) {
+            QTest::keyClick(list, key, Qt::AltModifier);
+            QCOMPARE(names(), order);
+            QCOMPARE(defaultInt(kDefaultDestinationKey), preselected);
+        }
+        QVERIFY(!fixture.get<QWidget>("moveFolderDown")->isEnabled());
+        fixture.click("moveFolderUp");
+        fixture.click("moveFolderUp");
+        QCOMPARE(names(), "B a c");
+        fixture.click("moveFolderDown");
+        QCOMPARE(names(), "a B c");
+
+        // The first one behind the last.
+        QTest::mousePress(list->viewport(), Qt::LeftButton, {}, centre(0));
+        const QPoint away = centre(0) + QPoint(0, 2 * QApplication::startDragDistance());
+        QMouseEvent move(QEvent::MouseMove, away, list->viewport()->mapToGlobal(away), Qt::NoButton,
+                         Qt::LeftButton, Qt::NoModifier);
+        for (int i = 0; i < 2; ++i)  // The first one begins it.
+            QApplication::sendEvent(list->viewport(), &move);
+        const auto* drag = list->findChild<QDrag*>();
+        QVERIFY(drag);
+        const auto dropAt = [&](QPoint place, const QMimeData& data) {
+            QDragEnterEvent enter(place, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+            enter.ignore();
+            QApplication::sendEvent(list->viewport(), &enter);
+            if (!enter.isAccepted()) return false;
+            QDropEvent drop(place, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+            QApplication::sendEvent(list->viewport(), &drop);
+            return true;
+        };
+        QMimeData foreign;
+        foreign.setData("application/x-qabstractitemmodeldatalist", "x");
+        QVERIFY(!dropAt(centre(2), foreign));
+        QVERIFY(dropAt(centre(2) + QPoint(0, 5), *drag->mimeData()));
+        QCOMPARE(names(), "B c a");
+        QCOMPARE(defaultInt(kDefaultDestinationKey), 5);
+        QTest::mouseRelease(list->viewport(), Qt::LeftButton, {}, centre(2));
+
+        select(2);
+        QTest::keyClick(list, Qt::Key_Delete);
+        QCOMPARE(names(), "B c");
+        QCOMPARE(defaultInt(kDefaultDestinationKey), 0);
+        QCOMPARE(list->currentIndex().row(), 1);
+        fixture.click("removeFolder");
+        QCOMPARE(names(), "B");
+        fixture.click("clearFolders");
+        QCOMPARE(names(), "B");
+
+        // Restoring the page is no way around the question.
+        setDefaultInt(kDefaultDestinationKey, 3);
+        QTest::mouseClick(fixture.pages()->currentWidget()->findChild<QWidget*>("restoreDefaults"),
+                          Qt::LeftButton);
+        QCOMPARE(names(), "B");
+        QCOMPARE(defaultInt(kDefaultDestinationKey), 0);
+    }
+
+    void theWatchFolderNeedsAFolder() {
+        Fixture fixture;
+        fixture.show();
+        auto* active = static_cast<QCheckBox*>(fixture.reach("watchfolderActive"));
+        QVERIFY(!active->isEnabled());
+        QTest::mouseClick(active, Qt::LeftButton, {}, QPoint(8, 8));
+        QCOMPARE(defaultInt("WatchfolderActive"), 0);
+        QCOMPARE(fixture.get<QLabel>("watchfolderLabel")->text(), "No folder is chosen.");
+
+        const QString deep = "in" + QString("/a folder with a long name").repeated(8);
+        QDir(fixture.home.path()).mkpath(deep);
+        fixture.panels.folder = fixture.home.path(deep);
+        fixture.click("watchfolderAutoAdd");
+        fixture.click("watchfolderSet");
+        QCOMPARE(defaultInt("WatchfolderAutoAdd"), 1);
+        QCOMPARE(fixture.get<QLabel>("watchfolderLabel")->text(), "a folder with a long name");
+        const auto* path = fixture.get<ElidedLabel>("watchfolderPath");
+        QCOMPARE(path->text(), fixture.panels.folder);
+        QTRY_VERIFY(path->isVisible() && path->toolTip().contains("a folder with a long name/a folder"));
+        fixture.click("watchfolderActive");
+        QVERIFY(fixture.watchFolder.isWatching());
+
+        QVERIFY(QDir(fixture.home.path("in")).removeRecursively());
+        QTRY_VERIFY_WITH_TIMEOUT(!fixture.watchFolder.isWatching(), 30000);
+        QVERIFY(active->isEnabled());  // It is watched again when it is there, or not.
     }
 
     void theWheelTurnsOnlyWhatTheUserWentInto() {
