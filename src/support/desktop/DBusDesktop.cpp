@@ -32,6 +32,9 @@ QDBusMessage portalCall(const char* interface, const char* method, const QVarian
     return call;
 }
 
+constexpr auto kShow = "show";
+constexpr auto kQuit = "quit";
+
 bool isClickable(const Notification& notification) {
     return !notification.path.isEmpty() || notification.showsWindow;
 }
@@ -166,7 +169,8 @@ void DBusDesktop::notify(const Notification& notification) {
 void DBusDesktop::post(const QDBusConnection& bus, const Notification& notification) {
     QStringList actions;
     if (isClickable(notification)) actions << "default" << notification.title;
-    if (!notification.action.isEmpty()) actions << "show" << notification.action;
+    if (!notification.action.isEmpty()) actions << kShow << notification.action;
+    if (!notification.quitAction.isEmpty()) actions << kQuit << notification.quitAction;
     const QVariantMap hints{{"desktop-entry", m_desktopEntry}, {"sound-name", "message-new-instant"}};
     QDBusMessage call = QDBusMessage::createMethodCall(kNotificationService, kNotificationPath,
                                                        kNotificationService, "Notify");
@@ -199,13 +203,17 @@ void DBusDesktop::notifyThroughPortal(const QDBusConnection& bus, const Notifica
         notification.group.isEmpty() ? QString::number(++m_lastPortalNotification) : notification.group;
     QVariantMap content{{"title", notification.title}, {"body", notification.text}};
     if (isClickable(notification)) {
-        content.insert("default-action", "show");
+        content.insert("default-action", kShow);
         m_pathsOfNotifications.insert(id, notification.path);
     }
-    if (!notification.action.isEmpty()) {
+    QList<QVariantMap> buttons;
+    for (const auto& [label, action] :
+         {std::pair(notification.action, kShow), {notification.quitAction, kQuit}}) {
+        if (!label.isEmpty()) buttons.append({{"label", label}, {"action", action}});
+    }
+    if (!buttons.isEmpty()) {
         qDBusRegisterMetaType<QList<QVariantMap>>();
-        const QVariantMap button{{"label", notification.action}, {"action", "show"}};
-        content.insert("buttons", QVariant::fromValue(QList<QVariantMap>{button}));
+        content.insert("buttons", QVariant::fromValue(buttons));
     }
     sendForSure(bus, portalCall("Notification", "AddNotification", {id, content}));
 }
@@ -226,18 +234,23 @@ void DBusDesktop::listenForActions(QDBusConnection bus) {
                 SLOT(onNotificationClosed(uint, uint)));
 }
 
-void DBusDesktop::activate(const QString& id) {
+void DBusDesktop::activate(const QString& id, const QString& action) {
     const auto clicked = m_pathsOfNotifications.constFind(id);
-    if (clicked != m_pathsOfNotifications.cend())
-        Q_EMIT notificationActivated(QString(*clicked), std::exchange(m_activationToken, {}));
+    if (clicked == m_pathsOfNotifications.cend()) return;
+    const QString token = std::exchange(m_activationToken, {});
+    if (action == QLatin1StringView(kQuit)) {
+        Q_EMIT quitActivated(token);
+    } else {
+        Q_EMIT notificationActivated(QString(*clicked), token);
+    }
 }
 
 void DBusDesktop::onActivationToken(uint id, const QString& token) {
     if (m_pathsOfNotifications.contains(QString::number(id))) m_activationToken = token;
 }
 
-void DBusDesktop::onActionInvoked(uint id, const QString&) {
-    activate(QString::number(id));
+void DBusDesktop::onActionInvoked(uint id, const QString& action) {
+    activate(QString::number(id), action);
 }
 
 void DBusDesktop::onNotificationClosed(uint id, uint) {
@@ -247,8 +260,15 @@ void DBusDesktop::onNotificationClosed(uint id, uint) {
     }
 }
 
-void DBusDesktop::onPortalActionInvoked(const QString& id, const QString&, const QVariantList&) {
-    activate(id);
+void DBusDesktop::onPortalActionInvoked(const QString& id, const QString& action,
+                                        const QVariantList& parameters) {
+    // Newer portals pass it on.
+    for (const QVariant& parameter : parameters) {
+        const auto argument = parameter.value<QDBusArgument>();
+        if (argument.currentType() == QDBusArgument::MapType)
+            m_activationToken = qdbus_cast<QVariantMap>(argument).value("activation-token").toString();
+    }
+    activate(id, action);
     m_pathsOfNotifications.remove(id);
 }
 

@@ -77,7 +77,7 @@ private:
     void post(const QDBusConnection& bus, const Notification& notification);
     void onPosted(const Notification& notification, uint id);
     void notifyThroughPortal(const QDBusConnection& bus, const Notification& notification);
-    void activate(const QString& id);
+    void activate(const QString& id, const QString& action);
     void listenForActions(QDBusConnection bus);
 
     const QString m_applicationName;

@@ -16,6 +16,7 @@ struct Notification {
     /// Replaces the last one of the same group on the screen; empty: it stays beside the others.
     QString group;
     bool showsWindow = false;  ///< Without a path: a click shows the main window.
+    QString quitAction{};      ///< Title of a button that quits the application; empty: no button.
 };
 
 /// What can be done with the machine.
@@ -85,6 +86,8 @@ Q_SIGNALS:
     /// empty path, one that shows the main window. `activationToken` is the desktop's permission to bring a
     /// window to the front, if it gave one.
     void notificationActivated(const QString& path, const QString& activationToken = {});
+    /// The user clicked the button of a notification that quits.
+    void quitActivated(const QString& activationToken = {});
 };
 
 /// The desktop that the application uses; not owned. If none is set, sharedDesktop() returns one that does

@@ -1,6 +1,6 @@
 // Executes commands from standard input, one per line, on the desktop, and prints the replies on standard
 // output:
-//     inhibit | release | notify TITLE|TEXT|ACTION|PATH|GROUP | reveal PATH|PATH | open URL |
+//     inhibit | release | notify TITLE|TEXT|ACTION|PATH|GROUP|QUIT | reveal PATH|PATH | open URL |
 //     can sleep | can power-off | sleep | power-off | progress FRACTION |
 //     progress | appearance | quit
 #include "support/desktop/DBusDesktop.h"
@@ -21,6 +21,10 @@ int main(int argc, char** argv) {
                          std::printf("activated %s\n", qPrintable((path + u' ' + token).trimmed()));
                          std::fflush(stdout);
                      });
+    QObject::connect(&desktop, &Desktop::quitActivated, [](const QString& token) {
+        std::printf("quit activated %s\n", qPrintable(token));
+        std::fflush(stdout);
+    });
     QObject::connect(&desktop, &Desktop::appearanceChanged, [&desktop] {
         std::printf("%s, %s\n", desktop.prefersDark() ? "dark" : "light",
                     desktop.prefersReducedMotion() ? "still" : "moving");
@@ -36,8 +40,8 @@ int main(int argc, char** argv) {
         if (command == "release") desktop.releaseSleepAssertion(assertion);
         if (command == "notify")
             desktop.notify({rest.section(u'|', 0, 0), rest.section(u'|', 1, 1), rest.section(u'|', 2, 2),
-                            rest.section(u'|', 3, 3), rest.section(u'|', 4),
-                            !rest.section(u'|', 4).isEmpty()});
+                            rest.section(u'|', 3, 3), rest.section(u'|', 4, 4),
+                            !rest.section(u'|', 4, 4).isEmpty(), rest.section(u'|', 5)});
         const auto action = line.endsWith("sleep") ? PowerAction::Sleep : PowerAction::ShutDown;
         if (command == "can")
             desktop.askWhetherAllowed(action, &desktop, [](bool isAllowed) {

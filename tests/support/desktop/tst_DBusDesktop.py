@@ -218,6 +218,29 @@ class DesktopTest(dbusmock.DBusTestCase):
                                                  portal.GetMethodCalls("AddNotification"), "all")]
         self.assertEqual([ids.index(id) for id in ids], [0, 1, 2, 1])
 
+    def test_notification_with_a_button_that_quits(self):
+        service, path = "org.freedesktop.Notifications", "/org/freedesktop/Notifications"
+        daemon = self.mock(service, path, service, "Notify", "susssasa{sv}i", "u", "ret = 7")
+        self.probe.send("notify Goes on|text|Show||window|Quit")
+        self.probe.send("settle")
+        call = wait_until(lambda: daemon.GetMethodCalls("Notify"), "the notification")[0][1]
+        self.assertEqual(list(call[5]), ["default", "Goes on", "show", "Show", "quit", "Quit"])
+        for action, told in (("quit", "quit activated token"), ("show", "activated token")):
+            daemon.EmitSignal("", "ActivationToken", "us", [dbus.UInt32(7), "token"])
+            daemon.EmitSignal("", "ActionInvoked", "us", [dbus.UInt32(7), action])
+            self.probe.line_is(told)
+
+        self.restart("--flatpak")
+        portal = self.portal("Notification", "AddNotification", "sa{sv}", "", "")
+        for action, told in (("quit", "quit activated token"), ("show", "activated token")):
+            self.probe.send("notify Goes on|text|Show||window|Quit")
+            call = wait_until(lambda: portal.GetMethodCalls("AddNotification"), "the notification")[-1][1]
+            self.assertEqual([(str(b["label"]), str(b["action"])) for b in call[1]["buttons"]],
+                             [("Show", "show"), ("Quit", "quit")])
+            platform = dbus.Dictionary({"activation-token": "token"}, signature="sv", variant_level=1)
+            portal.EmitSignal("", "ActionInvoked", "ssav", [call[0], action, dbus.Array([platform], signature="v")])
+            self.probe.line_is(told)
+
     def test_reveal(self):
         name = "org.freedesktop.FileManager1"
         manager = self.mock(name, "/org/freedesktop/FileManager1", name, "ShowItems", "ass", "", "")
