@@ -50,11 +50,13 @@ Inputs findInputs(const QStringList& paths) {
         } else if (moviefiles::isSubtitle(path) && whyNotReadable(path).isEmpty()) {
             inputs.subtitles.append(path);
         } else if (!moviefiles::isPictureSubtitle(path)) {
-            const QString reason = whyNotReadable(path);
-            inputs.refusals.push_back(
-                {path, reason.isEmpty()
-                           ? Texts::tr("'%1' is neither a movie nor a text subtitle file.").arg(path)
-                           : reason});
+            QString reason = whyNotReadable(path);
+            if (reason.isEmpty()) {
+                reason = moviefiles::refusedType(path).isEmpty()
+                             ? Texts::tr("'%1' is neither a movie nor a text subtitle file.").arg(path)
+                             : moviefiles::whyLeftOut({path});
+            }
+            inputs.refusals.push_back({path, reason});
         }
     };
     for (const QString& given : paths) {
@@ -63,11 +65,14 @@ Inputs findInputs(const QStringList& paths) {
             sort(path);
             continue;
         }
-        const QStringList found = moviefiles::filesBelow(path);
+        QStringList leftOut;
+        const QStringList found = moviefiles::filesBelow(path, nullptr, &leftOut);
         for (const QString& file : found)
             sort(file);
         if (found.isEmpty()) {
-            inputs.refusals.push_back({path, Texts::tr("There are no movies in the folder '%1'.").arg(path)});
+            inputs.refusals.push_back(
+                {path, leftOut.isEmpty() ? Texts::tr("There are no movies in the folder '%1'.").arg(path)
+                                         : moviefiles::whyLeftOut(leftOut)});
         }
     }
     return inputs;

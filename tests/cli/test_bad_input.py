@@ -38,7 +38,8 @@ class Failures(CliTest):
             ("none.mkv", None, "There is no file"), ("empty", None, "There are no movies in the folder"),
             ("pipe.mkv", None, "is not a regular file"), ("dangling.mkv", None, "is an alias"),
             ("looped.mkv", None, "is an alias"), ("sound.mkv", movie("aac", options=("-vn",)), INVALID),
-            ("words.txt", "words", "neither a movie nor a text subtitle file"), ("nothing.mkv", "", INVALID),
+            ("words.txt", "words", "neither a movie nor a text subtitle file"),
+            ("film.m2ts", "", "does not convert movies of the type .m2ts"), ("nothing.mkv", "", INVALID),
             ("words.mkv", "words", INVALID), ("head.mkv", whole[:300], INVALID),
         ):
             with self.subTest(name):

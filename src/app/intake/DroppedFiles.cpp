@@ -16,13 +16,19 @@ namespace {
 /// Limit of the search, which blocks the drag.
 constexpr int kMaximumMilliseconds = 20;
 
-bool mayHoldMovie(const QString& folder, const QElapsedTimer& timer) {
+QString fileName(const QString& path) {
+    return QFileInfo(path).fileName();
+}
+
+/// The names of movies below it that are not accepted are appended to `leftOut`.
+bool mayHoldMovie(const QString& folder, const QElapsedTimer& timer, QStringList& leftOut) {
     QDirIterator entries(folder, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden,
                          QDirIterator::Subdirectories);
     while (entries.hasNext()) {
         const QString path = entries.next();
         if (timer.hasExpired(kMaximumMilliseconds) || (moviefiles::isMovie(path) && !QFileInfo(path).isDir()))
             return true;
+        if (!moviefiles::refusedType(path).isEmpty()) leftOut.append(fileName(path));
     }
     return false;
 }
@@ -41,8 +47,10 @@ bool isAccepted(const QStringList& paths) {
     if (std::ranges::any_of(paths, moviefiles::isMovie)) return true;
     QElapsedTimer timer;
     timer.start();
-    return std::ranges::any_of(
-        paths, [&](const QString& path) { return QFileInfo(path).isDir() && mayHoldMovie(path, timer); });
+    QStringList leftOut;
+    return std::ranges::any_of(paths, [&](const QString& path) {
+        return QFileInfo(path).isDir() && mayHoldMovie(path, timer, leftOut);
+    });
 }
 
 QString refusal(const QList<QUrl>& urls) {
@@ -50,7 +58,18 @@ QString refusal(const QList<QUrl>& urls) {
     if (dropped.isEmpty()) return Texts::tr("Only files of this computer can be dropped here.");
     if (std::ranges::all_of(dropped, moviefiles::isSubtitle))
         return Texts::tr("A subtitle file needs its movie: drop both together.");
-    const QString name = QFileInfo(dropped.first()).fileName();
+    QElapsedTimer timer;
+    timer.start();
+    QStringList leftOut;
+    for (const QString& path : dropped) {
+        if (QFileInfo(path).isDir()) {
+            mayHoldMovie(path, timer, leftOut);
+        } else if (!moviefiles::refusedType(path).isEmpty()) {
+            leftOut.append(fileName(path));
+        }
+    }
+    if (!leftOut.isEmpty()) return moviefiles::whyLeftOut(leftOut);
+    const QString name = fileName(dropped.first());
     if (dropped.size() > 1) return Texts::tr("None of these files is a movie.");
     return QFileInfo(dropped.first()).isDir() ? Texts::tr("There is no movie in the folder “%1”.").arg(name)
                                               : Texts::tr("“%1” is not a movie.").arg(name);

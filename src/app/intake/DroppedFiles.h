@@ -15,7 +15,7 @@ QStringList paths(const QList<QUrl>& urls);
 /// to be searched during the drag is accepted.
 bool isAccepted(const QStringList& paths);
 
-/// Why it is refused, in one sentence for the user.
+/// Why it is refused, in one sentence for the user. Folders are searched as for isAccepted().
 QString refusal(const QList<QUrl>& urls);
 
 }  // namespace droppedfiles

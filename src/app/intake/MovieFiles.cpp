@@ -1,6 +1,8 @@
 #include "app/intake/MovieFiles.h"
 
+#include "support/base/ApplicationInfo.h"
 #include "support/base/Files.h"
+#include "support/base/Texts.h"
 #include "support/processes/ProcessRunner.h"
 
 #include <QDir>
@@ -21,6 +23,15 @@ const QStringList& textSubtitleTypes() {
 
 constexpr QLatin1StringView kSubType("sub");
 
+/// Extensions that people know as those of movies.
+const QStringList& refusedTypes() {
+    static const QStringList types = {"m2ts", "mts",  "m2t", "m4v",  "mpeg", "mpe", "m1v", "m2v",
+                                      "vob",  "evo",  "asf", "divx", "rm",   "3gp", "3g2", "f4v",
+                                      "rmvb", "mk3d", "ogv", "qt",   "dv",   "mxf", "wtv", "tp",
+                                      "trp",  "tod",  "264", "265",  "h264", "hevc"};
+    return types;
+}
+
 QString extensionOf(const QString& path) {
     return files::pathExtension(path).toLower();
 }
@@ -34,7 +45,8 @@ bool isProgramStream(const QString& path) {
     return word && qFromLittleEndian(*word) == kPackHeader;
 }
 
-void addFilesBelow(const QString& folder, QStringList& found, const std::atomic<bool>* isStopped) {
+void addFilesBelow(const QString& folder, QStringList& found, QStringList* leftOut,
+                   const std::atomic<bool>* isStopped) {
     if (isStopped && *isStopped) return;
     QFileInfoList entries = QDir(folder).entryInfoList(
         QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System, QDir::Unsorted);
@@ -42,9 +54,11 @@ void addFilesBelow(const QString& folder, QStringList& found, const std::atomic<
               [](const QFileInfo& a, const QFileInfo& b) { return a.fileName() < b.fileName(); });
     for (const QFileInfo& entry : std::as_const(entries)) {
         if (entry.isDir()) {
-            if (!entry.isSymLink()) addFilesBelow(entry.filePath(), found, isStopped);
+            if (!entry.isSymLink()) addFilesBelow(entry.filePath(), found, leftOut, isStopped);
         } else if (isMovie(entry.filePath()) || isSubtitle(entry.filePath())) {
             found.append(entry.filePath());
+        } else if (leftOut && !refusedType(entry.filePath()).isEmpty()) {
+            leftOut->append(entry.filePath());
         }
     }
 }
@@ -62,6 +76,28 @@ QStringList acceptedFileTypes() {
 
 bool isMovie(const QString& path) {
     return movieFileTypes().contains(extensionOf(path));
+}
+
+QString refusedType(const QString& path) {
+    const QString extension = extensionOf(path);
+    return refusedTypes().contains(extension) ? extension : QString();
+}
+
+QString whyLeftOut(const QStringList& names) {
+    QStringList types;
+    for (const QString& name : names)
+        types.append(u'.' + refusedType(name));
+    types.sort();
+    types.removeDuplicates();
+    const QString application = ApplicationInfo::name();
+    if (names.size() == 1)
+        return Texts::tr("“%1” is left out: %2 does not convert movies of the type %3.")
+            .arg(names.first(), application, types.first());
+    if (types.size() == 1)
+        return Texts::tr("Movies of the type %1 are left out: %2 does not convert them.")
+            .arg(types.first(), application);
+    return Texts::tr("Movies of the types %1 are left out: %2 does not convert them.")
+        .arg(types.join(", "), application);
 }
 
 bool isSubtitle(const QString& path) {
@@ -99,17 +135,18 @@ QString subtitleFor(const QString& movie, const SubtitleFiles& subtitles) {
     return found != subtitles.cend() && found.key().startsWith(stem) ? found.value() : QString();
 }
 
-QStringList filesBelow(const QString& folder, const std::atomic<bool>* isStopped) {
+QStringList filesBelow(const QString& folder, const std::atomic<bool>* isStopped, QStringList* leftOut) {
     QStringList found;
-    addFilesBelow(folder, found, isStopped);
+    addFilesBelow(folder, found, leftOut, isStopped);
     return found;
 }
 
-QStringList withFoldersSearched(const QStringList& paths, const std::atomic<bool>* isStopped) {
+QStringList withFoldersSearched(const QStringList& paths, const std::atomic<bool>* isStopped,
+                                QStringList* leftOut) {
     QStringList result;
     for (const QString& path : paths) {
         if (QFileInfo(path).isDir()) {
-            result += filesBelow(path, isStopped);
+            result += filesBelow(path, isStopped, leftOut);
         } else {
             result.append(path);
         }

@@ -15,6 +15,10 @@ const QStringList& movieFileTypes();
 QStringList acceptedFileTypes();
 
 bool isMovie(const QString& path);
+/// The extension, in lower case, of a movie of a type that is not accepted; empty for any other file.
+QString refusedType(const QString& path);
+/// Why movies of these names are left out, in one sentence for the user. They all have a refusedType().
+QString whyLeftOut(const QStringList& names);
 /// Decided by the extension; a ".sub" file is opened, since DVD subtitles in the form of pictures have the
 /// same extension.
 bool isSubtitle(const QString& path);
@@ -39,10 +43,12 @@ QString subtitleFor(const QString& movie, const SubtitleFiles& subtitles);
 
 /// The movies and subtitle files in `folder` and below it, sorted by name. Unreadable folders are skipped;
 /// symbolic links to folders are not followed. The search ends early when `*isStopped` becomes true;
-/// `isStopped` may be null.
-QStringList filesBelow(const QString& folder, const std::atomic<bool>* isStopped = nullptr);
+/// `isStopped` and `leftOut` may be null. Movies with a refusedType() are appended to `leftOut`.
+QStringList filesBelow(const QString& folder, const std::atomic<bool>* isStopped = nullptr,
+                       QStringList* leftOut = nullptr);
 
-/// `paths` with each folder replaced by the files below it.
-QStringList withFoldersSearched(const QStringList& paths, const std::atomic<bool>* isStopped = nullptr);
+/// `paths` with each folder replaced by the files below it. `leftOut` as above, for these files.
+QStringList withFoldersSearched(const QStringList& paths, const std::atomic<bool>* isStopped = nullptr,
+                                QStringList* leftOut = nullptr);
 
 }  // namespace moviefiles
