@@ -292,9 +292,23 @@ void largeFont() {
 }
 
 void preferences() {
-    const WindowedApplication app;
+    WindowedApplication app;
+    const auto choose = [&app](const QString& name) {
+        QDir(app.path()).mkpath(name);
+        app.panels.folder = app.path(name);
+    };
+    for (const char* name :
+         {"Films", "Series/Season 1", "A disk with a very long name/and a folder in it/Movies"}) {
+        choose(name);
+        app.delegate.destinations().chooseNewDestination(DestinationPopUp::Place::Preferences);
+    }
+    app.delegate.destinations().renameFolder(2, "Series for the living room on the first floor");
+    choose("Downloads/complete/a folder with a long name/and another one with a longer name/movies");
+    app.delegate.watchFolder().watchfolderSetClicked();
     app.window->openPreferences();
     PreferencesWindow& window = *app.window->preferencesWindow();
+    auto* folders = window.findChild<QTreeWidget*>();
+    folders->setCurrentItem(folders->topLevelItem(1));
     auto* pages = window.findChild<QListWidget*>();
     for (int page = 0; page < pages->count(); ++page) {
         pages->setCurrentRow(page);
@@ -443,6 +457,7 @@ void alerts() {
         "Note that conversion will be much faster, more reliable and higher quality if you select "
         "'High Speed & Quality' in the 'Audio Conversion Settings' in the Preferences.";
     notice.icon = "ok.png";
+    notice.buttons = {AlertButton::cancelling("OK"), "Show the Preference"};
     alertOf("alert-notice", [&] { presenter.present(notice); });
     alert_nonmodal_checkbox("All done", "Ten movies were converted. They are where you wanted them.", "OK",
                             "Tell me each time", [](bool) {});

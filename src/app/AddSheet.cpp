@@ -99,9 +99,15 @@ void AddSheet::showAccepted() {
     Q_EMIT changed();
     if (m_confirmation.isAddingAll()) {
         m_confirmation.addNext(m_selectedAudio);
-    } else if (settings::AutoAdd.value()) {
+    } else if (isConfirmedByItself()) {
         addToQueue();
     }
+}
+
+bool AddSheet::isConfirmedByItself() const {
+    const bool isArrival = m_intake.drops().originOf(m_path) == Drops::Origin::WatchFolder;
+    const bool isDue = settings::AutoAdd.value() || (isArrival && settings::WatchfolderAutoAdd.value());
+    return isDue && (m_mayAsk() || !m_confirmation.needsUser());
 }
 
 /// What the user chose for a movie is kept for those that came with it.

@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QStringList>
 
+#include <functional>
 #include <optional>
 
 class Destinations;
@@ -71,6 +72,10 @@ public:
 
     void hide() { setTopConstraint(kHidden); }
 
+    /// Whether the user can be asked about a movie now that is confirmed by itself; else it waits on the
+    /// sheet.
+    void setMayAsk(std::function<bool()> mayAsk) { m_mayAsk = std::move(mayAsk); }
+
 Q_SIGNALS:
     /// Emitted for every change except those of the selected audio track and destination.
     void changed();
@@ -86,6 +91,7 @@ private:
     void showAccepted();
     void setTopConstraint(double height);
     void suggestDestination();
+    bool isConfirmedByItself() const;
 
     FileIntake& m_intake;
     JobQueue& m_queue;
@@ -96,4 +102,5 @@ private:
     QString m_path;
     int m_drop = 0;  ///< With which it came.
     qsizetype m_selectedAudio = 0;
+    std::function<bool()> m_mayAsk = [] { return true; };
 };

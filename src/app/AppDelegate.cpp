@@ -22,6 +22,7 @@
 
 #include <QFileInfo>
 #include <QPointer>
+#include <QScopedValueRollback>
 #include <QTimer>
 
 #include <algorithm>
@@ -60,7 +61,8 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
       m_store(m_queue, m_intake),
       m_lastQueue(m_store, m_queue, m_intake),
       m_endAction(m_queue, [this] { return isMoreComing(); }),
-      m_watchFolder(panels) {
+      m_watchFolder(panels),
+      m_openWindows(m_queue, [this] { return work(); }) {
     // The last file may have been skipped while added jobs waited for it.
     connect(&m_intake, &FileIntake::becameIdle, &m_queue, &JobQueue::startPostponed);
     connect(&m_queue, &JobQueue::jobEnded, this,
@@ -77,6 +79,7 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
             quitWhenDone();
     });
     connectEndAction();
+    connectWindows();
     // A window that is not painted yet may get movies, too, as from the watch folder.
     connect(&m_queue, &JobQueue::jobAdded, this, &AppDelegate::openStore);
     connect(&m_intake, &FileIntake::filesWaitingChanged, this, &AppDelegate::openStore);
@@ -91,7 +94,7 @@ AppDelegate::AppDelegate(FilePanels& panels, QObject* parent)
     connect(&m_intake, &FileIntake::scanningStarted, this, countBatch);
     connect(&m_intake, &FileIntake::filesWaitingChanged, this, countBatch);
     connect(&m_intake, &FileIntake::batchEnded, this, countBatch);
-    connect(&m_watchFolder, &WatchFolder::arrived, this, [this](const QString& path) { openFiles({path}); });
+    connect(&m_watchFolder, &WatchFolder::arrived, this, &AppDelegate::takeArrival);
     connect(&m_watchFolder, &WatchFolder::message, this, &AppDelegate::statusMessage);
     connect(&ToolReaper::shared(), &ToolReaper::becameIdle, this, &AppDelegate::announceTerminated);
 }
@@ -108,6 +111,30 @@ void AppDelegate::connectEndAction() {
     connect(&m_intake, &FileIntake::scanningStarted, &m_endAction, &EndAction::reconsider);
     connect(&m_intake, &FileIntake::becameIdle, &m_endAction, &EndAction::reconsider);
     connect(&m_lastQueue, &LastQueue::changed, &m_endAction, &EndAction::reconsider);
+}
+
+void AppDelegate::connectWindows() {
+    m_addSheet.setMayAsk([this] { return m_openWindows.isMainOpen(); });
+    connect(&m_openWindows, &OpenWindows::wentOn, this, [this](bool isConverting) {
+        if (!m_terminates) jobmessages::notifyOfClosedWindow(isConverting);
+    });
+    connect(&m_openWindows, &OpenWindows::endRequested, this, [this] { terminate(true); });
+    connect(&m_intake, &FileIntake::filesWaitingChanged, &m_openWindows, &OpenWindows::reconsider);
+    connect(&m_intake, &FileIntake::scanningStarted, &m_openWindows, &OpenWindows::reconsider);
+    connect(&m_intake, &FileIntake::becameIdle, &m_openWindows, &OpenWindows::reconsider);
+    connect(&m_lastQueue, &LastQueue::changed, &m_openWindows, &OpenWindows::reconsider);
+    connect(&m_removals, &Removals::changed, &m_openWindows, &OpenWindows::reconsider);
+    connect(&m_endAction, &EndAction::changed, &m_openWindows, &OpenWindows::reconsider);
+    connect(&m_watchFolder, &WatchFolder::changed, &m_openWindows, &OpenWindows::reconsider);
+}
+
+OpenWindows::Work AppDelegate::work() const {
+    OpenWindows::Work work;
+    work.isConverting = m_queue.jobCountWithState(JobState::Converting) > 0;
+    work.isWaiting = !m_queue.isIdle() || isMoreComing();
+    work.isExpected =
+        m_watchFolder.isExpecting() || m_removals.isOffered() || m_endAction.secondsLeft().has_value();
+    return work;
 }
 
 /// The queue is done, as far as it knows: movies of a batch may still be probed.
@@ -140,6 +167,12 @@ void AppDelegate::applicationWillFinishLaunching() {
                     sharedDesktop().reveal(path);
                 }
             });
+    connect(&sharedDesktop(), &Desktop::quitActivated, this, [this](const QString& activationToken) {
+        if (m_terminates) return;
+        // The question needs the window.
+        if (work().isConverting) Q_EMIT mainWindowRequested(activationToken);
+        terminate(true);
+    });
     m_addSheet.hide();
     QStringList missing{m_destinations.restoreAtLaunch(), m_watchFolder.resumeAtLaunch()};
     missing.removeAll(QString());
@@ -158,11 +191,14 @@ void AppDelegate::showSpeedNotice() {
     notice.message = Texts::tr(
         "Note that conversion will be much faster, more reliable and higher quality if you select 'High Speed & Quality' in the 'Audio Conversion Settings' in the Preferences, though the resulting files may not play with sound on some devices (e.g. iOS). Just try it out!");
     notice.icon = "ok.png";
+    notice.buttons = {AlertButton::cancelling(Texts::tr("OK")), Texts::tr("Show the Preference")};
     // The window does not exist yet.
-    showInTurn([notice] {
-        alertPresenter().presentSheet(notice, [](const AlertAnswer&) {
+    showInTurn([self = QPointer(this), notice] {
+        alertPresenter().presentSheet(notice, [self](const AlertAnswer& answer) {
             settings::WelcomeShown.setValue(true);
             standardUserDefaults().synchronise();
+            if (self && answer.response == kAlertSecondButton)
+                Q_EMIT self->preferenceRequested(settings::ConversionPreset.key);
         });
     });
 }
@@ -173,6 +209,9 @@ void AppDelegate::applicationShouldHandleReopen() {
 
 bool AppDelegate::applicationShouldTerminate() {
     if (m_queue.jobCountWithState(JobState::Converting) == 0) return true;
+    // A notification can be clicked while the question is open.
+    if (m_isAsking) return false;
+    const QScopedValueRollback asking(m_isAsking, true);
     return alert_apptitled(Texts::tr("Conversion is in progresss. Are you sure you want to quit?"),
                            Texts::tr("Quit"),
                            AlertButton::cancellingByDefault(Texts::tr("Cancel"))) == kAlertFirstButton;
@@ -244,15 +283,17 @@ void AppDelegate::openFiles(const QStringList& paths) {
         m_store.setSearchedPaths(m_searchedPaths);
         m_endAction.reconsider();
         dispatch_async_back([self = QPointer(this), paths, isStopped = m_isStopped] {
-            const QStringList files = moviefiles::withFoldersSearched(paths, isStopped.get());
+            QStringList leftOut;
+            const QStringList files = moviefiles::withFoldersSearched(paths, isStopped.get(), &leftOut);
             const QStringList folders = collections::filtered(paths, isFolder);
-            dispatch_async_main([self, paths, files, folders] {
+            dispatch_async_main([self, paths, files, folders, leftOut] {
                 if (!self) return;
                 for (const QString& path : paths)
                     self->m_searchedPaths.removeOne(path);
-                self->addFiles(files, folders, paths);
+                self->addFiles(files, folders, paths, leftOut);
                 self->m_store.setSearchedPaths(self->m_searchedPaths);
                 self->m_endAction.reconsider();
+                self->m_openWindows.reconsider();
             });
         });
     } else {
@@ -261,12 +302,29 @@ void AppDelegate::openFiles(const QStringList& paths) {
     Q_EMIT mainWindowRequested();
 }
 
-void AppDelegate::addFiles(const QStringList& files, const QStringList& folders, const QStringList& given) {
+void AppDelegate::takeArrival(const QString& path) {
+    if (m_terminates) return;
+    addFiles({path}, {}, {path}, {}, Drops::Origin::WatchFolder);
+    if (m_openWindows.isMainOpen()) {
+        Q_EMIT mainWindowRequested();
+    } else {
+        jobmessages::notifyOfArrival(path);
+    }
+}
+
+void AppDelegate::addFiles(const QStringList& files, const QStringList& folders, const QStringList& given,
+                           QStringList leftOut, Drops::Origin origin) {
     if (m_terminates) return;
     const bool isUseful = std::ranges::any_of(
         files, [](const QString& path) { return moviefiles::isMovie(path) || moviefiles::isSubtitle(path); });
-    showRefusal(isUseful || given.isEmpty() ? QString() : droppedfiles::refusal(urlsOf(given)));
-    m_intake.openFiles(files, folders);
+    leftOut += collections::filtered(
+        files, [](const QString& path) { return !moviefiles::refusedType(path).isEmpty(); });
+    for (QString& path : leftOut)
+        path = QFileInfo(path).fileName();
+    showRefusal(!leftOut.isEmpty()            ? moviefiles::whyLeftOut(leftOut)
+                : isUseful || given.isEmpty() ? QString()
+                                              : droppedfiles::refusal(urlsOf(given)));
+    m_intake.openFiles(files, folders, origin);
 }
 
 void AppDelegate::showRefusal(const QString& reason) {

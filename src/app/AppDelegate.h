@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AddSheet.h"
+#include "app/OpenWindows.h"
 #include "app/actions/FailureActions.h"
 #include "app/actions/JobCommands.h"
 #include "app/destinations/Destinations.h"
@@ -52,6 +53,7 @@ public:
     Removals& removals() { return m_removals; }
     LastQueue& lastQueue() { return m_lastQueue; }
     EndAction& endAction() { return m_endAction; }
+    OpenWindows& openWindows() { return m_openWindows; }
 
     /// "Version: 1.0.0" and "Build: 1".
     const QString& version() const { return m_version; }
@@ -116,7 +118,12 @@ Q_SIGNALS:
 
 private:
     void showSpeedNotice();
-    void addFiles(const QStringList& files, const QStringList& folders, const QStringList& given);
+    /// `leftOut`: movies below the folders that are not accepted.
+    void addFiles(const QStringList& files, const QStringList& folders, const QStringList& given,
+                  QStringList leftOut = {}, Drops::Origin origin = Drops::Origin::User);
+    void takeArrival(const QString& path);
+    void connectWindows();
+    OpenWindows::Work work() const;
     void showRefusal(const QString& reason);
     void announceTerminated();
     void openStore();
@@ -140,6 +147,7 @@ private:
     LastQueue m_lastQueue;
     EndAction m_endAction;
     WatchFolder m_watchFolder;
+    OpenWindows m_openWindows;
     std::unique_ptr<PXAppMovedHandler> m_moveObservation;
     Block m_successor;            ///< Starts the next instance; null: none is to be started.
     QStringList m_searchedPaths;  ///< Added paths whose folders are still being searched.
@@ -148,6 +156,7 @@ private:
     QString m_refusal;  ///< Why the last drop was refused; empty: it was accepted.
     QString m_version;
     QString m_build;
+    bool m_isAsking = false;  ///< Whether to quit.
     bool m_terminates = false;
     std::shared_ptr<std::atomic<bool>> m_isStopped = std::make_shared<std::atomic<bool>>(false);
 };

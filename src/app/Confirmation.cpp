@@ -66,6 +66,11 @@ bool Confirmation::mayKeepFolders() const {
     return selectedKind() == Kind::Folder || (selectedKind() == Kind::Ask && isOneOfMany);
 }
 
+bool Confirmation::needsUser() const {
+    return selectedKind() == Kind::Ask ||
+           (selectedKind() == Kind::NextToSource && !m_destinations.openedFolderFor(besideSource()));
+}
+
 QString Confirmation::expectedOutput() const {
     if (!m_intake.fileInfo()) return {};
     switch (selectedKind()) {
@@ -143,8 +148,12 @@ void Confirmation::addNext(qsizetype audioTrack) {
 }
 
 void Confirmation::askForDestination() {
-    m_panels.saveFile(folderOf(source()), outputname::outputFileName(m_intake.fileInfo()->fileName),
-                      outputname::outputExtension(), [this, source = source()](const QString& path) {
+    // The source cannot be replaced: do not offer its name.
+    const QString beside = besideSource();
+    const QString offered =
+        outputname::isSameFile(beside, source()) ? m_queue.uniqueDestination(beside) : beside;
+    m_panels.saveFile(folderOf(source()), QFileInfo(offered).fileName(), outputname::outputExtension(),
+                      [this, source = source()](const QString& path) {
                           if (!isStillCurrent(source)) return;
                           if (outputname::isSameFile(path, source)) {
                               alert_apptitled(text::localized(outputname::kOverwritesSource),

@@ -42,6 +42,8 @@ public:
 
     /// Whether the current movie's folder of its drop is kept below the destination, if the setting says so.
     bool mayKeepFolders() const;
+    /// Whether add() would ask the user something first.
+    bool needsUser() const;
     /// Where the current movie would be written if that name were free; empty: the user will be asked.
     QString expectedOutput() const;
 

@@ -23,6 +23,7 @@
 #include "ui/look/Icons.h"
 #include "ui/widgets/WindowMenu.h"
 #include "ui/window/MainWindow.h"
+#include "ui/window/WindowWatch.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -66,7 +67,7 @@ void describeApplication() {
     QApplication::setApplicationVersion(ApplicationInfo::version());
     QApplication::setDesktopFileName(ApplicationInfo::bundleIdentifier());
     QApplication::setWindowIcon(QIcon::fromTheme(ApplicationInfo::bundleIdentifier(), applicationIcon()));
-    // Conversions continue without a window; starting the application again shows it.
+    // What is to happen is decided by OpenWindows.
     QApplication::setQuitOnLastWindowClosed(false);
 }
 
@@ -156,6 +157,7 @@ int runApplication(int& argc, char** argv) {
         MainWindow window(delegate);
         PluginWebEngine engine;
         const Documentation documentation(delegate, engine, {symbolicIcon("job-remove"), addWindowMenu});
+        const WindowWatch watch(delegate.openWindows(), window);
         presenter.setMainWindow(&window);
         panels.setMainWindow(&window);
         connectParts(application, delegate, window, *instance, panels, presenter);

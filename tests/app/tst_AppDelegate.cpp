@@ -122,7 +122,9 @@ private Q_SLOTS:
         Launched app;
         app.queue().pauseContinueClicked(true);
         QVERIFY(app.open({"a.mp4"}));
+        app.write("a-0.mp4");
         app.saveAs(app.path("a.mp4"));
+        QCOMPARE(app.panels.requests.last().fileName, "a-1.mp4");  // Not the source's own.
         QVERIFY(app.presenter.messages().last().startsWith("You've tried to overwrite the source file"));
         QCOMPARE(app.presenter.shown.last().buttons.front().title, "D'oh");
         QCOMPARE(app.queue().count(), 0);
@@ -202,6 +204,22 @@ private Q_SLOTS:
         QVERIFY(refusal({"x.pdf", "y"}).contains("None of these files"));
         QVERIFY(refusal({"without"}).contains("no movie in the folder “without”"));
         QVERIFY(refusal({}).contains("Only files of this computer"));
+
+        app.write("disc/stream/1.M2TS");
+        const QString one = "“%1” is left out: Ravelin does not convert movies of the type %2.";
+        QCOMPARE(refusal({"a.m2ts"}), one.arg("a.m2ts", ".m2ts"));
+        QCOMPARE(refusal({"disc"}), one.arg("1.M2TS", ".m2ts"));
+        QCOMPARE(refusal({"a.m2ts", "b.vob", "c.vob"}),
+                 "Movies of the types .m2ts, .vob are left out: Ravelin does not convert them.");
+        // Beside movies that are taken, after a search, too.
+        for (const QStringList& names : {QStringList{"a.mkv", "disc/stream/1.M2TS"}, {"with", "disc"}}) {
+            QStringList paths;
+            for (const QString& name : names)
+                paths.append(app.path(name));
+            QVERIFY(refusal(names).isEmpty());
+            app.delegate.openFiles(paths);
+            QTRY_COMPARE(app.status, one.arg("1.M2TS", ".m2ts"));
+        }
     }
 
     void speedNotice() {
@@ -217,6 +235,16 @@ private Q_SLOTS:
             QCOMPARE(app.presenter.shown.size(), shown ? 1 : 0);
             QCOMPARE(defaultInt(kWelcomeShownKey), shown || wasDismissed ? 1 : 0);
             if (shown) QCOMPARE(app.presenter.shown.first().icon, "ok.png");
+        }
+        for (const long answer : {kAlertFirstButton, RecordingPresenter::kNobody, kAlertSecondButton}) {
+            Launched app(Launched::Starts::Later);
+            setDefaultInt("quillonlib_1.0.0_usages", 4);
+            app.presenter.answer.response = answer;
+            QSignalSpy preference(&app.delegate, &AppDelegate::preferenceRequested);
+            app.delegate.applicationWillFinishLaunching();
+            QCOMPARE(app.presenter.shown.first().buttons.front().title, "OK");
+            QCOMPARE(preference.value(0).value(0).toString(),
+                     answer == kAlertSecondButton ? "ConversionPreset" : "");
         }
     }
 

@@ -9,6 +9,8 @@
 #include "support/base/Texts.h"
 #include "support/desktop/Desktop.h"
 
+#include <QFileInfo>
+
 namespace jobmessages {
 
 namespace {
@@ -51,6 +53,7 @@ void notifyUser(const MKVFileInfo& info, const RunEnding& ending) {
     if (hasFailed) {
         notification.title = Texts::tr("%1 Conversion Failed").arg(name);
         notification.text = Texts::tr("%1 has failed to convert the file %2.").arg(name, info.fileName);
+        notification.showsWindow = true;
     } else {
         notification.title = Texts::tr("%1 Conversion Finished").arg(name);
         notification.text = Texts::tr("%1 has finished converting the file %2.").arg(name, info.fileName);
@@ -79,6 +82,29 @@ void notifyOfEnd(const QueueOutcome::Sum& sum) {
     notification.title = Texts::tr("%1 Queue Finished").arg(ApplicationInfo::name());
     notification.text = parts.join(", ");
     notification.group = kConvertedGroup;
+    notification.showsWindow = true;
+    sharedDesktop().notify(notification);
+}
+
+void notifyOfClosedWindow(bool isConverting) {
+    const QString name = ApplicationInfo::name();
+    Notification notification;
+    notification.title =
+        (isConverting ? Texts::tr("%1 goes on converting") : Texts::tr("%1 stays open")).arg(name);
+    notification.text = isConverting ? Texts::tr("Its window is closed.")
+                                     : Texts::tr("Its window is closed, and movies are waiting.");
+    notification.action = Texts::tr("Show");
+    notification.quitAction = Texts::tr("Quit");
+    notification.group = "window";
+    notification.showsWindow = true;
+    sharedDesktop().notify(notification);
+}
+
+void notifyOfArrival(const QString& path) {
+    Notification notification;
+    notification.title = Texts::tr("%1 Watch Folder").arg(ApplicationInfo::name());
+    notification.text = Texts::tr("The movie “%1” has arrived.").arg(QFileInfo(path).fileName());
+    notification.group = "arrived";
     notification.showsWindow = true;
     sharedDesktop().notify(notification);
 }

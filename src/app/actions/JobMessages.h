@@ -3,6 +3,7 @@
 #include "app/queue/QueueOutcome.h"
 
 class ConversionJob;
+class QString;
 
 /// What the user is told when a job ends. Main thread only.
 namespace jobmessages {
@@ -13,5 +14,11 @@ void showEnding(const ConversionJob& job);
 
 /// A notification at the end of the queue, in the place of the last one about a converted movie.
 void notifyOfEnd(const QueueOutcome::Sum& sum);
+
+/// The main window was closed, and the application goes on.
+void notifyOfClosedWindow(bool isConverting);
+
+/// A movie has arrived in the watch folder while the main window is closed.
+void notifyOfArrival(const QString& path);
 
 }  // namespace jobmessages

@@ -3,12 +3,13 @@
 #include <QDir>
 #include <QFileInfo>
 
-int Drops::add(const QStringList& files, const QStringList& folders) {
+int Drops::add(const QStringList& files, const QStringList& folders, Origin origin) {
     QStringList cleaned;
     for (const QString& folder : folders)
         cleaned.append(QDir::cleanPath(folder));
     const int number = ++m_lastNumber;
     m_folders.insert(number, cleaned);
+    if (origin == Origin::WatchFolder) m_arrivals.insert(number);
     for (const QString& file : files)
         m_numbers.insert(file, number);
     return number;
@@ -17,6 +18,11 @@ int Drops::add(const QStringList& files, const QStringList& folders) {
 void Drops::clear() {
     m_folders.clear();
     m_numbers.clear();
+    m_arrivals.clear();
+}
+
+Drops::Origin Drops::originOf(const QString& file) const {
+    return m_arrivals.contains(numberOf(file)) ? Origin::WatchFolder : Origin::User;
 }
 
 QStringList Drops::folders() const {

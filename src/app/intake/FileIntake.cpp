@@ -53,11 +53,11 @@ FileIntake::~FileIntake() {
     if (isScanning()) QThreadPool::globalInstance()->waitForDone();
 }
 
-void FileIntake::openFiles(const QStringList& paths, const QStringList& folders) {
+void FileIntake::openFiles(const QStringList& paths, const QStringList& folders, Drops::Origin origin) {
     const bool wasEmpty = m_importFiles.isEmpty();
     const moviefiles::Sorted sorted = moviefiles::sorted(paths);
     m_importSubtitleFiles.insert(sorted.subtitles);
-    m_drops.add(sorted.movies, folders);
+    m_drops.add(sorted.movies, folders, origin);
     m_importFiles = m_batch ? sorted.movies + m_importFiles : m_importFiles + sorted.movies;
     Q_EMIT filesWaitingChanged();
     // The new files follow after the running probe or the current movie.

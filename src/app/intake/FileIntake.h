@@ -38,7 +38,8 @@ public:
 
     /// The single entry for new files. The last of the waiting movies is probed first. `folders`: those that
     /// were searched for these files.
-    void openFiles(const QStringList& paths, const QStringList& folders = {});
+    void openFiles(const QStringList& paths, const QStringList& folders = {},
+                   Drops::Origin origin = Drops::Origin::User);
     /// Probes the next waiting movie; does nothing if none waits.
     void addNextFile();
     void cancelAdd() override;

@@ -219,6 +219,15 @@ bool WatchFolder::isWatching() const {
     return m_current && m_current->isRunning();
 }
 
+bool WatchFolder::isChosen() const {
+    return !settings::WatchfolderBookmark.value().isEmpty() ||
+           !settings::AbsentWatchfolderBookmark.value().isEmpty();
+}
+
+bool WatchFolder::isExpecting() const {
+    return isWatching() || (isAwaited() && !settings::AbsentWatchfolderBookmark.value().isEmpty());
+}
+
 QString WatchFolder::stateText() const {
     if (!isWatching()) {
         const QString off = Texts::tr("Off.");

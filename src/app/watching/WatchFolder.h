@@ -45,6 +45,10 @@ public:
     /// The whole path; empty: none.
     QString folder() const { return m_folder.value_or(QString()); }
     bool isWatching() const;
+    /// Whether a folder was chosen, also if it is not there now.
+    bool isChosen() const;
+    /// Whether it is watched, or will be as soon as it is there again.
+    bool isExpecting() const;
     /// The state in one sentence for the user.
     QString stateText() const;
 

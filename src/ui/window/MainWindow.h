@@ -16,8 +16,8 @@ namespace Ui {
 class MainWindow;
 }
 
-/// The main window: toolbar, add sheet, job list, and drops. Closing it only hides it; the application
-/// continues to run. Main thread only.
+/// The main window: toolbar, add sheet, job list, and drops. Closing it only hides it; see OpenWindows
+/// for what follows. Main thread only.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 

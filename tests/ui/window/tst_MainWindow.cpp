@@ -9,6 +9,7 @@
 #include "ui/widgets/ElidedLabel.h"
 #include "ui/window/JobListModel.h"
 #include "ui/window/QueueSummary.h"
+#include "ui/window/WindowWatch.h"
 
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
@@ -569,6 +570,44 @@ private Q_SLOTS:
         // The next start restores the window's geometry.
         const MainWindow next(app.delegate);
         QCOMPARE(next.size(), QSize(700, 500));
+    }
+
+    void theLastWindowThatIsClosedEndsIt() {
+        WindowedApplication app;
+        const WindowWatch watch(app.delegate.openWindows(), *app.window);
+        QSignalSpy terminating(&app.delegate, &AppDelegate::terminating);
+        app.window->openPreferences();
+        QWidget* preferences = app.window->preferencesWindow();
+        QVERIFY(QTest::qWaitForWindowActive(preferences));
+        app.window->close();
+        QTRY_VERIFY(!app.delegate.openWindows().isMainOpen());
+        QTest::keyClick(preferences, Qt::Key_W, Qt::ControlModifier);
+        QVERIFY(!preferences->isVisible());
+        QTRY_COMPARE(terminating.count(), 1);
+    }
+
+    void aClosedWindowIsSeenToGoOn() {
+        Queued app({"a.mkv"});
+        const WindowWatch watch(app.delegate.openWindows(), *app.window);
+        QSignalSpy terminating(&app.delegate, &AppDelegate::terminating);
+        QVERIFY(QTest::qWaitForWindowActive(app.window.get()));
+        QTest::keyClick(app.window.get(), Qt::Key_W, Qt::ControlModifier);
+        QTRY_COMPARE(app.desktop.notifications.size(), 1);
+        QCOMPARE(app.desktop.notifications.first().title, "Ravelin goes on converting");
+        Q_EMIT app.delegate.watchFolder().arrived(app.write("b.mkv"));
+        QTRY_VERIFY(app.isReady());
+        QVERIFY(!app.window->isVisible());
+        QCOMPARE(app.desktop.notifications.size(), 2);
+
+        Q_EMIT app.desktop.notificationActivated({}, "token");  // "Show"
+        QVERIFY(app.window->isVisible());
+        QTRY_VERIFY(app.delegate.openWindows().isMainOpen());
+        app.window->close();
+        QTRY_VERIFY(!app.delegate.openWindows().isMainOpen());
+        Q_EMIT app.desktop.quitActivated("token");  // The answer is "Cancel".
+        QVERIFY(app.window->isVisible());
+        QCOMPARE(app.presenter.shown.size(), 1);
+        QCOMPARE(terminating.count(), 0);
     }
 
     void thePlanFollowsTheChoices() {
