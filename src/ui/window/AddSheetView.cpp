@@ -26,6 +26,8 @@ AddSheetView::AddSheetView(QWidget* parent)
     m_content->installEventFilter(this);
     setUpFonts();
     m_ui->noticeLabel->setTone(colors::Tone::Warning);
+    m_ui->noticeLabel->hide();
+    m_ui->keepFoldersBox->hide();
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     accessibility::setRole(*this, QAccessible::Grouping);
     hide();
