@@ -2,7 +2,8 @@
 // converts those that are asked for, and cleans the list up. Usage: bench_queue FOLDER CONVERTED. The first
 // movie in the order of the names is to be one whose conversion lasts. Prints one JSON object with the
 // figures of each step: "gap" is the longest time between two iterations of the event loop in ms, "cpu" the
-// same in processor time of the main thread, which does not depend on what else the machine does.
+// same in processor time of the main thread, which does not depend on what else the machine does; "pss" is in
+// KiB, as are the bytes on the heap that are in use ("heap") and those that are free ("free").
 #include "app/AppDelegate.h"
 #include "support/alerts/Alert.h"
 #include "support/base/ApplicationInfo.h"
@@ -23,6 +24,7 @@
 #include <cstdio>
 #include <ctime>
 #include <functional>
+#include <malloc.h>
 #include <utility>
 #include <vector>
 
@@ -67,7 +69,11 @@ public:
         } while (!isOver());
         settle();
         m_tick.stop();
-        m_figures[name] = QJsonObject{{"gap", m_gap},
+        const struct mallinfo2 heap = mallinfo2();
+        const auto kibibytes = [](size_t bytes) { return static_cast<qint64>(bytes / 1024); };
+        m_figures[name] = QJsonObject{{"heap", kibibytes(heap.uordblks + heap.hblkhd)},
+                                      {"free", kibibytes(heap.fordblks)},
+                                      {"gap", m_gap},
                                       {"cpu", m_cpu},
                                       {"ms", whole.elapsed()},
                                       {"pss", numberIn("/proc/self/smaps_rollup", "Pss:")}};
@@ -140,7 +146,7 @@ void measure(AppDelegate& delegate, MainWindow& window, QStringList paths, int c
 
     ConversionJob* endless = queue.job(0);
     steps.repeat("tick", [&] {
-        Q_EMIT endless->progressed();
+        Q_EMIT queue.jobProgressed(endless);
         QCoreApplication::processEvents();
     });
     steps.repeat("paint", [&] { window.grab(); });
