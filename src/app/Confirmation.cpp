@@ -242,11 +242,7 @@ void Confirmation::addToTarget() {
 
 void Confirmation::addJob(const QString& output, const QString& openedFolder, bool mayReplace) {
     MKVFileInfo info = *m_intake.fileInfo();
-    if (!openedFolder.isEmpty()) {
-        // Thousands of jobs may share it.
-        if (m_openedFolder.toLocalFile() != openedFolder) m_openedFolder = QUrl::fromLocalFile(openedFolder);
-        info.securityURL = m_openedFolder;
-    }
+    if (!openedFolder.isEmpty()) info.securityURL = FileUrl::fromLocalFile(openedFolder);
     auto job = std::make_unique<ConversionJob>(m_queue, std::move(info), m_audioTrack);
     job->setDestination(output);
     job->presetSpeedInfo();

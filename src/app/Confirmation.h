@@ -7,7 +7,6 @@
 #include <QPointer>
 #include <QSet>
 #include <QString>
-#include <QUrl>
 
 #include <functional>
 #include <optional>
@@ -85,6 +84,5 @@ private:
     Destinations& m_destinations;
     FilePanels& m_panels;
     qsizetype m_audioTrack = 0;
-    QUrl m_openedFolder;  ///< Of the last job.
     std::optional<All> m_all;
 };

@@ -159,7 +159,7 @@ bool ConvertCommand::chooseDestination(MKVFileInfo& info, QString& problem) cons
             m_options.folder.isEmpty() ? QFileInfo(source).path() : absolutePath(m_options.folder);
         path = m_queue.uniqueDestination(folder + u'/' + outputname::outputFileName(info.fileName));
     }
-    info.destinationURL = QUrl::fromLocalFile(path);
+    info.destinationURL = FileUrl::fromLocalFile(path);
     return true;
 }
 

@@ -8,12 +8,10 @@
 #include "support/base/Format.h"
 #include "support/processes/Interruption.h"
 
-#include <QUrl>
-
 ProbedMovie probeMovie(const QString& path, bool asJson, Run& run) {
     if (const QString reason = whyNotReadable(path); !reason.isEmpty()) return refusedMovie(path, reason);
     ProbedMovie movie{path, {}, {}, {}};
-    MKVFileInfo::Probe probe = MKVFileInfo::probe(QUrl::fromLocalFile(path));
+    MKVFileInfo::Probe probe = MKVFileInfo::probe(FileUrl::fromLocalFile(path));
     if (Interruption::signal() != 0) return movie;
     movie.record = std::move(probe.record);
     run.presenter().subject = path;

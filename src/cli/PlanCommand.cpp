@@ -9,8 +9,6 @@
 #include "support/base/Texts.h"
 #include "support/processes/Interruption.h"
 
-#include <QUrl>
-
 namespace {
 
 /// The arguments of the conversion, with words for the files that are made when it starts.
@@ -57,7 +55,7 @@ int runPlan(const PlanOptions& options, const CommandLine& line) {
         const qsizetype track = options.audio.value_or(movie.bestTrack.value_or(0));
         if (movie.record) {
             const QString subtitle = moviefiles::subtitleFor(path, subtitles);
-            if (!subtitle.isEmpty()) movie.record->subtitleFileURL = QUrl::fromLocalFile(subtitle);
+            if (!subtitle.isEmpty()) movie.record->subtitleFileURL = FileUrl::fromLocalFile(subtitle);
             const qsizetype count = movie.record->audioTrackInformation.size();
             if (options.audio && track >= count) {
                 movie.record.reset();

@@ -31,6 +31,11 @@ std::optional<ConversionMethod> methodFor(const MKVFileInfo& info, qsizetype aud
     return calculateConversionMethod(audio->codec(), audio->isSurround(), settings);
 }
 
+/// One text takes half of the memory of a list.
+QString joined(const QStringList& arguments) {
+    return arguments.join(QChar::Null);
+}
+
 bool carriesSubtitleFile(const ConversionPlan& plan) {
     return std::any_of(plan.tracks.cbegin(), plan.tracks.cend(),
                        [](const PlannedTrack& track) { return !track.stream && track.output; });
@@ -44,16 +49,28 @@ ConversionJob::ConversionJob(JobController& controller, MKVFileInfo info, qsizet
       m_controller(controller),
       m_fileInfo(std::move(info)),
       m_audioTrackIndex(audioTrackIndex) {
-    m_request.destination = m_fileInfo.destinationURL.toLocalFile();
-    m_request.remedy = [this](const RunEnding& ending, const QString& said) {
-        return nextRemedy(ending, said);
-    };
-    m_request.deletesSource = [] { return settings::AutoRemove.value(); };
-    m_request.makeProof = [this] { return settings::ProveResults.value() ? proofOf(*m_plan) : nullptr; };
+    m_destination = m_fileInfo.destinationURL.toLocalFile();
+    m_fileInfo.contents.dropStatistics();
 }
 
 ConversionJob::~ConversionJob() {
     endRun();
+}
+
+RunRequest& ConversionJob::request() {
+    if (m_request) return *m_request;
+    m_request = std::make_unique<RunRequest>();
+    m_request->destinationIsTaken = [this](const QString& path) {
+        return m_controller.isDestinationTaken(path);
+    };
+    m_request->remedy = [this](const RunEnding& ending, const QString& said) {
+        return nextRemedy(ending, said);
+    };
+    m_request->deletesSource = [] { return settings::AutoRemove.value(); };
+    m_request->makeProof = [this] {
+        return settings::ProveResults.value() ? proofOf(m_start->plan) : nullptr;
+    };
+    return *m_request;
 }
 
 double ConversionJob::stalledSeconds() const {
@@ -73,17 +90,18 @@ bool ConversionJob::finishedError() const {
 }
 
 QStringList ConversionJob::arguments() const {
-    if (m_pastFailure) return m_pastFailure->arguments;
-    return m_run ? m_run->arguments() : QStringList();
+    if (!m_past) return m_run ? m_run->arguments() : QStringList();
+    return m_past->arguments.isEmpty() ? QStringList() : m_past->arguments.split(QChar::Null);
 }
 
 QString ConversionJob::jobOutput() const {
-    if (m_pastFailure) return m_pastFailure->output;
+    if (m_past) return m_past->output;
     return m_run ? m_run->said() : QString();
 }
 
 void ConversionJob::restoreFailure(PastFailure failure) {
-    m_pastFailure = std::move(failure);
+    m_past = std::make_unique<Past>(Past{joined(failure.arguments), std::move(failure.output), std::nullopt,
+                                         std::move(failure.explanation)});
     m_state = JobState::Failed;
 }
 
@@ -92,6 +110,7 @@ void ConversionJob::completeFileInfo(MKVFileInfo info, qsizetype audioTrackIndex
     info.subtitleFileURL = m_fileInfo.subtitleFileURL;
     info.securityURL = m_fileInfo.securityURL;
     m_fileInfo = std::move(info);
+    m_fileInfo.contents.dropStatistics();
     m_audioTrackIndex = audioTrackIndex;
     m_isUnprobed = false;
     presetSpeedInfo();
@@ -111,7 +130,9 @@ void ConversionJob::setState(JobState state) {
         holdSleepAssertion(false);
         m_stopDate = QDateTime::currentDateTime();
     }
-    if (before != state) Q_EMIT stateChanged(before, state);
+    if (before == state) return;
+    if (m_listener) m_listener->onStateChanged(*this, before, state);
+    Q_EMIT stateChanged(before, state);
 }
 
 void ConversionJob::holdSleepAssertion(bool hold) {
@@ -120,26 +141,25 @@ void ConversionJob::holdSleepAssertion(bool hold) {
 }
 
 bool ConversionJob::destinationIsWriteable() const {
-    const QString& destination = m_request.destination;
-    const bool replaces = m_request.mayReplaceDestination && QFileInfo(destination).isFile();
-    return RunJournal::canWrite(replaces ? files::uniqueFile(destination) : destination);
+    const bool replaces = m_mayReplaceDestination && QFileInfo(m_destination).isFile();
+    return RunJournal::canWrite(replaces ? files::uniqueFile(m_destination) : m_destination);
 }
 
 void ConversionJob::start() {
     Q_EMIT starting();
     holdSleepAssertion(true);
+    m_past.reset();
     completeRequest();
-    m_run = std::make_unique<ConversionRun>(m_request);
+    m_run = std::make_unique<ConversionRun>(request());
     if (!m_run->prepare()) {
-        setState(JobState::Failed);
-        Q_EMIT ended();
+        noteEnd(*std::exchange(m_run, nullptr));
         return;
     }
-    m_fileInfo.destinationURL = QUrl::fromLocalFile(m_run->output());
+    m_fileInfo.destinationURL = FileUrl::fromLocalFile(m_run->output());
     setState(JobState::Converting);
     presetSpeedInfo();
     connect(m_run.get(), &ConversionRun::launched, this, &ConversionJob::launched);
-    connect(m_run.get(), &ConversionRun::progressed, this, &ConversionJob::progressed);
+    connect(m_run.get(), &ConversionRun::progressed, this, &ConversionJob::noteProgress);
     connect(m_run.get(), &ConversionRun::ended, this, &ConversionJob::taskFinished);
     m_startDate = QDateTime::currentDateTime();
     m_run->launch();
@@ -147,7 +167,9 @@ void ConversionJob::start() {
 }
 
 void ConversionJob::completeRequest() {
-    RunRequest& request = m_request;
+    RunRequest& request = this->request();
+    request.destination = m_destination;
+    request.mayReplaceDestination = m_mayReplaceDestination;
     request.name = m_fileInfo.fileName;
     request.source = m_fileInfo.fileURL.toLocalFile();
     request.sourceBytes = m_fileInfo.fileSize;
@@ -162,14 +184,13 @@ void ConversionJob::completeRequest() {
                            methodFor(info, m_audioTrackIndex, settings) == ConversionMethod::Copy;
     if (copiesAac) {
         request.trialArguments = [info = info, stream = audio->stream()](const QString& output) mutable {
-            info.destinationURL = QUrl::fromLocalFile(output);
+            info.destinationURL = FileUrl::fromLocalFile(output);
             return trialRunArguments(info, stream);
         };
     }
-    m_remedies = {};
-    m_plan = makePlan(info, m_audioTrackIndex, settings, m_remedies);
-    request.subtitleFile = carriesSubtitleFile(*m_plan) ? subtitlePath() : QString();
-    request.arguments = argumentsFor(*m_plan);
+    m_start = std::make_unique<Start>(Start{{}, makePlan(info, m_audioTrackIndex, settings)});
+    request.subtitleFile = carriesSubtitleFile(m_start->plan) ? subtitlePath() : QString();
+    request.arguments = argumentsFor(m_start->plan);
 }
 
 ConversionJob::Effective ConversionJob::effective() const {
@@ -179,20 +200,21 @@ ConversionJob::Effective ConversionJob::effective() const {
 }
 
 std::optional<Remedy> ConversionJob::nextRemedy(const RunEnding& ending, const QString& said) {
-    const auto next = remedies::next(m_remedies, {ending, said, m_run->output()});
+    const auto next = remedies::next(m_start->remedies, {ending, said, m_run->output()});
     if (!next) return std::nullopt;
-    m_remedies = next->remedies;
+    m_start->remedies = next->remedies;
     const auto [info, settings] = effective();
     return Remedy{next->name, next->notes,
-                  argumentsFor(makePlan(info, m_audioTrackIndex, settings, m_remedies))};
+                  argumentsFor(makePlan(info, m_audioTrackIndex, settings, m_start->remedies))};
 }
 
 QString ConversionJob::subtitlePath() const {
-    return m_fileInfo.subtitleFileURL.value_or(QUrl()).toLocalFile();
+    return m_fileInfo.subtitleFileURL ? m_fileInfo.subtitleFileURL->toLocalFile() : QString();
 }
 
 ArgumentsBuilder ConversionJob::argumentsFor(const ConversionPlan& plan) const {
-    return [plan, subtitles = subtitlePath(), source = m_request.source](const RunContext& context) {
+    return [plan, subtitles = subtitlePath(),
+            source = m_fileInfo.fileURL.toLocalFile()](const RunContext& context) {
         if (carriesSubtitleFile(plan)) logInformation("Info: adding subtitles from file %@", subtitles);
         return toolArguments(plan, {source, subtitles, context.progressFile, context.output},
                              trialRunAsksForFixup(context.trialOutput));
@@ -201,12 +223,12 @@ ArgumentsBuilder ConversionJob::argumentsFor(const ConversionPlan& plan) const {
 
 std::unique_ptr<RunProof> ConversionJob::proofOf(const ConversionPlan& plan) const {
     return std::make_unique<MovieProof>(
-        ProofWorker::Request{m_request.source, m_request.subtitleFile, m_fileInfo.runtimeSeconds}, plan,
-        m_request.keepsDamaged);
+        ProofWorker::Request{m_request->source, m_request->subtitleFile, m_fileInfo.runtimeSeconds}, plan,
+        m_request->keepsDamaged);
 }
 
 ConversionPlan ConversionJob::plan() const {
-    if (m_plan && m_state != JobState::Queued) return *m_plan;
+    if (m_start && m_state != JobState::Queued) return m_start->plan;
     const auto [info, settings] = effective();
     return makePlan(info, m_audioTrackIndex, settings);
 }
@@ -230,11 +252,26 @@ QString ConversionJob::stateInfoString() const {
     return ::stateInfoString(facts);
 }
 
-void ConversionJob::taskFinished() {
-    const bool succeeded = ending()->succeeded();
+void ConversionJob::noteProgress() {
+    if (m_listener) m_listener->onProgressed(*this);
+    Q_EMIT progressed();
+}
+
+void ConversionJob::noteEnd(const ConversionRun& run) {
+    m_past = std::make_unique<Past>(Past{joined(run.arguments()), run.said(), run.ending(), std::nullopt});
+    const bool succeeded = m_past->ending->succeeded();
+    if (succeeded) m_request.reset();
     setState(succeeded ? JobState::Finished : JobState::Failed);
+    if (m_listener) m_listener->onEnded(*this);
     Q_EMIT ended();
+}
+
+void ConversionJob::taskFinished() {
+    ConversionRun* run = m_run.release();
+    run->deleteLater();  // Still emitting.
+    noteEnd(*run);
     const RunEnding ending = *this->ending();
+    const bool succeeded = ending.succeeded();
     // A damaged movie stays where it is seen.
     if (succeeded && !ending.isKnownDamaged() && settings::AutoClean.value()) remove();
     if (ending.isWhole() && ending.isDurable && settings::AutoRemove.value())
@@ -244,6 +281,7 @@ void ConversionJob::taskFinished() {
     m_controller.increaseUsages(true, true);
     if (settings::QuitAfterConversion.value() && m_controller.jobCountWithState(JobState::Converting) == 0 &&
         m_controller.jobCountWithState(JobState::Failed) == 0) {
+        if (m_listener) m_listener->onQuitRequested();
         Q_EMIT quitRequested();
     }
 }
@@ -267,17 +305,15 @@ void ConversionJob::continueJob() {
 }
 
 void ConversionJob::setDestination(const QString& path) {
-    m_request.destination = path;
-    m_request.mayReplaceDestination = false;
-    m_fileInfo.destinationURL = QUrl::fromLocalFile(path);
+    m_destination = path;
+    m_mayReplaceDestination = false;
+    m_fileInfo.destinationURL = FileUrl::fromLocalFile(path);
 }
 
 void ConversionJob::queueAgain() {
     if (m_state != JobState::Failed) return;
-    // It may still be emitting.
-    if (m_run) m_run.release()->deleteLater();
-    m_pastFailure.reset();
-    m_fileInfo.destinationURL = QUrl::fromLocalFile(m_request.destination);
+    m_past.reset();
+    m_fileInfo.destinationURL = FileUrl::fromLocalFile(m_destination);
     setState(JobState::Queued);
 }
 
@@ -295,7 +331,7 @@ void ConversionJob::endRun() {
 }
 
 failure::Explanation ConversionJob::explanation() const {
-    if (m_pastFailure) return m_pastFailure->explanation;
+    if (m_past && m_past->explanation) return *m_past->explanation;
     const auto [info, settings] = effective();
     const bool usesEmbedded =
         !settings.value(settings::DisableBuiltinSubtitles) && !info.subtitleTrackIDs.isEmpty();

@@ -12,7 +12,6 @@
 #include <QObject>
 #include <QStringList>
 
-#include <functional>
 #include <memory>
 
 /// What an earlier session left of a failed job.
@@ -35,12 +34,13 @@ public:
     /// Ends the tool. An incomplete output is deleted.
     ~ConversionJob() override;
 
+    /// Without the statistics of the streams.
     const MKVFileInfo& fileInfo() const { return m_fileInfo; }
     qsizetype audioTrackIndex() const { return m_audioTrackIndex; }
     JobState state() const { return m_state; }
-    /// Percent.
     /// Seconds without progress, from the setting `StallNotice` on; 0: it makes progress or is not running.
     double stalledSeconds() const;
+    /// Percent.
     double progress() const;
     /// True if the audio is only copied, so that the run is fast.
     bool fastmode() const { return m_fastmode; }
@@ -60,30 +60,35 @@ public:
     /// What the job produced; empty before its end, and for a failed job whose output was not compared.
     std::optional<Receipt> receipt() const;
     /// How the job ended; empty before, and for a failure of an earlier session.
-    std::optional<RunEnding> ending() const { return m_run ? m_run->ending() : std::nullopt; }
+    std::optional<RunEnding> ending() const { return m_past ? m_past->ending : std::nullopt; }
     /// The status in one line; with audio and remaining time while converting.
     QString stateInfoString() const;
     /// Why the job failed; valid for a failed job.
     failure::Explanation explanation() const;
 
+    /// Is told what happens from now on, before the signals are emitted; null: nobody.
+    void setListener(JobListener* listener) { m_listener = listener; }
+
     /// What the next run will be asked for. The members that follow from the movie are set at its start.
-    RunRequest& request() { return m_request; }
-    const RunRequest& request() const { return m_request; }
-    void setMayReplaceDestination(bool may) { m_request.mayReplaceDestination = may; }
-    void setDestinationIsTaken(std::function<bool(const QString&)> taken) {
-        m_request.destinationIsTaken = std::move(taken);
-    }
+    RunRequest& request();
+
+    /// Whether a file at the destination is replaced.
+    bool mayReplaceDestination() const { return m_mayReplaceDestination; }
+    void setMayReplaceDestination(bool may) { m_mayReplaceDestination = may; }
 
     /// What the user chose for this job alone; valid from the next start on.
     JobOverrides& overrides() { return m_overrides; }
     const JobOverrides& overrides() const { return m_overrides; }
 
     /// Where the output is to be written; see fileInfo() for where it is.
-    const QString& queuedDestination() const { return m_request.destination; }
+    const QString& queuedDestination() const { return m_destination; }
     /// Call it only while the job does not run. An existing file is not replaced.
     void setDestination(const QString& path);
     /// Whether the output can be written there.
     bool destinationIsWriteable() const;
+
+    /// Lets what the records of both movies have in common share its memory.
+    void shareFileInfo(const ConversionJob& other) { m_fileInfo.shareWith(other.m_fileInfo); }
 
     /// Computes fastmode from the chosen track.
     void presetSpeedInfo();
@@ -127,6 +132,19 @@ private:
         MKVFileInfo info;
         ConversionSettings settings;
     };
+    /// How a job ended.
+    struct Past {
+        QString arguments;                ///< Of the tool, with NUL between them; empty: it was not started.
+        QString output;                   ///< What the tool said.
+        std::optional<RunEnding> ending;  ///< Empty: in an earlier session.
+        std::optional<failure::Explanation> explanation;  ///< Of a failure of an earlier session.
+    };
+    /// What the last start did with the movie.
+    struct Start {
+        Remedies remedies;
+        ConversionPlan plan;
+    };
+
     Effective effective() const;
     void setState(JobState state);
     void holdSleepAssertion(bool hold);
@@ -135,22 +153,27 @@ private:
     std::optional<Remedy> nextRemedy(const RunEnding& ending, const QString& said);
     QString subtitlePath() const;
     ArgumentsBuilder argumentsFor(const ConversionPlan& plan) const;
+    void noteProgress();
+    void noteEnd(const ConversionRun& run);
     void taskFinished();
     void endRun();
 
     JobController& m_controller;
     MKVFileInfo m_fileInfo;
     qsizetype m_audioTrackIndex;
-    JobState m_state = JobState::Queued;
-    bool m_fastmode = false;
-    RunRequest m_request;
+    QString m_destination;
     JobOverrides m_overrides;
-    Remedies m_remedies;                   ///< Applied in the last start.
-    std::optional<ConversionPlan> m_plan;  ///< Of the last start.
-    std::unique_ptr<ConversionRun> m_run;  ///< The last one; null before the first start.
-    std::optional<PastFailure> m_pastFailure;
+    JobState m_state = JobState::Queued;
+    bool m_mayReplaceDestination = false;
+    bool m_fastmode = false;
     bool m_isUnprobed = false;
+    quint32 m_sleepAssertion = 0;
+    JobListener* m_listener = nullptr;
+    // A queue may have thousands of jobs that wait, or are over: what only some of them have is not in all.
+    std::unique_ptr<RunRequest> m_request;  ///< Null: nobody has asked for it yet.
+    std::unique_ptr<Start> m_start;         ///< Null before the first start.
+    std::unique_ptr<ConversionRun> m_run;   ///< Null before the start and after the end.
+    std::unique_ptr<Past> m_past;           ///< Null before the end.
     QDateTime m_startDate;
     QDateTime m_stopDate;
-    quint32 m_sleepAssertion = 0;
 };

@@ -16,7 +16,7 @@ QString reportText(const tool::Report& report) {
 
 }  // namespace
 
-MKVFileInfo MKVFileInfo::fromFacts(const ReportFacts& facts, const QUrl& url) {
+MKVFileInfo MKVFileInfo::fromFacts(const ReportFacts& facts, const FileUrl& url) {
     MKVFileInfo record;
     record.audioTrackInformation = facts.audioTracks;
     record.subtitleTrackIDs = facts.subtitleTrackIDs;
@@ -26,14 +26,14 @@ MKVFileInfo MKVFileInfo::fromFacts(const ReportFacts& facts, const QUrl& url) {
     record.videoTrackID = facts.videoTrackID.value_or(0);
     record.videoTrackCodec = facts.videoTrackCodec;
     record.runtimeSeconds = facts.runtimeSeconds;
-    record.fileSize = files::fileSize(url);
+    record.fileSize = files::fileSize(url.toUrl());
     record.contents = facts.contents;
     return record;
 }
 
-MKVFileInfo::Probe MKVFileInfo::probe(const QUrl& url, const std::atomic<bool>* isCancelled) {
+MKVFileInfo::Probe MKVFileInfo::probe(const FileUrl& url, const std::atomic<bool>* isCancelled) {
     const QString fileName = url.fileName();
-    if (files::fileIsAlias(url)) return {std::nullopt, {verdicts::alias(fileName)}};
+    if (files::fileIsAlias(url.toUrl())) return {std::nullopt, {verdicts::alias(fileName)}};
 
     if (const QString problem = tool::problem(); !problem.isEmpty())
         return {std::nullopt, {verdicts::toolProblem(problem)}};
@@ -49,24 +49,38 @@ MKVFileInfo::Probe MKVFileInfo::probe(const QUrl& url, const std::atomic<bool>* 
     return {fromFacts(facts, url), facts.verdicts};
 }
 
-std::optional<MKVFileInfo> MKVFileInfo::initWithURL(const QUrl& url) {
+std::optional<MKVFileInfo> MKVFileInfo::initWithURL(const FileUrl& url) {
     Probe result = probe(url);
     verdicts::deliver(result.verdicts);
     return std::move(result.record);
 }
 
-qint32 MKVFileInfo::durationOfFile(const QUrl& url) {
+qint32 MKVFileInfo::durationOfFile(const FileUrl& url) {
     const tool::Report report = tool::report(url.toLocalFile());
     if (!report.started) throw std::runtime_error(report.startError.toStdString());
     return durationInReport(reportText(report));
 }
 
+void MKVFileInfo::shareWith(const MKVFileInfo& other) {
+    const auto share = [](auto& mine, const auto& theirs) {
+        if (mine == theirs) mine = theirs;
+    };
+    share(audioTrackInformation, other.audioTrackInformation);
+    share(subtitleTrackIDs, other.subtitleTrackIDs);
+    share(informationString, other.informationString);
+    share(videoTrackCodec, other.videoTrackCodec);
+    share(securityURL, other.securityURL);
+    contents.shareWith(other.contents);
+}
+
 QString MKVFileInfo::description() const {
+    const std::optional<QUrl> subtitles =
+        subtitleFileURL ? std::optional(subtitleFileURL->toUrl()) : std::nullopt;
     const auto line = [](const char* name, const auto& value) {
         return makeString("\n%@: %@", QString(name), describe(value));
     };
     return line("audioTrackInformation", texts(audioTrackInformation)) +
            line("informationString", informationString) + line("fileName", fileName) +
            line("runtimeSeconds", runtimeSeconds) + line("fileSize", QString::number(fileSize)) +
-           line("subtitleTrackIDs", subtitleTrackIDs) + line("subtitleFileURL", subtitleFileURL);
+           line("subtitleTrackIDs", subtitleTrackIDs) + line("subtitleFileURL", subtitles);
 }

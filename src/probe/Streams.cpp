@@ -288,6 +288,30 @@ const MovieStream* MovieContents::stream(int index) const {
     return found != streams.cend() && found->index == index ? &*found : nullptr;
 }
 
+void MovieContents::dropStatistics() {
+    for (MovieStream& stream : streams) {
+        stream.bitRate = 0;
+        stream.frameCount.reset();
+        stream.seconds.reset();
+    }
+}
+
+void MovieContents::shareWith(const MovieContents& other) {
+    const auto share = [](auto& mine, const auto& theirs) {
+        if (mine == theirs) mine = theirs;
+    };
+    share(formatName, other.formatName);
+    share(title, other.title);
+    share(streams, other.streams);
+    if (streams.isSharedWith(other.streams)) return;
+    for (qsizetype i = 0; i < std::min(streams.size(), other.streams.size()); ++i) {
+        for (const auto text : {&MovieStream::codec, &MovieStream::profile, &MovieStream::language,
+                                &MovieStream::title, &MovieStream::channelLayout, &MovieStream::mimeType})
+            share(streams[i].*text, other.streams[i].*text);
+        share(streams[i].dispositions, other.streams[i].dispositions);
+    }
+}
+
 MovieContents parseContents(QStringView report, QStringView fileName) {
     MovieContents contents;
     Parser parser(contents);

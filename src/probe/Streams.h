@@ -54,6 +54,11 @@ struct MovieContents {
     /// Null: there is no such stream.
     const MovieStream* stream(int index) const;
 
+    /// Forgets the bit rates and the statistics of the streams, which differ from movie to movie of a series.
+    void dropStatistics();
+    /// Lets what is equal in both share its memory.
+    void shareWith(const MovieContents& other);
+
     bool operator==(const MovieContents&) const = default;
 };
 

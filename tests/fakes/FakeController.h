@@ -12,6 +12,7 @@ public:
     void removeJob(ConversionJob*) override { calls.append("remove"); }
     void pauseContinueClicked(bool byUser) override { calls.append(byUser ? "clicked" : "unpause"); }
     int jobCountWithState(JobState state) const override { return counts.value(static_cast<int>(state)); }
+    bool isDestinationTaken(const QString&) const override { return false; }
     void increaseUsages(bool increase, bool allow) override {
         calls.append(increase && allow ? "count" : "wrong count");
     }

@@ -61,6 +61,27 @@ private Q_SLOTS:
         QCOMPARE(home.presenter.shown.first().suppressionTitle, "Don't warn again");
     }
 
+    void equalPartsAreShared() {
+        const auto recordOf = [](const QByteArray& title) {
+            const TestHome home;
+            const FakeTool tool(home.path());
+            tool.setReport(FakeTool::report("    Stream #0:1(eng): Audio: ac3, 48000 Hz, 5.1(side)\n" +
+                                            QByteArray("    Metadata:\n      title           : ") + title +
+                                            "\n"));
+            return MKVFileInfo::initWithURL(QUrl::fromLocalFile(home.write("x.mkv"))).value();
+        };
+        const MKVFileInfo first = recordOf("One");
+        MKVFileInfo second = recordOf("Two");
+        const MovieContents before = second.contents;
+        second.shareWith(first);
+        QCOMPARE(second.contents, before);
+        QVERIFY(second.audioTrackInformation.isSharedWith(first.audioTrackInformation));
+        QVERIFY(second.contents.streams[1].codec.isSharedWith(first.contents.streams[1].codec));
+        MKVFileInfo third = recordOf("Two");
+        third.shareWith(second);
+        QVERIFY(third.contents.streams.isSharedWith(second.contents.streams));
+    }
+
     void aliasesAreNotProbed() {
         TestHome home;
         QFile::link(home.path("gone.mkv"), home.path("alias.mkv"));

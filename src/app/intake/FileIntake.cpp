@@ -101,7 +101,7 @@ void FileIntake::addNextFile() {
     Q_EMIT scanningStarted(path);
     m_isCancelled = std::make_shared<std::atomic<bool>>(false);
     dispatch_async_back([self = QPointer(this), path, subtitle, isCancelled = m_isCancelled] {
-        MKVFileInfo::Probe probe = MKVFileInfo::probe(QUrl::fromLocalFile(path), isCancelled.get());
+        MKVFileInfo::Probe probe = MKVFileInfo::probe(FileUrl::fromLocalFile(path), isCancelled.get());
         dispatch_async_main([self, path, subtitle, probe = std::move(probe)] {
             if (self) self->handleResult(path, subtitle, probe);
         });
@@ -129,7 +129,7 @@ void FileIntake::handleResult(const QString& path, const QString& subtitle, MKVF
     }
     m_fileInfo = std::move(probe.record);
     if (!subtitle.isEmpty()) {
-        m_fileInfo->subtitleFileURL = QUrl::fromLocalFile(subtitle);
+        m_fileInfo->subtitleFileURL = FileUrl::fromLocalFile(subtitle);
         m_fileInfo->informationString.replace(")", "+1)");
     }
     Q_EMIT fileAccepted();

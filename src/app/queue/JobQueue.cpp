@@ -71,6 +71,8 @@ bool JobQueue::addJob(std::unique_ptr<ConversionJob> job, const ConversionJob* a
 void JobQueue::insertJob(std::unique_ptr<ConversionJob> job, qsizetype index) {
     std::vector<Placed> one;
     ++m_destinations[job->queuedDestination()];
+    // Movies that are added one after the other are often of one series.
+    if (count() > 0) job->shareFileInfo(*this->job(std::clamp<qsizetype>(index - 1, 0, count() - 1)));
     one.push_back({index, std::move(job)});
     place(std::move(one));
 }
@@ -80,29 +82,33 @@ void JobQueue::insertJobs(std::vector<Placed> jobs) {
         ConversionJob& job = *each.job;
         const QString destination = job.queuedDestination();
         // The name of a paused job is that of its own file.
-        const bool isTaken = job.state() == JobState::Queued &&
-                             (isDestinationTaken(destination) ||
-                              (job.request().mayReplaceDestination && willWrite(destination)));
+        const bool isTaken =
+            job.state() == JobState::Queued &&
+            (isDestinationTaken(destination) || (job.mayReplaceDestination() && willWrite(destination)));
         if (isTaken) job.setDestination(uniqueDestination(destination));
         ++m_destinations[job.queuedDestination()];
     }
     place(std::move(jobs));
 }
 
-void JobQueue::follow(ConversionJob* added) {
-    connect(added, &ConversionJob::stateChanged, this, [this, added](JobState before, JobState now) {
-        countState(before, -1);
-        countState(now, +1);
-        noteDamage(added);
-        Q_EMIT jobStateChanged(added, before, now);
-        Q_EMIT titleChanged();
-    });
-    connect(added, &ConversionJob::progressed, this, [this, added] { Q_EMIT jobProgressed(added); });
-    connect(added, &ConversionJob::ended, this, [this, added] { Q_EMIT jobEnded(added); });
-    connect(added, &ConversionJob::quitRequested, this, &JobQueue::quitRequested);
-    added->setDestinationIsTaken([this](const QString& path) { return isDestinationTaken(path); });
-    countState(added->state(), +1);
-    noteDamage(added);
+void JobQueue::onStateChanged(ConversionJob& job, JobState before, JobState now) {
+    countState(before, -1);
+    countState(now, +1);
+    noteDamage(&job);
+    Q_EMIT jobStateChanged(&job, before, now);
+    Q_EMIT titleChanged();
+}
+
+void JobQueue::onProgressed(ConversionJob& job) {
+    Q_EMIT jobProgressed(&job);
+}
+
+void JobQueue::onEnded(ConversionJob& job) {
+    Q_EMIT jobEnded(&job);
+}
+
+void JobQueue::onQuitRequested() {
+    Q_EMIT quitRequested();
 }
 
 void JobQueue::place(std::vector<Placed> jobs) {
@@ -114,8 +120,11 @@ void JobQueue::place(std::vector<Placed> jobs) {
             adjacent.push_back(std::move(end->job));
         begin = end;
         const auto size = static_cast<qsizetype>(adjacent.size());
-        for (const auto& job : adjacent)
-            follow(job.get());
+        for (const auto& job : adjacent) {
+            job->setListener(this);
+            countState(job->state(), +1);
+            noteDamage(job.get());
+        }
         Q_EMIT jobsAboutToBeAdded(first, size);
         m_taskArray.insert(m_taskArray.begin() + first, std::move_iterator(adjacent.begin()),
                            std::move_iterator(adjacent.end()));
@@ -362,9 +371,8 @@ bool JobQueue::willWrite(const QString& path) const {
 }
 
 bool JobQueue::willConvert(const QString& source) const {
-    const QUrl url = QUrl::fromLocalFile(source);
     return std::ranges::any_of(m_taskArray, [&](const auto& job) {
-        return statusNotFinished(job->state()) && job->fileInfo().fileURL == url;
+        return statusNotFinished(job->state()) && job->fileInfo().fileURL.toLocalFile() == source;
     });
 }
 

@@ -17,7 +17,7 @@ class WaitingFiles;
 
 /// The queue of conversions: decides which jobs run and which comes next, and can pause all of them. Owns its
 /// jobs; index 0 is the top. Main thread only.
-class JobQueue : public QObject, public JobController {
+class JobQueue : public QObject, public JobController, private JobListener {
     Q_OBJECT
 
 public:
@@ -46,8 +46,7 @@ public:
         std::unique_ptr<ConversionJob> job;
     };
     /// Takes the jobs of these rows, which are in ascending order, off the list and hands them over in the
-    /// state that they have. Does not start another one. To put them back with insertJobs(), disconnect all
-    /// from their signals before.
+    /// state that they have. Does not start another one. Their listener is still the queue.
     std::vector<Placed> takeJobs(const QList<qsizetype>& rows);
     /// Queues jobs that were taken off the list, at their rows in ascending order; those behind the end
     /// follow at the end. A job that waits gets a free name for its output if another one has got its name
@@ -109,6 +108,7 @@ public:
     void removeJob(ConversionJob* job) override;
     void pauseContinueClicked(bool byUser) override;
     int jobCountWithState(JobState state) const override;
+    bool isDestinationTaken(const QString& path) const override;
     void increaseUsages(bool increase, bool allowFeedbackNow) override;
 
     /// How many of the finished jobs have outputs in which something is missing.
@@ -142,13 +142,17 @@ Q_SIGNALS:
 private:
     void place(std::vector<Placed> jobs);
     void endJobs(const QList<qsizetype>& rows);
-    void follow(ConversionJob* job);
     QList<qsizetype> queuedRows() const;
     void reorder(const QList<qsizetype>& rows);
     void countState(JobState state, int change);
     void noteDamage(const ConversionJob* job);
     void releaseDestination(const QString& path);
-    bool isDestinationTaken(const QString& path) const;
+
+    // JobListener
+    void onStateChanged(ConversionJob& job, JobState before, JobState now) override;
+    void onProgressed(ConversionJob& job) override;
+    void onEnded(ConversionJob& job) override;
+    void onQuitRequested() override;
 
     WaitingFiles& m_waiting;
     std::deque<std::unique_ptr<ConversionJob>> m_taskArray;

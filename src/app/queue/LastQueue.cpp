@@ -98,7 +98,7 @@ LastQueue::Found LastQueue::find(const QString& source, const std::atomic<bool>*
         found.reason = failure::explain({RunEnding::of(RunEnding::Kind::SourceGone), {}, {}});
         return found;
     }
-    MKVFileInfo::Probe probe = MKVFileInfo::probe(QUrl::fromLocalFile(source), isStopped);
+    MKVFileInfo::Probe probe = MKVFileInfo::probe(FileUrl::fromLocalFile(source), isStopped);
     found.info = std::move(probe.record);
     if (found.info) return found;
     const Verdict why =
@@ -120,15 +120,15 @@ void LastQueue::probe(const QString& source, std::function<void(const Found&)> h
 void LastQueue::bringBack(quint64 id, const StoredJob& stored, const Found& found) {
     MKVFileInfo info = found.info.value_or(MKVFileInfo());
     if (!found.info) {
-        info.fileURL = QUrl::fromLocalFile(stored.source);
+        info.fileURL = FileUrl::fromLocalFile(stored.source);
         info.fileName = info.fileURL.fileName();
     }
     const bool replaces = stored.mayReplaceDestination && QFileInfo(stored.destination).isFile();
     info.destinationURL =
-        QUrl::fromLocalFile(replaces ? stored.destination : m_queue.uniqueDestination(stored.destination));
-    if (!stored.subtitleFile.isEmpty()) info.subtitleFileURL = QUrl::fromLocalFile(stored.subtitleFile);
+        FileUrl::fromLocalFile(replaces ? stored.destination : m_queue.uniqueDestination(stored.destination));
+    if (!stored.subtitleFile.isEmpty()) info.subtitleFileURL = FileUrl::fromLocalFile(stored.subtitleFile);
     if (!stored.openedFolder.isEmpty() && folderaccess::startAccessing(stored.openedFolder))
-        info.securityURL = QUrl::fromLocalFile(stored.openedFolder);
+        info.securityURL = FileUrl::fromLocalFile(stored.openedFolder);
     const qsizetype track = audioTrackFor(stored, info);
     auto job = std::make_unique<ConversionJob>(m_queue, std::move(info), track);
     job->presetSpeedInfo();

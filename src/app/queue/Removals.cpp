@@ -38,7 +38,7 @@ void Removals::remove(const QList<ConversionJob*>& jobs) {
         job->pause();
     entry.jobs = m_queue.takeJobs(rows);
     for (const JobQueue::Placed& removed : entry.jobs)
-        removed.job->disconnect(&m_queue);
+        removed.job->setListener(nullptr);
     add(std::move(entry));
     m_queue.startNextJobInQueue();
 }

@@ -16,8 +16,8 @@ constexpr std::array kActions{FailureAction::TryAgain,          FailureAction::W
                               FailureAction::ConvertWhatIsLeft, FailureAction::ChooseAnotherFolder,
                               FailureAction::ShowPreference,    FailureAction::SendToSupport};
 
-QString pathOf(const std::optional<QUrl>& url) {
-    return url.value_or(QUrl()).toLocalFile();
+QString pathOf(const std::optional<FileUrl>& url) {
+    return url ? url->toLocalFile() : QString();
 }
 
 QJsonObject toJson(const JobOverrides& overrides) {
@@ -82,7 +82,7 @@ StoredJob storedJob(const ConversionJob& job) {
     stored.destination = job.queuedDestination();
     stored.subtitleFile = pathOf(info.subtitleFileURL);
     stored.openedFolder = pathOf(info.securityURL);
-    stored.mayReplaceDestination = job.request().mayReplaceDestination;
+    stored.mayReplaceDestination = job.mayReplaceDestination();
     stored.audioTrack = job.audioTrackIndex();
     stored.audioText = info.audioTrackInformation.value(stored.audioTrack).text;
     stored.overrides = job.overrides();

@@ -34,9 +34,9 @@ std::unique_ptr<QMimeData> dataOf(const QList<ConversionJob*>& jobs) {
     QList<QUrl> urls;
     QByteArrayList names{processName()};
     for (const ConversionJob* job : jobs) {
-        const QUrl& output = job->fileInfo().destinationURL;
+        const FileUrl& output = job->fileInfo().destinationURL;
         const bool isFile = job->state() == JobState::Finished && QFileInfo(output.toLocalFile()).isFile();
-        if (isFile) urls.append(output);
+        if (isFile) urls.append(output.toUrl());
         if (isFile || job->state() == JobState::Queued) names.append(nameOf(job));
     }
     if (names.size() == 1) return nullptr;

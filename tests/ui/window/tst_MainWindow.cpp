@@ -787,7 +787,7 @@ private Q_SLOTS:
         app.window->repaint();
         QCoreApplication::processEvents();
         app.list().viewport()->installEventFilter(&painted);
-        Q_EMIT app.job(2)->progressed();
+        Q_EMIT app.queue().jobProgressed(app.job(2));
         QTRY_VERIFY(!painted.region.isEmpty());
         QCOMPARE(painted.region.boundingRect(), app.list().visualRect(app.list().model()->index(2, 0)));
         app.list().viewport()->removeEventFilter(&painted);
@@ -853,12 +853,12 @@ private Q_SLOTS:
 
         // The running job has moved down; its progress is reported for its row only.
         QSignalSpy changed(&model, &JobListModel::dataChanged);
-        Q_EMIT app.job(1)->progressed();
+        Q_EMIT app.queue().jobProgressed(app.job(1));
         QCOMPARE(changed.count(), 1);
         QCOMPARE(changed.first().at(0).toModelIndex().row(), 1);
         QCOMPARE(changed.first().at(1).toModelIndex().row(), 1);
         app.job(0)->remove();
-        Q_EMIT app.job(0)->progressed();
+        Q_EMIT app.queue().jobProgressed(app.job(0));
         QCOMPARE(changed.last().at(0).toModelIndex().row(), 0);
         app.write("go");
         QTRY_COMPARE_WITH_TIMEOUT(app.queue().jobCountWithState(JobState::Finished), 2, 30000);
