@@ -34,7 +34,7 @@ def run(count):
                        "XDG_CONFIG_HOME": f"{folder}/config", "XDG_DATA_HOME": f"{folder}/data",
                        "XDG_RUNTIME_DIR": folder, "RAVELIN_RESOURCES": f"{folder}/resources"}
         settings = {"HasUpgradedFromPre13": 1, "DestinationBookmarks": json.dumps([f"{folder}/out"]),
-                    "DestinationNames": json.dumps(["out"]), "DefaultDestination": 3, "ProveResults": 0}
+                    "DestinationNames": json.dumps(["out"]), "DefaultDestination": 3, "ProveResults": 0, "ShowPosters": 0}
         for key, value in settings.items():
             subprocess.run([BIN / "ravelin-cli", "settings", "set", key, str(value)], env=environment, check=True)
         result = subprocess.run([BIN / "bench_queue", home / "movies", str(count)], env=environment,

@@ -11,9 +11,27 @@
 #include <QFileInfo>
 #include <QProcess>
 
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
 namespace {
 
 constexpr int kTrialLimitMilliseconds = 60000;
+
+/// System calls only.
+void giveWay() {
+    constexpr int kLeastNice = 19;
+    ::setpriority(PRIO_PROCESS, 0, kLeastNice);
+    // The C library has neither the call nor its constants.
+    constexpr int kOfProcess = 1;
+    constexpr int kIdleClass = 3;
+    constexpr int kClassShift = 13;
+    ::syscall(SYS_ioprio_set, kOfProcess, 0, kIdleClass << kClassShift);
+    const rlimit time = {tool::kBackgroundSeconds, tool::kBackgroundSeconds + 1};
+    ::setrlimit(RLIMIT_CPU, &time);
+}
 
 }  // namespace
 
@@ -37,10 +55,12 @@ QString problem() {
     return {};
 }
 
-QString prepare(QProcess& process, const QStringList& arguments, const Room& room) {
+QString prepare(QProcess& process, const QStringList& arguments, const Room& room, Effort effort) {
     process.setProgram(path());
     process.setArguments(arguments);
     childprocess::prepare(process);
+    // The cage comes last, as it replaces the child by the tool.
+    if (effort == Effort::Background) childprocess::runInChild(process, giveWay);
     const CageMode mode = settings::CageTool.value();
     cage::enclose(process, room, mode);
     return cage::refusal(mode);
@@ -74,6 +94,30 @@ QString trialRun(const QStringList& arguments, const Room& room) {
     return runAsTaskWithTerminationStatus(QStringList(path()) + arguments, nullptr, Polling::On,
                                           kTrialLimitMilliseconds, enclose)
         .value_or(QString());
+}
+
+QByteArray pipedOutput(const QStringList& arguments, const Room& room, qsizetype byteCount,
+                       int limitMilliseconds, const std::atomic<bool>& isCancelled) {
+    constexpr int kStepMilliseconds = 50;
+    QProcess process;
+    process.setStandardErrorFile(QProcess::nullDevice());
+    if (!prepare(process, arguments, room, Effort::Background).isEmpty()) return {};
+    QElapsedTimer timer;
+    timer.start();
+    process.start(QIODevice::ReadOnly);
+    if (!process.waitForStarted(-1)) return {};
+    while (process.state() != QProcess::NotRunning) {
+        // A tool that has closed its output may go on.
+        if (!process.waitForReadyRead(kStepMilliseconds)) process.waitForFinished(1);
+        if (process.bytesAvailable() > byteCount || timer.hasExpired(limitMilliseconds) || isCancelled ||
+            childprocess::waitsAreInterrupted()) {
+            childprocess::signalGroup(process, SIGKILL);
+            process.waitForFinished(-1);
+            return {};
+        }
+    }
+    QByteArray output = process.readAllStandardOutput();
+    return output.size() == byteCount ? output : QByteArray();
 }
 
 }  // namespace tool

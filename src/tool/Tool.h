@@ -10,7 +10,7 @@
 
 class QProcess;
 
-/// The bundled media tool: its path, its start, and the two short runs that block until it has ended.
+/// The bundled media tool: its path, its start, and the short runs that block until it has ended.
 namespace tool {
 
 /// `ffmpeg` in the resource folder; no other folder is searched. Any thread.
@@ -20,9 +20,19 @@ QString path();
 /// thread.
 QString problem();
 
+/// How a run shares the machine with the others.
+enum class Effort {
+    Usual,
+    Background,  ///< At the lowest priority of processor and disk, and for at most kBackgroundSeconds.
+};
+
+/// Of processor time: the time on the clock depends on what else runs.
+inline constexpr int kBackgroundSeconds = 5;
+
 /// Sets up a start of the tool that can reach nothing but `room`, depending on the setting `CageTool`.
 /// Returns why it must not be started, for the user; empty: `process.start()` may follow. Any thread.
-QString prepare(QProcess& process, const QStringList& arguments, const Room& room);
+QString prepare(QProcess& process, const QStringList& arguments, const Room& room,
+                Effort effort = Effort::Usual);
 
 /// Longer than a slow network disk needs.
 inline constexpr int kReportLimitMinutes = 5;
@@ -42,5 +52,12 @@ Report report(const QString& moviePath, const std::atomic<bool>* isCancelled = n
 /// Runs the tool with `arguments` and returns what it printed. Blocks until it has ended, for at most one
 /// minute. Any thread.
 QString trialRun(const QStringList& arguments, const Room& room);
+
+/// Runs the tool in the background and returns what it wrote to its standard output if that is exactly
+/// `byteCount` bytes, however it ended; else nothing. What it prints as messages is dropped. It is killed
+/// when it writes more, after `limitMilliseconds`, and when `*isCancelled` becomes true. Blocks, for as long
+/// as a disk that does not answer: call it in a thread that nobody waits for.
+QByteArray pipedOutput(const QStringList& arguments, const Room& room, qsizetype byteCount,
+                       int limitMilliseconds, const std::atomic<bool>& isCancelled);
 
 }  // namespace tool

@@ -45,7 +45,8 @@ class Home:
         file = self.path / "config/example.ravelin.Ravelin/settings.json"
         cli = PROGRAM.with_name("ravelin-cli")
         values = {"HasUpgradedFromPre13": 1, "DestinationBookmarks": json.dumps([str(self.out)]),
-                  "DestinationNames": json.dumps(["out"]), "DefaultDestination": 3, "AutoAdd": 1, **values}
+                  "DestinationNames": json.dumps(["out"]), "DefaultDestination": 3, "AutoAdd": 1,
+                  "ShowPosters": 0, **values}  # The stand-in tools take no posters.
         for key, value in values.items():
             subprocess.run([cli, "settings", "set", key, str(value)], env=self.environment, check=True,
                            stdout=subprocess.DEVNULL)
@@ -113,7 +114,7 @@ class Application(unittest.TestCase):
 
     def test_it_quits_by_itself_where_that_is_set(self):
         home = Home(self)
-        home.settings(QuitAfterConversion=1)
+        home.settings(QuitAfterConversion=1, ShowPosters=1)
         process = home.start(home.movie("a.mkv"), home.movie("b.mkv"))
         self.assertEqual(process.wait(LIMIT), 0)
         self.assertTrue(home.has_output("a.mp4") and home.has_output("b.mp4"))

@@ -77,6 +77,8 @@ QVariant JobListModel::data(const QModelIndex& index, int role) const {
             return jobStatus(*shown);
         case NoteRole:
             return QVariant::fromValue(jobNote(*shown));
+        case PosterRole:
+            return m_posters ? m_posters(*shown) : QPixmap();
         default:
             return {};
     }

@@ -5,6 +5,9 @@
 #include <QAbstractListModel>
 #include <QHash>
 #include <QPersistentModelIndex>
+#include <QPixmap>
+
+#include <functional>
 
 class ConversionJob;
 class JobQueue;
@@ -21,7 +24,7 @@ public:
         ProgressRole,            ///< Percent.
         StatusRole,              ///< The status in one line.
         NoteRole,                ///< JobNote
-        PosterRole               ///< QPixmap; null: none yet.
+        PosterRole,              ///< QPixmap of a frame of the movie; null: none (yet).
     };
 
     /// `queue` must outlive the model.
@@ -30,6 +33,11 @@ public:
     int rowCount(const QModelIndex& parent = {}) const override;
     /// Qt::DisplayRole is the movie's name.
     QVariant data(const QModelIndex& index, int role) const override;
+
+    /// Where PosterRole is looked up; null: there are no posters.
+    void setPosters(std::function<QPixmap(const ConversionJob& job)> posters) {
+        m_posters = std::move(posters);
+    }
 
     /// Null for an invalid index.
     ConversionJob* job(const QModelIndex& index) const;
@@ -48,6 +56,7 @@ private:
     void onSettingChanged();
 
     JobQueue& m_queue;
+    std::function<QPixmap(const ConversionJob&)> m_posters;
     /// The running jobs: their rows change when other jobs are added or removed, and Qt keeps these indexes
     /// up to date.
     QHash<const ConversionJob*, QPersistentModelIndex> m_running;

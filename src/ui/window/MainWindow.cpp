@@ -15,6 +15,7 @@
 #include "ui/window/JobDrag.h"
 #include "ui/window/JobListModel.h"
 #include "ui/window/LastQueueBar.h"
+#include "ui/window/Posters.h"
 #include "ui/window/QueueSummary.h"
 #include "ui/window/TotalProgress.h"
 #include "ui/window/UndoBar.h"
@@ -56,6 +57,7 @@ MainWindow::MainWindow(AppDelegate& delegate)
     setUpUndo();
     setUpEndAction();
     m_ui->jobListView->setJobs(m_model.get(), &delegate.jobCommands());
+    setUpPosters();
     m_ui->addSheetView->setSheet(&delegate.addSheet(), &delegate.destinations());
     const auto focusPage = [this] { m_ui->pages->currentWidget()->setFocus(); };
     connect(m_ui->addSheetView, &AddSheetView::focusReleased, this, focusPage);
@@ -158,6 +160,21 @@ void MainWindow::setUpUndo() {
     auto* bar = new UndoBar(removals, m_ui->pages);
     connect(bar, &UndoBar::focusReleased, this, [this] { m_ui->pages->currentWidget()->setFocus(); });
     setTabOrder(m_ui->jobListView, bar->undoButton());
+}
+
+void MainWindow::setUpPosters() {
+    FileIntake& intake = m_delegate.intake();
+    LastQueue& lastQueue = m_delegate.lastQueue();
+    // No movie waits for its probe while a poster is taken.
+    m_posters = new Posters(*m_ui->jobListView, [&intake, &lastQueue] {
+        return intake.isScanning() || intake.isBatch() || lastQueue.isReturning();
+    });
+    m_posters->setModel(m_model.get());
+    m_model->setPosters([this](const ConversionJob& job) { return m_posters->poster(job); });
+    connect(&intake, &FileIntake::scanningEnded, m_posters, &Posters::look);
+    connect(&intake, &FileIntake::batchEnded, m_posters, &Posters::look);
+    connect(&lastQueue, &LastQueue::changed, m_posters, &Posters::look);
+    connect(&m_delegate, &AppDelegate::terminating, m_posters, &Posters::stop);
 }
 
 void MainWindow::followQueue() {

@@ -10,6 +10,7 @@ class DetailsWindow;
 class JobListModel;
 class PreferencesWindow;
 class NoticeBar;
+class Posters;
 class QLabel;
 
 namespace Ui {
@@ -52,6 +53,7 @@ private:
     void setUpBars();
     void addBar(NoticeBar* bar);
     void setUpUndo();
+    void setUpPosters();
     void setUpEndAction();
     void followQueue();
     void announceState(ConversionJob* job);
@@ -70,6 +72,7 @@ private:
     std::unique_ptr<JobListModel> m_model;
     std::unique_ptr<PreferencesWindow> m_preferences;
     DetailsWindow* m_details = nullptr;  ///< Null until it was opened for the first time.
+    Posters* m_posters = nullptr;
     QLabel* m_summary = nullptr;
     QList<QAction*> m_jobActions;
     bool m_wasPainted = false;
