@@ -50,6 +50,10 @@ QString AddSheet::informationString() const {
     return m_intake.fileInfo() ? m_intake.fileInfo()->informationString : QString();
 }
 
+std::optional<qint32> AddSheet::runtimeSeconds() const {
+    return m_intake.fileInfo() ? m_intake.fileInfo()->runtimeSeconds : std::nullopt;
+}
+
 QStringList AddSheet::audioItems() const {
     QStringList items;
     if (!m_intake.fileInfo()) return items;

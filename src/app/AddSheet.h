@@ -40,6 +40,8 @@ public:
     qsizetype waitingCount() const;
     /// One line that describes the movie; empty while it is probed.
     QString informationString() const;
+    /// Empty while it is probed, and if the movie does not say.
+    std::optional<qint32> runtimeSeconds() const;
     /// One item for each audio track, as shown to the user.
     QStringList audioItems() const;
     /// The language, the title and the format of each of them in words; no two are the same.

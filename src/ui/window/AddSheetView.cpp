@@ -2,12 +2,14 @@
 
 #include "app/AddSheet.h"
 #include "app/destinations/Destinations.h"
+#include "settings/Settings.h"
 #include "support/base/Collections.h"
 #include "support/base/Format.h"
 #include "ui/look/Accessibility.h"
 #include "ui/look/Colors.h"
 #include "ui/look/Motion.h"
 #include "ui/widgets/Mnemonics.h"
+#include "ui/window/Posters.h"
 #include "ui_AddSheetView.h"
 
 #include <QFileInfo>
@@ -107,6 +109,7 @@ void AddSheetView::refresh() {
     m_ui->addAllButton->setVisible(waiting > 0);
     m_ui->addAllButton->setText(tr("Add A&ll (%1)").arg(waiting + 1));
     refreshAudio();
+    if (m_posters) refreshPoster();
     refreshPlan();
     refreshNotice();
     if (!isReady) return;
@@ -117,6 +120,20 @@ void AddSheetView::refresh() {
 bool AddSheetView::hasFocusWithin() const {
     const QWidget* focus = window()->focusWidget();
     return focus && isAncestorOf(focus);
+}
+
+void AddSheetView::setPosters(Posters* posters) {
+    m_posters = posters;
+    connect(posters, &Posters::changed, this, &AddSheetView::refreshPoster);
+    settings::ShowPosters.onChange(this, [this] { refreshPoster(); });
+    refreshPoster();
+}
+
+void AddSheetView::refreshPoster() {
+    m_ui->posterFrame->setVisible(settings::ShowPosters.value());
+    const bool isReady = !m_sheet->informationString().isEmpty();
+    m_ui->posterFrame->setPoster(isReady ? m_posters->poster(m_sheet->path(), m_sheet->runtimeSeconds())
+                                         : QPixmap());
 }
 
 void AddSheetView::refreshAudio() {

@@ -6,6 +6,7 @@
 
 class AddSheet;
 class Destinations;
+class Posters;
 class QVariantAnimation;
 
 namespace Ui {
@@ -25,6 +26,8 @@ public:
 
     /// Both must outlive the view.
     void setSheet(AddSheet* sheet, Destinations* destinations);
+    /// After setSheet(); `posters` must outlive the view.
+    void setPosters(Posters* posters);
     void setAddButtonTitle(const QString& title);
 
     QSize sizeHint() const override;
@@ -45,6 +48,7 @@ private:
     void setUpFonts();
     void refresh();
     void refreshAudio();
+    void refreshPoster();
     void refreshPlan();
     void refreshNotice();
     void removeSubtitleFile();
@@ -59,6 +63,7 @@ private:
     std::unique_ptr<Ui::AddSheetView> m_ui;
     QWidget* m_content = nullptr;  ///< Keeps its height while the sheet slides.
     AddSheet* m_sheet = nullptr;
+    Posters* m_posters = nullptr;
     QVariantAnimation* m_animation = nullptr;
     int m_height = 0;
     QString m_path;          ///< Of the movie that is shown.

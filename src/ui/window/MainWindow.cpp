@@ -57,8 +57,8 @@ MainWindow::MainWindow(AppDelegate& delegate)
     setUpUndo();
     setUpEndAction();
     m_ui->jobListView->setJobs(m_model.get(), &delegate.jobCommands());
-    setUpPosters();
     m_ui->addSheetView->setSheet(&delegate.addSheet(), &delegate.destinations());
+    setUpPosters();
     const auto focusPage = [this] { m_ui->pages->currentWidget()->setFocus(); };
     connect(m_ui->addSheetView, &AddSheetView::focusReleased, this, focusPage);
     connect(m_ui->jobListView, &JobListView::detailsRequested, this, &MainWindow::showDetails);
@@ -170,6 +170,7 @@ void MainWindow::setUpPosters() {
         return intake.isScanning() || intake.isBatch() || lastQueue.isReturning();
     });
     m_posters->setModel(m_model.get());
+    m_ui->addSheetView->setPosters(m_posters);
     m_model->setPosters([this](const ConversionJob& job) { return m_posters->poster(job); });
     connect(&intake, &FileIntake::scanningEnded, m_posters, &Posters::look);
     connect(&intake, &FileIntake::batchEnded, m_posters, &Posters::look);

@@ -3,6 +3,7 @@
 #include "convert/ConversionJob.h"
 #include "settings/Settings.h"
 #include "ui/window/JobListModel.h"
+#include "ui/window/PosterFrame.h"
 
 #include <QEvent>
 #include <QImage>
@@ -17,7 +18,7 @@ constexpr qsizetype kMostFailures = 10000;
 constexpr int kPauseMilliseconds = 150;
 
 QSize pixels(double scale) {
-    return {qRound(Posters::kSize.width() * scale), qRound(Posters::kSize.height() * scale)};
+    return {qRound(PosterFrame::kSize.width() * scale), qRound(PosterFrame::kSize.height() * scale)};
 }
 
 }  // namespace

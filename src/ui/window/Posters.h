@@ -28,9 +28,6 @@ public:
     /// `model`, the one of the list, must outlive this object.
     void setModel(JobListModel* model);
 
-    /// Device-independent pixels.
-    static constexpr QSize kSize{96, 54};
-
     /// Null: there is none, or not yet.
     QPixmap poster(const ConversionJob& job) const;
     /// The same, and takes it if there is none yet, in front of those of the rows. changed() follows. Only

@@ -1,5 +1,6 @@
 #include "fakes/WindowedApplication.h"
 #include "ui/window/JobListModel.h"
+#include "ui/window/PosterFrame.h"
 #include "ui/window/Posters.h"
 
 #include <QSignalSpy>
@@ -69,7 +70,7 @@ private Q_SLOTS:
         app.fill();
         QTRY_COMPARE_WITH_TIMEOUT(app.rowsWithPosters(), app.rowsInView(), kPatience);
         QVERIFY(!app.hasPoster(kRows - 1));
-        QCOMPARE(app.posterOf(0).deviceIndependentSize(), QSizeF(Posters::kSize));
+        QCOMPARE(app.posterOf(0).deviceIndependentSize(), QSizeF(PosterFrame::kSize));
 
         app.list().setFocus();
         QTest::keyClick(&app.list(), Qt::Key_End);
