@@ -118,6 +118,8 @@ void AppDelegate::connectWindows() {
     connect(&m_openWindows, &OpenWindows::wentOn, this, [this](bool isConverting) {
         if (!m_terminates) jobmessages::notifyOfClosedWindow(isConverting);
     });
+    connect(&m_openWindows, &OpenWindows::settled, this, &jobmessages::withdrawClosedWindow);
+    connect(this, &AppDelegate::terminating, &jobmessages::withdrawClosedWindow);
     connect(&m_openWindows, &OpenWindows::endRequested, this, [this] { terminate(true); });
     connect(&m_intake, &FileIntake::filesWaitingChanged, &m_openWindows, &OpenWindows::reconsider);
     connect(&m_intake, &FileIntake::scanningStarted, &m_openWindows, &OpenWindows::reconsider);

@@ -31,7 +31,8 @@ void OpenWindows::set(bool isMainOpen, bool areOthersOpen) {
     if (isMainOpen) m_hasUnseenTrouble = false;
     if (wasMainOpen && !isMainOpen) {
         const Work work = m_work();
-        if (work.isConverting || work.isWaiting) Q_EMIT wentOn(work.isConverting);
+        m_hasGoneOn = work.isConverting || work.isWaiting;
+        if (m_hasGoneOn) Q_EMIT wentOn(work.isConverting);
     }
     const bool isLastClosed = (wasMainOpen || wereOthersOpen) && !isMainOpen && !areOthersOpen;
     if (isLastClosed && isDone()) {
@@ -48,6 +49,13 @@ bool OpenWindows::isDone() const {
 }
 
 void OpenWindows::reconsider() {
+    if (m_hasGoneOn) {
+        const Work work = m_work();
+        if (m_isMainOpen || (!work.isConverting && !work.isWaiting)) {
+            m_hasGoneOn = false;
+            Q_EMIT settled();
+        }
+    }
     if (!isDone()) {
         m_patience.stop();
     } else if (!m_patience.isActive()) {

@@ -41,6 +41,8 @@ public:
 Q_SIGNALS:
     /// The main window was closed while movies are converted, or while some wait.
     void wentOn(bool isConverting);
+    /// What wentOn() said holds no longer.
+    void settled();
     /// The application is to quit.
     void endRequested();
 
@@ -52,5 +54,6 @@ private:
     QTimer m_patience;
     bool m_isMainOpen = true;
     bool m_areOthersOpen = false;
+    bool m_hasGoneOn = false;         ///< Until settled().
     bool m_hasUnseenTrouble = false;  ///< Since the main window was closed.
 };

@@ -109,6 +109,9 @@ private Q_SLOTS:
         QCOMPARE(told.title, title);
         QCOMPARE(told.action + ' ' + told.quitAction, "Show Quit");
         QVERIFY(told.showsWindow);
+        QVERIFY(app.desktop.withdrawn.isEmpty());
+        windows.set(true, false);
+        QCOMPARE(app.desktop.withdrawn, QStringList(told.group));
     }
 
     void laterItEndsByItself_data() {
@@ -126,6 +129,7 @@ private Q_SLOTS:
             app.queue(), [&] { return OpenWindows::Work{.isConverting = !app.queue().isIdle()}; },
             std::chrono::milliseconds(0));
         QSignalSpy end(&windows, &OpenWindows::endRequested);
+        QSignalSpy settled(&windows, &OpenWindows::settled);
         QVERIFY(app.confirm("a.mkv"));
         windows.set(false, false);
         app.write("go");
@@ -133,6 +137,7 @@ private Q_SLOTS:
         QCoreApplication::processEvents();  // Its timer does not wait.
         if (ends) {
             QTRY_COMPARE(end.count(), 1);
+            QCOMPARE(settled.count(), 1);
             return;
         }
         QCOMPARE(end.count(), 0);

@@ -25,6 +25,9 @@ public:
         handler(powerError);
     }
     void notify(const Notification& notification) override { notifications.append(notification); }
+    void withdraw(const QString& group) override {
+        if (!group.isEmpty()) withdrawn.append(group);
+    }
     void reveal(const QString& path) override { revealed.append(path); }
     bool moveToTrash(const QString& path) override {
         trashed.append(path);
@@ -47,6 +50,7 @@ public:
     QList<PowerAction> carriedOut;
     QString powerError;  ///< Why it is refused; empty: it is not.
     QList<Notification> notifications;
+    QStringList withdrawn;
     QStringList revealed;
     QStringList trashed;
     QList<QUrl> opened;

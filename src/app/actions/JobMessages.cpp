@@ -45,6 +45,7 @@ void showUrgent(const ConversionJob& job, const RunEnding& ending) {
 /// A damaged or failed movie stays on the screen until the user has seen it; of the others the last is
 /// enough.
 constexpr auto kConvertedGroup = "converted";
+constexpr auto kWindowGroup = "window";
 
 void notifyUser(const MKVFileInfo& info, const RunEnding& ending) {
     const bool hasFailed = !ending.succeeded();
@@ -86,6 +87,10 @@ void notifyOfEnd(const QueueOutcome::Sum& sum) {
     sharedDesktop().notify(notification);
 }
 
+void withdrawClosedWindow() {
+    sharedDesktop().withdraw(kWindowGroup);
+}
+
 void notifyOfClosedWindow(bool isConverting) {
     const QString name = ApplicationInfo::name();
     Notification notification;
@@ -95,7 +100,7 @@ void notifyOfClosedWindow(bool isConverting) {
                                      : Texts::tr("Its window is closed, and movies are waiting.");
     notification.action = Texts::tr("Show");
     notification.quitAction = Texts::tr("Quit");
-    notification.group = "window";
+    notification.group = kWindowGroup;
     notification.showsWindow = true;
     sharedDesktop().notify(notification);
 }

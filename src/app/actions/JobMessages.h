@@ -17,6 +17,8 @@ void notifyOfEnd(const QueueOutcome::Sum& sum);
 
 /// The main window was closed, and the application goes on.
 void notifyOfClosedWindow(bool isConverting);
+/// It no longer does, or its window is open again.
+void withdrawClosedWindow();
 
 /// A movie has arrived in the watch folder while the main window is closed.
 void notifyOfArrival(const QString& path);

@@ -195,7 +195,33 @@ void DBusDesktop::onPosted(const Notification& notification, uint id) {
     if (id != 0) group.shown = id;
     const auto next = std::exchange(group.next, std::nullopt);
     const auto bus = buses::session();
+    if (std::exchange(group.isWithdrawn, false) && bus) closeShown(*bus, group);
     if (next && bus) post(*bus, *next);
+}
+
+void DBusDesktop::withdraw(const QString& group) {
+    const auto bus = buses::session();
+    if (!bus) return;
+    if (m_insideFlatpak) {
+        if (m_pathsOfNotifications.remove(group))
+            sendForSure(*bus, portalCall("Notification", "RemoveNotification", {group}));
+        return;
+    }
+    const auto found = m_groups.find(group);
+    if (found == m_groups.end()) return;
+    found->next.reset();
+    found->isWithdrawn = found->isAwaited;
+    closeShown(*bus, *found);
+}
+
+void DBusDesktop::closeShown(const QDBusConnection& bus, Group& group) {
+    const uint id = std::exchange(group.shown, 0);
+    if (id == 0) return;
+    m_pathsOfNotifications.remove(QString::number(id));
+    QDBusMessage call = QDBusMessage::createMethodCall(kNotificationService, kNotificationPath,
+                                                       kNotificationService, "CloseNotification");
+    call.setArguments({id});
+    sendForSure(bus, call);
 }
 
 void DBusDesktop::notifyThroughPortal(const QDBusConnection& bus, const Notification& notification) {

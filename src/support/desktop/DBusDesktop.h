@@ -35,6 +35,7 @@ public:
     void carryOut(PowerAction action, QObject* context,
                   const std::function<void(const QString&)>& handler) override;
     void notify(const Notification& notification) override;
+    void withdraw(const QString& group) override;
     void reveal(const QString& path) override { revealTogether({path}); }
     void revealTogether(const QStringList& paths) override;
     /// Uses xdg-open, or the portal inside a Flatpak or if xdg-open is missing. Returns true if the address
@@ -69,6 +70,7 @@ private:
         uint shown = 0;                    ///< Its identifier; 0: none is.
         bool isAwaited = false;            ///< The reply with the identifier of the last one.
         std::optional<Notification> next;  ///< Waits for that reply.
+        bool isWithdrawn = false;          ///< As soon as that reply is there.
     };
 
     /// Sends a message that must be delivered even if the application quits right afterwards.
@@ -76,6 +78,7 @@ private:
                      const std::function<void(const QDBusPendingCall&)>& handler = {});
     void post(const QDBusConnection& bus, const Notification& notification);
     void onPosted(const Notification& notification, uint id);
+    void closeShown(const QDBusConnection& bus, Group& group);
     void notifyThroughPortal(const QDBusConnection& bus, const Notification& notification);
     void activate(const QString& id, const QString& action);
     void listenForActions(QDBusConnection bus);

@@ -50,6 +50,9 @@ public:
     /// Posts `notification` with the default sound.
     virtual void notify(const Notification& notification) = 0;
 
+    /// Takes the last notification of the group off the screen; does nothing if it is no longer there.
+    virtual void withdraw(const QString& /*group*/) {}
+
     /// Shows the file selected in the file manager, or its folder where the file manager cannot select.
     virtual void reveal(const QString& path) = 0;
 

@@ -1,8 +1,7 @@
 // Executes commands from standard input, one per line, on the desktop, and prints the replies on standard
 // output:
-//     inhibit | release | notify TITLE|TEXT|ACTION|PATH|GROUP|QUIT | reveal PATH|PATH | open URL |
-//     can sleep | can power-off | sleep | power-off | progress FRACTION |
-//     progress | appearance | quit
+//     inhibit | release | notify TITLE|TEXT|ACTION|PATH|GROUP|QUIT | withdraw GROUP | reveal PATH|PATH | open
+//     URL | can sleep | can power-off | sleep | power-off | progress FRACTION | progress | appearance | quit
 #include "support/desktop/DBusDesktop.h"
 
 #include <QCoreApplication>
@@ -53,6 +52,7 @@ int main(int argc, char** argv) {
                 std::printf("carried out %s\n", qPrintable(error));
                 std::fflush(stdout);
             });
+        if (command == "withdraw") desktop.withdraw(rest);
         if (command == "reveal") desktop.revealTogether(rest.split(u'|'));
         if (command == "open") std::printf("%s\n", desktop.openUrl(QUrl(rest)) ? "opened" : "not opened");
         if (command == "progress")

@@ -218,6 +218,27 @@ class DesktopTest(dbusmock.DBusTestCase):
                                                  portal.GetMethodCalls("AddNotification"), "all")]
         self.assertEqual([ids.index(id) for id in ids], [0, 1, 2, 1])
 
+    def test_a_notification_is_withdrawn(self):
+        service, path = "org.freedesktop.Notifications", "/org/freedesktop/Notifications"
+        daemon = self.mock(service, path, service, "Notify", "susssasa{sv}i", "u", "ret = dbus.UInt32(len(self.call_log))")
+        daemon.AddMethod("", "CloseNotification", "u", "", "")
+        # Also when the reply with its identifier is still to come, and once only.
+        self.probe.send_at_once("withdraw other", "notify A|text|||window", "withdraw window", "notify B|text|||window")
+        wait_until(lambda: daemon.GetMethodCalls("Notify")[1:], "the second one")
+        self.probe.send("settle")
+        self.probe.send_at_once("withdraw window", "withdraw window")
+        closed = wait_until(lambda: daemon.GetMethodCalls("CloseNotification")[1:] and
+                            daemon.GetMethodCalls("CloseNotification"), "both ends")
+        self.assertEqual([int(call[0]) for _, call in closed], [1, 3])
+        self.assertEqual([int(call[1]) for _, call in daemon.GetMethodCalls("Notify")], [0, 0])
+
+        self.restart("--flatpak")
+        portal = self.portal("Notification", "AddNotification", "sa{sv}", "", "")
+        portal.AddMethod("", "RemoveNotification", "s", "", "")
+        self.probe.send_at_once("withdraw window", "notify A|text|||window", "withdraw window", "withdraw window")
+        self.restart()  # Waits for what was sent.
+        self.assertEqual([list(call) for _, call in portal.GetMethodCalls("RemoveNotification")], [["window"]])
+
     def test_notification_with_a_button_that_quits(self):
         service, path = "org.freedesktop.Notifications", "/org/freedesktop/Notifications"
         daemon = self.mock(service, path, service, "Notify", "susssasa{sv}i", "u", "ret = 7")
