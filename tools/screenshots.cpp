@@ -17,6 +17,8 @@
 #include "ui/widgets/WindowMenu.h"
 #include "ui/window/EmptyView.h"
 #include "ui/window/JobDrag.h"
+#include "ui/window/JobListModel.h"
+#include "ui/window/PosterFrame.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -82,7 +84,44 @@ void emptyWindow() {
     save(*app.window, "empty-drop");
 }
 
+/// A landscape for the scripted tool to take as the movie's picture.
+void writePoster(const WindowedApplication& app, const QString& movie) {
+    const double scale = app.window->devicePixelRatioF();
+    QImage picture((QSizeF(PosterFrame::kSize) * scale).toSize(), QImage::Format_RGB888);
+    const auto hue = static_cast<int>(qHash(movie, 0) % 360);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QLinearGradient sky(0, 0, picture.width(), picture.height());
+    sky.setColorAt(0, QColor::fromHsv(hue, 130, 90));
+    sky.setColorAt(1, QColor::fromHsv((hue + 40) % 360, 110, 190));
+    painter.fillRect(picture.rect(), sky);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(0, 0, 0, 70));
+    painter.drawEllipse(
+        QRectF(-0.2 * picture.width(), 0.72 * picture.height(), 1.4 * picture.width(), picture.height()));
+    QFile pixels(app.path(movie + ".rgb"));
+    if (!pixels.open(QIODevice::WriteOnly)) qFatal("cannot write");
+    for (int y = 0; y < picture.height(); ++y)
+        pixels.write(reinterpret_cast<const char*>(picture.constScanLine(y)), 3 * picture.width());
+}
+
+void showPosters(bool areShown) {
+    standardUserDefaults().setOverride(kShowPostersKey, qint64{areShown});
+    setDefaultInt(kShowPostersKey, areShown ? 1 : 0);
+}
+
+bool havePosters(const WindowedApplication& app) {
+    const QAbstractItemModel& model = *app.list().model();
+    for (int row = 0; row < model.rowCount(); ++row) {
+        const QModelIndex index = model.index(row, 0);
+        const bool isSeen = app.list().visualRect(index).intersects(app.list().viewport()->rect());
+        if (isSeen && index.data(JobListModel::PosterRole).value<QPixmap>().isNull()) return false;
+    }
+    return true;
+}
+
 void addQueue(WindowedApplication& app) {
+    showPosters(true);
     setDefaultInt("InsertJobsAtBottom", 1);
     setDefaultInt(kConcurrentJobsKey, 1);
     setDefaultInt(kConcurrentJobCountKey, 1);
@@ -93,15 +132,19 @@ void addQueue(WindowedApplication& app) {
                              "So - Part One of Three "
                              "(Remastered, Extended, 1080p, Two Commentaries).mkv",
                              "Gräfin Mathildes Schiffahrtsgesellschaftsabenteuer.mkv"}) {
+        writePoster(app, name);
         app.add(name);
     }
     waitUntil([&] { return app.queue().jobCountWithState(JobState::Finished) == 3; });
     waitUntil([&] { return app.job(0)->progress() > 60 && app.job(1)->progress() > 60; });
     app.queue().pauseContinueClicked(true);
+    writePoster(app, "Still Waiting.mkv");
     app.add("Still Waiting.mkv");
     app.queue().pauseContinueClicked(false);
     app.job(0)->continueJob();
     app.list().setCurrentIndex(app.list().model()->index(0, 0));
+    app.window->resize(760, 640);
+    waitUntil([&] { return havePosters(app); });
 }
 
 ReceiptTrack receiptTrack(StreamKind kind, const QString& codec, quint64 count, quint64 sourceCount) {
@@ -116,12 +159,15 @@ ReceiptTrack receiptTrack(StreamKind kind, const QString& codec, quint64 count, 
 
 /// What the proof of these movies would find.
 void addReceipts(WindowedApplication& app) {
+    constexpr qint64 kBytes = 1503238553;
     Receipt whole;
     whole.verdict = ProofVerdict::Whole;
+    whole.outputBytes = kBytes;
     whole.tracks = {receiptTrack(StreamKind::Video, "h264", 68211, 68211),
                     receiptTrack(StreamKind::Audio, "ac3", 88817, 88817)};
     Receipt damaged;
     damaged.verdict = ProofVerdict::Damaged;
+    damaged.outputBytes = kBytes;
     damaged.tracks = {receiptTrack(StreamKind::Video, "h264", 68197, 68211)};
     damaged.damage = {{.from = 751, .to = 751.6, .what = "14 pictures are missing"}};
     Receipt unknown;
@@ -183,11 +229,13 @@ void queueWindow() {
     app.window->resize(640, 420);
     save(*app.window, "queue-small");
     app.tool.setReport(FakeTool::report(kManyStreams));
+    writePoster(app, "Third Act (2021).mkv");
     app.delegate.openFiles({app.write("Sunday Matinee With a Name of Some Length (1968).mkv"),
                             app.write("Another One.mkv"), app.write("Third Act (2021).mkv"),
                             app.write("Third Act (2021).srt")});
     app.window->resize(760, 640);
     waitForSheet(app);
+    waitUntil([&] { return !app.find<PosterFrame>("posterFrame")->poster().isNull(); });
     save(*app.window, "add-sheet");
     app.find<QPushButton>("whyButton")->click();
     save(*app.find<QWidget>("leftOutPopup"), "left-out");

@@ -26,9 +26,14 @@ trial=no
 for argument in "$@"; do
     [ "$previous" = -progress ] && progress=$argument
     [ "$previous" = -t ] && trial=yes
+    [ "$previous" = -i ] && movie=$argument
     previous=$argument
     destination=$argument
 done
+if [ "$destination" = pipe:1 ]; then
+    cat "$movie.rgb"
+    exit
+fi
 if [ $trial = yes ]; then
     echo trial > "$destination"
     cat "$folder/trial" >&2

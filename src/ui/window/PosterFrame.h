@@ -18,6 +18,7 @@ public:
 
     explicit PosterFrame(QWidget* parent = nullptr);
 
+    const QPixmap& poster() const { return m_poster; }
     void setPoster(const QPixmap& poster);
 
 protected:

@@ -116,6 +116,7 @@ private Q_SLOTS:
         job.audioText = "#3: eng (ac3) [5.1]";
         job.overrides = {true, true, true, SubtitleEncoding{7}};
         job.failure = {{"Title",
+                        "Reason",
                         "Message\nof two lines",
                         {FailureAction::SendToSupport, FailureAction::TryAgain},
                         "Preference"},
