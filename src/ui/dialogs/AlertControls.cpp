@@ -124,7 +124,7 @@ AlertAccessory lineField(const Alert& alert, QWidget* parent) {
 
 AlertAccessory textField(const Alert& alert, QWidget* parent) {
     const bool isEditable = alert.control == AlertControl::InputText;
-    auto* field = new QPlainTextEdit(alert.value.toString(), parent);
+    auto* field = new FocusFramed<QPlainTextEdit>(alert.value.toString(), parent);
     field->setFrameShape(QFrame::NoFrame);
     field->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     field->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
@@ -246,7 +246,7 @@ int alertTextHeight(const QString& text, const QFont& font, int width) {
     return static_cast<int>(std::ceil(document.size().height()));
 }
 
-AlertText::AlertText(const QString& text, const QFont& font, QWidget* parent) : QTextEdit(parent) {
+AlertText::AlertText(const QString& text, const QFont& font, QWidget* parent) : FocusFramed(parent) {
     setFont(font);
     setReadOnly(true);
     setFrameShape(QFrame::NoFrame);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/alerts/AlertPresenter.h"
+#include "ui/look/FocusFrame.h"
 
 #include <QIcon>
 #include <QTextEdit>
@@ -38,7 +39,7 @@ int alertTextHeight(const QString& text, const QFont& font, int width);
 
 /// The plain text of an alert: long words are broken (paths have no blanks), the user can select and copy it,
 /// and it scrolls if it is higher than allowed.
-class AlertText : public QTextEdit {
+class AlertText : public FocusFramed<QTextEdit> {
     Q_OBJECT
 
 public:

@@ -4,6 +4,7 @@
 #include "ui/look/Colors.h"
 
 #include <QApplication>
+#include <QFrame>
 #include <QPainter>
 #include <QProxyStyle>
 #include <QStyleOption>
@@ -11,7 +12,7 @@
 namespace {
 
 /// Fusion draws the frames of check boxes and radio buttons darker than the window, which is invisible on a
-/// dark one.
+/// dark one, and default buttons, lists and texts the same with the keyboard focus as without.
 class VisibleIndicators : public QProxyStyle {
 public:
     using QProxyStyle::QProxyStyle;
@@ -29,6 +30,28 @@ public:
         const double radius = isBox ? 2 : frame.width() / 2;
         painter->drawRoundedRect(frame, radius, radius);
         painter->restore();
+    }
+
+    void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override {
+        QProxyStyle::drawControl(element, option, painter, widget);
+        if (!option->state.testFlag(State_HasFocus)) return;
+        constexpr double kInset = 3.5;
+        constexpr double kRadius = 2;
+        const auto drawFrame = [&](QPalette::ColorRole role, double inset) {
+            painter->save();
+            painter->setRenderHint(QPainter::Antialiasing);
+            painter->setPen(option->palette.color(role));
+            painter->setBrush(Qt::NoBrush);
+            painter->drawRoundedRect(QRectF(option->rect).adjusted(inset, inset, -inset, -inset), kRadius,
+                                     kRadius);
+            painter->restore();
+        };
+        const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
+        if (element == CE_ShapedFrame && frame && frame->frameShape == QFrame::StyledPanel)
+            drawFrame(QPalette::Highlight, 0.5);
+        if (element == CE_PushButton && option->state.testFlag(State_KeyboardFocusChange))
+            drawFrame(QPalette::ButtonText, kInset);
     }
 };
 

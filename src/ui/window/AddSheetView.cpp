@@ -84,7 +84,7 @@ void AddSheetView::setAddButtonTitle(const QString& title) {
 }
 
 void AddSheetView::refresh() {
-    if (!m_sheet->isShown() && m_sheet->path().isEmpty()) return;  // Unchanged while it slides away.
+    if (isLeaving()) return;
     const bool isReady = !m_sheet->informationString().isEmpty();
     const qsizetype waiting = m_sheet->waitingCount();
     const QString name = QFileInfo(m_sheet->path()).fileName();
@@ -131,9 +131,15 @@ void AddSheetView::setPosters(Posters* posters) {
 
 void AddSheetView::refreshPoster() {
     m_ui->posterFrame->setVisible(settings::ShowPosters.value());
+    if (isLeaving()) return;
     const bool isReady = !m_sheet->informationString().isEmpty();
     m_ui->posterFrame->setPoster(isReady ? m_posters->poster(m_sheet->path(), m_sheet->runtimeSeconds())
                                          : QPixmap());
+}
+
+/// Nothing changes while it slides away.
+bool AddSheetView::isLeaving() const {
+    return !m_sheet->isShown() && m_sheet->path().isEmpty();
 }
 
 void AddSheetView::refreshAudio() {
@@ -145,14 +151,14 @@ void AddSheetView::refreshAudio() {
 }
 
 void AddSheetView::refreshPlan() {
-    // The last plan slides away with its sheet.
-    if (m_sheet->isShown()) m_ui->planStrip->setPlan(m_sheet->plan());
+    if (!isLeaving()) m_ui->planStrip->setPlan(m_sheet->plan());
 }
 
 void AddSheetView::refreshNotice() {
-    if (!m_sheet->isShown()) return;
+    if (isLeaving()) return;
     const QString notice = m_sheet->notice();
     const QString folder = m_sheet->droppedFolder();
+    if (notice != m_ui->noticeLabel->text()) accessibility::announce(*this, notice);
     m_ui->noticeLabel->setText(notice);
     m_ui->addButton->setAccessibleDescription(notice);
     m_ui->keepFoldersBox->setToolTip(

@@ -59,6 +59,7 @@ private:
     void finishSliding();
     int wholeHeight() const;
     bool hasFocusWithin() const;
+    bool isLeaving() const;
 
     std::unique_ptr<Ui::AddSheetView> m_ui;
     QWidget* m_content = nullptr;  ///< Keeps its height while the sheet slides.

@@ -71,6 +71,7 @@ MainWindow::MainWindow(AppDelegate& delegate)
     });
     connect(&delegate, &AppDelegate::statusMessage, this, &MainWindow::showStatus);
     restoreGeometryFromSettings();
+    setUpTabOrder();
     focusPage();
 }
 
@@ -102,10 +103,21 @@ void MainWindow::setUpToolBar() {
     space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     m_ui->toolBar->addWidget(space);
     m_ui->toolBar->addAction(m_ui->preferencesAction);
-    const QList<QToolButton*> buttons = m_ui->toolBar->findChildren<QToolButton*>();
-    for (QToolButton* button : buttons) {
-        if (button->defaultAction()) button->setFocusPolicy(Qt::TabFocus);
+}
+
+/// From the sheet downwards, and the toolbar behind the rest, which is in front of the sheet then.
+void MainWindow::setUpTabOrder() {
+    QList<QWidget*> order;
+    for (const NoticeBar* bar : findChildren<NoticeBar*>())
+        order << bar->proposedButton() << bar->otherButton();
+    order << m_ui->emptyView->focusProxy() << m_ui->jobListView << findChild<UndoBar*>()->undoButton();
+    for (QToolButton* button : m_ui->toolBar->findChildren<QToolButton*>()) {
+        if (!button->defaultAction()) continue;
+        button->setFocusPolicy(Qt::TabFocus);
+        order << button;
     }
+    for (qsizetype i = 1; i < order.size(); ++i)
+        setTabOrder(order[i - 1], order[i]);
 }
 
 void MainWindow::setUpBars() {
@@ -117,8 +129,6 @@ void MainWindow::setUpBars() {
 
 void MainWindow::addBar(NoticeBar* bar) {
     m_ui->centralLayout->insertWidget(m_ui->centralLayout->indexOf(m_ui->pages), bar);
-    // In front of the list, as on the screen.
-    setTabOrder(bar->otherButton(), m_ui->jobListView);
     connect(bar, &NoticeBar::focusReleased, this, [this] { m_ui->pages->currentWidget()->setFocus(); });
 }
 
@@ -159,7 +169,6 @@ void MainWindow::setUpUndo() {
     refresh();
     auto* bar = new UndoBar(removals, m_ui->pages);
     connect(bar, &UndoBar::focusReleased, this, [this] { m_ui->pages->currentWidget()->setFocus(); });
-    setTabOrder(m_ui->jobListView, bar->undoButton());
 }
 
 void MainWindow::setUpPosters() {

@@ -55,6 +55,7 @@ private:
     void setUpUndo();
     void setUpPosters();
     void setUpEndAction();
+    void setUpTabOrder();
     void followQueue();
     void announceState(ConversionJob* job);
     void refreshTitle();

@@ -13,7 +13,8 @@ class NoticeBar : public QWidget {
 public:
     explicit NoticeBar(QWidget* parent = nullptr);
 
-    /// The last one in the order of the Tab key.
+    /// In the order of the Tab key.
+    QPushButton* proposedButton() const { return m_proposed; }
     QPushButton* otherButton() const { return m_other; }
 
 Q_SIGNALS:
@@ -21,7 +22,6 @@ Q_SIGNALS:
     void focusReleased();
 
 protected:
-    QPushButton* proposedButton() const { return m_proposed; }
     /// Shows the bar with this text, which a screen reader says.
     void announce(const QString& text);
     /// Shows another text, without a screen reader saying it.

@@ -57,8 +57,8 @@ void setTextOrHide(ElidedLabel* label, const QString& text) {
 
 PlanStrip::PlanStrip(QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("planStrip"));
-    setAccessibleName(tr("What becomes of the movie"));
     accessibility::setRole(*this, QAccessible::Grouping);
+    setAccessibleName(tr("What becomes of the movie"));
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     auto* grid = new QGridLayout(this);
     grid->setContentsMargins(0, kGap, 0, kGap);
