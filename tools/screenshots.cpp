@@ -215,12 +215,19 @@ void queueWindow() {
     addQueue(app);
     app.window->resize(760, 640);
     save(*app.window, "queue");
-    for (const int row : {4, 0}) {
+    for (const auto& [row, state] :
+         {std::pair(0, "converting"), {2, "failed"}, {3, "whole"}, {4, "damaged"}, {6, "queued"}}) {
         Q_EMIT app.list().detailsRequested(app.job(row));
-        auto* details = app.find<QWidget>("detailsWindow");
-        save(*details, row == 0 ? "details-converting" : "details-damaged");
-        details->close();
+        save(*app.window, QStringLiteral("details-") + state);
     }
+    Q_EMIT app.list().detailsRequested(app.job(4));
+    app.window->resize(640, 420);
+    save(*app.window, "details-small");
+    QTest::keyClick(&app.list(), Qt::Key_Tab);
+    save(*app.window, "details-focused");
+    QTest::keyClick(app.find<QTextEdit>("detailsText"), Qt::Key_Escape);
+    app.list().setCurrentIndex(app.list().model()->index(0, 0));
+    app.window->resize(760, 640);
     saveMenu(app, "job-menu");
     app.list().selectAll();
     save(*app.window, "several-selected");
@@ -262,6 +269,39 @@ void queueWindow() {
     app.delegate.removals().undo();
     app.queue().pauseContinueClicked(true);
     save(*app.window, "paused");
+}
+
+/// A movie with more tracks than an MP4 can hold, before and after its conversion.
+void details() {
+    WindowedApplication app;
+    app.tool.setReport(FakeTool::report(kManyStreams));
+    app.tool.setConversion(FakeTool::waitFor(app.path("go")) + "echo '[mp4 @ 0x5581] a warning' >&2\n");
+    Receipt receipt;
+    receipt.verdict = ProofVerdict::Damaged;
+    receipt.tracks = {receiptTrack(StreamKind::Video, "h264", 68197, 68211),
+                      receiptTrack(StreamKind::Audio, "ac3", 88817, 88817)};
+    receipt.damage = {{.from = 751, .to = 751.6, .what = "14 pictures are missing"},
+                      {.from = 3000, .to = 3012, .what = "the sound is silent"}};
+    receipt.notes = {"The file that was there before is kept as Harbour Stories 1.mp4."};
+    receipt.outputBytes = 1518338048;
+    QObject::connect(&app.queue(), &JobQueue::jobAdded,
+                     [=](ConversionJob* job) { proveWith(*job, receipt); });
+    app.delegate.openFiles(
+        {app.write("Harbour Stories S01E01.mkv"), app.write("Harbour Stories S01E01.srt")});
+    waitForSheet(app);
+    app.sheet().addToQueue();
+    waitUntil([&] { return app.queue().count() == 1 && !app.find<QWidget>("addSheetView")->isVisible(); });
+    app.window->resize(760, 640);
+    app.list().setFocus();
+    app.list().setCurrentIndex(app.list().model()->index(0, 0));
+    QTest::keyClick(&app.list(), Qt::Key_Return);
+    save(*app.window, "details-tracks");
+    app.write("go");
+    waitUntil([&] { return app.queue().jobCountWithState(JobState::Finished) == 1; });
+    save(*app.window, "details-receipt");
+    auto* text = app.find<QTextEdit>("detailsText");
+    text->verticalScrollBar()->setValue(text->verticalScrollBar()->maximum());
+    save(*app.window, "details-end");
 }
 
 /// What a session leaves, offered by the next one.
@@ -530,6 +570,7 @@ int main(int argc, char** argv) {
     useDarkPalette(parser.isSet("dark"));
     emptyWindow();
     queueWindow();
+    details();
     longQueue();
     lastQueue();
     endOfQueue();

@@ -46,7 +46,10 @@ MKVFileInfo::Probe MKVFileInfo::probe(const FileUrl& url, const std::atomic<bool
     if (report.isLate) return {std::nullopt, {verdicts::tooSlow(fileName, tool::kReportLimitMinutes)}};
     const ReportFacts facts = parseReport(reportText(report), settings::Snapshot::current(), fileName);
     if (facts.rejected) return {std::nullopt, facts.verdicts};
-    return {fromFacts(facts, url), facts.verdicts};
+    MKVFileInfo record = fromFacts(facts, url);
+    for (const Verdict& verdict : facts.verdicts)
+        if (verdict.isDue()) record.warnings.append(verdict.message);
+    return {std::move(record), facts.verdicts};
 }
 
 std::optional<MKVFileInfo> MKVFileInfo::initWithURL(const FileUrl& url) {

@@ -8,6 +8,7 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <atomic>
 #include <optional>
@@ -30,6 +31,7 @@ public:
     std::optional<FileUrl> subtitleFileURL;  ///< A subtitle file to be added.
     std::optional<FileUrl> securityURL;      ///< The folder that was opened for the destination.
     MovieContents contents;                  ///< Every stream of the file, also those that are left out.
+    QStringList warnings;                    ///< Of the probe, for the user; usually none.
 
     struct Probe;
 

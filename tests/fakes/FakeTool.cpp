@@ -58,6 +58,8 @@ FakeTool::FakeTool(const QString& folder) : m_folder(folder + "/resources") {
     qputenv("RAVELIN_RESOURCES", m_folder.toUtf8());
     // The script writes files of its own.
     standardUserDefaults().setOverride(kCageToolKey, qint64{0});
+    // It does not know the arguments of a poster.
+    standardUserDefaults().setOverride(kShowPostersKey, qint64{0});
 }
 
 qint64 FakeTool::process() const {

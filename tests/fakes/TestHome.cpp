@@ -19,8 +19,6 @@ TestHome::TestHome() {
     settings::registerDefaults();
     // The fake tool writes no movies that could be compared with their sources.
     standardUserDefaults().setOverride(kProveResultsKey, qint64{0});
-    // Nor does it know the arguments of a poster.
-    standardUserDefaults().setOverride(kShowPostersKey, qint64{0});
     logrings::install();
     setAlertPresenter(&presenter);
     setSharedDesktop(&desktop);

@@ -28,17 +28,6 @@ JobNote::Verdict verdictOf(const Receipt& receipt) {
     return JobNote::Verdict::Unknown;
 }
 
-QStringList fileLines(const MKVFileInfo& info) {
-    QString source = info.fileURL.toLocalFile();
-    if (info.fileSize > 0) {
-        const auto bytes = static_cast<qint64>(info.fileSize);
-        source = Texts::tr("%1 (%2)").arg(source, QLocale().formattedDataSize(bytes, 1));
-    }
-    QStringList lines = {Texts::tr("From: %1").arg(source)};
-    if (info.subtitleFileURL) lines += Texts::tr("With: %1").arg(info.subtitleFileURL->toLocalFile());
-    return lines << Texts::tr("To: %1").arg(info.destinationURL.toLocalFile());
-}
-
 /// "1.4 GiB in Movies"
 QString outputText(const ConversionJob& job, const std::optional<Receipt>& receipt) {
     const QString folder = QFileInfo(job.fileInfo().destinationURL.toLocalFile()).dir().dirName();
@@ -103,22 +92,6 @@ JobNote jobNote(const ConversionJob& job) {
     return note;
 }
 
-QList<DetailSection> jobDetails(const ConversionJob& job) {
-    QList<DetailSection> sections;
-    const auto add = [&](const QString& title, const QStringList& lines, bool isVerbatim = false) {
-        if (!lines.isEmpty()) sections.append({title, lines, isVerbatim});
-    };
-    add(Texts::tr("Files"), fileLines(job.fileInfo()));
-    QStringList status = {jobStatus(job)};
-    if (job.state() == JobState::Failed) status += job.explanation().message;
-    add(Texts::tr("Status"), status);
-    if (!job.isUnprobed()) add(Texts::tr("Plan"), plantext::lines(job.plan()));
-    if (const auto receipt = job.receipt()) add(Texts::tr("Receipt"), receiptLines(*receipt));
-    if (!job.arguments().isEmpty()) add(Texts::tr("Command line"), {commandLineText(job.arguments())}, true);
-    if (!job.jobOutput().isEmpty()) add(Texts::tr("What the tool printed"), {job.jobOutput()}, true);
-    return sections;
-}
-
 QString commandLines(const QList<ConversionJob*>& jobs) {
     QStringList lines;
     for (const ConversionJob* job : jobs) {
@@ -129,17 +102,10 @@ QString commandLines(const QList<ConversionJob*>& jobs) {
 }
 
 QString receiptTexts(const QList<ConversionJob*>& jobs) {
-    QList<DetailSection> sections;
+    QStringList parts;
     for (const ConversionJob* job : jobs) {
         if (const auto receipt = job->receipt())
-            sections.append({job->fileInfo().fileName, receiptLines(*receipt)});
+            parts.append(job->fileInfo().fileName + u'\n' + receiptLines(*receipt).join(u'\n') + u'\n');
     }
-    return plainText(sections);
-}
-
-QString plainText(const QList<DetailSection>& sections) {
-    QStringList parts;
-    for (const DetailSection& section : sections)
-        parts.append(section.title + u'\n' + section.lines.join(u'\n') + u'\n');
     return parts.join(u'\n');
 }

@@ -45,22 +45,8 @@ struct JobNote {
 /// Main thread only.
 JobNote jobNote(const ConversionJob& job);
 
-/// A part of what is known about a job.
-struct DetailSection {
-    QString title;
-    QStringList lines;
-    bool isVerbatim = false;  ///< A command or what the tool printed, and no sentences.
-};
-
-/// Files, status, plan and receipt track by track, the command line, and what the tool printed; without the
-/// parts that are empty. Main thread only.
-QList<DetailSection> jobDetails(const ConversionJob& job);
-
 /// One line for each job that was started. Main thread only.
 QString commandLines(const QList<ConversionJob*>& jobs);
 
 /// The receipts of the jobs that have one, each below the name of its movie. Main thread only.
 QString receiptTexts(const QList<ConversionJob*>& jobs);
-
-/// For the clipboard. Pure; any thread.
-QString plainText(const QList<DetailSection>& sections);

@@ -18,13 +18,6 @@ QString inOneLine(const QString& title) {
     return title.left(kLongestTitle).simplified();
 }
 
-QString nameWithTitle(const PlannedTrack& track) {
-    const QString name = plantext::name(track);
-    const QString title = inOneLine(track.title);
-    if (!track.stream || title.isEmpty() || title == name) return name;
-    return name.isEmpty() ? title : Texts::tr("%1 “%2”").arg(name, title);
-}
-
 PlanLine none(const QString& kind) {
     return {.kind = kind, .name = {}, .outcome = Texts::tr("none"), .isUnchanged = false};
 }
@@ -37,15 +30,14 @@ PlanLine lineOf(const QString& kind, const QList<const PlannedTrack*>& tracks) {
     bool isUnchanged = true;
     for (const PlannedTrack* track : tracks) {
         const QString outcome = plantext::outcome(*track);
-        outcomes +=
-            track->stream == first.stream
-                ? outcome
-                : Texts::tr("%1 %2", "a track and what it becomes").arg(nameWithTitle(*track), outcome);
+        outcomes += track->stream == first.stream
+                        ? outcome
+                        : Texts::tr("%1 %2", "a track and what it becomes").arg(trackName(*track), outcome);
         isUnchanged = isUnchanged && track->action == Action::Copied;
     }
     const QString between = Texts::tr("; ", "between tracks of one kind");
     return {.kind = kind,
-            .name = nameWithTitle(first),
+            .name = trackName(first),
             .outcome = outcomes.join(between),
             .isUnchanged = isUnchanged};
 }
@@ -57,7 +49,7 @@ QString ownSubtitles(const QList<const PlannedTrack*>& tracks) {
     for (const PlannedTrack* track : tracks) {
         if (!track->stream) continue;
         const QString language = streamtext::languageName(track->language);
-        const QString name = language.isEmpty() ? nameWithTitle(*track) : language;
+        const QString name = language.isEmpty() ? trackName(*track) : language;
         if (counts[name]++ == 0) names.append(name);
     }
     for (QString& name : names) {
@@ -67,6 +59,13 @@ QString ownSubtitles(const QList<const PlannedTrack*>& tracks) {
 }
 
 }  // namespace
+
+QString trackName(const PlannedTrack& track) {
+    const QString name = plantext::name(track);
+    const QString title = inOneLine(track.title);
+    if (!track.stream || title.isEmpty() || title == name) return name;
+    return name.isEmpty() ? title : Texts::tr("%1 “%2”").arg(name, title);
+}
 
 PlanLines planLines(const ConversionPlan& plan) {
     const auto ofKind = [outputs = plan.outputs()](Kind kind) {
@@ -100,7 +99,7 @@ QList<LeftOutTrack> leftOutTracks(const ConversionPlan& plan) {
     QList<LeftOutTrack> result;
     for (const PlannedTrack& track : plan.tracks) {
         if (track.action != Action::LeftOut) continue;
-        const QString name = nameWithTitle(track);
+        const QString name = trackName(track);
         const QString kind = plantext::kind(track);
         result.append({name.isEmpty() ? kind : Texts::tr("%1: %2").arg(kind, name), track.reason});
     }

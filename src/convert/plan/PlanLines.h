@@ -4,6 +4,10 @@
 
 #include <QString>
 
+/// A track with its title: "English AC3 5.1 “Director's commentary”", or the subtitle file's name. Pure; any
+/// thread.
+QString trackName(const PlannedTrack& track);
+
 /// What a plan does with the tracks of one kind, in words for people, translated.
 struct PlanLine {
     QString kind;              ///< "Sound"

@@ -105,9 +105,26 @@ QStringList details(const Receipt& receipt) {
     if (receipt.chapterCount > 0) lines.append(Texts::tr("%n chapter(s)", nullptr, receipt.chapterCount));
     if (!receipt.leftOut.isEmpty()) lines.append(Texts::tr("left out: %1").arg(receipt.leftOut));
     if (receipt.outputBytes > 0) lines.append(QLocale().formattedDataSize(receipt.outputBytes, 1));
+    return lines + damage(receipt) + receipt.notes;
+}
+
+QStringList damage(const Receipt& receipt) {
+    QStringList lines;
     for (const ReceiptDamage& part : receipt.damage)
         lines.append(damageLine(part));
-    return lines + receipt.notes;
+    return lines;
+}
+
+QString counts(const ReceiptTrack& track) {
+    if (!track.count) return {};
+    switch (track.plan.kind) {
+        case PlannedTrack::Kind::Video:
+            return Texts::tr("%1 pictures").arg(counted(track));
+        case PlannedTrack::Kind::Subtitle:
+            return Texts::tr("%1 subtitle lines").arg(counted(track));
+        default:
+            return {};
+    }
 }
 
 }  // namespace receipttext

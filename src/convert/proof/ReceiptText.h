@@ -16,6 +16,12 @@ QString sentence(const Receipt& receipt);
 /// damaged part and for each note.
 QStringList details(const Receipt& receipt);
 
+/// One line for each damaged part: "From 0:12:31 to 0:12:40: 14 pictures are missing".
+QStringList damage(const Receipt& receipt);
+
+/// How much of a track there is: "68,197 of 68,211 pictures"; empty for sound.
+QString counts(const ReceiptTrack& track);
+
 /// A position in the movie: "0:12:31".
 QString position(double seconds);
 

@@ -17,6 +17,7 @@
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QScopeGuard>
 #include <QScrollBar>
 #include <QToolTip>
 
@@ -105,8 +106,8 @@ void JobListView::perform(Command command) {
     m_commands->perform(command, selectedJobs());
 }
 
-/// What Return does, and a double click where there is nothing to play.
-void JobListView::open(bool shiftIsHeld) {
+/// A double click does it, too, where there is nothing to play.
+void JobListView::showFile(bool shiftIsHeld) {
     const JobCommands::Jobs jobs = selectedJobs();
     for (const Command command : {Command::ShowOriginal, Command::Show}) {
         if (command == Command::ShowOriginal && !shiftIsHeld) continue;
@@ -118,7 +119,18 @@ void JobListView::open(bool shiftIsHeld) {
 }
 
 void JobListView::showDetails() {
-    if (ConversionJob* job = currentJob()) Q_EMIT detailsRequested(job);
+    if (ConversionJob* job = currentJob()) requestDetails(job);
+}
+
+void JobListView::requestDetails(ConversionJob* job) {
+    const bool wasCurrent = !m_currentBeforePress || m_jobs->job(*m_currentBeforePress) == job;
+    Q_EMIT detailsRequested(job, wasCurrent);
+}
+
+void JobListView::keepCurrentInView() {
+    const int before = verticalScrollBar()->value();
+    scrollTo(currentIndex());
+    if (verticalScrollBar()->value() != before) m_follower->noteScrolled();
 }
 
 void JobListView::showRunning() {
@@ -127,7 +139,7 @@ void JobListView::showRunning() {
 
 void JobListView::fillMenu(QMenu& menu) {
     jobmenu::fill(menu, *m_commands, selectedJobs(), currentJob(),
-                  [this](ConversionJob* job) { Q_EMIT detailsRequested(job); });
+                  [this](ConversionJob* job) { requestDetails(job); });
 }
 
 QStyleOptionViewItem JobListView::optionOf(const QModelIndex& index) const {
@@ -155,6 +167,7 @@ void JobListView::refreshHot(QPoint position, bool isPressed) {
 }
 
 void JobListView::mousePressEvent(QMouseEvent* event) {
+    m_currentBeforePress = currentIndex();
     const QPoint position = event->position().toPoint();
     const QModelIndex index = indexAt(position);
     const bool isLeft = event->button() == Qt::LeftButton;
@@ -177,6 +190,7 @@ void JobListView::mousePressEvent(QMouseEvent* event) {
 }
 
 void JobListView::mouseReleaseEvent(QMouseEvent* event) {
+    const auto atTheEnd = qScopeGuard([this] { m_currentBeforePress.reset(); });
     m_dragStart.reset();
     const QPoint position = event->position().toPoint();
     if (event->button() != Qt::LeftButton || !m_pressedButton) {
@@ -222,7 +236,7 @@ void JobListView::mouseDoubleClickEvent(QMouseEvent* event) {
     if (currentJob()->state() == JobState::Finished && !shiftIsHeld) {
         perform(Command::Play);
     } else {
-        open(shiftIsHeld);
+        showFile(shiftIsHeld);
     }
 }
 
@@ -236,7 +250,7 @@ void JobListView::leaveEvent(QEvent* event) {
 bool JobListView::performKey(const QKeyEvent& event) {
     const auto modifiers = event.modifiers() & ~Qt::KeypadModifier;
     const bool shiftIsHeld = modifiers.testFlag(Qt::ShiftModifier);
-    const bool altIsHeld = modifiers.testFlag(Qt::AltModifier);
+    const bool isFile = shiftIsHeld || modifiers.testFlag(Qt::ControlModifier);
     // Auto-repeat must not act on each row that moves up.
     const auto once = [&](const auto& action) {
         if (!event.isAutoRepeat()) action();
@@ -250,7 +264,7 @@ bool JobListView::performKey(const QKeyEvent& event) {
             return once([&] { perform(Command::Remove); });
         case Qt::Key_Return:
         case Qt::Key_Enter:
-            return once([&] { altIsHeld ? showDetails() : open(shiftIsHeld); });
+            return once([&] { isFile ? showFile(shiftIsHeld) : showDetails(); });
         case Qt::Key_P:
             if (modifiers != Qt::ControlModifier) return false;
             return once([&] { perform(Command::Play); });
@@ -280,6 +294,7 @@ void JobListView::keyPressEvent(QKeyEvent* event) {
 }
 
 void JobListView::contextMenuEvent(QContextMenuEvent* event) {
+    const auto atTheEnd = qScopeGuard([this] { m_currentBeforePress.reset(); });
     if (event->reason() == QContextMenuEvent::Keyboard) {
         if (currentIndex().isValid()) showMenu(currentIndex());
         return;

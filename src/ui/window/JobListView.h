@@ -25,6 +25,8 @@ public:
     /// Adds the commands of the selected jobs to `menu`. They keep referring to these jobs, also when one has
     /// left the list.
     void fillMenu(QMenu& menu);
+    /// After the list has become smaller.
+    void keepCurrentInView();
     /// Brings a running row into view, and keeps one there until the user scrolls.
     void showRunning();
     /// What a click on the row's button does.
@@ -34,7 +36,8 @@ public:
     void showMenu(const QModelIndex& index);
 
 Q_SIGNALS:
-    void detailsRequested(ConversionJob* job);
+    /// `wasCurrent`: the row was not chosen by the same click.
+    void detailsRequested(ConversionJob* job, bool wasCurrent = true);
 
 protected:
     bool viewportEvent(QEvent* event) override;
@@ -65,8 +68,9 @@ private:
     bool showToolTip(QPoint position, QPoint globalPosition);
     void perform(JobCommands::Command command);
     bool performKey(const QKeyEvent& event);
-    void open(bool shiftIsHeld);
+    void showFile(bool shiftIsHeld);
     void showDetails();
+    void requestDetails(ConversionJob* job);
     void openMenu(QPoint globalPosition);
     void onRowsRemoved();
     void dragSelected();
@@ -79,6 +83,8 @@ private:
     RunningFollower* m_follower = nullptr;
     QPersistentModelIndex m_pressedIndex;
     std::optional<jobrow::Button> m_pressedButton;
+    /// The current row when the button of the mouse was pressed; empty: it is not.
+    std::optional<QPersistentModelIndex> m_currentBeforePress;
     /// The job of the last press, for the second press of a double click and for a drag.
     QPointer<ConversionJob> m_pressedJob;
     std::optional<QPoint> m_dragStart;  ///< A press that becomes a drag when the pointer moves.

@@ -109,10 +109,10 @@ void fill(QMenu& menu, JobCommands& commands, const JobCommands::Jobs& jobs, Con
     addIfFitting(Command::TryAgain);
     menu.addSeparator();
     add(Command::Play, Qt::CTRL | Qt::Key_P);
-    add(Command::Show, Qt::Key_Return);
+    add(Command::Show, Qt::CTRL | Qt::Key_Return);
     addIfFitting(Command::ShowOriginal, Qt::SHIFT | Qt::Key_Return);
     menu.addSeparator();
-    QAction* details = menu.addAction(withKey(Texts::tr("Details…"), Qt::ALT | Qt::Key_Return));
+    QAction* details = menu.addAction(withKey(Texts::tr("Details…"), Qt::Key_Return));
     details->setEnabled(current);
     if (current) {
         QObject::connect(details, &QAction::triggered, current,

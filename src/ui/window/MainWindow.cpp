@@ -10,7 +10,6 @@
 #include "ui/look/Icons.h"
 #include "ui/preferences/PreferencesWindow.h"
 #include "ui/widgets/ToolTip.h"
-#include "ui/window/DetailsWindow.h"
 #include "ui/window/EndActionBar.h"
 #include "ui/window/JobDrag.h"
 #include "ui/window/JobListModel.h"
@@ -28,6 +27,7 @@
 #include <QLabel>
 #include <QMimeData>
 #include <QPushButton>
+#include <QTimer>
 #include <QToolButton>
 #include <QWindow>
 
@@ -61,7 +61,7 @@ MainWindow::MainWindow(AppDelegate& delegate)
     setUpPosters();
     const auto focusPage = [this] { m_ui->pages->currentWidget()->setFocus(); };
     connect(m_ui->addSheetView, &AddSheetView::focusReleased, this, focusPage);
-    connect(m_ui->jobListView, &JobListView::detailsRequested, this, &MainWindow::showDetails);
+    setUpDetails();
     setAcceptDrops(true);
     followQueue();
     connect(&delegate, &AppDelegate::mainWindowRequested, this, &MainWindow::bringToFront);
@@ -128,7 +128,7 @@ void MainWindow::setUpBars() {
 }
 
 void MainWindow::addBar(NoticeBar* bar) {
-    m_ui->centralLayout->insertWidget(m_ui->centralLayout->indexOf(m_ui->pages), bar);
+    m_ui->centralLayout->insertWidget(m_ui->centralLayout->indexOf(m_ui->splitter), bar);
     connect(bar, &NoticeBar::focusReleased, this, [this] { m_ui->pages->currentWidget()->setFocus(); });
 }
 
@@ -222,6 +222,7 @@ void MainWindow::refreshPause() {
 void MainWindow::refreshPage() {
     const bool isEmpty = m_model->rowCount() == 0;
     m_ui->selectAllAction->setEnabled(!isEmpty);
+    if (isEmpty) closeDetails();
     m_ui->pages->setCurrentWidget(isEmpty ? static_cast<QWidget*>(m_ui->emptyView) : m_ui->jobListView);
 }
 
@@ -249,9 +250,47 @@ void MainWindow::fillQueueMenu() {
     m_jobActions = m_ui->queueMenu->actions().mid(before.size());
 }
 
-void MainWindow::showDetails(const ConversionJob* job) {
-    if (!m_details) m_details = new DetailsWindow(this);
-    m_details->showJob(job);
+void MainWindow::setUpDetails() {
+    m_ui->splitter->setPaneOpen(false);
+    connect(m_ui->jobListView, &JobListView::detailsRequested, this, &MainWindow::toggleDetails);
+    connect(m_ui->detailsPane, &DetailsPane::closeRequested, this, &MainWindow::closeDetails);
+    connect(m_ui->jobListView->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this](const QModelIndex& current) {
+                if (m_ui->splitter->isPaneOpen()) m_ui->detailsPane->setJob(m_model->job(current));
+            });
+    m_closeDetails = new QAction(this);
+    m_closeDetails->setShortcut(Qt::Key_Escape);
+    m_closeDetails->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    m_closeDetails->setEnabled(false);
+    connect(m_closeDetails, &QAction::triggered, this, &MainWindow::closeDetails);
+    m_ui->splitter->addAction(m_closeDetails);
+}
+
+/// The pane follows the current row. Asked for once more, it closes, but not by the click that chose the row.
+void MainWindow::toggleDetails(const ConversionJob* job, bool mayClose) {
+    const QModelIndex row = m_model->indexOf(job);
+    if (!row.isValid()) return;
+    if (m_ui->splitter->isPaneOpen() && m_ui->detailsPane->job() == job) {
+        if (mayClose) closeDetails();
+        return;
+    }
+    if (m_ui->jobListView->currentIndex() != row) m_ui->jobListView->setCurrentIndex(row);
+    const bool hadFocus = m_ui->jobListView->hasFocus();
+    m_ui->detailsPane->setJob(job);
+    m_ui->splitter->setPaneOpen(true);
+    m_closeDetails->setEnabled(true);
+    // When the list has its new height.
+    QTimer::singleShot(0, m_ui->jobListView, &JobListView::keepCurrentInView);
+    if (hadFocus && !m_ui->jobListView->isVisible()) m_ui->detailsPane->setFocus();
+}
+
+void MainWindow::closeDetails() {
+    const QWidget* focused = focusWidget();
+    const bool hadFocus = focused && m_ui->detailsPane->isAncestorOf(focused);
+    m_ui->splitter->setPaneOpen(false);
+    m_closeDetails->setEnabled(false);
+    m_ui->detailsPane->setJob(nullptr);
+    if (hadFocus) m_ui->pages->currentWidget()->setFocus();
 }
 
 void MainWindow::bringToFront(const QString& activationToken) {

@@ -6,7 +6,6 @@
 
 class AppDelegate;
 class ConversionJob;
-class DetailsWindow;
 class JobListModel;
 class PreferencesWindow;
 class NoticeBar;
@@ -65,15 +64,17 @@ private:
     void refreshCommands();
     void showStatus(const QString& message);
     void fillQueueMenu();
-    void showDetails(const ConversionJob* job);
+    void setUpDetails();
+    void toggleDetails(const ConversionJob* job, bool mayClose);
+    void closeDetails();
     void restoreGeometryFromSettings();
 
     AppDelegate& m_delegate;
     std::unique_ptr<Ui::MainWindow> m_ui;
     std::unique_ptr<JobListModel> m_model;
     std::unique_ptr<PreferencesWindow> m_preferences;
-    DetailsWindow* m_details = nullptr;  ///< Null until it was opened for the first time.
     Posters* m_posters = nullptr;
+    QAction* m_closeDetails = nullptr;  ///< Enabled while they are shown.
     QLabel* m_summary = nullptr;
     QList<QAction*> m_jobActions;
     bool m_wasPainted = false;

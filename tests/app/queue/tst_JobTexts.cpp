@@ -1,3 +1,4 @@
+#include "app/queue/JobDetails.h"
 #include "app/queue/JobTexts.h"
 #include "convert/ConversionJob.h"
 #include "fakes/FakeController.h"
@@ -18,11 +19,18 @@ private Q_SLOTS:
         FakeController controller;
         ConversionJob job(controller, movie(home), 0);
         QCOMPARE(jobNote(job).text(), "H.264 copied, AC3 to AAC stereo, 1 subtitle(s)");
-        QCOMPARE(titles(job), QStringList({"Files", "Status", "Plan"}));
+        QCOMPARE(jobDetails(job).state, "Queued");
+        QCOMPARE(tracks(job).first(3),
+                 QStringList({"Picture: H.264 (copied)", "Sound: English AC3 (becomes AAC stereo, 128 kb/s)",
+                              "Sound: German DTS 5.1 (left out)"}));
 
         Receipt receipt;
         receipt.verdict = ProofVerdict::Damaged;
         receipt.damage = {{.from = 751, .to = 760, .what = "14 pictures are missing"}};
+        receipt.tracks.resize(1);
+        receipt.tracks[0].plan.kind = StreamKind::Video;
+        receipt.tracks[0].count = 986;
+        receipt.tracks[0].sourceCount = 1000;
         receipt.notes = {"a note"};
         receipt.outputBytes = 3 * 1024 * 1024;
         proveWith(job, receipt);
@@ -33,11 +41,12 @@ private Q_SLOTS:
         QCOMPARE(jobNote(job).text(), "Damaged at 0:12:31: 14 pictures are missing · 3.0 MiB in " +
                                           QFileInfo(home.path()).fileName() +
                                           " · H.264, English AAC stereo, 1 subtitle(s)");
-        QCOMPARE(titles(job), QStringList({"Files", "Status", "Plan", "Receipt", "Command line",
-                                           "What the tool printed"}));
-        const QString text = plainText(jobDetails(job));
+        const JobDetails details = jobDetails(job);
+        QCOMPARE(details.tracks[0].remark, "986 of 1,000 pictures");
+        QVERIFY(details.tracks[0].isIncomplete && !details.tracks[1].isIncomplete);
+        const QString text = plainText(details);
         for (const char* part : {"/movie.srt", "/out.mp4", "Status: Finished", "left out (only one audio",
-                                 "From 0:12:31 to 0:12:40", "a note", "ffmpeg ", "a warning"})
+                                 "Damaged at 0:12:31", "a note", "ffmpeg ", "a warning"})
             QVERIFY2(text.contains(part), qPrintable(part + text));
     }
 
@@ -66,11 +75,11 @@ private:
                                       AudioEntry::make(2, "ger", "dts", true, 48000)};
         return info;
     }
-    static QStringList titles(const ConversionJob& job) {
-        QStringList titles;
-        for (const DetailSection& section : jobDetails(job))
-            titles.append(section.title);
-        return titles;
+    static QStringList tracks(const ConversionJob& job) {
+        QStringList tracks;
+        for (const DetailTrack& track : jobDetails(job).tracks)
+            tracks.append(track.kind + ": " + track.source + " (" + track.outcome + ')');
+        return tracks;
     }
 };
 

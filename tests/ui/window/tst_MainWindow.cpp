@@ -256,8 +256,9 @@ private Q_SLOTS:
         QCOMPARE(app.queue().count(), 2);
         app.finish(2);
         app.press(Qt::Key_Home);
-        app.press(Qt::Key_Return);
-        QCOMPARE(app.desktop.revealed, QStringList(app.path("out/a.mkv.mp4")));
+        app.press(Qt::Key_Return, Qt::ControlModifier);
+        app.press(Qt::Key_Return, Qt::ShiftModifier);
+        QCOMPARE(app.desktop.revealed, QStringList({app.path("out/a.mkv.mp4"), app.path("a.mkv")}));
     }
 
     void commandsConcernAllSelectedRows() {
@@ -419,12 +420,12 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(job->state(), JobState::Failed, kPatience);
         app.presenter.shown.clear();
         app.select(0);
-        app.press(Qt::Key_Return);
+        app.press(Qt::Key_Return, Qt::ControlModifier);
         QCOMPARE(app.presenter.shown.size(), 1);
         QVERIFY(app.presenter.messages().first().contains("not enough free space left"));
         app.tool.setConversion("echo movie > \"$destination\"\n");
         app.presenter.answer.response = kAlertThirdButton;  // Try again.
-        app.press(Qt::Key_Return);
+        app.press(Qt::Key_Return, Qt::ControlModifier);
         QTRY_COMPARE_WITH_TIMEOUT(job->state(), JobState::Finished, kPatience);
         Q_EMIT app.delegate.failureActions().preferenceRequested("DisableBuiltinSubtitles");
         const QWidget* preferences = app.window->preferencesWindow();
@@ -685,23 +686,121 @@ private Q_SLOTS:
 
     void detailsOfAJob() {
         Queued app({"b.mkv", "a.mkv"});
+        QVERIFY(QTest::qWaitForWindowActive(app.window.get()));
+        app.list().setFocus();
         app.select(0);
-        app.press(Qt::Key_Return);  // Waits: there is nothing to show in the file manager.
-        auto* details = app.find<QWidget>("detailsWindow");
-        QVERIFY(details && details->isVisible());
-        const auto* text = details->findChild<QTextEdit*>();
-        QVERIFY(text->toPlainText().contains("Status: Queued"));
+        const auto* pane = app.find<QWidget>("detailsPane");
+        auto* text = app.find<QTextEdit>("detailsText");
+        const auto shown = [&] { return pane->isVisible() ? pane->findChild<ElidedLabel*>()->text() : ""; };
+        app.press(Qt::Key_Return);
+        QCOMPARE(shown(), "b.mkv");
+        QVERIFY(app.list().isVisible());
+        QCOMPARE(app.window->focusWidget(), &app.list());
+        QVERIFY(text->toPlainText().contains("left out · only one audio track is carried"));
+        app.press(Qt::Key_Down);
+        QCOMPARE(shown(), "a.mkv");
+
+        // Each of the ways out, and in again.
+        app.press(Qt::Key_Return);
+        QCOMPARE(shown(), "");
+        app.press(Qt::Key_Return, Qt::AltModifier);
+        QCOMPARE(shown(), "a.mkv");
+        QTest::keyClick(app.window->focusWidget(), Qt::Key_Tab);
+        QCOMPARE(app.window->focusWidget(), text);
+        QTest::keyClick(text, Qt::Key_Escape);
+        QCOMPARE(shown(), "");
+        QCOMPARE(app.window->focusWidget(), &app.list());
+        int step = 0;
+        for (const int row : {0, 1, 1}) {  // Opened, of another one, closed.
+            QTest::mousePress(app.list().viewport(), Qt::RightButton, {}, app.nameOf(row));
+            app.choose("Details…");
+            QTest::mouseRelease(app.list().viewport(), Qt::RightButton, {}, app.nameOf(row));
+            QCOMPARE(shown(), QStringList({"b.mkv", "a.mkv", ""})[step++]);
+        }
+        QCOMPARE(shown(), "");
+        app.choose("Details…");
+        QTest::mouseClick(app.find<QToolButton>("closeDetailsButton"), Qt::LeftButton);
+        QCOMPARE(shown(), "");
+
         app.finish(2);
-        QVERIFY(text->toPlainText().contains("Status: Finished"));
-        QTest::mouseClick(details->findChild<QPushButton*>("copyDetailsButton"), Qt::LeftButton);
-        QVERIFY(QApplication::clipboard()->text().contains("Command line\nffmpeg "));
-        QTest::keyClick(details, Qt::Key_Escape);
-        QVERIFY(!details->isVisible());
+        app.press(Qt::Key_Return);
+        QTest::mouseClick(app.find<QToolButton>("copyDetailsButton"), Qt::LeftButton);
+        const QString copied = QApplication::clipboard()->text();
+        QVERIFY2(copied.contains("Status: Finished") && copied.contains("Command line\nffmpeg "),
+                 qPrintable(copied));
+        app.job(app.list().currentIndex().row())->remove();
+        QCOMPARE(shown(), "b.mkv");
+        app.job(0)->remove();
+        QCOMPARE(shown(), "");
+    }
+
+    void detailsThatAreReadStayWhereTheyAre() {
+        Queued app({"a.mkv"});
+        app.list().setFocus();
+        app.select(0);
+        app.press(Qt::Key_Return);
+        auto* text = app.find<QTextEdit>("detailsText");
+        auto* bar = text->verticalScrollBar();
+        QVERIFY(text->find("German"));
+        bar->setValue(bar->maximum() / 2);
+        QVERIFY(bar->value() > 0);
+        const auto lineAt = [&](int y) { return text->cursorForPosition({0, y}).block().text(); };
+        const QStringList before{lineAt(0), lineAt(20), lineAt(40)};
+        const QString first = text->document()->firstBlock().text();
+        app.finish(1);
+        QVERIFY(text->document()->firstBlock().text() != first);  // There are messages now.
+        QCOMPARE(QStringList({lineAt(0), lineAt(20), lineAt(40)}), before);
+        QCOMPARE(text->textCursor().selectedText(), "German");
+        text->setFocus();
+        QTest::keyClick(text, Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(QApplication::clipboard()->text(), "German");
+    }
+
+    void detailsOnASmallScreen() {
+        Queued app({"a.mkv", "b.mkv"});
+        app.list().setFocus();
         app.select(1);
-        QTest::keyClick(&app.list(), Qt::Key_Return, Qt::AltModifier);
-        QVERIFY(details->isVisible() && details->windowTitle().contains("a.mkv"));
-        app.job(1)->remove();
-        QVERIFY(text->toPlainText().contains("a.mkv"));
+        app.window->resize(app.window->minimumSize());
+        app.press(Qt::Key_Return);
+        QCoreApplication::processEvents();
+        const auto* pane = app.find<QWidget>("detailsPane");
+        const QRect row = app.list().visualRect(app.list().currentIndex());
+        QVERIFY(pane->isVisible() && app.list().viewport()->rect().contains(row));
+
+        // The sheet needs the room of the list.
+        QVERIFY(app.open({"c.mkv"}));
+        QTRY_VERIFY(!app.list().isVisible());
+        QVERIFY(pane->isVisible());
+        QCOMPARE(app.window->size(), app.window->minimumSize());
+        app.sheet().cancelAdd();
+        QTRY_VERIFY(app.list().isVisible() && pane->isVisible());
+    }
+
+    void onlyTheHeightOfTheDetailsIsRemembered() {
+        Queued app({"a.mkv"});
+        app.select(0);
+        app.press(Qt::Key_Return);
+        auto* handle = app.find<QSplitter>("splitter")->handle(1);
+        const auto* pane = app.find<QWidget>("detailsPane");
+        const int before = pane->height();
+        constexpr int kUp = 60;
+        const QPoint place = handle->rect().center();
+        QTest::mousePress(handle, Qt::LeftButton, {}, place);
+        const QPoint target = place - QPoint(0, kUp);
+        QMouseEvent move(QEvent::MouseMove, target, handle->mapToGlobal(target), Qt::NoButton, Qt::LeftButton,
+                         Qt::NoModifier);
+        QApplication::sendEvent(handle, &move);
+        QTest::mouseRelease(handle, Qt::LeftButton);
+        QCOMPARE(pane->height(), before + kUp);
+        MainWindow next(app.delegate);
+        next.resize(app.window->size());
+        next.show();
+        const auto* nextPane = next.findChild<QWidget*>("detailsPane");
+        QVERIFY(!nextPane->isVisible());
+        auto* list = next.findChild<JobListView*>();
+        list->setCurrentIndex(list->model()->index(0, 0));
+        QTest::keyClick(list, Qt::Key_Return);
+        QCOMPARE(nextPane->height(), before + kUp);
     }
 
     void aClickOnWhatIsSaidOfARowShowsItsDetails() {
