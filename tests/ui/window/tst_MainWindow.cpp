@@ -807,7 +807,7 @@ private Q_SLOTS:
         Queued app({"a.mkv", "b.mkv"});
         const QPoint note = app.layoutOf(0).note.topLeft() + QPoint(10, 5);
         const auto isShown = [&] {
-            const auto* details = app.window->findChild<QWidget*>("detailsWindow");
+            const auto* details = app.window->findChild<QWidget*>("detailsPane");
             return details && details->isVisible();
         };
         QTest::mouseClick(app.list().viewport(), Qt::LeftButton, {}, app.nameOf(0));
