@@ -98,9 +98,10 @@ def has(accessible, state):
 
 class Accessibility(unittest.TestCase):
     def start(self, *movies):
-        home = Home(self)
         # AT-SPI's bus, which the session bus starts, and this process need them, too.
-        os.environ.update(DISPLAY=start_display(self), XDG_RUNTIME_DIR=home.environment["XDG_RUNTIME_DIR"])
+        os.environ["DISPLAY"] = start_display(self)
+        home = Home(self)
+        os.environ["XDG_RUNTIME_DIR"] = home.environment["XDG_RUNTIME_DIR"]
         os.environ["DBUS_SESSION_BUS_ADDRESS"] = start_bus(self)
         for name in ("DISPLAY", "DBUS_SESSION_BUS_ADDRESS"):
             home.environment[name] = os.environ[name]

@@ -96,14 +96,6 @@ QString invisible(QWidget& window) {
     return names.join(", ");
 }
 
-/// The letters that work with Alt now.
-QString letters(const QWidget& window) {
-    QString letters;
-    for (const QChar letter : mnemonics::takenBeside(window))
-        letters += letter;
-    return letters;
-}
-
 class Opened : public WindowedApplication {
 public:
     explicit Opened(const QStringList& movies = {}) {
@@ -284,7 +276,7 @@ private Q_SLOTS:
         const auto [isPaused] = row<bool>();
         Opened app({"a.mkv", "b.mkv"});
         if (isPaused) app.queue().pauseContinueClicked(true);
-        QString taken = letters(*app.window);
+        const QString taken = mnemonics::takenBeside(*app.window);
         QVERIFY2(QSet<QChar>(taken.begin(), taken.end()).size() == taken.size(), qPrintable(taken));
         for (const char* name : {"addButton", "addAllButton", "cancelButton", "cancelAllButton", "whyButton"})
             QVERIFY2(app.find<QAbstractButton>(name)->text().contains('&'), name);
