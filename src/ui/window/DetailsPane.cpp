@@ -81,7 +81,6 @@ DetailsPane::DetailsPane(QWidget* parent) : QWidget(parent) {
     layout->setSpacing(0);
     layout->addWidget(m_header);
     layout->addLayout(framed);
-    setTabOrder(m_text, m_copy);
     setFocusProxy(m_text);
     // The plan of a job that waits follows the settings.
     connect(&settings::Changes::shared(), &settings::Changes::changed, this, &DetailsPane::refresh);
@@ -100,19 +99,19 @@ QWidget* DetailsPane::makeHeader() {
     m_copy->setObjectName(QStringLiteral("copyDetailsButton"));
     m_copy->setToolTip(tr("Copies all of it"));
     m_copy->setToolButtonStyle(Qt::ToolButtonTextOnly);
-    auto* close = new QToolButton(header);
-    close->setObjectName(QStringLiteral("closeDetailsButton"));
-    close->setIcon(symbolicIcon(QStringLiteral("remove")));
+    m_close = new QToolButton(header);
+    m_close->setObjectName(QStringLiteral("closeDetailsButton"));
+    m_close->setIcon(symbolicIcon(QStringLiteral("remove")));
     constexpr int kCross = 12;
-    close->setIconSize({kCross, kCross});
-    close->setToolTip(tr("Close the details"));
-    close->setAccessibleName(tr("Close the details"));
-    for (QToolButton* button : {m_copy, close}) {
+    m_close->setIconSize({kCross, kCross});
+    m_close->setToolTip(tr("Close the details"));
+    m_close->setAccessibleName(tr("Close the details"));
+    for (QToolButton* button : {m_copy, m_close}) {
         button->setAutoRaise(true);
         button->setFocusPolicy(Qt::StrongFocus);
     }
     connect(m_copy, &QToolButton::clicked, this, &DetailsPane::copy);
-    connect(close, &QToolButton::clicked, this, &DetailsPane::closeRequested);
+    connect(m_close, &QToolButton::clicked, this, &DetailsPane::closeRequested);
     auto* layout = new QHBoxLayout(header);
     layout->setContentsMargins(kMargin, kSmallGap, kGap, kSmallGap);
     layout->setSpacing(kGap);
@@ -120,7 +119,7 @@ QWidget* DetailsPane::makeHeader() {
     layout->addWidget(m_state);
     layout->addSpacing(kGap);
     layout->addWidget(m_copy);
-    layout->addWidget(close);
+    layout->addWidget(m_close);
     return header;
 }
 
@@ -143,6 +142,10 @@ void DetailsPane::setJob(const ConversionJob* job) {
 
 const ConversionJob* DetailsPane::job() const {
     return m_job;
+}
+
+QList<QWidget*> DetailsPane::controls() const {
+    return {m_text, m_copy, m_close};
 }
 
 void DetailsPane::refresh() {

@@ -22,6 +22,8 @@ public:
     /// Null: the pane is empty.
     void setJob(const ConversionJob* job);
     const ConversionJob* job() const;
+    /// What Tab reaches in it, in its order.
+    QList<QWidget*> controls() const;
 
 Q_SIGNALS:
     void closeRequested();
@@ -44,5 +46,6 @@ private:
     ElidedLabel* m_state = nullptr;
     QTextEdit* m_text = nullptr;
     QToolButton* m_copy = nullptr;
+    QToolButton* m_close = nullptr;
     QWidget* m_header = nullptr;
 };

@@ -127,10 +127,14 @@ void JobListView::requestDetails(ConversionJob* job) {
     Q_EMIT detailsRequested(job, wasCurrent);
 }
 
-void JobListView::keepCurrentInView() {
-    const int before = verticalScrollBar()->value();
+void JobListView::resizeEvent(QResizeEvent* event) {
+    const QRect before(QPoint(), event->oldSize());
+    const bool wasInView = before.contains(visualRect(currentIndex()).center());
+    QListView::resizeEvent(event);
+    if (!m_keepsCurrentInView || !wasInView) return;
+    const int scrolled = verticalScrollBar()->value();
     scrollTo(currentIndex());
-    if (verticalScrollBar()->value() != before) m_follower->noteScrolled();
+    if (verticalScrollBar()->value() != scrolled) m_follower->noteScrolled();
 }
 
 void JobListView::showRunning() {

@@ -25,8 +25,8 @@ public:
     /// Adds the commands of the selected jobs to `menu`. They keep referring to these jobs, also when one has
     /// left the list.
     void fillMenu(QMenu& menu);
-    /// After the list has become smaller.
-    void keepCurrentInView();
+    /// Whether the current row stays in view when the list becomes smaller.
+    void setKeepsCurrentInView(bool keeps) { m_keepsCurrentInView = keeps; }
     /// Brings a running row into view, and keeps one there until the user scrolls.
     void showRunning();
     /// What a click on the row's button does.
@@ -42,6 +42,7 @@ Q_SIGNALS:
 protected:
     bool viewportEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -89,7 +90,8 @@ private:
     QPointer<ConversionJob> m_pressedJob;
     std::optional<QPoint> m_dragStart;  ///< A press that becomes a drag when the pointer moves.
     std::optional<QPoint>
-        m_notePress;              ///< A press on a row's note, which shows the details if it is a click.
-    int m_dropRow = -1;           ///< The row in front of which dragged ones would be dropped; -1: none.
+        m_notePress;     ///< The same on a row's note, which shows the details if it is a click.
+    int m_dropRow = -1;  ///< The row in front of which dragged ones would be dropped; -1: none.
+    bool m_keepsCurrentInView = false;
     bool m_hadSelection = false;  ///< Before the removal of rows.
 };

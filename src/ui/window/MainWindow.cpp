@@ -27,7 +27,6 @@
 #include <QLabel>
 #include <QMimeData>
 #include <QPushButton>
-#include <QTimer>
 #include <QToolButton>
 #include <QWindow>
 
@@ -110,7 +109,8 @@ void MainWindow::setUpTabOrder() {
     QList<QWidget*> order;
     for (const NoticeBar* bar : findChildren<NoticeBar*>())
         order << bar->proposedButton() << bar->otherButton();
-    order << m_ui->emptyView->focusProxy() << m_ui->jobListView << findChild<UndoBar*>()->undoButton();
+    order << m_ui->emptyView->focusProxy() << m_ui->jobListView << m_ui->detailsPane->controls()
+          << findChild<UndoBar*>()->undoButton();
     for (QToolButton* button : m_ui->toolBar->findChildren<QToolButton*>()) {
         if (!button->defaultAction()) continue;
         button->setFocusPolicy(Qt::TabFocus);
@@ -277,16 +277,16 @@ void MainWindow::toggleDetails(const ConversionJob* job, bool mayClose) {
     if (m_ui->jobListView->currentIndex() != row) m_ui->jobListView->setCurrentIndex(row);
     const bool hadFocus = m_ui->jobListView->hasFocus();
     m_ui->detailsPane->setJob(job);
+    m_ui->jobListView->setKeepsCurrentInView(true);
     m_ui->splitter->setPaneOpen(true);
     m_closeDetails->setEnabled(true);
-    // When the list has its new height.
-    QTimer::singleShot(0, m_ui->jobListView, &JobListView::keepCurrentInView);
     if (hadFocus && !m_ui->jobListView->isVisible()) m_ui->detailsPane->setFocus();
 }
 
 void MainWindow::closeDetails() {
     const QWidget* focused = focusWidget();
     const bool hadFocus = focused && m_ui->detailsPane->isAncestorOf(focused);
+    m_ui->jobListView->setKeepsCurrentInView(false);
     m_ui->splitter->setPaneOpen(false);
     m_closeDetails->setEnabled(false);
     m_ui->detailsPane->setJob(nullptr);

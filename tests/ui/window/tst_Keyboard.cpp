@@ -158,8 +158,8 @@ private Q_SLOTS:
               [](Opened& app) {
                   QVERIFY(app.open({"a.srt", "a.mkv", "b.mkv"}));
               },
-              "addButton whyButton addMoviesButton addAction pauseContinueAction preferencesAction "
-              "cancelAllButton audioPopUp destinationPopUp cancelButton addAllButton"},
+              "addButton addMoviesButton addAction pauseContinueAction preferencesAction cancelAllButton "
+              "whyButton audioPopUp destinationPopUp cancelButton addAllButton"},
              {"rows",
               [](Opened& app) {
                   app.add("a.mkv");
@@ -320,6 +320,7 @@ private Q_SLOTS:
         QCOMPARE(invisible(*app.window), "");
 
         app.window->openPreferences();
+        QVERIFY(QTest::qWaitForWindowActive(app.window->preferencesWindow()));
         auto* pages = app.window->preferencesWindow()->findChild<QListWidget*>("pageList");
         for (int page = 0; page < pages->count(); ++page) {
             pages->setCurrentRow(page);

@@ -760,8 +760,8 @@ private Q_SLOTS:
         Queued app({"a.mkv", "b.mkv"});
         app.list().setFocus();
         app.select(1);
-        app.window->resize(app.window->minimumSize());
         app.press(Qt::Key_Return);
+        app.window->resize(app.window->minimumSize());
         QCoreApplication::processEvents();
         const auto* pane = app.find<QWidget>("detailsPane");
         const QRect row = app.list().visualRect(app.list().currentIndex());
