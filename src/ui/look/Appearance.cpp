@@ -12,7 +12,7 @@
 namespace {
 
 /// Fusion draws the frames of check boxes and radio buttons darker than the window, which is invisible on a
-/// dark one, and default buttons, lists and texts the same with the keyboard focus as without.
+/// dark one, and default buttons, chosen items, lists and texts the same with the keyboard focus as without.
 class VisibleIndicators : public QProxyStyle {
 public:
     using QProxyStyle::QProxyStyle;
@@ -20,6 +20,15 @@ public:
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                        const QWidget* widget) const override {
         QProxyStyle::drawPrimitive(element, option, painter, widget);
+        const auto* focus = qstyleoption_cast<const QStyleOptionFocusRect*>(option);
+        if (element == PE_FrameFocusRect && focus && option->state.testFlag(State_KeyboardFocusChange) &&
+            focus->backgroundColor == option->palette.color(QPalette::Highlight)) {
+            painter->save();
+            painter->setPen(option->palette.color(QPalette::HighlightedText));
+            painter->setBrush(Qt::NoBrush);
+            painter->drawRect(option->rect.adjusted(1, 1, -2, -2));
+            painter->restore();
+        }
         const bool isBox = element == PE_IndicatorCheckBox;
         if ((!isBox && element != PE_IndicatorRadioButton) || !colors::isDark(option->palette)) return;
         painter->save();

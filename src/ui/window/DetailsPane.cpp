@@ -81,6 +81,8 @@ DetailsPane::DetailsPane(QWidget* parent) : QWidget(parent) {
     layout->setSpacing(0);
     layout->addWidget(m_header);
     layout->addLayout(framed);
+    setTabOrder(m_text, m_copy);
+    setTabOrder(m_copy, m_close);
     setFocusProxy(m_text);
     // The plan of a job that waits follows the settings.
     connect(&settings::Changes::shared(), &settings::Changes::changed, this, &DetailsPane::refresh);
@@ -142,10 +144,6 @@ void DetailsPane::setJob(const ConversionJob* job) {
 
 const ConversionJob* DetailsPane::job() const {
     return m_job;
-}
-
-QList<QWidget*> DetailsPane::controls() const {
-    return {m_text, m_copy, m_close};
 }
 
 void DetailsPane::refresh() {

@@ -22,8 +22,6 @@ public:
     /// Null: the pane is empty.
     void setJob(const ConversionJob* job);
     const ConversionJob* job() const;
-    /// What Tab reaches in it, in its order.
-    QList<QWidget*> controls() const;
 
 Q_SIGNALS:
     void closeRequested();

@@ -70,7 +70,6 @@ MainWindow::MainWindow(AppDelegate& delegate)
     });
     connect(&delegate, &AppDelegate::statusMessage, this, &MainWindow::showStatus);
     restoreGeometryFromSettings();
-    setUpTabOrder();
     focusPage();
 }
 
@@ -102,22 +101,10 @@ void MainWindow::setUpToolBar() {
     space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     m_ui->toolBar->addWidget(space);
     m_ui->toolBar->addAction(m_ui->preferencesAction);
-}
-
-/// From the sheet downwards, and the toolbar behind the rest, which is in front of the sheet then.
-void MainWindow::setUpTabOrder() {
-    QList<QWidget*> order;
-    for (const NoticeBar* bar : findChildren<NoticeBar*>())
-        order << bar->proposedButton() << bar->otherButton();
-    order << m_ui->emptyView->focusProxy() << m_ui->jobListView << m_ui->detailsPane->controls()
-          << findChild<UndoBar*>()->undoButton();
-    for (QToolButton* button : m_ui->toolBar->findChildren<QToolButton*>()) {
-        if (!button->defaultAction()) continue;
-        button->setFocusPolicy(Qt::TabFocus);
-        order << button;
+    const QList<QToolButton*> buttons = m_ui->toolBar->findChildren<QToolButton*>();
+    for (QToolButton* button : buttons) {
+        if (button->defaultAction()) button->setFocusPolicy(Qt::TabFocus);
     }
-    for (qsizetype i = 1; i < order.size(); ++i)
-        setTabOrder(order[i - 1], order[i]);
 }
 
 void MainWindow::setUpBars() {
@@ -129,6 +116,8 @@ void MainWindow::setUpBars() {
 
 void MainWindow::addBar(NoticeBar* bar) {
     m_ui->centralLayout->insertWidget(m_ui->centralLayout->indexOf(m_ui->splitter), bar);
+    // In front of the list, as on the screen.
+    setTabOrder(bar->otherButton(), m_ui->jobListView);
     connect(bar, &NoticeBar::focusReleased, this, [this] { m_ui->pages->currentWidget()->setFocus(); });
 }
 
@@ -167,8 +156,11 @@ void MainWindow::setUpUndo() {
     const auto refresh = [this, &removals] { m_ui->undoAction->setEnabled(removals.isOffered()); };
     connect(&removals, &Removals::changed, this, refresh);
     refresh();
+    // Qt's own description of a stack has its pages alone.
+    accessibility::setRole(*m_ui->pages, QAccessible::LayeredPane);
     auto* bar = new UndoBar(removals, m_ui->pages);
     connect(bar, &UndoBar::focusReleased, this, [this] { m_ui->pages->currentWidget()->setFocus(); });
+    setTabOrder(m_ui->jobListView, bar->undoButton());
 }
 
 void MainWindow::setUpPosters() {

@@ -54,7 +54,6 @@ private:
     void setUpUndo();
     void setUpPosters();
     void setUpEndAction();
-    void setUpTabOrder();
     void followQueue();
     void announceState(ConversionJob* job);
     void refreshTitle();

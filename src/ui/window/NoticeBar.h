@@ -13,8 +13,7 @@ class NoticeBar : public QWidget {
 public:
     explicit NoticeBar(QWidget* parent = nullptr);
 
-    /// In the order of the Tab key.
-    QPushButton* proposedButton() const { return m_proposed; }
+    /// The last one in the order of the Tab key.
     QPushButton* otherButton() const { return m_other; }
 
 Q_SIGNALS:
@@ -22,6 +21,7 @@ Q_SIGNALS:
     void focusReleased();
 
 protected:
+    QPushButton* proposedButton() const { return m_proposed; }
     /// Shows the bar with this text, which a screen reader says.
     void announce(const QString& text);
     /// Shows another text, without a screen reader saying it.

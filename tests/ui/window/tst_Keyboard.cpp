@@ -60,6 +60,9 @@ QSet<QWidget*> controls(const QWidget& window) {
 bool showsFocus(QWidget& widget) {
     constexpr int kClearly = 60;  // of 3 * 255
     QWidget& window = *widget.window();
+    for (QWidget* parent = widget.parentWidget(); parent; parent = parent->parentWidget()) {
+        if (auto* area = qobject_cast<QScrollArea*>(parent)) area->ensureWidgetVisible(&widget);
+    }
     const auto grabbed = [&] {
         QCoreApplication::processEvents();
         const QRect place(widget.mapTo(&window, QPoint()), widget.size());
@@ -180,7 +183,7 @@ private Q_SLOTS:
                   app.list().selectAll();
                   app.type(Qt::Key_Delete);
               },
-              "addMoviesButton undoButton addAction pauseContinueAction preferencesAction"}});
+              "addMoviesButton addAction pauseContinueAction preferencesAction undoButton"}});
     }
     void eachControlIsReachedOnce() {
         const auto [prepare, expected] = row<std::function<void(Opened&)>, QString>();
