@@ -403,6 +403,11 @@ void preferences() {
         const QString name = "preferences-" + pages->item(page)->text().toLower().replace(' ', '-');
         if (!pages->item(page)->text().contains("Audio")) {
             save(window, name);
+            auto* area =
+                window.findChild<QStackedWidget*>("pages")->currentWidget()->findChild<QScrollArea*>();
+            if (area->verticalScrollBar()->maximum() == 0) continue;
+            area->verticalScrollBar()->setValue(area->verticalScrollBar()->maximum());
+            save(window, name + "-end");
             continue;
         }
         for (int style = 0; style <= 2; ++style) {

@@ -14,6 +14,7 @@
 namespace {
 
 enum Column { kName, kFolder };
+constexpr int kRowMargins = 8;
 constexpr int kPathRole = Qt::UserRole;
 constexpr QLatin1StringView kDragged("application/x-ravelin-folder");
 
@@ -51,6 +52,7 @@ void FolderList::setFolders(const QList<Destinations::StoredFolder>& folders) {
         auto* item = new QTreeWidgetItem(this);
         const QString shown = QDir::toNativeSeparators(folder.path);
         item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsEditable | Qt::ItemIsDragEnabled);
+        item->setSizeHint(kName, {0, fontMetrics().height() + kRowMargins});
         item->setText(kName, folder.name);
         item->setText(kFolder, folder.problem.isEmpty() ? shown : tr("%1 – cannot be used now").arg(shown));
         item->setData(kName, kPathRole, folder.path);
