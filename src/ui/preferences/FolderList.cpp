@@ -52,7 +52,8 @@ void FolderList::setFolders(const QList<Destinations::StoredFolder>& folders) {
         auto* item = new QTreeWidgetItem(this);
         const QString shown = QDir::toNativeSeparators(folder.path);
         item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsEditable | Qt::ItemIsDragEnabled);
-        item->setSizeHint(kName, {0, fontMetrics().height() + kRowMargins});
+        // On the column that is stretched: the other one is as wide as its hints.
+        item->setSizeHint(kFolder, {0, fontMetrics().height() + kRowMargins});
         item->setText(kName, folder.name);
         item->setText(kFolder, folder.problem.isEmpty() ? shown : tr("%1 – cannot be used now").arg(shown));
         item->setData(kName, kPathRole, folder.path);
