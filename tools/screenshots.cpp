@@ -70,7 +70,8 @@ void waitUntil(const std::function<bool()>& condition) {
 
 bool sheetIsWhole(const WindowedApplication& app) {
     const auto* sheet = app.find<QWidget>("addSheetView");
-    return sheet->height() >= 117 + app.find<QWidget>("planStrip")->minimumSizeHint().height();
+    return sheet->height() > 1 &&
+           sheet->findChild<QVariantAnimation*>()->state() == QAbstractAnimation::Stopped;
 }
 
 void waitForSheet(WindowedApplication& app) {
@@ -189,6 +190,7 @@ void saveMenu(const WindowedApplication& app, const QString& name) {
 /// A row that is dragged to another place, and the way back to what runs.
 void longQueue() {
     WindowedApplication app;
+    showPosters(false);
     setDefaultInt("InsertJobsAtBottom", 1);
     app.tool.setConversion(kConversion);
     app.add("Winter Light - Director's Cut.mkv");
@@ -274,6 +276,8 @@ void queueWindow() {
 /// A movie with more tracks than an MP4 can hold, before and after its conversion.
 void details() {
     WindowedApplication app;
+    showPosters(true);
+    writePoster(app, "Harbour Stories S01E01.mkv");
     app.tool.setReport(FakeTool::report(kManyStreams));
     app.tool.setConversion(FakeTool::waitFor(app.path("go")) + "echo '[mp4 @ 0x5581] a warning' >&2\n");
     Receipt receipt;
