@@ -90,16 +90,18 @@ void writePoster(const WindowedApplication& app, const QString& movie) {
     const double scale = app.window->devicePixelRatioF();
     QImage picture((QSizeF(PosterFrame::kSize) * scale).toSize(), QImage::Format_RGB888);
     const auto hue = static_cast<int>(qHash(movie, 0) % 360);
+    const auto shade = [hue](int turn, int value) { return QColor::fromHsv((hue + turn) % 360, 120, value); };
+    picture.fill(shade(40, 190));
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
-    QLinearGradient sky(0, 0, picture.width(), picture.height());
-    sky.setColorAt(0, QColor::fromHsv(hue, 130, 90));
-    sky.setColorAt(1, QColor::fromHsv((hue + 40) % 360, 110, 190));
-    painter.fillRect(picture.rect(), sky);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor(0, 0, 0, 70));
-    painter.drawEllipse(
-        QRectF(-0.2 * picture.width(), 0.72 * picture.height(), 1.4 * picture.width(), picture.height()));
+    const double width = picture.width();
+    const double height = picture.height();
+    painter.setBrush(shade(20, 140));
+    painter.drawEllipse(QRectF(0.3 * width, 0.45 * height, 1.1 * width, height));
+    painter.setBrush(shade(0, 90));
+    painter.drawEllipse(QRectF(-0.3 * width, 0.65 * height, 1.2 * width, height));
+    painter.end();
     QFile pixels(app.path(movie + ".rgb"));
     if (!pixels.open(QIODevice::WriteOnly)) qFatal("cannot write");
     for (int y = 0; y < picture.height(); ++y)

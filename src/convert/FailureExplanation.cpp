@@ -62,7 +62,7 @@ const QMap<Kind, Known>& endings() {
           {TryAgain}}},
         {Kind::Incomplete, volumeTrouble()},
         {Kind::SourceTruncated,
-         {QT_TRANSLATE_NOOP("Ravelin", "The movie is incomplete: the file ends before the movie does"),
+         {QT_TRANSLATE_NOOP("Ravelin", "The file ends before the movie does"),
           QT_TRANSLATE_NOOP(
               "Ravelin",
               "Movie conversion failed because the movie is incomplete: the file ends before the movie does. Please copy or download it again. The source movie was left as it is."),

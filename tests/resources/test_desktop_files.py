@@ -22,7 +22,7 @@ TYPES = {"mkv": "video/x-matroska", "mp4": "video/mp4", "mov": "video/quicktime"
          "wmv": "video/x-ms-wmv", "mpg": "video/mpeg", "flv": "video/x-flv", "webm": "video/webm", "ts": "video/mp2t",
          "avi": "video/x-msvideo"}
 SYMBOLIC = set("""add toolbar_pause toolbar_start clean preferences state-queued state-converting state-paused state-finished
-    state-failed job-pause job-continue job-remove job-reveal job-explain page-general page-audio page-subtitles
+    state-failed job-pause job-continue job-remove job-reveal job-explain job-more page-general page-audio page-subtitles
     page-destinations page-watchfolder page-advanced busy mood-happy mood-unsure mood-problem icon-appstore icon-macupdate
     icon-alternativeto icon-filehorse remove track-left-out track-picture state-damaged""".split())
 # What the renderer knows: it draws nothing for the rest, and says nothing.

@@ -93,7 +93,7 @@ class Pages(unittest.TestCase):
         shown = [(tag, attributes) for page in PAGES.values() for tag, attributes in page.tags if tag in ("img", "source")]
         there = {f"images/{path.name}": path.stat().st_size for path in (DOCUMENTS / "images").iterdir()}
         self.assertEqual({attributes.get("src") or attributes["srcset"] for _, attributes in shown}, set(there))
-        self.assertLess(max(there.values()), 60_000)
+        self.assertLess(max(there.values()), 80_000)
         self.assertEqual([attributes for tag, attributes in shown if tag == "img" and not attributes["alt"]], [])
 
     def test_nothing_runs_or_is_fetched(self):
