@@ -146,7 +146,7 @@ void AddSheet::addAll() {
 
 QString AddSheet::notice() const {
     // Of movies that are added without the user there is nothing to read.
-    if (!m_intake.fileInfo() || m_confirmation.isAddingAll() || settings::AutoAdd.value()) return {};
+    if (!m_intake.fileInfo() || m_confirmation.isAddingAll() || isConfirmedByItself()) return {};
     if (m_queue.willConvert(m_path)) return tr("This movie is in the queue already.");
     const QString output = m_confirmation.expectedOutput();
     if (output.isEmpty() || outputname::isSameFile(output, m_path) || !QFileInfo::exists(output)) return {};

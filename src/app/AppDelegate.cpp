@@ -147,7 +147,7 @@ void AppDelegate::quitWhenDone() {
 }
 
 bool AppDelegate::isMoreComing() const {
-    return m_lastQueue.isReturning() || !m_searchedPaths.isEmpty() || !m_intake.unconfirmedMovies().isEmpty();
+    return m_lastQueue.isReturning() || !m_searchedPaths.isEmpty() || m_intake.hasUnconfirmedMovies();
 }
 
 void AppDelegate::applicationWillFinishLaunching() {

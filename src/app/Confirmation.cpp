@@ -67,8 +67,16 @@ bool Confirmation::mayKeepFolders() const {
 }
 
 bool Confirmation::needsUser() const {
-    return selectedKind() == Kind::Ask ||
-           (selectedKind() == Kind::NextToSource && !m_destinations.openedFolderFor(besideSource()));
+    switch (selectedKind()) {
+        case Kind::Ask:
+            return true;
+        case Kind::NextToSource:
+            return !m_destinations.openedFolderFor(besideSource());
+        case Kind::Folder:
+            return !m_destinations.problemOfFolder(selectedFolder()).isEmpty();
+        default:
+            return false;
+    }
 }
 
 QString Confirmation::expectedOutput() const {

@@ -366,11 +366,10 @@ void Destinations::store(const QString& folder, DestinationPopUp::Place sender) 
     standardUserDefaults().synchronise();
 
     const qsizetype added = DestinationPopUp::kFirstFolder + stored.size() - 1;
-    rebuildPreferencesDestinationPopUp();
+    rebuildKeepingChoice();
     if (sender == DestinationPopUp::Place::Preferences) {
         setDefaultDestination(added);
     } else {
-        rebuildDestinationPopUp();
         m_addSheet.choose(added);
     }
 }
@@ -396,8 +395,7 @@ void Destinations::clearDestinations() {
     setDefaultObject(kAbsentDestinationNamesKey, {});
     setDefaultObject(kAbsentDefaultDestinationKey, {});
     watchForReturn();
-    rebuildDestinationPopUp();
-    rebuildPreferencesDestinationPopUp();
+    rebuildKeepingChoice();
 }
 
 void Destinations::setDefaultDestination(qsizetype index) {

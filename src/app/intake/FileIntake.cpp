@@ -146,6 +146,10 @@ void FileIntake::cancelProbe() {
     if (m_isCancelled) *m_isCancelled = true;
 }
 
+bool FileIntake::hasUnconfirmedMovies() const {
+    return !m_importFiles.isEmpty() || (isScanning() && !*m_isCancelled) || m_fileInfo;
+}
+
 QStringList FileIntake::unconfirmedMovies() const {
     QStringList files = m_importFiles;
     if (isScanning() && !*m_isCancelled) files.append(m_scannedFile);

@@ -84,6 +84,7 @@ public:
     /// The movies that were added and are neither confirmed nor skipped; the one to be confirmed next is the
     /// last. It changes only with filesWaitingChanged(), scanningStarted() and becameIdle().
     QStringList unconfirmedMovies() const;
+    bool hasUnconfirmedMovies() const;
     /// The subtitle files that were added, also those that movies got.
     QStringList subtitleFiles() const { return m_importSubtitleFiles.values(); }
     /// Where the movies that were added and not yet confirmed came from.

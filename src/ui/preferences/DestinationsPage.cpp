@@ -4,6 +4,7 @@
 #include "ui/preferences/FolderList.h"
 #include "ui/widgets/DestinationComboBox.h"
 
+#include <QAbstractItemDelegate>
 #include <QPushButton>
 
 DestinationsPage::DestinationsPage(QWidget& page, Destinations& destinations)
@@ -13,6 +14,8 @@ DestinationsPage::DestinationsPage(QWidget& page, Destinations& destinations)
     box->setPopUp(&popUp);
     connect(&popUp, &DestinationPopUp::changed, this, &DestinationsPage::refresh);
     connect(m_list, &QTreeWidget::itemSelectionChanged, this, &DestinationsPage::refreshButtons);
+    connect(m_list->itemDelegate(), &QAbstractItemDelegate::closeEditor, this, &DestinationsPage::refresh,
+            Qt::QueuedConnection);
 
     const auto choose = [&destinations] {
         destinations.chooseNewDestination(DestinationPopUp::Place::Preferences);
@@ -38,6 +41,7 @@ DestinationsPage::DestinationsPage(QWidget& page, Destinations& destinations)
 }
 
 void DestinationsPage::refresh() {
+    if (m_list->isEditing()) return;  // Later, by what follows the editing.
     m_list->setFolders(m_destinations.storedFolders());
     refreshButtons();
 }

@@ -17,6 +17,8 @@ public:
     void setFolders(const QList<Destinations::StoredFolder>& folders);
     /// The number of the selected folder; -1: none.
     int selected() const;
+    /// A name is being edited, which setFolders() would end.
+    bool isEditing() const { return state() == EditingState; }
 
     void editSelected();
     void removeSelected();

@@ -37,7 +37,12 @@ QString takenBeside(const QWidget& widget) {
 }
 
 QString added(QString title, const QString& taken) {
-    const auto isFree = [&](QChar letter) { return letter.isLetter() && !taken.contains(letter.toUpper()); };
+    const auto isFree = [&](QChar letter) {
+        const QChar::Script script = letter.script();
+        const bool isOnKey = script == QChar::Script_Latin || script == QChar::Script_Greek ||
+                             script == QChar::Script_Cyrillic;
+        return letter.isLetter() && isOnKey && !taken.contains(letter.toUpper());
+    };
     const auto found = std::ranges::find_if(title, isFree);
     const qsizetype position = found == title.end() ? -1 : found - title.begin();
     const qsizetype before = position < 0 ? 0 : title.first(position).count(u'&');

@@ -183,7 +183,7 @@ private:
         heading(title);
         QTextCharFormat format = inTone(Tone::Normal);
         QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-        fixed.setPointSizeF(m_look.font.pointSizeF());
+        if (m_look.font.pointSizeF() > 0) fixed.setPointSizeF(m_look.font.pointSizeF());
         format.setFont(fixed);
         beginBlock(kGap, format);
         // Its lines are lines of one block, not paragraphs.

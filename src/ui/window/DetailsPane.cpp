@@ -16,6 +16,7 @@
 #include <QSet>
 #include <QTextBlock>
 #include <QTextEdit>
+#include <QTimer>
 #include <QToolButton>
 
 namespace {
@@ -154,7 +155,7 @@ void DetailsPane::refresh() {
     render();
 }
 
-/// Keeps what is selected and in view, as the user may be reading.
+/// Keeps what is in view, and what is selected within a line, as the user may be reading.
 void DetailsPane::render() {
     m_name->setText(m_details.name);
     m_state->setText(m_details.state);
@@ -171,6 +172,8 @@ void DetailsPane::render() {
 void DetailsPane::copy() {
     QGuiApplication::clipboard()->setText(plainText(m_details));
     m_copy->setText(tr("Copied"));
+    constexpr int kMilliseconds = 2000;
+    QTimer::singleShot(kMilliseconds, m_copy, [this] { m_copy->setText(tr("Copy")); });
 }
 
 bool DetailsPane::eventFilter(QObject* watched, QEvent* event) {

@@ -49,6 +49,8 @@ void JobListView::setJobs(JobListModel* model, JobCommands* commands) {
     setAccessibleName(tr("Movies"));
     m_follower->setModel(model);
     connect(model, &JobListModel::rowsRemoved, this, &JobListView::onRowsRemoved);
+    connect(model, &JobListModel::rowsInserted, this, &JobListView::onRowsMoved);
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this, &JobListView::onRowsMoved);
     connect(commands, &JobCommands::copied, this,
             [](const QString& text) { QApplication::clipboard()->setText(text); });
 }
@@ -230,6 +232,8 @@ void JobListView::mouseMoveEvent(QMouseEvent* event) {
 void JobListView::mouseDoubleClickEvent(QMouseEvent* event) {
     const QModelIndex index = indexAt(event->position().toPoint());
     if (event->button() != Qt::LeftButton || !index.isValid()) return;
+    // What the first click has opened stays open.
+    m_currentBeforePress = QPersistentModelIndex();
     if (buttonAt(event->position().toPoint(), index)) {
         // After a removal another job is under the pointer, which the user did not mean.
         if (m_jobs->job(index) == m_pressedJob) mousePressEvent(event);
@@ -247,6 +251,7 @@ void JobListView::mouseDoubleClickEvent(QMouseEvent* event) {
 void JobListView::leaveEvent(QEvent* event) {
     QListView::leaveEvent(event);
     m_delegate->setHot({});
+    viewport()->unsetCursor();
     viewport()->update();
 }
 
@@ -328,6 +333,8 @@ void JobListView::openMenu(QPoint globalPosition) {
 
 void JobListView::dragSelected() {
     m_dragStart.reset();
+    m_notePress.reset();
+    m_currentBeforePress.reset();  // No release follows.
     if (!m_pressedJob) return;
     QList<ConversionJob*> jobs;
     const JobCommands::Jobs selected = selectedJobs();
@@ -428,6 +435,12 @@ void JobListView::rowsAboutToBeRemoved(const QModelIndex& parent, int start, int
 void JobListView::onRowsRemoved() {
     if (m_hadSelection && !selectionModel()->hasSelection() && currentIndex().isValid())
         selectionModel()->select(currentIndex(), QItemSelectionModel::Select);
+    onRowsMoved();
+}
+
+/// Under a pointer at rest.
+void JobListView::onRowsMoved() {
+    if (viewport()->underMouse()) refreshHot(viewport()->mapFromGlobal(QCursor::pos()), false);
 }
 
 void JobListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,

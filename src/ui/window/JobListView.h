@@ -74,6 +74,7 @@ private:
     void requestDetails(ConversionJob* job);
     void openMenu(QPoint globalPosition);
     void onRowsRemoved();
+    void onRowsMoved();
     void dragSelected();
     int dropRowAt(QPoint position) const;
     void setDropRow(int row);

@@ -3,6 +3,7 @@
 #include "support/base/Texts.h"
 #include "ui/window/PosterFrame.h"
 
+#include <QGuiApplication>
 #include <QStyle>
 
 #include <algorithm>
@@ -73,7 +74,7 @@ QString textOf(Button button) {
         case Button::TryAgain:
             return Texts::tr("Try Again");
         case Button::Explain:
-            return Texts::tr("Why? →");
+            return Texts::tr("Why?") + (QGuiApplication::isRightToLeft() ? " ←" : " →");
         case Button::PauseContinue:
         case Button::Remove:
         case Button::Reveal:

@@ -197,7 +197,7 @@ void MainWindow::announceState(ConversionJob* job) {
     if (!QAccessible::isActive()) return;
     const QString note = jobNote(*job).verdictText();
     const QString state = note.isEmpty() ? jobStatus(*job) : note;
-    accessibility::announce(*this, job->fileInfo().fileName + ": " + state);
+    accessibility::announce(*this, Texts::tr("%1: %2").arg(job->fileInfo().fileName, state));
 }
 
 void MainWindow::refreshTitle() {
@@ -248,7 +248,8 @@ void MainWindow::setUpDetails() {
     connect(m_ui->detailsPane, &DetailsPane::closeRequested, this, &MainWindow::closeDetails);
     connect(m_ui->jobListView->selectionModel(), &QItemSelectionModel::currentChanged, this,
             [this](const QModelIndex& current) {
-                if (m_ui->splitter->isPaneOpen()) m_ui->detailsPane->setJob(m_model->job(current));
+                const ConversionJob* job = m_model->job(current);
+                if (job && m_ui->splitter->isPaneOpen()) m_ui->detailsPane->setJob(job);
             });
     m_closeDetails = new QAction(this);
     m_closeDetails->setShortcut(Qt::Key_Escape);

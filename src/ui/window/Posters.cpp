@@ -142,6 +142,7 @@ void Posters::takeNext() {
 void Posters::keep(const QByteArray& rgb) {
     constexpr int kBytesPerPixel = 3;
     const QSize size = pixels(m_scale);
+    if (m_asked && keyOf(*m_asked) == keyOf(m_taken)) m_asked.reset();
     if (rgb.isEmpty()) {
         m_without.insert(m_taken.paths.join(QChar::Null), new char(0));
     } else {

@@ -699,6 +699,10 @@ private Q_SLOTS:
         QVERIFY(text->toPlainText().contains("left out · only one audio track is carried"));
         app.press(Qt::Key_Down);
         QCOMPARE(shown(), "a.mkv");
+        app.clickRow(0);
+        app.doubleClickRow(0);
+        QCOMPARE(shown(), "b.mkv");
+        app.clickRow(1);
 
         // Each of the ways out, and in again.
         app.press(Qt::Key_Return);
