@@ -166,7 +166,13 @@ void measure(AppDelegate& delegate, MainWindow& window, QStringList paths, int c
         [&](const ConversionJob*, JobState, JobState now) { ended += now == JobState::Finished; });
     steps.run(
         "convert", [&] { queue.removeJobs({endless}); }, [&] { return ended >= count; });
-    if (!queue.isIdle()) queue.pauseContinueClicked(true);
+    // The tool of a job may have ended just before it is paused: such a job is finished a moment later.
+    steps.run(
+        "pause",
+        [&] {
+            if (!queue.isIdle()) queue.pauseContinueClicked(true);
+        },
+        [] { return true; });
     delegate.removals().settle();
     const qsizetype all = queue.count();
     steps.run(
