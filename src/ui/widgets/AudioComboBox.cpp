@@ -5,8 +5,6 @@
 
 #include <QAbstractItemView>
 #include <QPainter>
-#include <QStyleOptionComboBox>
-#include <QStylePainter>
 #include <QStyledItemDelegate>
 
 namespace {
@@ -51,7 +49,7 @@ public:
 
 }  // namespace
 
-AudioComboBox::AudioComboBox(QWidget* parent) : QComboBox(parent) {
+AudioComboBox::AudioComboBox(QWidget* parent) : ElidedComboBox(parent) {
     setItemDelegate(new TwoLines(this));
     connect(this, &QComboBox::currentIndexChanged, this, &AudioComboBox::showDescription);
 }
@@ -79,23 +77,19 @@ void AudioComboBox::showDescription() {
 void AudioComboBox::showPopup() {
     constexpr int kWidest = 480;
     view()->setMinimumWidth(qBound(0, view()->sizeHintForColumn(0) + 2 * kGap, kWidest));
-    QComboBox::showPopup();
+    ElidedComboBox::showPopup();
 }
 
-void AudioComboBox::paintEvent(QPaintEvent*) {
-    QStylePainter painter(this);
-    QStyleOptionComboBox option;
-    initStyleOption(&option);
-    QRect rest = style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, this);
-    option.currentText = fontMetrics().elidedText(option.currentText, Qt::ElideRight, rest.width() - 2);
-    painter.drawComplexControl(QStyle::CC_ComboBox, option);
-    painter.drawControl(QStyle::CE_ComboBoxLabel, option);
+void AudioComboBox::paintEvent(QPaintEvent* event) {
+    ElidedComboBox::paintEvent(event);
     const QString description = currentData(kDescriptionRole).toString();
     if (description.isEmpty()) return;
+    QRect rest = textRect();
     const int used = fontMetrics().horizontalAdvance(currentText()) + kGap;
     rest = QStyle::visualRect(layoutDirection(), rest, rest.adjusted(used, 0, -1, 0));
     // A few letters would say nothing.
     if (rest.width() < fontMetrics().averageCharWidth() * 6) return;
+    QPainter painter(this);
     painter.setLayoutDirection(layoutDirection());
     painter.setPen(isEnabled() ? colors::secondaryText(palette())
                                : palette().color(QPalette::Disabled, QPalette::ButtonText));

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <QComboBox>
+#include "ui/widgets/ElidedComboBox.h"
 
 /// A pop-up of audio tracks. An item's text is the track's entry ("#1: eng (ac3)"); its description in words
 /// ("English, Director's commentary") is drawn beside it, below it in the list. Main thread only.
-class AudioComboBox : public QComboBox {
+class AudioComboBox : public ElidedComboBox {
     Q_OBJECT
 
 public:

@@ -14,7 +14,7 @@ bool isCommand(const DestinationItem& item) {
 
 }  // namespace
 
-DestinationComboBox::DestinationComboBox(QWidget* parent) : QComboBox(parent) {
+DestinationComboBox::DestinationComboBox(QWidget* parent) : ElidedComboBox(parent) {
     connect(this, &QComboBox::activated, this, &DestinationComboBox::choose);
 }
 
@@ -58,11 +58,11 @@ void DestinationComboBox::setCommandsEnabled(bool enabled) {
 
 void DestinationComboBox::showPopup() {
     setCommandsEnabled(true);
-    QComboBox::showPopup();
+    ElidedComboBox::showPopup();
 }
 
 void DestinationComboBox::hidePopup() {
-    QComboBox::hidePopup();
+    ElidedComboBox::hidePopup();
     setCommandsEnabled(false);
 }
 

@@ -1,13 +1,14 @@
 #pragma once
 
-#include <QComboBox>
+#include "ui/widgets/ElidedComboBox.h"
+
 #include <QPointer>
 
 class DestinationPopUp;
 
 /// Shows the items and the selection of a DestinationPopUp and emits the user's choices. It changes nothing
 /// itself: the receiver of a signal selects in the DestinationPopUp, and the box follows. Main thread only.
-class DestinationComboBox : public QComboBox {
+class DestinationComboBox : public ElidedComboBox {
     Q_OBJECT
 
 public:
