@@ -21,8 +21,8 @@ public:
     /// The shell commands of a conversion. $destination and $progress hold the paths; for
     /// `wait_until` see above. The default writes an output.
     void setConversion(const QByteArray& script) const { write("convert", script); }
-    /// The pixels of a movie's picture are those of the file that has its name and ".rgb"; without it there is
-    /// no picture.
+    /// The pixels of a movie's picture are those of the file that has its name and ".rgb"; without it there
+    /// is no picture.
 
     /// A file that exists as soon as a conversion runs.
     QString runningMark() const { return m_folder + "/running"; }
