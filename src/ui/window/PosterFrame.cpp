@@ -5,6 +5,7 @@
 
 #include <QPainter>
 #include <QPainterPath>
+#include <QStyle>
 
 void paintPoster(QPainter& painter, const QRect& rect, const QPixmap& poster, const QPalette& palette) {
     constexpr double kCorner = 4;
