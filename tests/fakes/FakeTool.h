@@ -5,7 +5,8 @@
 #include <QStringList>
 
 /// A scripted replacement of the bundled tool: an `ffmpeg` shell script in a separate resource folder. It can
-/// hang, print very much, return a wrong exit status, and die by a signal.
+/// hang, print very much, return a wrong exit status, and die by a signal. A movie's picture are the pixels
+/// in the file of its name with ".rgb"; without it there is none.
 class FakeTool {
 public:
     /// Creates the script below `folder` and makes the application use it.
@@ -21,9 +22,6 @@ public:
     /// The shell commands of a conversion. $destination and $progress hold the paths; for
     /// `wait_until` see above. The default writes an output.
     void setConversion(const QByteArray& script) const { write("convert", script); }
-    /// The pixels of a movie's picture are those of the file that has its name and ".rgb"; without it there
-    /// is no picture.
-
     /// A file that exists as soon as a conversion runs.
     QString runningMark() const { return m_folder + "/running"; }
     /// The shell of the last conversion; 0: none has run.

@@ -40,6 +40,9 @@ JobListView::JobListView(QWidget* parent)
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     joblist::installAccessible();
+    constexpr int kMilliseconds = 50;
+    m_rowsMoved.setSingleShot(true);
+    m_rowsMoved.setInterval(kMilliseconds);
 }
 
 void JobListView::setJobs(JobListModel* model, JobCommands* commands) {
@@ -49,8 +52,14 @@ void JobListView::setJobs(JobListModel* model, JobCommands* commands) {
     setAccessibleName(tr("Movies"));
     m_follower->setModel(model);
     connect(model, &JobListModel::rowsRemoved, this, &JobListView::onRowsRemoved);
-    connect(model, &JobListModel::rowsInserted, this, &JobListView::onRowsMoved);
-    connect(verticalScrollBar(), &QScrollBar::valueChanged, this, &JobListView::onRowsMoved);
+    // Once for many: to know what is under a pointer at rest, all rows are laid out.
+    connect(&m_rowsMoved, &QTimer::timeout, this, [this] {
+        if (viewport()->underMouse()) refreshHot(viewport()->mapFromGlobal(QCursor::pos()), false);
+    });
+    const auto follow = [this] { m_rowsMoved.start(); };
+    connect(model, &JobListModel::rowsInserted, this, follow);
+    connect(model, &JobListModel::rowsRemoved, this, follow);
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this, follow);
     connect(commands, &JobCommands::copied, this,
             [](const QString& text) { QApplication::clipboard()->setText(text); });
 }
@@ -435,12 +444,6 @@ void JobListView::rowsAboutToBeRemoved(const QModelIndex& parent, int start, int
 void JobListView::onRowsRemoved() {
     if (m_hadSelection && !selectionModel()->hasSelection() && currentIndex().isValid())
         selectionModel()->select(currentIndex(), QItemSelectionModel::Select);
-    onRowsMoved();
-}
-
-/// Under a pointer at rest.
-void JobListView::onRowsMoved() {
-    if (viewport()->underMouse()) refreshHot(viewport()->mapFromGlobal(QCursor::pos()), false);
 }
 
 void JobListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,

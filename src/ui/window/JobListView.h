@@ -5,6 +5,7 @@
 
 #include <QListView>
 #include <QPointer>
+#include <QTimer>
 
 class JobDelegate;
 class JobListModel;
@@ -74,7 +75,6 @@ private:
     void requestDetails(ConversionJob* job);
     void openMenu(QPoint globalPosition);
     void onRowsRemoved();
-    void onRowsMoved();
     void dragSelected();
     int dropRowAt(QPoint position) const;
     void setDropRow(int row);
@@ -94,5 +94,6 @@ private:
         m_notePress;     ///< The same on a row's note, which shows the details if it is a click.
     int m_dropRow = -1;  ///< The row in front of which dragged ones would be dropped; -1: none.
     bool m_keepsCurrentInView = false;
+    QTimer m_rowsMoved;           ///< What is under a pointer at rest may be another row.
     bool m_hadSelection = false;  ///< Before the removal of rows.
 };

@@ -217,6 +217,8 @@ private Q_SLOTS:
             onSheet ? destinations.destinationPopUp() : destinations.preferencesDestinationPopUp();
         QCOMPARE(asked.selected(), 4);
         QCOMPARE(asked.items()[4].title, "b");
+        QCOMPARE(destinations.destinationPopUp().items()[4].title, "b");  // The sheet may be open.
+        QCOMPARE(destinations.destinationPopUp().selected(), onSheet ? 4 : 0);
         QCOMPARE(Home::preselected(), defaultAfter);
         QCOMPARE(destinations.openFolder(1), home.path("b"));
         folderaccess::stopAccessing(home.path("b"));
