@@ -32,17 +32,15 @@ public:
 
     QIconEngine* clone() const override { return new SymbolicIconEngine(*this); }
 
-    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
-        const QPalette palette = QApplication::palette();
-        const auto role = mode == QIcon::Selected ? QPalette::HighlightedText : QPalette::WindowText;
-        const QColor color = m_tone == colors::Tone::Normal ? palette.color(groupFor(mode), role)
-                                                            : colors::text(palette, m_tone);
-        QSvgRenderer renderer(coloured(m_file, color, palette.color(groupFor(mode), QPalette::Highlight)));
-        renderer.setAspectRatioMode(Qt::KeepAspectRatio);
-        renderer.render(painter, rect);
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) override {
+        const qreal scale = painter->device()->devicePixelRatio();
+        QPixmap image = pixmap((QSizeF(rect.size()) * scale).toSize(), mode, state);
+        image.setDevicePixelRatio(scale);
+        painter->drawPixmap(rect.topLeft(), image);
     }
 
-    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+    /// Kept, since reading a drawing takes longer than the rest of a row.
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State) override {
         const QString key = QStringLiteral("%1 %2 %3x%4 %5 %6")
                                 .arg(m_file)
                                 .arg(static_cast<int>(m_tone))
@@ -55,13 +53,23 @@ public:
         image = QPixmap(size);
         image.fill(Qt::transparent);
         QPainter painter(&image);
-        paint(&painter, QRect(QPoint(), size), mode, state);
+        draw(painter, QRect(QPoint(), size), mode);
         painter.end();
         QPixmapCache::insert(key, image);
         return image;
     }
 
 private:
+    void draw(QPainter& painter, const QRect& rect, QIcon::Mode mode) const {
+        const QPalette palette = QApplication::palette();
+        const auto role = mode == QIcon::Selected ? QPalette::HighlightedText : QPalette::WindowText;
+        const QColor color = m_tone == colors::Tone::Normal ? palette.color(groupFor(mode), role)
+                                                            : colors::text(palette, m_tone);
+        QSvgRenderer renderer(coloured(m_file, color, palette.color(groupFor(mode), QPalette::Highlight)));
+        renderer.setAspectRatioMode(Qt::KeepAspectRatio);
+        renderer.render(&painter, rect);
+    }
+
     QString m_file;
     colors::Tone m_tone;
 };

@@ -67,6 +67,11 @@ EmptyView::EmptyView(QWidget* parent) : QWidget(parent) {
     layout->addStretch();
 }
 
+QSize EmptyView::sizeHint() const {
+    constexpr QSize kUsual(640, 420);
+    return kUsual;
+}
+
 void EmptyView::setDropHighlighted(bool highlighted) {
     if (m_highlighted == highlighted) return;
     m_highlighted = highlighted;

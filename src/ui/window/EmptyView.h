@@ -13,6 +13,11 @@ public:
     /// Highlights the picture while movies are dragged over the window.
     void setDropHighlighted(bool highlighted);
 
+    // Fixed, so that the layouts above do not have the sentence wrapped at each width that they consider.
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return {}; }
+    bool hasHeightForWidth() const override { return false; }
+
 Q_SIGNALS:
     void addRequested();
 
