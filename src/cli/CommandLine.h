@@ -42,13 +42,20 @@ struct SettingsOptions {
     enum class Action { List, Get, Set, Unset, Path };
     Action action = Action::List;
     bool json = false;
+    bool describe = false;  ///< --describe, for List.
     QString key;
     QString value;
 };
 
+struct DoctorOptions {
+    bool json = false;
+    QStringList folders;  ///< Where movies are or outputs go.
+};
+
 struct CommandLine {
     /// monostate: nothing to do but to exit with exitStatus (help, version, wrong usage).
-    std::variant<std::monostate, ProbeOptions, PlanOptions, ConvertOptions, WatchOptions, SettingsOptions>
+    std::variant<std::monostate, ProbeOptions, PlanOptions, ConvertOptions, WatchOptions, SettingsOptions,
+                 DoctorOptions>
         command;
     /// Values of --set and --style, for this run only.
     QMap<QString, QVariant> overrides;

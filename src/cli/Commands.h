@@ -9,3 +9,4 @@ int runPlan(const PlanOptions& options, const CommandLine& line);
 int runConvert(const ConvertOptions& options, const CommandLine& line);
 int runWatch(const WatchOptions& options, const CommandLine& line);
 int runSettings(const SettingsOptions& options);
+int runDoctor(const DoctorOptions& options);

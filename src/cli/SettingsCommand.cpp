@@ -1,6 +1,7 @@
 #include "cli/Commands.h"
 #include "cli/ExitStatus.h"
 #include "cli/Output.h"
+#include "cli/SettingDescription.h"
 #include "convert/RunJournal.h"
 #include "settings/SettingsTable.h"
 #include "support/base/Format.h"
@@ -18,11 +19,10 @@ struct Present {
     bool isDefault = true;
 };
 
-/// A setting without a registered default reads as 0 or as empty.
 Present present(const settings::Row& setting) {
-    const bool isNumber = setting.type == settings::Type::Integer || setting.type == settings::Type::Boolean;
-    const QVariant unset = setting.isRegistered() || !isNumber ? setting.defaultValue() : QVariant(qint64{0});
+    const QVariant unset = settingdescription::unsetValue(setting);
     const QVariant stored = defaultObject(setting.key);
+    const bool isNumber = unset.typeId() == QMetaType::LongLong;
     const QVariant value = !stored.isValid() ? unset : isNumber ? QVariant(defaultInt(setting.key)) : stored;
     return {setting.key, value, value == unset};
 }
@@ -37,13 +37,18 @@ QJsonValue jsonValue(const QVariant& value) {
     return array;
 }
 
-void print(const Present& setting, bool asJson, bool withName) {
+QJsonObject jsonObject(const Present& setting) {
+    return {{"key", setting.key}, {"value", jsonValue(setting.value)}, {"isDefault", setting.isDefault}};
+}
+
+QString textOf(const Present& setting) {
+    return makeString("%@ = %@%@", setting.key, settings::textFromValue(setting.value),
+                      setting.isDefault ? "  " + Texts::tr("(default)") : QString());
+}
+
+void get(const Present& setting, bool asJson) {
     if (asJson) {
-        output::json(
-            {{"key", setting.key}, {"value", jsonValue(setting.value)}, {"isDefault", setting.isDefault}});
-    } else if (withName) {
-        output::line(makeString("%@ = %@%@", setting.key, settings::textFromValue(setting.value),
-                                setting.isDefault ? "  " + Texts::tr("(default)") : QString()));
+        output::json(jsonObject(setting));
     } else {
         output::line(settings::textFromValue(setting.value));
     }
@@ -51,7 +56,33 @@ void print(const Present& setting, bool asJson, bool withName) {
 
 void list(bool asJson) {
     for (const settings::Row* setting : settings::all()) {
-        if (setting->registration == settings::Registration::Listed) print(present(*setting), asJson, true);
+        if (setting->registration != settings::Registration::Listed) continue;
+        if (asJson) {
+            output::json(jsonObject(present(*setting)));
+        } else {
+            output::line(textOf(present(*setting)));
+        }
+    }
+}
+
+/// Also lists the settings that list() leaves out.
+void describeAll(bool asJson) {
+    for (const settings::Row* setting : settings::all()) {
+        const QVariant unset = settingdescription::unsetValue(*setting);
+        if (asJson) {
+            QJsonObject object = jsonObject(present(*setting));
+            object["meaning"] = setting->meaning;
+            object["type"] = settingdescription::typeWord(setting->type);
+            object["allowed"] = settingdescription::allowedValues(*setting);
+            object["default"] = jsonValue(unset);
+            output::json(object);
+            continue;
+        }
+        output::line(textOf(present(*setting)));
+        output::line(makeString("    %@.", QString(setting->meaning)));
+        const QString standard = settings::textFromValue(unset);
+        output::line(makeString("    Value: %@; default: %@.", settingdescription::allowedText(*setting),
+                                standard.isEmpty() ? QString("empty") : standard));
     }
 }
 
@@ -96,7 +127,11 @@ int runSettings(const SettingsOptions& options) {
     if (const QString problem = standardUserDefaults().problem(); !problem.isEmpty()) output::error(problem);
 
     if (options.action == List) {
-        list(options.json);
+        if (options.describe) {
+            describeAll(options.json);
+        } else {
+            list(options.json);
+        }
         return exitstatus::kSuccess;
     }
     if (options.action == Path) {
@@ -116,7 +151,7 @@ int runSettings(const SettingsOptions& options) {
         return wrongUsage(unknownKeyMessage(options.key), "settings");
     switch (options.action) {
         case Get:
-            print(setting ? present(*setting) : Present{options.key, stored, false}, options.json, false);
+            get(setting ? present(*setting) : Present{options.key, stored, false}, options.json);
             return exitstatus::kSuccess;
         case Set:
             return set(*setting, options.value);

@@ -16,6 +16,7 @@ struct RunCommand {
     int operator()(const ConvertOptions& options) const { return runConvert(options, line); }
     int operator()(const WatchOptions& options) const { return runWatch(options, line); }
     int operator()(const SettingsOptions& options) const { return runSettings(options); }
+    int operator()(const DoctorOptions& options) const { return runDoctor(options); }
 };
 
 }  // namespace

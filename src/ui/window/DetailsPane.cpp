@@ -64,6 +64,13 @@ private:
 }  // namespace
 
 DetailsPane::DetailsPane(QWidget* parent) : QWidget(parent) {
+    // The plan of a job that waits follows the settings.
+    connect(&settings::Changes::shared(), &settings::Changes::changed, this, &DetailsPane::refresh);
+}
+
+/// Not before it is needed: a text view takes a third of a MiB.
+void DetailsPane::makeContents() {
+    if (m_text) return;
     m_text = new QTextEdit(this);
     m_text->setObjectName(QStringLiteral("detailsText"));
     m_text->setReadOnly(true);
@@ -85,8 +92,6 @@ DetailsPane::DetailsPane(QWidget* parent) : QWidget(parent) {
     setTabOrder(m_text, m_copy);
     setTabOrder(m_copy, m_close);
     setFocusProxy(m_text);
-    // The plan of a job that waits follows the settings.
-    connect(&settings::Changes::shared(), &settings::Changes::changed, this, &DetailsPane::refresh);
 }
 
 QWidget* DetailsPane::makeHeader() {
@@ -127,7 +132,8 @@ QWidget* DetailsPane::makeHeader() {
 }
 
 void DetailsPane::setJob(const ConversionJob* job) {
-    if (m_job && m_job == job) return;
+    if (m_job ? m_job == job : !job && !m_text) return;
+    makeContents();
     if (m_job) m_job->disconnect(this);
     m_job = job;
     m_details = {};
@@ -182,6 +188,7 @@ bool DetailsPane::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void DetailsPane::showEvent(QShowEvent* event) {
+    makeContents();
     QWidget::showEvent(event);
     refresh();
 }

@@ -33,6 +33,7 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    void makeContents();
     QWidget* makeHeader();
     void refresh();
     void render();

@@ -14,11 +14,6 @@
 
 namespace {
 
-QString describedLimit(const char* name) {
-    QFile file(QString("/proc/sys/fs/inotify/") + name);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll().trimmed()) : QString("?");
-}
-
 /// Twice the current limit, but at least `least`, a common default of systems with more memory.
 QString sufficientLimit(const QString& limit, long least) {
     return QString::number(std::max(2 * limit.toLong(), least));
@@ -34,6 +29,11 @@ bool isOutOfFiles() {
 
 }  // namespace
 
+QString Inotify::systemLimit(const char* name) {
+    QFile file(QString("/proc/sys/fs/inotify/") + name);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll().trimmed()) : QString("?");
+}
+
 Inotify::Inotify() : m_file(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)), m_error(m_file < 0 ? errno : 0) {}
 
 Inotify::~Inotify() {
@@ -45,14 +45,14 @@ QString Inotify::problem() const {
     if (m_error != EMFILE || isOutOfFiles())
         return Texts::tr("Folders cannot be watched: %1.")
             .arg(QString::fromLocal8Bit(std::strerror(m_error)));
-    const QString limit = describedLimit("max_user_instances");
+    const QString limit = systemLimit("max_user_instances");
     return Texts::
         tr("Folders cannot be watched: this system allows %1 watching programs per user, and there are as many. An administrator can allow more: sysctl fs.inotify.max_user_instances=%2")
             .arg(limit, sufficientLimit(limit, 1024));
 }
 
 QString Inotify::limitOfWatches(const QString& folder) {
-    const QString limit = describedLimit("max_user_watches");
+    const QString limit = systemLimit("max_user_watches");
     return Texts::
         tr("Not every folder in “%1” can be watched: this system allows %2 watched folders per user, and there are more. What arrives in the others is not noticed. An administrator can allow more: sysctl fs.inotify.max_user_watches=%3")
             .arg(folder, limit, sufficientLimit(limit, 524'288));

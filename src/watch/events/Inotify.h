@@ -36,6 +36,8 @@ public:
     /// no events are pending.
     bool read(const QDeadlineTimer& deadline, const std::function<bool(const Event&)>& handle);
 
+    /// The kernel's limit "max_user_watches" or "max_user_instances", as text; "?": unknown.
+    static QString systemLimit(const char* name);
     /// The message for the user when the limit of watches is reached below `folder`.
     static QString limitOfWatches(const QString& folder);
 
