@@ -209,5 +209,8 @@ ArgumentParser::ArgumentParser()
     watch = addWatch(app, values);
     settings = addSettings(app, values);
     doctor = addDoctor(app, values);
-    translateHelp(app);
+}
+
+void ArgumentParser::translateHelp() {
+    ::translateHelp(app);
 }

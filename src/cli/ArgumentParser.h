@@ -18,6 +18,9 @@ public:
     /// The numbers of the setting ConversionPreset by their words.
     static const std::map<std::string, qint64>& styles();
 
+    /// Call it before the help is printed; no other start has to pay for it.
+    void translateHelp();
+
     CLI::App app;
 
     /// The values that the parser fills in, in UTF-8.

@@ -95,6 +95,7 @@ CommandLine CommandLine::parse(int argc, char** argv) {
     try {
         parser.app.parse(argc, argv);
     } catch (const CLI::Success& success) {
+        parser.translateHelp();
         parser.app.exit(success);  // Help or version.
         return line;
     } catch (const CLI::ParseError& error) {
