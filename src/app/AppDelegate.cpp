@@ -120,6 +120,10 @@ void AppDelegate::connectWindows() {
     });
     connect(&m_openWindows, &OpenWindows::settled, this, &jobmessages::withdrawClosedWindow);
     connect(this, &AppDelegate::terminating, &jobmessages::withdrawClosedWindow);
+    connect(&m_openWindows, &OpenWindows::staysWithoutWindows, this, [] {
+        sharedDesktop().requestBackground(
+            Texts::tr("%1 converts movies, or waits for movies, without a window.").arg(ApplicationInfo::name()));
+    });
     connect(&m_openWindows, &OpenWindows::endRequested, this, [this] { terminate(true); });
     connect(&m_intake, &FileIntake::filesWaitingChanged, &m_openWindows, &OpenWindows::reconsider);
     connect(&m_intake, &FileIntake::scanningStarted, &m_openWindows, &OpenWindows::reconsider);

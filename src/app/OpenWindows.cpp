@@ -38,6 +38,7 @@ void OpenWindows::set(bool isMainOpen, bool areOthersOpen) {
     if (isLastClosed && isDone()) {
         Q_EMIT endRequested();
     } else {
+        if (isLastClosed) Q_EMIT staysWithoutWindows();
         reconsider();
     }
 }

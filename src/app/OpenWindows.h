@@ -43,6 +43,8 @@ Q_SIGNALS:
     void wentOn(bool isConverting);
     /// What wentOn() said holds no longer.
     void settled();
+    /// The last window was closed, and the application goes on without any.
+    void staysWithoutWindows();
     /// The application is to quit.
     void endRequested();
 

@@ -102,6 +102,7 @@ private Q_SLOTS:
         QCOMPARE(terminating.count(), 0);
         windows.set(false, false);
         QCOMPARE(terminating.count(), ends ? 1 : 0);
+        QCOMPARE(app.desktop.backgroundReasons.size(), ends ? 0 : 1);
         QCOMPARE(app.presenter.shown.size(), 0);
         QCOMPARE(app.desktop.notifications.size(), title.isEmpty() ? 0 : 1);
         if (title.isEmpty()) return;

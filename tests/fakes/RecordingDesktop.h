@@ -2,6 +2,7 @@
 
 #include "support/desktop/Desktop.h"
 
+#include <QHash>
 #include <QList>
 #include <QSet>
 #include <QStringList>
@@ -43,6 +44,8 @@ public:
     }
     bool isOptionKeyHeld() const override { return optionKeyIsHeld; }
     bool isSandboxed() const override { return sandboxed; }
+    QStringList transferredFiles(const QString& key) override { return transfers.take(key); }
+    void requestBackground(const QString& reason) override { backgroundReasons.append(reason); }
     void setLauncherProgress(std::optional<double> fraction) override { launcherProgress = fraction; }
 
     QStringList reasons;
@@ -59,6 +62,8 @@ public:
     QString clipboard;
     bool optionKeyIsHeld = false;
     bool sandboxed = false;
+    QHash<QString, QStringList> transfers;
+    QStringList backgroundReasons;
     std::optional<double> launcherProgress;
 
 private:

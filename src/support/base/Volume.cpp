@@ -1,5 +1,6 @@
 #include "support/base/Volume.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QStorageInfo>
@@ -32,6 +33,12 @@ QString mountPoint(const QString& folder) {
     while (!QFileInfo::exists(existing) && existing.contains(u'/') && existing != u"/")
         existing = QFileInfo(existing).path();
     return QStorageInfo(existing).rootPath();
+}
+
+bool isInDocumentsPortal(const QString& path) {
+    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    return path.startsWith(u"/run/flatpak/doc/") ||
+           (!runtime.isEmpty() && path.startsWith(QDir::cleanPath(runtime) + "/doc/"));
 }
 
 }  // namespace volume

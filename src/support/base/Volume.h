@@ -19,4 +19,8 @@ std::optional<quint64> maximumFileSizeOfType(long magic);
 /// Where the volume of a folder is mounted; of the nearest existing one above a folder that does not exist.
 QString mountPoint(const QString& folder);
 
+/// Whether the absolute path lies in the documents portal, where a Flatpak finds the files and folders that
+/// the user opened. The kernel reports nothing there of what is done to them from outside.
+bool isInDocumentsPortal(const QString& path);
+
 }  // namespace volume

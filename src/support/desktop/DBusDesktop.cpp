@@ -7,6 +7,7 @@
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusReply>
 #include <QFile>
 #include <QFileInfo>
 
@@ -48,6 +49,15 @@ QDBusMessage logindCall(const QString& method, const QVariantList& arguments = {
 
 QString methodOf(PowerAction action) {
     return action == PowerAction::Sleep ? QStringLiteral("Suspend") : QStringLiteral("PowerOff");
+}
+
+/// A file that a service outside of the sandbox gets, where its path may name another file. Invalid if it
+/// cannot be opened.
+QDBusUnixFileDescriptor opened(const QString& path, int flags) {
+    QDBusUnixFileDescriptor descriptor;
+    descriptor.giveFileDescriptor(
+        ::open(QFile::encodeName(path).constData(), flags | O_NONBLOCK | O_CLOEXEC));
+    return descriptor;
 }
 
 /// Whether the call was accepted, or may still be accepted after a timeout.
@@ -315,6 +325,12 @@ void DBusDesktop::revealTogether(const QStringList& paths) {
         openFolders();
         return;
     }
+    if (m_insideFlatpak) {
+        for (const QString& path : paths) {
+            if (folders.remove(QFileInfo(path).absolutePath())) revealThroughPortal(*bus, path);
+        }
+        return;
+    }
     QDBusMessage call =
         QDBusMessage::createMethodCall("org.freedesktop.FileManager1", "/org/freedesktop/FileManager1",
                                        "org.freedesktop.FileManager1", "ShowItems");
@@ -322,6 +338,47 @@ void DBusDesktop::revealTogether(const QStringList& paths) {
     buses::whenAnswered(*bus, call, this, [openFolders](const QDBusPendingCall& answer) {
         if (answer.isError()) openFolders();
     });
+}
+
+/// The portal selects one file; a folder of which several are to be shown is opened once.
+void DBusDesktop::revealThroughPortal(const QDBusConnection& bus, const QString& path) {
+    const QDBusUnixFileDescriptor file = opened(path, O_RDONLY);
+    if (!file.isValid()) {
+        openUrl(QUrl::fromLocalFile(QFileInfo(path).absolutePath()));
+        return;
+    }
+    sendForSure(
+        bus, portalCall("OpenURI", "OpenDirectory", {QString(), QVariant::fromValue(file), QVariantMap()}));
+}
+
+bool DBusDesktop::moveToTrash(const QString& path) {
+    if (!m_insideFlatpak) return Desktop::moveToTrash(path);
+    // The trash of the sandbox's own home is not the user's.
+    const auto bus = buses::session();
+    const QDBusUnixFileDescriptor file = opened(path, O_RDWR | O_NOFOLLOW);
+    if (!bus || !file.isValid()) return false;
+    constexpr uint kMoved = 1;
+    const QDBusReply<uint> reply =
+        bus->call(portalCall("Trash", "TrashFile", {QVariant::fromValue(file)}), QDBus::Block);
+    return reply.isValid() && reply.value() == kMoved;
+}
+
+QStringList DBusDesktop::transferredFiles(const QString& key) {
+    const auto bus = buses::session();
+    if (!bus) return {};
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        "org.freedesktop.portal.Documents", "/org/freedesktop/portal/documents",
+        "org.freedesktop.portal.FileTransfer", "RetrieveFiles");
+    call.setArguments({key, QVariantMap()});
+    const QDBusReply<QStringList> reply = bus->call(call, QDBus::Block, kPatienceMilliseconds);
+    return reply.value();
+}
+
+void DBusDesktop::requestBackground(const QString& reason) {
+    if (!m_insideFlatpak) return;
+    if (const auto bus = buses::session())
+        sendForSure(*bus, portalCall("Background", "RequestBackground",
+                                     {QString(), QVariantMap{{"reason", reason}}}));
 }
 
 bool DBusDesktop::openUrl(const QUrl& url) {
@@ -342,10 +399,7 @@ bool DBusDesktop::openUrl(const QUrl& url) {
         sendForSure(*bus, call);
         return true;
     }
-    // Outside the sandbox a path may name another file; a descriptor does not.
-    QDBusUnixFileDescriptor descriptor;
-    descriptor.giveFileDescriptor(
-        ::open(QFile::encodeName(url.toLocalFile()).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    const QDBusUnixFileDescriptor descriptor = opened(url.toLocalFile(), O_RDONLY);
     if (!descriptor.isValid()) return false;
     sendForSure(
         *bus, portalCall("OpenURI", "OpenFile", {QString(), QVariant::fromValue(descriptor), QVariantMap()}));

@@ -15,8 +15,8 @@ class QDBusPendingCall;
 class QDBusPendingCallWatcher;
 
 /// The desktop over D-Bus: logind, the notification daemon and the file manager, or inside a Flatpak the
-/// desktop portal. Connects to a bus at the first use and only if one is announced. Only openUrl() and the
-/// destructor wait for replies. Main thread only.
+/// desktop portal. Connects to a bus at the first use and only if one is announced. Only openUrl(),
+/// transferredFiles(), moveToTrash() inside a Flatpak, and the destructor wait for replies. Main thread only.
 class DBusDesktop : public Desktop {
     Q_OBJECT
 
@@ -38,11 +38,14 @@ public:
     void withdraw(const QString& group) override;
     void reveal(const QString& path) override { revealTogether({path}); }
     void revealTogether(const QStringList& paths) override;
+    bool moveToTrash(const QString& path) override;
     /// Uses xdg-open, or the portal inside a Flatpak or if xdg-open is missing. Returns true if the address
     /// was handed over. For a mailto link, xdg-open's exit status is awaited for at most two seconds; the
     /// portal itself informs the user if no program is installed.
     bool openUrl(const QUrl& url) override;
     bool isSandboxed() const override { return m_insideFlatpak; }
+    QStringList transferredFiles(const QString& key) override;
+    void requestBackground(const QString& reason) override;
     void setLauncherProgress(std::optional<double> fraction) override;
     bool prefersDark() const override { return m_appearance.prefersDark(); }
     bool prefersReducedMotion() const override { return m_appearance.prefersReducedMotion(); }
@@ -81,6 +84,7 @@ private:
     void closeShown(const QDBusConnection& bus, Group& group);
     void notifyThroughPortal(const QDBusConnection& bus, const Notification& notification);
     void activate(const QString& id, const QString& action);
+    void revealThroughPortal(const QDBusConnection& bus, const QString& path);
     void listenForActions(QDBusConnection bus);
 
     const QString m_applicationName;

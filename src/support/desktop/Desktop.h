@@ -59,7 +59,7 @@ public:
     /// The same for several files, where the file manager can in as few windows as possible.
     virtual void revealTogether(const QStringList& paths);
 
-    /// Moves the file to the user's trash. Returns false if it could not be moved.
+    /// Moves the file to the user's trash; waits until that is done. Returns false if it could not be moved.
     virtual bool moveToTrash(const QString& path);
 
     /// Opens a web page, a file, a folder or a mailto link with the user's program for it. Returns false if
@@ -74,6 +74,14 @@ public:
 
     /// Whether a sandbox limits the application to folders that the user opened.
     virtual bool isSandboxed() const { return false; }
+
+    /// The paths of files that another application hands over by a key of the file transfer portal, which is
+    /// what a drop into a sandbox contains; waits for the answer. Empty if there are none.
+    virtual QStringList transferredFiles(const QString& /*key*/) { return {}; }
+
+    /// Asks that the application may go on without windows; call it when the last one is closed. `reason` is
+    /// for the user.
+    virtual void requestBackground(const QString& /*reason*/) {}
 
     /// Shows the progress, 0 to 1, on the application's launcher icon; null removes it.
     virtual void setLauncherProgress(std::optional<double> /*fraction*/) {}

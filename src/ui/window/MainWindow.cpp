@@ -4,6 +4,7 @@
 #include "app/queue/JobTexts.h"
 #include "convert/ConversionJob.h"
 #include "support/base/Texts.h"
+#include "support/desktop/Desktop.h"
 #include "support/store/Defaults.h"
 #include "ui/help/HelpMenu.h"
 #include "ui/look/Accessibility.h"
@@ -33,6 +34,24 @@
 namespace {
 
 constexpr QLatin1StringView kGeometryKey("MainWindowGeometry");
+
+/// What is dropped into a sandbox: the paths beside it are those outside. Empty if it is not that.
+QString transferKey(const QMimeData& data) {
+    const QString format = QStringLiteral("application/vnd.portal.filetransfer");
+    if (!sharedDesktop().isSandboxed() || !data.hasFormat(format)) return {};
+    QByteArray key = data.data(format);
+    if (key.endsWith('\0')) key.chop(1);
+    return QString::fromUtf8(key);
+}
+
+QList<QUrl> urlsOf(const QMimeData& data) {
+    const QString key = transferKey(data);
+    if (key.isEmpty()) return data.urls();
+    QList<QUrl> urls;
+    for (const QString& path : sharedDesktop().transferredFiles(key))
+        urls.append(QUrl::fromLocalFile(path));
+    return urls;
+}
 
 QLabel* makeSummary(QWidget* parent) {
     auto* label = new QLabel(parent);
@@ -330,7 +349,9 @@ void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
         event->ignore();
         return;
     }
-    const bool isAccepted = m_delegate.draggingEntered(event->mimeData()->urls());
+    // The files of a transfer are handed over when they are dropped, once.
+    const bool isAccepted = !transferKey(*event->mimeData()).isEmpty() ||
+                            m_delegate.draggingEntered(event->mimeData()->urls());
     m_ui->emptyView->setDropHighlighted(isAccepted);
     if (!isAccepted) return;
     event->setDropAction(Qt::CopyAction);
@@ -350,5 +371,5 @@ void MainWindow::dropEvent(QDropEvent* event) {
     m_ui->emptyView->setDropHighlighted(false);
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    m_delegate.performDragOperation(event->mimeData()->urls());
+    m_delegate.performDragOperation(urlsOf(*event->mimeData()));
 }

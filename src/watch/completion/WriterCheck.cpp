@@ -1,5 +1,7 @@
 #include "watch/completion/WriterCheck.h"
 
+#include "support/base/Volume.h"
+
 #include <QFile>
 
 #include <algorithm>
@@ -24,6 +26,7 @@ Writers writersOf(int file) {
 }
 
 Sight sightOf(const QString& path) {
+    if (volume::isInDocumentsPortal(path)) return Sight::None;
     struct statfs information = {};
     if (::statfs(QFile::encodeName(path).constData(), &information) != 0) return Sight::All;
     return sightOfType(static_cast<long>(information.f_type));

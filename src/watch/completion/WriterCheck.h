@@ -17,7 +17,7 @@ Writers writersOf(int file);
 /// worthless.
 enum class Sight { All, Local, None };
 
-/// For the volume that contains `path`. All if the path does not exist.
+/// For the volume that contains `path`, which is absolute. All if the path does not exist.
 Sight sightOf(const QString& path);
 /// The same by the file system's magic number from statfs(2).
 Sight sightOfType(long magic);

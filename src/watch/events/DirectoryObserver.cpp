@@ -1,6 +1,7 @@
 #include "watch/events/DirectoryObserver.h"
 
 #include "support/base/Texts.h"
+#include "support/base/Volume.h"
 #include "watch/events/EventReader.h"
 
 #include <QDeadlineTimer>
@@ -38,17 +39,19 @@ struct DirectoryObserver::Watch {
 std::unique_ptr<DirectoryObserver> DirectoryObserver::startObserving(const QString& path,
                                                                      bool withFileLevelEvents, Block block,
                                                                      QString* error,
-                                                                     std::chrono::milliseconds latency) {
+                                                                     std::chrono::milliseconds latency,
+                                                                     std::chrono::milliseconds portalInterval) {
     auto watch = std::make_unique<Watch>(path, withFileLevelEvents);
     const QString why = path.isEmpty() ? Texts::tr("No folder was given.") : watch->tree.start();
     if (error) *error = why;
     if (!why.isEmpty()) return nullptr;
     return std::unique_ptr<DirectoryObserver>(
-        new DirectoryObserver(std::move(watch), std::move(block), latency));
+        new DirectoryObserver(std::move(watch), std::move(block), latency, portalInterval));
 }
 
 DirectoryObserver::DirectoryObserver(std::unique_ptr<Watch> watch, Block block,
-                                     std::chrono::milliseconds latency)
+                                     std::chrono::milliseconds latency,
+                                     std::chrono::milliseconds portalInterval)
     : m_watch(std::move(watch)), m_block(std::move(block)) {
     for (QTimer* timer : {&m_delivery, &m_scanAgain}) {
         timer->setSingleShot(true);
@@ -62,6 +65,9 @@ DirectoryObserver::DirectoryObserver(std::unique_ptr<Watch> watch, Block block,
     connect(m_notifier, &QSocketNotifier::activated, this, &DirectoryObserver::processSlice);
     m_watch->scan.readTree(TreeScan::Report::Arrivals);
     m_slices.start(0);
+    connect(&m_portalScan, &QTimer::timeout, this, &DirectoryObserver::scanPortal);
+    if (volume::isInDocumentsPortal(QString::fromStdString(m_watch->tree.rootPath())))
+        m_portalScan.start(portalInterval);
 }
 
 DirectoryObserver::~DirectoryObserver() {
@@ -69,7 +75,7 @@ DirectoryObserver::~DirectoryObserver() {
 }
 
 void DirectoryObserver::stopObserving() {
-    for (QTimer* timer : {&m_delivery, &m_slices, &m_scanAgain})
+    for (QTimer* timer : {&m_delivery, &m_slices, &m_scanAgain, &m_portalScan})
         timer->stop();
     m_notifier->setEnabled(false);  // Must precede closing its descriptor.
     m_watch.reset();
@@ -130,6 +136,16 @@ void DirectoryObserver::scanAgain() {
         m_watch->scan.readTree(TreeScan::Report::Missed);
         m_slices.start(0);
     }
+}
+
+void DirectoryObserver::scanPortal() {
+    if (m_watch->scan.hasWork()) return;
+    if (!m_watch->tree.isRootInPlace()) {
+        end(movedAway());
+        return;
+    }
+    m_watch->scan.readTree(TreeScan::Report::Missed);
+    m_slices.start(0);
 }
 
 void DirectoryObserver::deliver() {

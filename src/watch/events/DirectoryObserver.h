@@ -32,7 +32,8 @@ class QSocketNotifier;
 /// reported.
 ///
 /// The kernel reports only changes made on this machine: changes that other machines make on a network share
-/// are not seen, nor are volumes mounted below the folder later.
+/// are not seen, nor are volumes mounted below the folder later. In the documents portal, which hides all
+/// changes from the kernel, the tree is read again every ten seconds, as after an overflow.
 class DirectoryObserver : public QObject {
     Q_OBJECT
 
@@ -43,7 +44,8 @@ public:
     /// changed. Null on failure; `error` has the reason, for the user.
     static std::unique_ptr<DirectoryObserver> startObserving(
         const QString& path, bool withFileLevelEvents, Block block, QString* error = nullptr,
-        std::chrono::milliseconds latency = std::chrono::seconds(2));
+        std::chrono::milliseconds latency = std::chrono::seconds(2),
+        std::chrono::milliseconds portalInterval = std::chrono::seconds(10));
     ~DirectoryObserver() override;
 
     /// Stops at once; pending records are dropped.
@@ -68,10 +70,12 @@ Q_SIGNALS:
 private:
     struct Watch;
 
-    DirectoryObserver(std::unique_ptr<Watch> watch, Block block, std::chrono::milliseconds latency);
+    DirectoryObserver(std::unique_ptr<Watch> watch, Block block, std::chrono::milliseconds latency,
+                      std::chrono::milliseconds portalInterval);
 
     void processSlice();
     void scanAgain();
+    void scanPortal();
     void deliver();
     QString movedAway() const;
     void end(const QString& reason);
@@ -82,5 +86,6 @@ private:
     QTimer m_delivery;
     QTimer m_slices;
     QTimer m_scanAgain;
+    QTimer m_portalScan;
     bool m_announced = false;
 };

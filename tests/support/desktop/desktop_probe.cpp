@@ -1,7 +1,7 @@
 // Executes commands from standard input, one per line, on the desktop, and prints the replies on standard
 // output:
 //     inhibit | release | notify TITLE|TEXT|ACTION|PATH|GROUP|QUIT | withdraw GROUP | reveal PATH|PATH | open
-//     URL | can sleep | can power-off | sleep | power-off | progress FRACTION | progress | appearance | quit
+//     URL | trash PATH | transfer KEY | background REASON | can sleep | can power-off | sleep | power-off | progress FRACTION | progress | appearance | quit
 #include "support/desktop/DBusDesktop.h"
 
 #include <QCoreApplication>
@@ -54,6 +54,9 @@ int main(int argc, char** argv) {
             });
         if (command == "withdraw") desktop.withdraw(rest);
         if (command == "reveal") desktop.revealTogether(rest.split(u'|'));
+        if (command == "trash") std::printf("%s\n", desktop.moveToTrash(rest) ? "moved" : "not moved");
+        if (command == "transfer") std::printf("%s\n", qPrintable(desktop.transferredFiles(rest).join(u'|')));
+        if (command == "background") desktop.requestBackground(rest);
         if (command == "open") std::printf("%s\n", desktop.openUrl(QUrl(rest)) ? "opened" : "not opened");
         if (command == "progress")
             desktop.setLauncherProgress(rest.isEmpty() ? std::nullopt : std::optional(rest.toDouble()));

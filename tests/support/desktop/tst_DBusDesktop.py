@@ -274,6 +274,37 @@ class DesktopTest(dbusmock.DBusTestCase):
         self.probe.send("reveal /movies/a.mp4")
         self.assertEqual(self.content(f"{folder}/opened"), "file:///movies")
 
+    def test_a_flatpak_reveals_and_trashes_through_the_portal(self):
+        folder = self.folder()
+        for name in ("a.mp4", "b.mp4"):
+            Path(folder, name).touch()
+        self.restart("--flatpak")
+        path_of = "os.readlink(f'/proc/self/fd/{args[%d].take()}')"
+        portal = self.portal("OpenURI", "OpenDirectory", "sha{sv}", "o",
+                             f"import os; open('{folder}/shown', 'a').write({path_of % 1} + ' '); ret = dbus.ObjectPath('/request')")
+        portal.AddMethod("org.freedesktop.portal.Trash", "TrashFile", "h", "u",
+                         f"import os; ret = dbus.UInt32({path_of % 0}.endswith('a.mp4'))")
+        self.probe.send(f"reveal {folder}/a.mp4|{folder}/b.mp4")
+        self.assertEqual(self.content(f"{folder}/shown"), f"{folder}/a.mp4")
+        self.probe.send(f"trash {folder}/a.mp4", "moved")
+        self.probe.send(f"trash {folder}/b.mp4", "not moved")
+        self.probe.send(f"trash {folder}/c.mp4", "not moved")
+        self.assertTrue(Path(folder, "b.mp4").exists())
+
+    def test_files_are_taken_over_from_the_file_transfer_portal(self):
+        self.mock("org.freedesktop.portal.Documents", "/org/freedesktop/portal/documents", "org.freedesktop.portal.FileTransfer",
+                  "RetrieveFiles", "sa{sv}", "as", "ret = ['/run/user/1/doc/2/a b.mkv', '/c'] if args[0] == 'k' else []")
+        self.probe.send("transfer k", "/run/user/1/doc/2/a b.mkv|/c")
+        self.probe.send("transfer other", "")
+
+    def test_a_flatpak_asks_to_go_on_without_windows(self):
+        portal = self.portal("Background", "RequestBackground", "sa{sv}", "o", "ret = dbus.ObjectPath('/request')")
+        self.probe.send("background not in a sandbox")
+        self.restart("--flatpak")
+        self.probe.send("background converting")
+        self.restart()  # Waits for what was sent.
+        self.assertEqual([dict(call[1]) for _, call in portal.GetMethodCalls("RequestBackground")], [{"reason": "converting"}])
+
     def test_pages_open_by_the_program_else_by_the_portal(self):
         folder = self.restart_with_opener()
         self.probe.send("open mailto:a@b.example?subject=x%20y%26z", "opened")

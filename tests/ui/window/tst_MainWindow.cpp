@@ -203,6 +203,17 @@ private Q_SLOTS:
         QCOMPARE(app.find<QStatusBar>("statusBar")->currentMessage(), "“notes.pdf” is not a movie.");
     }
 
+    void aDropIntoASandboxIsHandedOver() {
+        WindowedApplication app;
+        app.desktop.sandboxed = true;
+        app.desktop.transfers.insert("key", {app.write("inside.mkv")});
+        QMimeData data;
+        data.setUrls({QUrl("file:///outside/inside.mkv")});
+        data.setData("application/vnd.portal.filetransfer", QByteArray("key\0", 4));
+        QCOMPARE(dragAndDrop(*app.window, {}, data), Qt::CopyAction);
+        QTRY_VERIFY_WITH_TIMEOUT(app.isReady(), kPatience);
+    }
+
     void rowsByMouse() {
         Queued app({"a.mkv"});
         const ConversionJob* job = app.job(0);

@@ -36,10 +36,10 @@ void waitForNextTick() {
 /// A folder that is watched with a short latency, and what was told of it, by path below it.
 class Scene {
 public:
-    Scene() { act({"/../outside", "/"}); }
+    explicit Scene(QString root = "root") : m_root(std::move(root)) { act({"/../outside", "/"}); }
 
     QString path(const QString& name = {}) const {
-        return m_home.filePath(name.isEmpty() ? "root" : "root/" + name);
+        return m_home.filePath(name.isEmpty() ? m_root : m_root + u'/' + name);
     }
     /// Each step is "+file" to write to one, "/folder", "-item" to remove it with everything below, "a > b"
     /// to move or "a = b" to link. Paths are below the watched folder; "../outside" is there as well.
@@ -66,7 +66,8 @@ public:
         waitForNextTick();
         QString error;
         observer = DirectoryObserver::startObserving(
-            path(), true, [this](const QList<EventRecord>& batch) { handleEvents(batch); }, &error, latency);
+            path(), true, [this](const QList<EventRecord>& batch) { handleEvents(batch); }, &error, latency,
+            latency);
         if (!observer) qFatal("%s", qPrintable(error));
         QSignalSpy watching(observer.get(), &DirectoryObserver::watching);
         if (wait == Wait::Yes && !watching.wait()) qFatal("never watching");
@@ -106,6 +107,7 @@ private:
     }
 
     QTemporaryDir m_home;
+    const QString m_root;
     int m_settled = 0;
 };
 
@@ -283,6 +285,20 @@ private Q_SLOTS:
         QCOMPARE(scene.observer->folderCount(), size_t(4));
         QVERIFY(scene.settle({"+c/b/late"}));
         QCOMPARE(scene.flags("c/b/late"), kArrivedFile);
+    }
+
+    /// Events of one's own changes arrive as everywhere, and what changed is found again without any.
+    void aFolderOfTheDocumentsPortalIsReadAgain() {
+        Scene scene("doc/1");
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(QDir::cleanPath(scene.path("../.."))));
+        scene.act({"+old"});
+        scene.start();
+        QVERIFY(scene.settle({"+a"}));
+        scene.records.clear();
+        QTRY_VERIFY(scene.wasWritten("a"));
+        QVERIFY(!scene.has("old"));
+        scene.observer.reset();
+        qunsetenv("XDG_RUNTIME_DIR");
     }
 
     void linkedFoldersAreNotFollowed() {
