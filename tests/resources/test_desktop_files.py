@@ -3,6 +3,7 @@
 test_desktop_files.py SOURCE_DIR CMAKE_BUILD_DIR
 """
 import configparser
+import email.utils
 import json
 import re
 import struct
@@ -65,7 +66,20 @@ class Installed(unittest.TestCase):
         self.assertEqual(self.metainfo.findtext("url[@type='homepage']"), INFO["VendorProductPage"])
 
     def test_newest_release_is_this_one(self):
-        self.assertEqual(self.metainfo.find("releases/release").get("version"), INFO["CFBundleShortVersionString"])
+        release = self.metainfo.find("releases/release")
+        changelog = (SOURCE / "debian/changelog").read_text()
+        packaged = email.utils.parsedate_to_datetime(re.search(r"^ -- .*>  (.*)$", changelog, re.M)[1])
+        for version, date in ((release.get("version"), release.get("date")),
+                              (re.match(r"ravelin \((.*)\)", changelog)[1], str(packaged.date()))):
+            self.assertEqual((version, date), (INFO["CFBundleShortVersionString"], release.get("date")))
+
+    def test_screenshots_are_those_of_the_documentation(self):
+        images = list(self.metainfo.iter("image"))
+        self.assertTrue(images)
+        for image in images:
+            name = image.text.rsplit("/", 1)[1]
+            size = int(image.get("width")), int(image.get("height"))
+            self.assertEqual(png_size(SOURCE / "docs/images" / name), size, name)
 
     def test_every_accepted_movie_opens(self):
         opened = set(self.desktop["MimeType"].strip(";").split(";"))
