@@ -15,8 +15,10 @@ QList<double> positions(const QByteArray& chunk) {
     const QString text = QString::fromUtf8(chunk);
     const auto lines = text::lines(text);
     for (const QStringView line : lines) {
-        if (line.startsWith(kMark))
-            result.append(text::doubleValue(line.sliced(kMark.size())) / kMicroseconds);
+        // "N/A" until the first packet is written, with newer versions of the tool also later.
+        bool isNumber = false;
+        const qlonglong position = line.startsWith(kMark) ? line.sliced(kMark.size()).toLongLong(&isNumber) : 0;
+        if (isNumber) result.append(static_cast<double>(position) / kMicroseconds);
     }
     return result;
 }

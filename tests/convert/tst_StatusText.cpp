@@ -88,6 +88,11 @@ private Q_SLOTS:
         QVERIFY(!progress.readNew());
         file.write("00000\nout_time_ms=N/A\n");
         QCOMPARE(progress.readNew().value(), 3.0);
+        // As newer versions write it before the first packet, and with what they add.
+        file.write("out_time_us=N/A\nout_time_ms=N/A\nout_time=N/A\nspeed=N/A\nprogress=continue\n");
+        QVERIFY(!progress.readNew());
+        file.write("bitrate= 523.4kbits/s\nout_time_us=7000000\nout_time_ms=7000000\nelapsed=0:00:00.03\n");
+        QCOMPARE(progress.readNew().value(), 7.0);
     }
 
     void percentages() {
