@@ -122,7 +122,8 @@ void AppDelegate::connectWindows() {
     connect(this, &AppDelegate::terminating, &jobmessages::withdrawClosedWindow);
     connect(&m_openWindows, &OpenWindows::staysWithoutWindows, this, [] {
         sharedDesktop().requestBackground(
-            Texts::tr("%1 converts movies, or waits for movies, without a window.").arg(ApplicationInfo::name()));
+            Texts::tr("%1 converts movies, or waits for movies, without a window.")
+                .arg(ApplicationInfo::name()));
     });
     connect(&m_openWindows, &OpenWindows::endRequested, this, [this] { terminate(true); });
     connect(&m_intake, &FileIntake::filesWaitingChanged, &m_openWindows, &OpenWindows::reconsider);

@@ -17,7 +17,8 @@ QList<double> positions(const QByteArray& chunk) {
     for (const QStringView line : lines) {
         // "N/A" until the first packet is written, with newer versions of the tool also later.
         bool isNumber = false;
-        const qlonglong position = line.startsWith(kMark) ? line.sliced(kMark.size()).toLongLong(&isNumber) : 0;
+        const qlonglong position =
+            line.startsWith(kMark) ? line.sliced(kMark.size()).toLongLong(&isNumber) : 0;
         if (isNumber) result.append(static_cast<double>(position) / kMicroseconds);
     }
     return result;

@@ -21,6 +21,52 @@ ReportFacts parse(const QString& streams, const settings::Snapshot& settings = {
     return parseReport(kHead + streams, settings, "x.mkv");
 }
 
+/// What the versions of the tool print for one movie.
+struct Version {
+    QString colours = "tv, bt709/unknown/unknown, progressive";
+    QString start;  ///< Of the first two streams.
+    QString dtsDecoder = " (dca)";
+    QString mp3Decoder = " (mp3float)";
+    QString subtitleDecoder = " (srt)";
+    QString tagIndentation = "      ";
+    QString end;
+};
+
+QString reportOf(const Version& version) {
+    const QString cover = "mimetype        : image/jpeg";
+    const std::initializer_list<std::pair<QString, QString>> streams = {
+        {": Video: h264 (High), yuv420p(" + version.colours +
+             "), 320x240 [SAR 1:1 DAR 4:3], 25 fps, 25 tbr, 1k tbn" + version.start,
+         "ENCODER         : Lavc libx264"},
+        {"(ger): Audio: ac3, 44100 Hz, 5.1(side), fltp, 448 kb/s" + version.start + " (default) (original)",
+         "title           : Stream #0:9: Audio"},
+        {": Audio: dts" + version.dtsDecoder +
+             " (DTS), 48000 Hz, 5.1(side), fltp, 1411 kb/s (hearing impaired)",
+         {}},
+        {": Audio: mp3" + version.mp3Decoder + " (U[0][0][0] / 0x0055), 44100 Hz, mono, fltp, 64 kb/s", {}},
+        {"(eng): Subtitle: subrip" + version.subtitleDecoder + " (forced) (hearing impaired)", {}},
+        {": Video: mjpeg (Baseline), yuvj420p(pc, bt470bg/unknown/unknown), 60x90 [SAR 1:1 DAR 2:3], 90k tbr, "
+         "90k tbn (attached pic)",
+         cover}};
+    QString report =
+        "Input #0, matroska,webm, from 'x.mkv':\n"
+        "  Metadata:\n"
+        "    title           : Movie\n"
+        "  Duration: 00:00:01.04, start: 0.000000, bitrate: 2668 kb/s\n"
+        "  Chapters:\n"
+        "    Chapter #0:0: start 0.000000, end 0.500000\n"
+        "      Metadata:\n"
+        "        title           : One\n";
+    int number = 0;
+    for (const auto& [line, tag] : streams) {
+        report += QString("  Stream #0:%1%2\n").arg(QString::number(number++), line);
+        for (const QString& tagLine :
+             {QString("Metadata:"), "  " + tag, QString("  DURATION        : 00:00:01.021")})
+            report += version.tagIndentation + tagLine + '\n';
+    }
+    return report + version.end + "At least one output file must be specified\n";
+}
+
 template <typename Verdicts>
 QStringList keysOf(const Verdicts& verdicts) {
     QStringList keys;
@@ -64,6 +110,47 @@ private Q_SLOTS:
         QCOMPARE(facts.informationString(),
                  "Duration: 01:42:17  Bitrate: 4712 kb/s  Resolution: 1280x720  Audiotracks: 2 (4)");
         QVERIFY(facts.verdicts.empty());
+    }
+
+    void versionsOfTheTool_data() {
+        addRows<QString>(
+            {{"5.1", reportOf({.colours = "tv, bt709, progressive",
+                               .dtsDecoder = {},
+                               .mp3Decoder = {},
+                               .subtitleDecoder = {},
+                               .tagIndentation = "    "})},
+             {"6.1", reportOf({.subtitleDecoder = {}, .tagIndentation = "    "})},
+             {"7.1", reportOf({})},
+             {"8.0", "[in#0 @ 0x55e9] Stream #2: not enough frames to estimate rate\n" +
+                         reportOf({.colours = "tv, bt709/unknown/unknown, progressive, left",
+                                   .start = ", start 0.021",
+                                   .end = "  Stream group #0:0[0x1]: Tile Grid: hevc (Main) (default)\n"})}});
+    }
+    void versionsOfTheTool() {
+        const auto [report] = row<QString>();
+        const ReportFacts facts = parseReport(report, {}, "x.mkv");
+        QVERIFY(!facts.rejected && facts.verdicts.empty());
+        QCOMPARE(facts.informationString(),
+                 "Duration: 00:00:01  Bitrate: 2668 kb/s  Resolution: 320x240  Audiotracks: 3 (1)");
+        QCOMPARE(facts.audioTracks, (QList<AudioEntry>{{"#1: ger (ac3) [5.1]", 44100},
+                                                       {"#2: unk (dts) [5.1]", 48000},
+                                                       {"#3: unk (mp3)", 44100}}));
+        QCOMPARE(facts.subtitleTrackIDs, QList<int>{4});
+        QCOMPARE(facts.contents.title, "Movie");
+        QCOMPARE(facts.contents.chapterCount, 1);
+        QStringList described;
+        for (const MovieStream& stream : facts.contents.streams) {
+            described.append(
+                QString("%1 %2 %3 %4 %5%6")
+                    .arg(stream.codec, stream.profile, stream.title, stream.dispositions.join('+'))
+                    .arg(stream.channels)
+                    .arg(stream.isCover ? " cover" : ""));
+            QCOMPARE(stream.seconds.value(), 1.021);
+        }
+        QCOMPARE(described,
+                 (QStringList{"h264 High   0", "ac3  Stream #0:9: Audio default+original 6",
+                              "dts DTS  hearing impaired 6", "mp3    1", "subrip   forced+hearing impaired 0",
+                              "mjpeg Baseline  attached pic 0 cover"}));
     }
 
     void audioLines() {

@@ -350,8 +350,8 @@ void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
         return;
     }
     // The files of a transfer are handed over when they are dropped, once.
-    const bool isAccepted = !transferKey(*event->mimeData()).isEmpty() ||
-                            m_delegate.draggingEntered(event->mimeData()->urls());
+    const bool isAccepted =
+        !transferKey(*event->mimeData()).isEmpty() || m_delegate.draggingEntered(event->mimeData()->urls());
     m_ui->emptyView->setDropHighlighted(isAccepted);
     if (!isAccepted) return;
     event->setDropAction(Qt::CopyAction);

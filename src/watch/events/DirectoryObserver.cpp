@@ -36,11 +36,9 @@ struct DirectoryObserver::Watch {
     EventReader events{tree, scan, batch};
 };
 
-std::unique_ptr<DirectoryObserver> DirectoryObserver::startObserving(const QString& path,
-                                                                     bool withFileLevelEvents, Block block,
-                                                                     QString* error,
-                                                                     std::chrono::milliseconds latency,
-                                                                     std::chrono::milliseconds portalInterval) {
+std::unique_ptr<DirectoryObserver> DirectoryObserver::startObserving(
+    const QString& path, bool withFileLevelEvents, Block block, QString* error,
+    std::chrono::milliseconds latency, std::chrono::milliseconds portalInterval) {
     auto watch = std::make_unique<Watch>(path, withFileLevelEvents);
     const QString why = path.isEmpty() ? Texts::tr("No folder was given.") : watch->tree.start();
     if (error) *error = why;

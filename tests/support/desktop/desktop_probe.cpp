@@ -1,7 +1,8 @@
 // Executes commands from standard input, one per line, on the desktop, and prints the replies on standard
 // output:
 //     inhibit | release | notify TITLE|TEXT|ACTION|PATH|GROUP|QUIT | withdraw GROUP | reveal PATH|PATH | open
-//     URL | trash PATH | transfer KEY | background REASON | can sleep | can power-off | sleep | power-off | progress FRACTION | progress | appearance | quit
+//     URL | trash PATH | transfer KEY | background REASON | can sleep | can power-off | sleep | power-off |
+//     progress FRACTION | progress | appearance | quit
 #include "support/desktop/DBusDesktop.h"
 
 #include <QCoreApplication>
