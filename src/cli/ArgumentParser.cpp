@@ -104,6 +104,10 @@ CLI::App* addConvert(CLI::App& app, Values& values) {
     addStallLimit(convert, values);
     convert->add_flag("--keep-damaged", values.keepDamaged,
                       help(Texts::tr("Keep the output of a movie even if a part of the movie is lost")));
+    convert->add_flag(
+        "--skip-existing", values.skipExisting,
+        help(Texts::tr(
+            "Leave movies whose output is there, compared and whole, and those that are being converted")));
     return convert;
 }
 

@@ -29,7 +29,7 @@ public:
         std::vector<std::string> settings;
         std::string folder, output, style, watched, key, value;
         int audio = 0;
-        bool json = false, quiet = false, keepDamaged = false, describe = false;
+        bool json = false, quiet = false, keepDamaged = false, skipExisting = false, describe = false;
         int stallLimit = 0;  ///< In seconds; 0: none.
     };
     Values values;

@@ -124,6 +124,7 @@ CommandLine CommandLine::parse(int argc, char** argv) {
                                       decoded(raw.output),
                                       audio(parser.convert),
                                       raw.keepDamaged,
+                                      raw.skipExisting,
                                       decoded(raw.paths)};
     } else if (parser.watch->parsed()) {
         line.command = WatchOptions{raw.json, decoded(raw.folder), decoded(raw.watched)};

@@ -24,6 +24,7 @@ struct ConvertOptions {
     std::optional<int> audio;  ///< --audio
     bool keepDamaged = false;
     QStringList paths;
+    bool skipExisting = false;
 };
 
 struct PlanOptions {

@@ -10,8 +10,11 @@
 #include "settings/Keys.h"
 #include "support/alerts/Alert.h"
 #include "support/base/ApplicationInfo.h"
+#include "support/base/FileSteps.h"
 #include "support/base/Text.h"
 #include "support/base/Texts.h"
+#include "support/base/Volume.h"
+#include "support/processes/Dispatch.h"
 #include "support/processes/Interruption.h"
 #include "support/store/Defaults.h"
 #include "tool/ToolReaper.h"
@@ -19,7 +22,30 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QPointer>
 #include <QTimer>
+
+#include <thread>
+#include <utility>
+
+namespace {
+
+bool isTakenByAnother(const ConversionJob& job) {
+    const auto ending = job.ending();
+    return ending && ending->kind == RunEnding::Kind::NameTaken;
+}
+
+/// Whether the name is, or was for a moment, that of another run's file. True without a name.
+bool mayHaveBeenTaken(const QString& destination) {
+    return destination.isEmpty() || filesteps::isTaken(destination) ||
+           volume::isShared(QFileInfo(destination).path());
+}
+
+QString sourceOf(const ConversionJob& job) {
+    return job.fileInfo().fileURL.toLocalFile();
+}
+
+}  // namespace
 
 ConvertCommand::ConvertCommand(const ConvertOptions& options, ConsolePresenter& presenter)
     : m_options(options),
@@ -48,10 +74,14 @@ ConvertCommand::ConvertCommand(const ConvertOptions& options, ConsolePresenter& 
     connect(&m_queue, &JobQueue::jobEnded, this,
             [](const ConversionJob* job) { jobmessages::showEnding(*job); });
     connect(&m_queue, &JobQueue::jobAdded, this, &ConvertCommand::watch);
+    connect(&m_queue, &JobQueue::jobStateChanged, this, [this](const ConversionJob*, JobState before) {
+        if (before == JobState::Queued) QTimer::singleShot(0, this, &ConvertCommand::addNextMovie);
+    });
     connect(&ToolReaper::shared(), &ToolReaper::becameIdle, this, &ConvertCommand::endIfDone);
 }
 
 ConvertCommand::~ConvertCommand() {
+    m_stop.request_stop();
     m_presenter.onMessage = nullptr;
     m_presenter.beforeWriting = nullptr;
 }
@@ -59,10 +89,9 @@ ConvertCommand::~ConvertCommand() {
 void ConvertCommand::begin(const Inputs& inputs) {
     for (const Inputs::Refusal& refusal : inputs.refusals)
         refuse(refusal.file, refusal.reason, false);
-    // The intake starts with the last of the waiting movies.
-    QStringList paths = inputs.movies;
-    std::reverse(paths.begin(), paths.end());
-    m_intake.openFiles(inputs.subtitles + paths);
+    m_intake.openFiles(inputs.subtitles);
+    m_pendingMovies = inputs.movies;
+    addNextMovie();
     endIfDone();
 }
 
@@ -80,8 +109,21 @@ void ConvertCommand::add(const QString& path) {
 /// Adds one movie at a time, so that the first one is converted first and does not wait for the probes of the
 /// others.
 void ConvertCommand::addNextMovie() {
-    if (m_pendingMovies.isEmpty() || m_intake.isScanning() || m_intake.fileInfo()) return;
-    m_intake.openFiles({m_pendingMovies.takeFirst()});
+    if (m_interrupted || !takesOneMore()) return;
+    const QString path = m_pendingMovies.takeFirst();
+    // What the records say needs no probe.
+    if (m_options.skipExisting && isLeft(path, existingoutput::look(path, placeFor(path)))) {
+        QTimer::singleShot(0, this, &ConvertCommand::addNextMovie);
+        endIfDone();
+        return;
+    }
+    m_intake.openFiles({path});
+}
+
+bool ConvertCommand::takesOneMore() const {
+    if (m_pendingMovies.isEmpty() || m_intake.isScanning() || m_intake.fileInfo()) return false;
+    // The probe of one movie runs beside the conversion of another, in the rhythm of the conversions.
+    return m_endless || m_queue.jobCountWithState(JobState::Queued) == 0;
 }
 
 void ConvertCommand::setSubject(const QString& file) {
@@ -126,11 +168,74 @@ void ConvertCommand::onFileAccepted() {
     reportProbe(file, info, best);
     const auto audio = chooseAudio(file, best);
     if (!audio) return;
-    if (QString problem; !chooseDestination(info, problem)) {
-        refuseAtHand(problem, false);
-        return;
+    if (m_options.skipExisting) {
+        considerAtHand(*audio);
+    } else {
+        addToQueue(std::move(info), *audio);
     }
-    addToQueue(std::move(info), *audio);
+}
+
+/// Ends a movie that needs no conversion, or none by this process. False: it is to be converted.
+bool ConvertCommand::isLeft(const QString& file, const existingoutput::Found& found) {
+    using enum existingoutput::State;
+    if (found.state == None) return false;
+    if (found.state == Whole) {
+        m_report->skipped(file, found.path, found.receipt);
+    } else {
+        refuse(file,
+               Texts::tr("The movie is already being converted to '%1'. It was left alone.").arg(found.path),
+               false);
+    }
+    return true;
+}
+
+/// Calls `found` later, but not after an interruption.
+void ConvertCommand::findExisting(const MKVFileInfo& info, qsizetype audioTrackIndex,
+                                  std::function<void(const existingoutput::Found&)> found) {
+    const QString source = info.fileURL.toLocalFile();
+    m_searched.append(source);
+    const proof::Existing existing{source,
+                                   info.subtitleFileURL ? info.subtitleFileURL->toLocalFile() : QString(),
+                                   {},
+                                   makePlan(info, audioTrackIndex, ConversionSettings::current()),
+                                   info.runtimeSeconds};
+    // Not joined: a read of a network disk that is gone can hang for minutes.
+    std::thread([self = QPointer(this), existing, place = placeFor(source), stop = m_stop.get_token(),
+                 found = std::move(found)] {
+        const existingoutput::Found result = existingoutput::find(existing, place, stop);
+        dispatch_async_main([self, existing, stop, found, result] {
+            if (!self || stop.stop_requested()) return;
+            self->m_searched.removeOne(existing.source);
+            found(result);
+            self->endIfDone();
+        });
+    }).detach();
+}
+
+void ConvertCommand::considerAtHand(qsizetype audioTrackIndex) {
+    findExisting(*m_intake.fileInfo(), audioTrackIndex,
+                 [this, audioTrackIndex](const existingoutput::Found& found) {
+                     const MKVFileInfo info = *m_intake.fileInfo();
+                     if (isLeft(info.fileURL.toLocalFile(), found)) {
+                         m_intake.cancelAdd();
+                     } else {
+                         addToQueue(info, audioTrackIndex);
+                     }
+                 });
+}
+
+/// Another run has got the name between the look at the outputs and the start.
+void ConvertCommand::considerAgain(const ConversionJob& job) {
+    const MKVFileInfo info = job.fileInfo();
+    findExisting(info, job.audioTrackIndex(),
+                 [this, info, track = job.audioTrackIndex()](const existingoutput::Found& found) {
+                     if (isLeft(info.fileURL.toLocalFile(), found)) return;
+                     MKVFileInfo next = info;
+                     QString problem;
+                     chooseDestination(next, problem);
+                     m_queue.insertJob(makeJob(std::move(next), track), 0);
+                     m_queue.startNextJobInQueue();
+                 });
 }
 
 std::optional<qsizetype> ConvertCommand::chooseAudio(const QString& file, std::optional<qsizetype> best) {
@@ -141,56 +246,79 @@ std::optional<qsizetype> ConvertCommand::chooseAudio(const QString& file, std::o
     return std::nullopt;
 }
 
+existingoutput::Place ConvertCommand::placeFor(const QString& source) const {
+    if (!m_options.output.isEmpty()) return {absolutePath(m_options.output), true};
+    const QFileInfo movie(source);
+    const QString folder = m_options.folder.isEmpty() ? movie.path() : absolutePath(m_options.folder);
+    return {folder + u'/' + outputname::outputFileName(movie.fileName()), false};
+}
+
 bool ConvertCommand::chooseDestination(MKVFileInfo& info, QString& problem) const {
     const QString source = info.fileURL.toLocalFile();
-    QString path;
-    if (!m_options.output.isEmpty()) {
-        path = absolutePath(m_options.output);
-        if (outputname::isSameFile(path, source)) {
-            problem = outputname::kOverwritesSource;
-            return false;
-        }
-        if (QFileInfo(path).isDir()) {
-            problem = Texts::tr("The output '%1' is a folder.").arg(path);
-            return false;
-        }
-    } else {
-        const QString folder =
-            m_options.folder.isEmpty() ? QFileInfo(source).path() : absolutePath(m_options.folder);
-        path = m_queue.uniqueDestination(folder + u'/' + outputname::outputFileName(info.fileName));
+    const existingoutput::Place place = placeFor(source);
+    if (place.isOnly && outputname::isSameFile(place.destination, source)) {
+        problem = outputname::kOverwritesSource;
+        return false;
     }
-    info.destinationURL = FileUrl::fromLocalFile(path);
+    if (place.isOnly && QFileInfo(place.destination).isDir()) {
+        problem = Texts::tr("The output '%1' is a folder.").arg(place.destination);
+        return false;
+    }
+    info.destinationURL = FileUrl::fromLocalFile(
+        place.isOnly ? place.destination : m_queue.uniqueDestination(place.destination));
     return true;
 }
 
-void ConvertCommand::addToQueue(MKVFileInfo info, qsizetype audioTrackIndex) {
+std::unique_ptr<ConversionJob> ConvertCommand::makeJob(MKVFileInfo info, qsizetype audioTrackIndex) {
     auto job = std::make_unique<ConversionJob>(m_queue, std::move(info), audioTrackIndex);
     job->presetSpeedInfo();
     job->setMayReplaceDestination(!m_options.output.isEmpty());
+    job->setTakesNoOtherName(m_options.skipExisting);
     job->overrides().keepDamaged = m_options.keepDamaged;
-    if (!m_queue.addJob(std::move(job))) {
-        const QString message = text::localized(JobQueue::kNotWriteable);
-        alert_apptitled(message, Texts::tr("OK"));
-        refuseAtHand(message, true);
+    return job;
+}
+
+void ConvertCommand::addToQueue(MKVFileInfo info, qsizetype audioTrackIndex) {
+    constexpr int kTries = 5;
+    QString destination;
+    for (int tries = 0; tries < kTries && mayHaveBeenTaken(destination); ++tries) {
+        if (QString problem; !chooseDestination(info, problem)) {
+            refuseAtHand(problem, false);
+            return;
+        }
+        destination = info.destinationURL.toLocalFile();
+        if (m_queue.addJob(makeJob(info, audioTrackIndex))) {
+            endIfDone();
+            return;
+        }
     }
+    const QString message = text::localized(JobQueue::kNotWriteable);
+    alert_apptitled(message, Texts::tr("OK"));
+    refuseAtHand(message, true);
     endIfDone();
 }
 
 void ConvertCommand::watch(ConversionJob* job) {
     ++m_running;
-    m_report->queued(*job);
+    // A movie that another run gets first was never queued.
+    if (!m_options.skipExisting) m_report->queued(*job);
     connect(job, &ConversionJob::starting, this,
-            [this, job] { setSubject(job->fileInfo().fileURL.toLocalFile()); });
+            [this, job] { setSubject(sourceOf(*job)); });
     connect(job, &ConversionJob::launched, this, [this, job] { m_report->started(*job); });
     connect(job, &ConversionJob::progressed, this, [this, job] { m_report->progress(*job); });
-    connect(job, &ConversionJob::stateChanged, this,
-            [this, job] { setSubject(job->fileInfo().fileURL.toLocalFile()); });
+    connect(job, &ConversionJob::stateChanged, this, [this, job](JobState before) {
+        setSubject(sourceOf(*job));
+        if (m_options.skipExisting && before == JobState::Queued && !isTakenByAnother(*job))
+            m_report->queued(*job);
+    });
     connect(job, &ConversionJob::ended, this, [this, job] { onEnded(job); });
 }
 
 void ConvertCommand::onEnded(ConversionJob* job) {
     --m_running;
-    if (job->state() == JobState::Finished) {
+    if (m_options.skipExisting && isTakenByAnother(*job)) {
+        considerAgain(*job);
+    } else if (job->state() == JobState::Finished) {
         m_report->finished(*job);
         if (job->ending()->isKnownDamaged()) ++m_damaged;
     } else {
@@ -199,7 +327,7 @@ void ConvertCommand::onEnded(ConversionJob* job) {
     }
     // The job still has to remove its source and to count the run.
     QTimer::singleShot(0, this, &ConvertCommand::endIfDone);
-    if (m_endless) QTimer::singleShot(0, job, &ConversionJob::remove);
+    QTimer::singleShot(0, job, &ConversionJob::remove);
 }
 
 void ConvertCommand::refuse(const QString& file, const QString& message, bool wasShown) {
@@ -214,26 +342,33 @@ void ConvertCommand::refuseAtHand(const QString& message, bool wasShown) {
 
 void ConvertCommand::interrupt() {
     m_interrupted = true;
+    m_stop.request_stop();
     const failure::Explanation why = failure::explain({RunEnding::of(RunEnding::Kind::Interrupted), {}, {}});
     for (qsizetype i = 0; i < m_queue.count(); ++i) {
         const ConversionJob* job = m_queue.job(i);
         if (!statusNotFinished(job->state())) continue;
         --m_running;
+        if (m_options.skipExisting && job->state() == JobState::Queued) {
+            refuse(sourceOf(*job), why.message, true);
+            continue;
+        }
         ++m_failures;
         m_report->failed(*job, why);
     }
-    const QStringList waiting = m_intake.importFiles() + std::exchange(m_pendingMovies, {});
+    const QStringList waiting =
+        std::exchange(m_searched, {}) + m_intake.importFiles() + std::exchange(m_pendingMovies, {});
     for (const QString& file : waiting)
         refuse(file, why.message, true);
     m_intake.clearImportFiles();
     m_queue.removeAll();
+    if (m_intake.fileInfo()) m_intake.cancelAdd();
     endIfDone();
 }
 
 void ConvertCommand::endIfDone() {
     if (m_endless && !m_interrupted) return;
     const bool allProbed =
-        m_pendingMovies.isEmpty() && !m_intake.areWaiting() && !m_intake.isScanning() && !m_intake.fileInfo();
+        m_searched.isEmpty() && m_pendingMovies.isEmpty() && !m_intake.areWaiting() && !m_intake.isScanning() && !m_intake.fileInfo();
     if (allProbed && m_running == 0 && ToolReaper::shared().isIdle()) QCoreApplication::quit();
 }
 

@@ -5,14 +5,18 @@
 #include "cli/CommandLine.h"
 #include "cli/ConvertReport.h"
 #include "cli/Inputs.h"
+#include "convert/ExistingOutput.h"
 #include "feedback/PXApplicationDelegate.h"
 
 #include <QObject>
 
+#include <functional>
 #include <memory>
+#include <stop_token>
 
 /// Converts a batch of movies with the same intake and queue as the window; the options replace the choices
-/// of its add sheet. Ends the event loop when every movie has ended. Main thread only.
+/// of its add sheet. The next movie is probed while one converts, and no more: the memory does not depend on
+/// the number of movies. Ends the event loop when every movie has ended. Main thread only.
 class ConvertCommand : public QObject {
     Q_OBJECT
 
@@ -22,7 +26,7 @@ public:
 
     /// Call it from the event loop.
     void begin(const Inputs& inputs);
-    /// Keeps running when every movie has ended, since more will follow. Jobs that ended are deleted.
+    /// Keeps running when every movie has ended, since more will follow. Movies are probed when they come.
     void setEndless(bool endless);
     /// Adds one more movie.
     void add(const QString& path);
@@ -39,8 +43,15 @@ private:
     void onFileAccepted();
     void onFileRejected(const QString& path);
     std::optional<qsizetype> chooseAudio(const QString& file, std::optional<qsizetype> best);
+    existingoutput::Place placeFor(const QString& source) const;
     bool chooseDestination(MKVFileInfo& info, QString& problem) const;
+    std::unique_ptr<ConversionJob> makeJob(MKVFileInfo info, qsizetype audioTrackIndex);
     void addToQueue(MKVFileInfo info, qsizetype audioTrackIndex);
+    bool isLeft(const QString& file, const existingoutput::Found& found);
+    void findExisting(const MKVFileInfo& info, qsizetype audioTrackIndex,
+                      std::function<void(const existingoutput::Found&)> found);
+    void considerAtHand(qsizetype audioTrackIndex);
+    void considerAgain(const ConversionJob& job);
     void watch(ConversionJob* job);
     void onEnded(ConversionJob* job);
     void refuse(const QString& file, const QString& message, bool wasShown);
@@ -48,6 +59,7 @@ private:
     void reportProbe(const QString& file, const std::optional<MKVFileInfo>& record,
                      std::optional<qsizetype> best);
     void addNextMovie();
+    bool takesOneMore() const;
     void endIfDone();
 
     const ConvertOptions m_options;
@@ -64,5 +76,7 @@ private:
     int m_damaged = 0;
     bool m_interrupted = false;
     bool m_endless = false;
-    QStringList m_pendingMovies;  ///< Movies that were added during a probe; the oldest is first.
+    QStringList m_pendingMovies;  ///< Not yet probed; the next one is first.
+    QStringList m_searched;       ///< Movies whose existing outputs are looked at, each in a thread.
+    std::stop_source m_stop;      ///< Of these looks.
 };

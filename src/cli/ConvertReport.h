@@ -9,7 +9,7 @@
 #include <optional>
 
 /// Reports to the user what happens to each movie of a batch. Each movie ends with exactly one call of
-/// finished(), failed() or refused(). `file` is the movie's absolute path. Main thread only.
+/// finished(), skipped(), failed() or refused(). `file` is the movie's absolute path. Main thread only.
 class ConvertReport {
 public:
     virtual ~ConvertReport() = default;
@@ -25,6 +25,8 @@ public:
     /// Called at most once a second for each job.
     virtual void progress(const ConversionJob& job) = 0;
     virtual void finished(const ConversionJob& job) = 0;
+    /// The movie was left since `output` is whole; it ends with this call instead of finished().
+    virtual void skipped(const QString& file, const QString& output, const Receipt& receipt) = 0;
     virtual void failed(const ConversionJob& job, const failure::Explanation& explanation) = 0;
     /// `wasShown`: the presenter has already written the message.
     virtual void refused(const QString& file, const QString& message, bool wasShown) = 0;

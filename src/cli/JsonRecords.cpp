@@ -1,5 +1,7 @@
 #include "cli/JsonRecords.h"
 
+#include "convert/plan/SizeEstimate.h"
+
 namespace json {
 
 namespace {
@@ -9,6 +11,10 @@ QJsonArray messageArray(const Messages& messages) {
     for (const auto& message : messages)
         array.append(json::message(message));
     return array;
+}
+
+QJsonValue runtime(const MKVFileInfo& record) {
+    return record.runtimeSeconds ? QJsonValue(*record.runtimeSeconds) : QJsonValue();
 }
 
 QJsonValue textOrNull(const QString& text) {
@@ -67,8 +73,7 @@ QJsonObject probed(const QString& file, const std::optional<MKVFileInfo>& record
     object.insert("informationString", record->informationString);
     object.insert("videoTrackID", record->videoTrackID);
     object.insert("videoTrackCodec", record->videoTrackCodec);
-    object.insert("runtimeSeconds",
-                  record->runtimeSeconds ? QJsonValue(*record->runtimeSeconds) : QJsonValue());
+    object.insert("runtimeSeconds", runtime(*record));
     object.insert("fileSize", static_cast<qint64>(record->fileSize));
     object.insert("audioTrackInformation", audio);
     object.insert("sampleRates", rates);
@@ -97,10 +102,14 @@ QJsonArray tracks(const ConversionPlan& plan) {
     return array;
 }
 
-QJsonObject planned(const QString& file, const ConversionPlan& plan, const QStringList& arguments,
+QJsonObject planned(const MKVFileInfo& record, const ConversionPlan& plan, const QStringList& arguments,
                     const Messages& messages) {
-    return {{"file", file},
+    const auto bytes = estimatedOutputBytes(record, plan);
+    return {{"file", record.fileURL.toLocalFile()},
             {"accepted", true},
+            {"fileSize", static_cast<qint64>(record.fileSize)},
+            {"runtimeSeconds", runtime(record)},
+            {"estimatedOutputBytes", bytes ? QJsonValue(static_cast<qint64>(*bytes)) : QJsonValue()},
             {"messages", messageArray(messages)},
             {"tracks", tracks(plan)},
             {"arguments", QJsonArray::fromStringList(arguments)}};

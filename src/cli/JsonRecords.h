@@ -35,8 +35,8 @@ QString word(PlannedTrack::Action action);
 /// What becomes of each stream, in the order of the plan.
 QJsonArray tracks(const ConversionPlan& plan);
 
-/// The plan of an accepted movie; `arguments` are those of the tool.
-QJsonObject planned(const QString& file, const ConversionPlan& plan, const QStringList& arguments,
+/// The plan of an accepted movie, with what schedulers sort by; `arguments` are those of the tool.
+QJsonObject planned(const MKVFileInfo& record, const ConversionPlan& plan, const QStringList& arguments,
                     const Messages& messages);
 
 }  // namespace json

@@ -1,6 +1,7 @@
 #include "cli/ConvertReport.h"
 #include "cli/JsonReceipt.h"
 #include "cli/Output.h"
+#include "support/base/Texts.h"
 
 #include <QJsonArray>
 
@@ -56,6 +57,15 @@ public:
                {"seconds", conversionSeconds(job)},
                {"status", job.stateInfoString()},
                {"receipt", json::receipt(job.receipt().value_or(Receipt()))}});
+    }
+
+    void skipped(const QString& file, const QString& output, const Receipt& receipt) override {
+        write("finished", file,
+              {{"destination", output},
+               {"seconds", 0},
+               {"status", Texts::tr("Status: Skipped, the output is there and whole")},
+               {"receipt", json::receipt(receipt)},
+               {"skipped", true}});
     }
 
     void failed(const ConversionJob& job, const failure::Explanation& explanation) override {

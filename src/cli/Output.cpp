@@ -3,7 +3,8 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 
-#include <cstdio>
+#include <cerrno>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -11,9 +12,21 @@ namespace output {
 
 namespace {
 
-void write(std::FILE* stream, const QByteArray& bytes) {
-    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stream);
-    std::fflush(stream);
+/// In one call, so that the lines of several processes that append to one file stay whole.
+void write(int file, const QByteArray& bytes) {
+    for (qsizetype written = 0; written < bytes.size();) {
+        const ssize_t count =
+            ::write(file, bytes.constData() + written, static_cast<size_t>(bytes.size() - written));
+        if (count >= 0) {
+            written += count;
+        } else if (errno == EAGAIN) {
+            // Another process has made the shared pipe or terminal non-blocking.
+            pollfd ready = {file, POLLOUT, 0};
+            ::poll(&ready, 1, -1);
+        } else if (errno != EINTR) {
+            return;
+        }
+    }
 }
 
 /// Also what separates lines elsewhere or reverses the direction of the text.
@@ -57,19 +70,19 @@ QString about(const QString& path, QString message) {
 }
 
 void line(const QString& text) {
-    write(stdout, lineOf(text));
+    write(STDOUT_FILENO, lineOf(text));
 }
 
 void raw(const QString& text) {
-    write(stdout, text.toUtf8());
+    write(STDOUT_FILENO, text.toUtf8());
 }
 
 void json(const QJsonObject& object) {
-    write(stdout, QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
+    write(STDOUT_FILENO, QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
 }
 
 void error(const QString& text) {
-    write(stderr, lineOf(text));
+    write(STDERR_FILENO, lineOf(text));
 }
 
 bool isTerminal() {

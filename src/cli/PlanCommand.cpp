@@ -24,7 +24,7 @@ void print(const ProbedMovie& movie, qsizetype audioTrackIndex, bool asJson) {
     }
     const ConversionPlan plan = makePlan(*movie.record, audioTrackIndex, ConversionSettings::current());
     if (asJson) {
-        output::json(json::planned(movie.file, plan, argumentsOf(plan, *movie.record), movie.messages));
+        output::json(json::planned(*movie.record, plan, argumentsOf(plan, *movie.record), movie.messages));
         return;
     }
     output::line(output::shown(movie.record->fileName));

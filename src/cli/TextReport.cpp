@@ -73,15 +73,20 @@ public:
     }
 
     void finished(const ConversionJob& job) override {
-        m_running.removeOne(&job);
+        forget(job);
         say(Texts::tr("Finished %1 -> %2 (%3)")
                 .arg(nameOf(job), output::shown(job.fileInfo().destinationURL.toLocalFile()),
                      text::formattedTimeFromTimeInterval(conversionSeconds(job))) +
             receiptOf(job));
     }
 
+    void skipped(const QString& file, const QString& path, const Receipt&) override {
+        say(Texts::tr("Skipped %1: %2 is there and whole")
+                .arg(output::shown(QFileInfo(file).fileName()), output::shown(path)));
+    }
+
     void failed(const ConversionJob& job, const failure::Explanation& explanation) override {
-        m_running.removeOne(&job);
+        forget(job);
         const QString options = optionsFor(explanation.actions);
         const QString why = output::about(job.fileInfo().fileURL.toLocalFile(), explanation.message);
         sayError(options.isEmpty() ? Texts::tr("Failed %1: %2").arg(nameOf(job), why)
@@ -98,6 +103,11 @@ public:
     }
 
 private:
+    void forget(const ConversionJob& job) {
+        m_running.removeOne(&job);
+        m_stalled.remove(&job);
+    }
+
     void say(const QString& text) {
         m_lines.clear();
         if (!m_quiet) output::line(text);

@@ -1,8 +1,11 @@
 #include "convert/ClaimedFile.h"
 
 #include "support/base/FileSteps.h"
+#include "support/base/Volume.h"
 
+#include <QDateTime>
 #include <QFile>
+#include <QFileInfo>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -32,12 +35,24 @@ Identity identityOf(int folder, const char* path, int flags) {
     return QString("inode %1").arg(file.stx_ino);
 }
 
+bool isSameFile(const QByteArray& a, const QByteArray& b) {
+    struct stat first = {};
+    struct stat second = {};
+    return ::lstat(a.constData(), &first) == 0 && ::lstat(b.constData(), &second) == 0 &&
+           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
 /// Gives the finished claim its name. A link comes first, as a rename looks like a movie that arrived.
 int publish(const Claim& claim) {
     const QByteArray temporary = QFile::encodeName(claim.temporary);
-    if (::link(temporary.constData(), QFile::encodeName(claim.path).constData()) == 0)
-        return filesteps::remove(claim.temporary);
-    return errno == EEXIST ? EEXIST : filesteps::renameToFree(claim.temporary, claim.path);
+    const QByteArray path = QFile::encodeName(claim.path);
+    const int error = ::link(temporary.constData(), path.constData()) == 0 ? 0 : errno;
+    // A server whose answer was lost refuses the same request when it is repeated.
+    if (error == 0 || isSameFile(temporary, path)) return filesteps::remove(claim.temporary);
+    if (error == EEXIST) return EEXIST;
+    return volume::isShared(QFileInfo(claim.path).path())
+               ? filesteps::renameToCreated(claim.temporary, claim.path)
+               : filesteps::renameToFree(claim.temporary, claim.path);
 }
 
 }  // namespace
@@ -53,15 +68,33 @@ int claim(const Claim& claim, const std::function<bool(const Identity&)>& noteId
 }
 
 bool isOurs(const QString& path, const QString& id, const Identity& identity) {
+    if (!identity.isEmpty())
+        return identityOf(AT_FDCWD, QFile::encodeName(path).constData(), 0) == identity;
+    return filesteps::attribute(path, kMark) == id.toUtf8();
+}
+
+Mark markOf(const QString& path) {
     const QByteArray name = QFile::encodeName(path);
-    if (!identity.isEmpty()) return identityOf(AT_FDCWD, name.constData(), 0) == identity;
-    QByteArray value(64, '\0');
-    const ssize_t length =
-        ::lgetxattr(name.constData(), kMark, value.data(), static_cast<size_t>(value.size()));
-    return length >= 0 && value.first(length) == id.toUtf8();
+    if (::lgetxattr(name.constData(), kMark, nullptr, 0) >= 0) return Mark::Set;
+    return errno == ENODATA || errno == ENOENT ? Mark::NotSet : Mark::NotKnown;
+}
+
+bool isBeingWritten(const QString& path) {
+    constexpr qint64 kLongestSilence = 3600;  // seconds; while an output is compared nothing changes
+    return markOf(path) == Mark::Set &&
+           QFileInfo(path).lastModified().secsTo(QDateTime::currentDateTime()) < kLongestSilence;
+}
+
+void noteSource(const QString& path, const FileStamp& source) {
+    filesteps::setAttribute(path, kSource, source.toText());
+}
+
+std::optional<FileStamp> sourceOf(const QString& path) {
+    return FileStamp::fromText(filesteps::attribute(path, kSource).value_or(QByteArray()));
 }
 
 void release(const QString& path) {
+    ::lremovexattr(QFile::encodeName(path).constData(), kSource);
     ::lremovexattr(QFile::encodeName(path).constData(), kMark);
 }
 

@@ -170,6 +170,7 @@ void ConversionJob::completeRequest() {
     RunRequest& request = this->request();
     request.destination = m_destination;
     request.mayReplaceDestination = m_mayReplaceDestination;
+    request.takesNoOtherName = m_takesNoOtherName;
     request.name = m_fileInfo.fileName;
     request.source = m_fileInfo.fileURL.toLocalFile();
     request.sourceBytes = m_fileInfo.fileSize;

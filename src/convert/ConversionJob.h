@@ -75,6 +75,9 @@ public:
     /// Whether a file at the destination is replaced.
     bool mayReplaceDestination() const { return m_mayReplaceDestination; }
     void setMayReplaceDestination(bool may) { m_mayReplaceDestination = may; }
+    /// Whether the job ends with NameTaken, and nothing done, if another run has got the destination's name
+    /// when it starts; otherwise it takes a free name beside it.
+    void setTakesNoOtherName(bool takesNone) { m_takesNoOtherName = takesNone; }
 
     /// What the user chose for this job alone; valid from the next start on.
     JobOverrides& overrides() { return m_overrides; }
@@ -165,6 +168,7 @@ private:
     JobOverrides m_overrides;
     JobState m_state = JobState::Queued;
     bool m_mayReplaceDestination = false;
+    bool m_takesNoOtherName = false;
     bool m_fastmode = false;
     bool m_isUnprobed = false;
     quint32 m_sleepAssertion = 0;

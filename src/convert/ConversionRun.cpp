@@ -1,7 +1,9 @@
 #include "convert/ConversionRun.h"
 
+#include "convert/ClaimedFile.h"
 #include "convert/Progress.h"
 #include "convert/RunJournal.h"
+#include "convert/proof/ProofRecord.h"
 #include "settings/Settings.h"
 #include "support/base/FileSteps.h"
 #include "support/base/Files.h"
@@ -71,14 +73,16 @@ bool ConversionRun::prepare() {
 }
 
 RunEnding ConversionRun::claimFiles() {
-    RunJournal::Wish wish{m_request.destination, m_request.mayReplaceDestination, {}, {}};
+    RunJournal::Wish wish{m_request.destination, m_request.mayReplaceDestination, {}, {}, false};
     wish.isTaken = [this](const QString& candidate) {
         return candidate != m_request.destination && m_request.destinationIsTaken &&
                m_request.destinationIsTaken(candidate);
     };
+    wish.takesNoOtherName = m_request.takesNoOtherName;
     wish.progressFile = QuillonLib::shared().docDir() + u'/' + files::fittingFileName(m_request.name, ".log");
     auto journal = std::make_unique<RunJournal>();
     const RunJournal::Trouble trouble = journal->claim(wish);
+    if (trouble == RunJournal::Trouble::NameTaken) return RunEnding::of(RunEnding::Kind::NameTaken);
     if (trouble != RunJournal::Trouble::None) {
         const bool isPrivate = trouble == RunJournal::Trouble::PrivateData;
         RunEnding refusal = isPrivate ? RunEnding::of(RunEnding::Kind::PrivateDataUnwritable)
@@ -89,6 +93,8 @@ RunEnding ConversionRun::claimFiles() {
         return refusal;
     }
     m_output = journal->output();
+    m_source = FileStamp::of(m_request.source);
+    if (m_source) claimedfile::noteSource(m_output, *m_source);
     m_progressFile = std::make_unique<ProgressFile>(journal->progressFile());
     m_journal = std::move(journal);
     m_hasOutput = true;
@@ -271,6 +277,8 @@ void ConversionRun::complete(RunEnding ending, bool isSynced) {
     m_timer.stop();
     if (ending.succeeded()) {
         using enum RunJournal::Fate;
+        const bool isSameSource = m_source && FileStamp::of(m_request.source) == m_source;
+        if (ending.isWhole() && isSameSource) proofrecord::write(m_output, *m_source, *ending.receipt);
         const auto [kept, isDurable] =
             m_journal->finish(deletesReplaced(ending) ? Deleted : KeptBeside, isSynced);
         ending.isDurable = isDurable;

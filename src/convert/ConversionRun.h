@@ -4,6 +4,7 @@
 #include "convert/RunProof.h"
 #include "convert/StallWatch.h"
 #include "convert/ToolOutput.h"
+#include "support/base/FileStamp.h"
 #include "tool/cage/Room.h"
 
 #include <QElapsedTimer>
@@ -46,6 +47,8 @@ struct RunRequest {
     /// Whether a file at the destination is replaced; it is kept until the output is complete. Otherwise a
     /// free name beside it is chosen, so that no file is lost.
     bool mayReplaceDestination = false;
+    /// Whether the run ends with NameTaken if another one has got the name meanwhile.
+    bool takesNoOtherName = false;
     /// Whether another job will write that path; such names are avoided, too. May be null.
     std::function<bool(const QString& path)> destinationIsTaken;
     bool keepsDamaged = false;  ///< See runending::Evidence.
@@ -158,6 +161,7 @@ private:
     std::unique_ptr<RunProof> m_proof;  ///< Null before the launch, after the end, and if there is none.
     std::unique_ptr<ProgressFile> m_progressFile;
     std::unique_ptr<RunJournal> m_journal;
+    std::optional<FileStamp> m_source;  ///< When the run began.
     QTimer m_timer;
     std::optional<RunEnding> m_ending;
 };

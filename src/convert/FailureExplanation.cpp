@@ -73,6 +73,12 @@ const QMap<Kind, Known>& endings() {
               "Ravelin",
               "Movie conversion failed because much of the movie is damaged and would be missing. The source movie was left as it is."),
           {ConvertWhatIsLeft, TryAgain}}},
+        {Kind::NameTaken,
+         {QT_TRANSLATE_NOOP("Ravelin", "Another conversion is writing the output"),
+          QT_TRANSLATE_NOOP(
+              "Ravelin",
+              "Movie conversion failed because another conversion is writing the same output at this moment. Nothing was changed."),
+          {ChooseAnotherFolder, TryAgain}}},
         {Kind::Stalled,
          {QT_TRANSLATE_NOOP("Ravelin", "No progress for too long"),
           QT_TRANSLATE_NOOP(

@@ -117,6 +117,7 @@ QLatin1StringView marker(RunEnding::Kind kind) {
         case ToolFailed:
         case NoSpace:
         case Stalled:
+        case NameTaken:
         case Interrupted:
             break;
     }

@@ -18,6 +18,7 @@ struct RunEnding {
         SourceGone,
         VolumeTooSmall,         ///< The volume cannot store a file of the source's size; see `space`.
         PrivateDataUnwritable,  ///< The note of the run's files could not be written; see `trouble`.
+        NameTaken,              ///< Another run writes the output.
         // Afterwards.
         ToolMissing,      ///< The tool could not be started; see exit.startError.
         ToolFailed,       ///< For another reason, which only its output may show.
@@ -51,7 +52,7 @@ struct RunEnding {
     /// Whether the tool was to be started.
     bool wasAttempted() const {
         return kind != Kind::SourceGone && kind != Kind::VolumeTooSmall &&
-               kind != Kind::PrivateDataUnwritable;
+               kind != Kind::PrivateDataUnwritable && kind != Kind::NameTaken;
     }
     /// Whether the output was closed properly, so that it can be proven.
     bool isProvable() const { return succeeded() || kind == Kind::SourceTruncated; }

@@ -10,10 +10,12 @@
 #include "support/base/Volume.h"
 #include "support/store/SettingsFile.h"
 
+#include <QCryptographicHash>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSysInfo>
 #include <QUuid>
 
 #include <array>
@@ -27,7 +29,20 @@
 namespace {
 
 constexpr qint64 kMaximumSecondsBehind = 5;
+constexpr qint64 kSecondsOfOthers = 24 * 3600;
+constexpr qsizetype kUuidLength = 36;
 constexpr const char* kNew = ".new";  // A note that is being written.
+
+/// Differs from machine to machine, and says nothing about it: other people may see it in the output's mark.
+QString machine() {
+    constexpr qsizetype kLength = 8;
+    static const QString machine = QString::fromLatin1(
+        QCryptographicHash::hash(QSysInfo::machineHostName().toUtf8() + '\n' + QSysInfo::machineUniqueId(),
+                                 QCryptographicHash::Sha256)
+            .toHex()
+            .first(kLength));
+    return machine;
+}
 
 QString folder() {
     return ApplicationInfo::homeInsideSandbox() + u'/' + ApplicationInfo::name() + "/Running";
@@ -112,7 +127,7 @@ RunJournal::State RunJournal::stateOf(const QString& note) {
 }
 
 RunJournal::RunJournal() {
-    m_facts.id = QUuid::createUuid().toString(QUuid::WithoutBraces);
+    m_facts.id = QUuid::createUuid().toString(QUuid::WithoutBraces) + u'-' + machine();
 }
 
 RunJournal::~RunJournal() {
@@ -153,7 +168,9 @@ RunJournal::Trouble RunJournal::claim(const Wish& wish) {
     const auto freeProgressFile = [&] { return files::uniqueFile(wish.progressFile); };
     const QFileInfo output(wish.output);
     m_facts.volume = volume::mountPoint(output.path());
-    m_facts.output = wish.replaces ? wish.output : freeName();
+    const bool isFixed = wish.replaces || wish.takesNoOtherName;
+    if (wish.replaces && claimedfile::isBeingWritten(wish.output)) return fail(Trouble::NameTaken, EBUSY);
+    m_facts.output = isFixed ? wish.output : freeName();
     if (wish.replaces && filesteps::isTaken(wish.output)) {
         m_facts.aside =
             output.path() + u'/' +
@@ -167,11 +184,21 @@ RunJournal::Trouble RunJournal::claim(const Wish& wish) {
         if (trouble != Trouble::None) return trouble;
     }
     if (hasReplaced()) {
-        if (const int error = filesteps::renameToFree(wish.output, m_facts.aside))
-            return fail(Trouble::Output, error);
+        if (const int error = setAside(wish.output))
+            return fail(error == EBUSY ? Trouble::NameTaken : Trouble::Output, error);
     }
-    return claimFile(m_facts.output, m_facts.outputIdentity, Trouble::Output,
-                     wish.replaces ? std::function<QString()>() : freeName);
+    const Trouble trouble = claimFile(m_facts.output, m_facts.outputIdentity, Trouble::Output,
+                                      isFixed ? std::function<QString()>() : freeName);
+    return trouble == Trouble::Output && m_error == EEXIST ? Trouble::NameTaken : trouble;
+}
+
+/// Returns an errno; EBUSY: another run has claimed the name.
+int RunJournal::setAside(const QString& replaced) {
+    const int error = filesteps::renameToFree(replaced, m_facts.aside);
+    if (error == ENOENT) return 0;  // Another run has set it aside.
+    if (error != 0 || !claimedfile::isBeingWritten(m_facts.aside)) return error;
+    filesteps::renameToFree(m_facts.aside, replaced);
+    return EBUSY;
 }
 
 RunJournal::Trouble RunJournal::claimFile(QString& path, QString& identity, Trouble trouble,
@@ -288,11 +315,20 @@ bool RunJournal::settleNote(const QString& path, int note) {
     return settled.isDone;
 }
 
+bool RunJournal::isElsewhere(const QString& note) {
+    const QFileInfo file(note);
+    const QString id = file.fileName().section(u'.', 0, 0);
+    // Earlier versions did not name the machine.
+    return id.size() > kUuidLength && !id.endsWith(machine()) &&
+           file.lastModified().secsTo(QDateTime::currentDateTime()) < kSecondsOfOthers;
+}
+
 void RunJournal::cleanUpAfterCrashes() {
     const QFileInfoList notes =
         QDir(folder()).entryInfoList({"*.json", QString("*.json") + kNew}, QDir::Files);
     for (const QFileInfo& found : notes) {
         const QString path = found.filePath();
+        if (isElsewhere(path)) continue;
         const QByteArray name = QFile::encodeName(path);
         const int note = ::open(name.constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
         if (note < 0) continue;

@@ -17,8 +17,14 @@ public:
         /// Names that are to be avoided, too. May be null.
         std::function<bool(const QString& path)> isTaken;
         QString progressFile;  ///< A free name is chosen; empty: there is none.
+        bool takesNoOtherName = false;  ///< Fails instead with Trouble::NameTaken.
     };
-    enum class Trouble { None, PrivateData, Output };
+    enum class Trouble {
+        None,
+        PrivateData,
+        Output,
+        NameTaken,  ///< Another run has the name that was wanted and no other.
+    };
     /// What becomes of the replaced file.
     enum class Fate { Deleted, KeptBeside };
 
@@ -56,7 +62,8 @@ public:
     static bool moveToTrash(const QString& source, const std::function<bool()>& move);
 
     /// Ends the runs whose process is gone. Runs of living instances are not touched; the note of a run whose
-    /// volume is away is kept.
+    /// volume is away is kept. The private data may be shared with other machines, whose locks this one may
+    /// not see: their notes are left alone for a day.
     static void cleanUpAfterCrashes();
 
     /// Whether a new file can be created at `path`; false for an existing one. Leaves nothing, also when
@@ -95,6 +102,9 @@ private:
     static Settled settle(const Facts& facts, State state);
     static bool settleOutput(const Facts& facts, State state, QString& kept);
     static bool settleProgressFile(const Facts& facts);
+    int setAside(const QString& replaced);
+    /// Whether the note is of another machine, which may still hold it.
+    static bool isElsewhere(const QString& note);
     static bool settleNote(const QString& path, int note);
     static QString notePath(const QString& id, State state);
     static State stateOf(const QString& note);

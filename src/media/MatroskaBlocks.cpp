@@ -183,6 +183,10 @@ void MatroskaScan::readFrame(const MatroskaBlock& block, quint64 position, quint
         if (const auto fault = faultInFrame(m_bytes, position, end, state.rules, state.nal, prefix))
             damaged(*fault, position);
     }
+    if (m_digestsFrames) {
+        state.digest.add(Bytes(state.prefix).first(state.prefixLength));
+        state.digest.add(m_file, position, end);
+    }
     if (!block.time) return;
     const double time = *block.time + delay;
     if (its.isText) {

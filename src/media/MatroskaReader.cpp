@@ -54,6 +54,7 @@ Reading MatroskaScan::run() {
     for (std::size_t i = 0; i < m_states.size(); ++i) {
         Track& done = track(i);
         m_states[i].times.finish(done, m_findings.budget);
+        done.digest = m_states[i].digest.result();
         if (done.keyFrames == 0) done.leadingFrames = done.frames;
         if (done.kind != TrackKind::Video) done.leadingFrames = 0;
     }

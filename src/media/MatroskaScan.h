@@ -2,6 +2,7 @@
 
 #include "media/Ebml.h"
 #include "media/Findings.h"
+#include "media/FrameDigest.h"
 #include "media/MatroskaIds.h"
 
 #include <algorithm>
@@ -23,6 +24,7 @@ struct MatroskaTrack {
     std::array<unsigned char, kLongestPrefix> prefix = {};
     std::size_t prefixLength = 0;
     PresentationTimes times;
+    FrameDigest digest;
 };
 
 /// One block while it is read.
@@ -43,7 +45,8 @@ public:
     MatroskaScan(const QString& path, const Options& options, std::stop_token stop)
         : m_file(path, std::move(stop), options.mayReadUpTo),
           m_bytes(m_file),
-          m_checksFrames(options.checkFrames) {
+          m_checksFrames(options.checkFrames),
+          m_digestsFrames(options.digestsFrames) {
         m_indices.fill(kNoTrack);
     }
 
@@ -84,6 +87,7 @@ private:
     File m_file;
     FileReader m_bytes;
     bool m_checksFrames;
+    bool m_digestsFrames;
     Findings m_findings;
     std::vector<MatroskaTrack> m_states;
     std::array<qint16, 128> m_indices = {};  // By track number.

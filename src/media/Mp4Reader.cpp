@@ -38,6 +38,7 @@ void Mp4Scan::finishTracks() {
     for (std::size_t i = 0; i < m_states.size(); ++i) {
         Track& done = track(i);
         m_states[i].times.finish(done, m_findings.budget);
+        done.digest = m_states[i].digest.result();
         if (done.keyFrames == 0) done.leadingFrames = done.frames;
         if (done.kind != TrackKind::Video) done.leadingFrames = 0;
         if (std::ranges::find(m_chapterTracks, done.number) == m_chapterTracks.end()) continue;

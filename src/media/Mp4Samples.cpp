@@ -121,6 +121,7 @@ bool Mp4Scan::addSample(Track& its, Mp4Track& state, const Sample& sample, bool 
     const bool inside = isInside(sample.offset, sample.size);
     if (!inside) damaged(Fault::SampleOutsideFile, sample.offset, from, to);
     if (inside && isFirstDescription) checkFrame(state, sample, from, to);
+    if (inside && m_digestsFrames) state.digest.add(m_file, sample.offset, sample.offset + sample.size);
     if (inside && its.isText && time && sample.size > 2) {
         const quint64 length = std::min<quint64>(m_frames.number(sample.offset, 2), sample.size - 2);
         const quint64 text = sample.offset + 2;

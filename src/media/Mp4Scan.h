@@ -1,6 +1,7 @@
 #pragma once
 
 #include "media/Findings.h"
+#include "media/FrameDigest.h"
 #include "media/Mp4Boxes.h"
 #include "media/SampleTable.h"
 
@@ -39,6 +40,7 @@ struct Mp4Track {
     Mp4FragmentDefaults defaults;
     quint64 nextTime = 0;  // Of the next fragment.
     PresentationTimes times;
+    FrameDigest digest;
     bool isBeyondFile = false;  // It has more bytes than the file: its tables are not believed any longer.
     std::unique_ptr<mp4::SampleTable> table;
     mp4::Chunk chunk;
@@ -53,6 +55,7 @@ public:
           m_bytes(m_file),
           m_frames(m_file),
           m_checksFrames(options.checkFrames),
+          m_digestsFrames(options.digestsFrames),
           m_shares(options.usesTwoThreads ? 2 : 1) {}
 
     /// Looks at the other frames, of the half that the scan leaves out otherwise. Keeps no lines.
@@ -115,6 +118,7 @@ private:
     FileReader m_bytes;   // For boxes
     FileReader m_frames;  // and for samples, which are elsewhere.
     bool m_checksFrames;
+    bool m_digestsFrames;
     unsigned m_shares;  // In how many scans look at the frames, and
     unsigned m_share = 0;
     Findings m_findings;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 #include <functional>
@@ -93,6 +94,9 @@ struct Track {
     quint64 hiddenFrames = 0;
     /// Sum of the frames' sizes; Matroska: with the bytes that header stripping removed.
     quint64 bytes = 0;
+    /// With Options::digestsFrames: the SHA-1 of all frames, one behind the other. Empty where they were not
+    /// read: without frames, and in raw PCM tracks of MP4.
+    QByteArray digest;
 
     /// Seconds: the smallest presentation time, and the greatest one plus duration. Empty without frames.
     /// Matroska: CodecDelay is subtracted; a frame lasts as long as the block or the track says, or else as
@@ -154,6 +158,8 @@ struct Options {
     /// Look at the first bytes of each frame: NAL unit lengths, zeros. Without it an MP4 file's
     /// samples are not read, its tables are.
     bool checkFrames = true;
+    /// Read all bytes of each frame, for Track::digest.
+    bool digestsFrames = false;
     /// MP4: a second thread looks at half of the frames. `mayReadUpTo` is then called in both.
     bool usesTwoThreads = false;
     /// Called in the reading thread before bytes up to `position` are read for the first time, every 4 MiB.

@@ -76,6 +76,11 @@ bool stepOpening(int flags) {
 
 }  // namespace
 
+extern "C" ssize_t lgetxattr(const char* path, const char* name, void* value, size_t size) {
+    static const auto real = next<ssize_t (*)(const char*, const char*, void*, size_t)>("lgetxattr");
+    return isPlain() ? failing(ENOTSUP) : real(path, name, value, size);
+}
+
 // A call that changes files, with its parameters and arguments.
 #define CHANGING(result, name, parameters, arguments)               \
     extern "C" result name parameters {                             \
@@ -141,5 +146,8 @@ CHANGING(int, renameat2, (int a, const char* from, int b, const char* to, unsign
          (a, from, b, to, flags))
 CHANGING(int, lremovexattr, (const char* path, const char* name), (path, name))
 UNKNOWN_TO_PLAIN(int, link, (const char* from, const char* to), (from, to), EPERM)
+UNKNOWN_TO_PLAIN(int, lsetxattr,
+                 (const char* path, const char* name, const void* value, size_t size, int flags),
+                 (path, name, value, size, flags), ENOTSUP)
 UNKNOWN_TO_PLAIN(int, fsetxattr, (int file, const char* name, const void* value, size_t size, int flags),
                  (file, name, value, size, flags), ENOTSUP)

@@ -35,7 +35,9 @@ class Plan(CliTest):
         before = self.outputs()
         [plan] = self.plans(path, subtitles, *CARRY)
         self.assertEqual(before, self.outputs())
-        self.assertEqual({"file", "accepted", "messages", "tracks", "arguments"}, set(plan))
+        self.assertEqual({"file", "accepted", "messages", "tracks", "arguments", "fileSize", "runtimeSeconds", "estimatedOutputBytes"},
+                         set(plan))
+        self.assertEqual((path.stat().st_size, 2), (plan["fileSize"], plan["runtimeSeconds"]))
         self.assertEqual(
             [(0, "video", "copied"), (1, "audio", "converted"), (1, "audio", "copied"), (2, "audio", "leftOut"),
              (3, "audio", "leftOut"), (4, "subtitle", "converted"), (5, "subtitle", "converted"), (6, "subtitle", "leftOut"),

@@ -46,6 +46,7 @@ private Q_SLOTS:
               "", unknown, support},
              {"no tool", Kind::ToolMissing, "TOOL_MISSING", "me", "the conversion tool could not be started",
               again},
+             {"name taken", Kind::NameTaken, "", "me", "another conversion is writing the same output", folder},
              {"no note", Kind::PrivateDataUnwritable, "", "me",
               "in the application's private data (/data: full)", again},
              {"interrupted", Kind::Interrupted, "", "me", "The conversion was interrupted.", again},

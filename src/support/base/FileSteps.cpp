@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace filesteps {
@@ -59,12 +60,38 @@ int renameToFree(const QString& from, const QString& to) {
     if (errno != EINVAL && errno != ENOSYS) return errno;
     if (::link(source.constData(), target.constData()) == 0) return remove(from);
     if (errno == EEXIST || errno == ENOENT) return errno;
-    return isTaken(to) ? EEXIST : rename(from, to);
+    return renameToCreated(from, to);
+}
+
+int renameToCreated(const QString& from, const QString& to) {
+    constexpr mode_t kMode = 0666;
+    const int file = ::open(QFile::encodeName(to).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
+    if (file < 0) return errno;
+    ::close(file);
+    const int error = rename(from, to);
+    if (error != 0) remove(to);
+    return error;
 }
 
 int remove(const QString& path) {
     if (::unlink(QFile::encodeName(path).constData()) == 0) return 0;
     return errno == ENOENT || errno == ENOTDIR ? 0 : errno;
+}
+
+std::optional<QByteArray> attribute(const QString& path, const char* name) {
+    constexpr qsizetype kMost = 4096;
+    QByteArray value(kMost, '\0');
+    const ssize_t length = ::lgetxattr(QFile::encodeName(path).constData(), name, value.data(),
+                                       static_cast<size_t>(value.size()));
+    if (length < 0) return std::nullopt;
+    value.truncate(length);
+    return value;
+}
+
+int setAttribute(const QString& path, const char* name, const QByteArray& value) {
+    const auto size = static_cast<size_t>(value.size());
+    return ::lsetxattr(QFile::encodeName(path).constData(), name, value.constData(), size, 0) == 0 ? 0
+                                                                                                   : errno;
 }
 
 bool isTaken(const QString& path) {

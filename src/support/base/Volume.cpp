@@ -5,6 +5,8 @@
 #include <QFileInfo>
 #include <QStorageInfo>
 
+#include <algorithm>
+#include <array>
 #include <linux/magic.h>
 #include <sys/vfs.h>
 
@@ -26,6 +28,30 @@ std::optional<quint64> maximumFileSizeOfType(long magic) {
     constexpr quint64 kFat = 0xFFFFFFFF;  // The directory entry has 32 bits for the size.
     if (magic == MSDOS_SUPER_MAGIC) return kFat;
     return std::nullopt;
+}
+
+bool isShared(const QString& folder) {
+    struct statfs information = {};
+    if (::statfs(QFile::encodeName(folder).constData(), &information) != 0) return false;
+    const auto magic = static_cast<long>(information.f_type);
+    return magic == FUSE_SUPER_MAGIC || isNetworkType(magic);
+}
+
+bool isNetworkType(long magic) {
+    constexpr std::array<quint32, 18> kNetwork = {
+        NFS_SUPER_MAGIC,  SMB_SUPER_MAGIC, CIFS_SUPER_MAGIC,  SMB2_SUPER_MAGIC,
+        V9FS_MAGIC,       AFS_SUPER_MAGIC, AFS_FS_MAGIC,      CODA_SUPER_MAGIC,
+        CEPH_SUPER_MAGIC, NCP_SUPER_MAGIC, OCFS2_SUPER_MAGIC,
+        0x0BD00BD0,  // Lustre
+        0x01161970,  // GFS2
+        0x47504653,  // GPFS
+        0x19830326,  // BeeGFS
+        0x20030528,  // OrangeFS
+        0x786F4256,  // Folders of a virtual machine's host
+        0xBACBACBC,  // The same
+    };
+    // Some kernels sign-extend it.
+    return std::ranges::find(kNetwork, static_cast<quint32>(magic)) != kNetwork.end();
 }
 
 QString mountPoint(const QString& folder) {

@@ -16,6 +16,13 @@ std::optional<quint64> maximumFileSize(const QString& folder);
 /// The same by the file system's magic number from statfs(2).
 std::optional<quint64> maximumFileSizeOfType(long magic);
 
+/// Whether other machines may write to the volume: it is a server's, or one of FUSE, of which that is not
+/// known. False if the folder does not exist.
+bool isShared(const QString& folder);
+
+/// Whether the file system's magic number is that of one whose files are on a server, as far as is known.
+bool isNetworkType(long magic);
+
 /// Where the volume of a folder is mounted; of the nearest existing one above a folder that does not exist.
 QString mountPoint(const QString& folder);
 

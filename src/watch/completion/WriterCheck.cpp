@@ -4,8 +4,6 @@
 
 #include <QFile>
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
@@ -33,21 +31,8 @@ Sight sightOf(const QString& path) {
 }
 
 Sight sightOfType(long magic) {
-    constexpr std::array<quint32, 18> kNetwork = {
-        NFS_SUPER_MAGIC,  SMB_SUPER_MAGIC, CIFS_SUPER_MAGIC,  SMB2_SUPER_MAGIC,
-        V9FS_MAGIC,       AFS_SUPER_MAGIC, AFS_FS_MAGIC,      CODA_SUPER_MAGIC,
-        CEPH_SUPER_MAGIC, NCP_SUPER_MAGIC, OCFS2_SUPER_MAGIC,
-        0x0BD00BD0,  // Lustre
-        0x01161970,  // GFS2
-        0x47504653,  // GPFS
-        0x19830326,  // BeeGFS
-        0x20030528,  // OrangeFS
-        0x786F4256,  // Folders of a virtual machine's host
-        0xBACBACBC,  // The same
-    };
-    const auto type = static_cast<quint32>(magic);  // Some kernels sign-extend it.
-    if (std::find(kNetwork.begin(), kNetwork.end(), type) != kNetwork.end()) return Sight::None;
-    return type == FUSE_SUPER_MAGIC ? Sight::Local : Sight::All;
+    if (volume::isNetworkType(magic)) return Sight::None;
+    return static_cast<quint32>(magic) == FUSE_SUPER_MAGIC ? Sight::Local : Sight::All;
 }
 
 }  // namespace writercheck
