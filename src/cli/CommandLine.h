@@ -23,8 +23,8 @@ struct ConvertOptions {
     QString output;            ///< --output; empty: by the source's name.
     std::optional<int> audio;  ///< --audio
     bool keepDamaged = false;
-    QStringList paths;
     bool skipExisting = false;
+    QStringList paths;
 };
 
 struct PlanOptions {

@@ -264,8 +264,8 @@ bool ConvertCommand::chooseDestination(MKVFileInfo& info, QString& problem) cons
         problem = Texts::tr("The output '%1' is a folder.").arg(place.destination);
         return false;
     }
-    info.destinationURL = FileUrl::fromLocalFile(
-        place.isOnly ? place.destination : m_queue.uniqueDestination(place.destination));
+    info.destinationURL = FileUrl::fromLocalFile(place.isOnly ? place.destination
+                                                              : m_queue.uniqueDestination(place.destination));
     return true;
 }
 
@@ -302,8 +302,7 @@ void ConvertCommand::watch(ConversionJob* job) {
     ++m_running;
     // A movie that another run gets first was never queued.
     if (!m_options.skipExisting) m_report->queued(*job);
-    connect(job, &ConversionJob::starting, this,
-            [this, job] { setSubject(sourceOf(*job)); });
+    connect(job, &ConversionJob::starting, this, [this, job] { setSubject(sourceOf(*job)); });
     connect(job, &ConversionJob::launched, this, [this, job] { m_report->started(*job); });
     connect(job, &ConversionJob::progressed, this, [this, job] { m_report->progress(*job); });
     connect(job, &ConversionJob::stateChanged, this, [this, job](JobState before) {
@@ -367,8 +366,8 @@ void ConvertCommand::interrupt() {
 
 void ConvertCommand::endIfDone() {
     if (m_endless && !m_interrupted) return;
-    const bool allProbed =
-        m_searched.isEmpty() && m_pendingMovies.isEmpty() && !m_intake.areWaiting() && !m_intake.isScanning() && !m_intake.fileInfo();
+    const bool allProbed = m_searched.isEmpty() && m_pendingMovies.isEmpty() && !m_intake.areWaiting() &&
+                           !m_intake.isScanning() && !m_intake.fileInfo();
     if (allProbed && m_running == 0 && ToolReaper::shared().isIdle()) QCoreApplication::quit();
 }
 
@@ -391,7 +390,7 @@ QString errorIn(const ConvertOptions& options, const Inputs& inputs) {
 }  // namespace
 
 int runConvert(const ConvertOptions& options, const CommandLine& line) {
-    const Inputs inputs = findInputs(options.paths);
+    const Inputs inputs = findInputs(options.paths, options.skipExisting ? Outputs::LeftOut : Outputs::Taken);
     const QString error = errorIn(options, inputs);
     if (!error.isEmpty()) return wrongUsage(error, "convert");
 

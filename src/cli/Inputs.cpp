@@ -1,12 +1,17 @@
 #include "cli/Inputs.h"
 
+#include "app/destinations/OutputName.h"
 #include "app/intake/MovieFiles.h"
+#include "convert/ClaimedFile.h"
+#include "convert/ExistingOutput.h"
 #include "support/base/Files.h"
 #include "support/base/Texts.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
+#include <QSet>
 
 #include <unistd.h>
 
@@ -37,7 +42,34 @@ QString Inputs::noMovie() {
     return Texts::tr("there is no movie among the files");
 }
 
-Inputs findInputs(const QStringList& paths) {
+namespace {
+
+QStringList withoutOutputs(const QStringList& found) {
+    static const QRegularExpression kNumber("-\\d+$");
+    QSet<QString> stems;
+    QSet<QString> stemsOfOthers;  // Of movies that can be no outputs.
+    for (const QString& path : found) {
+        if (!moviefiles::isMovie(path)) continue;
+        stems.insert(files::withoutExtension(path));
+        if (!outputname::hasOutputExtension(path)) stemsOfOthers.insert(files::withoutExtension(path));
+    }
+    const auto isOutput = [&](const QString& path) {
+        if (!outputname::hasOutputExtension(path)) return false;
+        QString stem = files::withoutExtension(path);
+        if (stemsOfOthers.contains(stem) || existingoutput::isOutput(path)) return true;
+        // "Part-2.mp4" beside "Part.mp4" may be a movie, but without attributes an output is more likely.
+        const qsizetype length = stem.size();
+        return claimedfile::markOf(path) == claimedfile::Mark::NotKnown &&
+               stem.remove(kNumber).size() < length && stems.contains(stem);
+    };
+    QStringList left = found;
+    left.removeIf(isOutput);
+    return left;
+}
+
+}  // namespace
+
+Inputs findInputs(const QStringList& paths, Outputs outputs) {
     Inputs inputs;
     const auto sort = [&](const QString& path) {
         if (moviefiles::isMovie(path)) {
@@ -67,7 +99,8 @@ Inputs findInputs(const QStringList& paths) {
         }
         QStringList leftOut;
         const QStringList found = moviefiles::filesBelow(path, nullptr, &leftOut);
-        for (const QString& file : found)
+        const QStringList taken = outputs == Outputs::LeftOut ? withoutOutputs(found) : found;
+        for (const QString& file : taken)
             sort(file);
         if (found.isEmpty()) {
             inputs.refusals.push_back(

@@ -21,8 +21,14 @@ struct Inputs {
     static QString noMovie();
 };
 
+/// What earlier runs have put into the folders that are searched.
+enum class Outputs {
+    Taken,   ///< As movies.
+    LeftOut  ///< Recognised by their attributes, or by the name of the movie that is beside them.
+};
+
 /// Resolves each path: folders are searched, files that cannot be movies are refused with a reason.
-Inputs findInputs(const QStringList& paths);
+Inputs findInputs(const QStringList& paths, Outputs outputs = Outputs::Taken);
 
 /// Why a file cannot be read as a movie; empty: it can, as far as can be checked without reading it. A broken
 /// link is left to the probe, which has a message for it.

@@ -3,9 +3,10 @@
 #include <QJsonObject>
 #include <QString>
 
-/// The program's standard output and standard error, as UTF-8; each line is written in one call. If the reader of a pipe
-/// has closed it, the text is dropped and the program continues its conversions. Control characters other
-/// than line breaks, which names of files may contain, are written escaped. Main thread only.
+/// The program's standard output and standard error, as UTF-8; each line is written in one call. If the
+/// reader of a pipe has closed it, the text is dropped and the program continues its conversions. Control
+/// characters other than line breaks, which names of files may contain, are written escaped. Main thread
+/// only.
 namespace output {
 
 /// A name as it is written for people: its control characters, line breaks too, escaped as in C.

@@ -68,8 +68,7 @@ int claim(const Claim& claim, const std::function<bool(const Identity&)>& noteId
 }
 
 bool isOurs(const QString& path, const QString& id, const Identity& identity) {
-    if (!identity.isEmpty())
-        return identityOf(AT_FDCWD, QFile::encodeName(path).constData(), 0) == identity;
+    if (!identity.isEmpty()) return identityOf(AT_FDCWD, QFile::encodeName(path).constData(), 0) == identity;
     return filesteps::attribute(path, kMark) == id.toUtf8();
 }
 

@@ -43,6 +43,8 @@ bool seemsToBeWritten(const QString& output) {
 /// What the attributes say; `mayBeWhole` is set where they say nothing.
 Found lookAt(const QString& output, const QString& source, bool& mayBeWhole) {
     mayBeWhole = false;
+    // A movie that gets an output of its own name is not its own output.
+    if (QFileInfo(output).canonicalFilePath() == QFileInfo(source).canonicalFilePath()) return {};
     if (claimedfile::isBeingWritten(output))
         return isOfOtherSource(output, source) ? Found() : Found{State::InProgress, output, {}};
     if (claimedfile::markOf(output) == claimedfile::Mark::Set) return {};
@@ -58,6 +60,11 @@ void take(Found& result, Found found) {
 }
 
 }  // namespace
+
+bool isOutput(const QString& path) {
+    return claimedfile::markOf(path) == claimedfile::Mark::Set ||
+           filesteps::attribute(path, proofrecord::kName);
+}
 
 Found look(const QString& source, const Place& place) {
     Found result;
@@ -81,7 +88,8 @@ Found find(const proof::Existing& existing, const Place& place, const std::stop_
             proof::Existing one = existing;
             one.output = output;
             if (const auto receipt = proof::ofExisting(one, stop)) {
-                if (FileStamp::of(existing.source) == compared) proofrecord::write(output, *compared, *receipt);
+                if (FileStamp::of(existing.source) == compared)
+                    proofrecord::write(output, *compared, *receipt);
                 found = {State::Whole, output, *receipt};
             }
         }

@@ -22,6 +22,9 @@ struct Found {
     Receipt receipt;  ///< Of a whole one.
 };
 
+/// Whether the attributes of the file say that a run made or makes it, of whatever movie.
+bool isOutput(const QString& path);
+
 /// Where an output may be.
 struct Place {
     QString destination;  ///< The name that an output gets if it is free, else it gets a numbered one.

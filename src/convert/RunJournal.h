@@ -16,7 +16,7 @@ public:
         bool replaces = false;  ///< A file at `output` is set aside. Otherwise a free name is chosen.
         /// Names that are to be avoided, too. May be null.
         std::function<bool(const QString& path)> isTaken;
-        QString progressFile;  ///< A free name is chosen; empty: there is none.
+        QString progressFile;           ///< A free name is chosen; empty: there is none.
         bool takesNoOtherName = false;  ///< Fails instead with Trouble::NameTaken.
     };
     enum class Trouble {

@@ -1,7 +1,7 @@
 // Loaded into the program by the dynamic linker: makes it another machine's, as far as file systems show.
 //
-// RAVELIN_MACHINE: its host name. RAVELIN_LOCKS: "none": the file system has none; "local": this process does not
-// see those of others. RAVELIN_NO_LINKS: no hard links, and renaming overwrites.
+// RAVELIN_MACHINE: its host name. RAVELIN_LOCKS: "none": the file system has none; "local": this process does
+// not see those of others. RAVELIN_NO_LINKS: no hard links, and renaming overwrites.
 
 #include <cerrno>
 #include <cstdio>

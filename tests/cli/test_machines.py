@@ -89,6 +89,21 @@ class Existing(CliTest):
                                   "--set", "ProveResults=0")
             self.assertEqual(expected, Path(result.only("finished")["destination"]).name)
 
+    def test_outputs_beside_their_sources_are_no_movies(self):
+        for plain in ({}, PRELOADED | {"LD_PRELOAD": os.environ["RAVELIN_KILLER"], "RAVELIN_PLAIN_VOLUME": "1"}):
+            with self.subTest(plain=plain):
+                self.doCleanups()
+                self.setUp()
+                self.env |= plain
+                self.place(movie("ac3"), "films/Movie.mkv")
+                self.place("mine", "films/Movie.mp4")
+                self.place(movie("aac", suffix=".mp4"), "films/Own-2.mp4")
+                self.skip("films")
+                for _ in range(2):
+                    self.assertEqual(["Movie.mkv", "Own-2.mp4"], self.skip("films").files("finished"))
+                self.assertEqual(["Movie-0.mp4", "Movie.mkv", "Movie.mp4", "Own-2-0.mp4", "Own-2.mp4"],
+                                 sorted(path.name for path in (self.folder / "films").iterdir()))
+
     def test_beside_a_run(self):
         """The movie that it converts is left, another one of the same name is not, and its name is not replaced."""
         source, other = (self.place(movie("ac3", seconds=seconds), f"{seconds}/Movie.mkv") for seconds in (2, 3))

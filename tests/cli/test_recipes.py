@@ -16,7 +16,7 @@ from pathlib import Path
 from support import CLI, CliTest, Result, codecs, look, movie, wait_until
 
 PAGE = (Path(__file__).parents[2] / "docs/many-machines.md").read_text()
-RECIPES = {name: script for name, script in re.findall(r"<!-- recipe: (.+) -->\n```sh\n(.*?)```\n", PAGE, re.S)}
+RECIPES = {name: script for name, script in re.findall(r"<!-- recipe: ([^\n]+) -->\n```sh\n(.*?)```\n", PAGE, re.S)}
 NAMES = ("Small.mkv", "Größer & 'länger'.mkv", "line\nbreak $(x).mkv")
 STAND_IN = r"""#!/bin/sh
 for word; do case $word in --array=*) range=${word#--array=1-} ;; esac; script=$word; done
@@ -58,8 +58,8 @@ class Recipes(CliTest):
             self.place(movie("ac3", seconds=seconds), f"share/movies/{name}")
         (self.folder / "share/converted").mkdir()
 
-    def recipe(self, name, status=0):
-        script = RECIPES[name].replace("/share/", f"{self.folder}/share/")
+    def recipe(self, name, status=0, change=("", "")):
+        script = RECIPES[name].replace("/share/", f"{self.folder}/share/").replace(*change)
         run = subprocess.run(["sh", "-c", script], cwd=self.folder, env=self.env, capture_output=True, timeout=300)
         self.assertEqual(status, run.returncode, run.stderr.decode())
         return Result(run.returncode, run.stdout, run.stderr)
@@ -145,6 +145,12 @@ class Recipes(CliTest):
             log = [line.split("\t") for line in (self.folder / "jobs.log").read_text().splitlines()[1:]]
             self.assertEqual(3, sum(fields[:1] != [] and fields[6] == "0" for fields in log if len(fields) > 6))
         self.assertEqual({"alpha", "beta"}, {name for name in hosts if (self.folder / name / "config").exists()})
+        small = self.folder / "share/movies/Small.mkv"
+        small.rename(self.folder / "away")
+        self.recipe("parallel", status=1)
+        (self.folder / "away").rename(small)
+        self.recipe("parallel", change=("--joblog", "--resume-failed --joblog"))
+        self.assertEqual({"Small.mkv"}, {Path(e["file"]).name for e in self.events(self.folder / "events.jsonl")})
 
     def start_slurm(self):
         """A cluster of one node on the loopback address."""

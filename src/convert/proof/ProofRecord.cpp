@@ -24,9 +24,9 @@ QJsonValue numberOrNull(const std::optional<double>& number) {
 }
 
 QJsonArray encoded(const ReceiptTrack& track) {
-    return {track.plan.output.value_or(0),          static_cast<int>(track.plan.kind),
-            static_cast<int>(track.plan.action),    numberOrNull(track.count),
-            numberOrNull(track.sourceCount),        numberOrNull(track.seconds),
+    return {track.plan.output.value_or(0),       static_cast<int>(track.plan.kind),
+            static_cast<int>(track.plan.action), numberOrNull(track.count),
+            numberOrNull(track.sourceCount),     numberOrNull(track.seconds),
             numberOrNull(track.sourceSeconds)};
 }
 

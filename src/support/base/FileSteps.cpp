@@ -65,7 +65,8 @@ int renameToFree(const QString& from, const QString& to) {
 
 int renameToCreated(const QString& from, const QString& to) {
     constexpr mode_t kMode = 0666;
-    const int file = ::open(QFile::encodeName(to).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
+    const int file =
+        ::open(QFile::encodeName(to).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
     if (file < 0) return errno;
     ::close(file);
     const int error = rename(from, to);
