@@ -54,6 +54,8 @@ class Plan(CliTest):
         words = {started["destination"]: "OUTPUT", started["arguments"][started["arguments"].index("-progress") + 1]: "PROGRESS"}
         self.assertEqual(plan["arguments"], [words.get(word, word) for word in started["arguments"]])
         seen = look(started["destination"])
+        self.assertLess(0.5, plan["estimatedOutputBytes"] / int(seen["format"]["size"]))
+        self.assertGreater(2, plan["estimatedOutputBytes"] / int(seen["format"]["size"]))
         # The subtitle file, the German and the English subtitles. A track of the names of chapters follows.
         self.assertEqual([("h264", None), ("aac", "eng"), ("ac3", "eng"), ("mov_text", "und"), ("mov_text", "ger"), ("mov_text", "eng")],
                          [(s["codec_name"], s["tags"].get("language") if s["codec_type"] != "video" else None)
