@@ -3,7 +3,6 @@
 #include "support/base/FileSteps.h"
 #include "support/base/Volume.h"
 
-#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 
@@ -80,8 +79,8 @@ Mark markOf(const QString& path) {
 
 bool isBeingWritten(const QString& path) {
     constexpr qint64 kLongestSilence = 3600;  // seconds; while an output is compared nothing changes
-    return markOf(path) == Mark::Set &&
-           QFileInfo(path).lastModified().secsTo(QDateTime::currentDateTime()) < kLongestSilence;
+    const auto file = FileStamp::of(path);
+    return file && file->secondsAgo() < kLongestSilence && markOf(path) == Mark::Set;
 }
 
 void noteSource(const QString& path, const FileStamp& source) {

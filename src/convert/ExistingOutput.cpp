@@ -5,7 +5,6 @@
 #include "support/base/FileSteps.h"
 #include "support/base/Files.h"
 
-#include <QDateTime>
 #include <QFileInfo>
 
 #include <functional>
@@ -35,9 +34,9 @@ bool isOfOtherSource(const QString& output, const QString& source) {
 /// Where files cannot be marked.
 bool seemsToBeWritten(const QString& output) {
     constexpr qint64 kLongestPause = 600;  // seconds
-    return claimedfile::markOf(output) == claimedfile::Mark::NotKnown &&
-           QFileInfo(output).lastModified().secsTo(QDateTime::currentDateTime()) < kLongestPause &&
-           proof::isUnfinished(output);
+    const auto file = FileStamp::of(output);
+    return file && file->secondsAgo() < kLongestPause &&
+           claimedfile::markOf(output) == claimedfile::Mark::NotKnown && proof::isUnfinished(output);
 }
 
 /// What the attributes say; `mayBeWhole` is set where they say nothing.

@@ -1,5 +1,6 @@
 #include "support/base/FileStamp.h"
 
+#include <QDateTime>
 #include <QFile>
 #include <QList>
 
@@ -15,6 +16,10 @@ std::optional<FileStamp> FileStamp::of(const QString& path) {
     struct stat file = {};
     if (::stat(QFile::encodeName(path).constData(), &file) != 0) return std::nullopt;
     return FileStamp{file.st_size, file.st_mtim.tv_sec * kNanosecondsPerSecond + file.st_mtim.tv_nsec};
+}
+
+qint64 FileStamp::secondsAgo() const {
+    return QDateTime::currentSecsSinceEpoch() - changed / kNanosecondsPerSecond;
 }
 
 QByteArray FileStamp::toText() const {

@@ -14,6 +14,9 @@ struct FileStamp {
     /// Of the file to which the path leads; empty if there is none.
     static std::optional<FileStamp> of(const QString& path);
 
+    /// Since the last change; below 0 where another machine's clock is ahead.
+    qint64 secondsAgo() const;
+
     /// "size changed", both in decimal digits.
     QByteArray toText() const;
     static std::optional<FileStamp> fromText(const QByteArray& text);
