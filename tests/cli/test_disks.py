@@ -25,9 +25,12 @@ REPLACES = ("convert", "Movie.mkv", "--output", "out/Movie.mp4", *DELETES)
 
 
 def is_settled(disk):
-    """The kernel gives deleted files free a moment after the processes that were confined to them have ended."""
-    status = os.statvfs(disk)
-    return status.f_files - status.f_ffree == 1 + len(list(disk.rglob("*")))
+    """The kernel gives deleted files free a moment after the processes that were confined to them have ended.
+
+    Some versions count the attributes of files, too.
+    """
+    status, files = os.statvfs(disk), list(disk.rglob("*"))
+    return status.f_files - status.f_ffree - 1 - len(files) <= sum(bool(os.listxattr(path)) for path in files)
 
 
 def fill(folder):
