@@ -107,7 +107,16 @@ const QList<Rule>& rules() {
             "Ravelin",
             "Movie conversion failed because you are trying to convert a movie with a video track that can't be embedded into MP4s."),
         {}};
+    static const Known otherVersion{
+        QT_TRANSLATE_NOOP("Ravelin", "The conversion tool is of another version"),
+        QT_TRANSLATE_NOOP(
+            "Ravelin",
+            "Movie conversion failed because the conversion tool does not know what it was asked to do. It is of another version, or not complete. Please install the application again."),
+        {TryAgain}};
     static const QList<Rule> list = {
+        {{"error while loading shared libraries: "}, *endings().constFind(Kind::ToolMissing)},
+        {{"Unrecognized option '"}, otherVersion},
+        {{"Unknown encoder '"}, otherVersion},
         {{"Operation timed out"}, volumeTrouble()},
         {{"Bad file descriptor"}, volumeTrouble()},
         {{"Read error at pos", "Error while decoding stream"},

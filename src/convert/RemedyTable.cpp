@@ -16,7 +16,7 @@ struct Row {
 
 // Each row is a loss that the usual arguments cause with some versions of the tool.
 const Row kRows[] = {
-    // The last line of a track, and one of two that start together, are never written.
+    // One of two lines that start together and, by tools without our patch, the last one of a track are never written.
     {"durations", [](const Seen& seen) { return seen.ending.signs.embeddedLinesMissing; },
      &Remedies::keepsSubtitleDurations,
      QT_TRANSLATE_NOOP(

@@ -44,6 +44,7 @@ MKVFileInfo::Probe MKVFileInfo::probe(const FileUrl& url, const std::atomic<bool
     }
 
     if (report.isLate) return {std::nullopt, {verdicts::tooSlow(fileName, tool::kReportLimitMinutes)}};
+    if (!report.trouble.isEmpty()) return {std::nullopt, {verdicts::toolProblem(report.trouble)}};
     const ReportFacts facts = parseReport(reportText(report), settings::Snapshot::current(), fileName);
     if (facts.rejected) return {std::nullopt, facts.verdicts};
     MKVFileInfo record = fromFacts(facts, url);
@@ -60,7 +61,8 @@ std::optional<MKVFileInfo> MKVFileInfo::initWithURL(const FileUrl& url) {
 
 qint32 MKVFileInfo::durationOfFile(const FileUrl& url) {
     const tool::Report report = tool::report(url.toLocalFile());
-    if (!report.started) throw std::runtime_error(report.startError.toStdString());
+    const QString& reason = report.started ? report.trouble : report.startError;
+    if (!reason.isEmpty()) throw std::runtime_error(reason.toStdString());
     return durationInReport(reportText(report));
 }
 

@@ -6,10 +6,12 @@
 #include "support/processes/ChildProcess.h"
 #include "support/processes/ProcessRunner.h"
 #include "tool/cage/Cage.h"
+#include "tool/cage/Programs.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QProcess>
+#include <QRegularExpression>
 
 #include <csignal>
 #include <sys/resource.h>
@@ -33,6 +35,36 @@ void giveWay() {
     ::setrlimit(RLIMIT_CPU, &time);
 }
 
+/// What is wrong with the file; empty: nothing that shows.
+QString flawText(programs::Flaw flaw) {
+    switch (flaw) {
+        case programs::Flaw::None:
+            break;
+        case programs::Flaw::NoProgram:
+            return Texts::tr(
+                "The conversion tool at '%1' can't be started because it is not a program. Please install %2 again.");
+        case programs::Flaw::OtherProcessor:
+            return Texts::tr(
+                "The conversion tool at '%1' can't be started because it was made for another kind of processor. Please install %2 again.");
+        case programs::Flaw::CutOff:
+            return Texts::tr(
+                "The conversion tool at '%1' can't be started because its file is cut off. Please install %2 again.");
+    }
+    return {};
+}
+
+/// Why an ended run says nothing about its file; empty: it may.
+QString troubleOf(const QProcess& process, const QByteArray& output) {
+    constexpr int kNotLoaded = 127;  // The status of the dynamic loader.
+    if (output.isEmpty())
+        return Texts::tr(
+                   "The conversion tool at '%1' does not work: it printed nothing. Please install %2 again.")
+            .arg(tool::path(), ApplicationInfo::name());
+    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != kNotLoaded) return {};
+    return Texts::tr("The conversion tool at '%1' does not work (%2). Please install %3 again.")
+        .arg(tool::path(), QString::fromUtf8(output.trimmed().split('\n').first()), ApplicationInfo::name());
+}
+
 }  // namespace
 
 namespace tool {
@@ -52,10 +84,26 @@ QString problem() {
             tr("The conversion tool at '%1' can't be started because it is not executable. Please install %2 again.")
                 .arg(path(), ApplicationInfo::name());
     }
-    return {};
+    const QString flaw = flawText(programs::flaw(file.filePath()));
+    return flaw.isEmpty() ? flaw : flaw.arg(path(), ApplicationInfo::name());
+}
+
+QString version() {
+    constexpr int kLimitMilliseconds = 10000;
+    QProcess process;
+    if (!prepare(process, {"-version"}, {}).isEmpty()) return {};
+    process.start(QIODevice::ReadOnly);
+    if (!process.waitForStarted(-1) || !childprocess::waitForEnd(process, kLimitMilliseconds)) return {};
+    static const QRegularExpression line("^ffmpeg version (\\S+)");
+    return line.match(QString::fromUtf8(process.readAllStandardOutput())).captured(1);
+}
+
+bool isOurs(const QString& version) {
+    return version.contains(QLatin1StringView("+ravelin"));
 }
 
 QString prepare(QProcess& process, const QStringList& arguments, const Room& room, Effort effort) {
+    if (const QString reason = problem(); !reason.isEmpty()) return reason;
     process.setProgram(path());
     process.setArguments(arguments);
     childprocess::prepare(process);
@@ -82,8 +130,10 @@ Report report(const QString& moviePath, const std::atomic<bool>* isCancelled) {
     QElapsedTimer timer;
     timer.start();
     constexpr int kLimit = kReportLimitMinutes * kMillisecondsPerMinute;
-    report.isLate = !childprocess::waitForEnd(process, kLimit, isCancelled) && timer.hasExpired(kLimit);
+    const bool isEnded = childprocess::waitForEnd(process, kLimit, isCancelled);
+    report.isLate = !isEnded && timer.hasExpired(kLimit);
     report.output = process.readAll();
+    if (isEnded) report.trouble = troubleOf(process, report.output);
     return report;
 }
 

@@ -20,6 +20,12 @@ QString path();
 /// thread.
 QString problem();
 
+/// The version in the tool's own words, "5.1.9-0+deb12u1"; empty if it has none to say. Starts the tool and
+/// blocks until it has ended. Any thread.
+QString version();
+/// Whether that is the version of a tool that scripts/tool built, not of one that the system brings along.
+bool isOurs(const QString& version);
+
 /// How a run shares the machine with the others.
 enum class Effort {
     Usual,
@@ -42,6 +48,7 @@ struct Report {
     QString startError;   ///< Why it was not started; empty if it was.
     bool isLate = false;  ///< It was ended because it took longer than kReportLimitMinutes.
     QByteArray output;    ///< Standard output and standard error, in the order of arrival.
+    QString trouble;      ///< Why the output says nothing about the file, for the user; empty: it may.
 };
 
 /// Lets the tool describe one file ("-i" and the path) and waits for its end; the exit status is meaningless

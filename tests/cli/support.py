@@ -1,6 +1,7 @@
 """What the tests of the command line share: a home of their own, tiny movies, runs of the program, a look inside outputs.
 
-RAVELIN_CLI is the program under test; movies are made and read with the ffmpeg and ffprobe of the search path.
+RAVELIN_CLI is the program under test, whose tool may be one with few parts; movies are made and read with the ffmpeg and
+ffprobe of the search path.
 """
 import atexit
 import json
@@ -18,6 +19,7 @@ from functools import lru_cache, reduce
 from pathlib import Path
 
 CLI = os.path.abspath(os.environ["RAVELIN_CLI"])
+TOOL = os.path.realpath(Path(CLI).parent.parent / "resources/ffmpeg")
 ENDINGS = {"finished", "failed", "refused"}
 ENCODERS = {"h264": "libx264 -preset ultrafast", "hevc": "libx265 -preset ultrafast -x265-params log-level=none",
             "vp8": "libvpx -cpu-used 16", "vp9": "libvpx-vp9 -deadline realtime -cpu-used 8", "msmpeg4v3": "msmpeg4",
@@ -156,7 +158,7 @@ class CliTest(unittest.TestCase):
 
     def use_tool(self, script, mode=0o755):
         """Makes a shell script the program's tool; $real: the real one, $home: the test's folder, $converts: it is to convert."""
-        path = self.place(f'#!/bin/sh\nreal={shutil.which("ffmpeg")} home={self.folder}\n'
+        path = self.place(f'#!/bin/sh\nreal={TOOL} home={self.folder}\n'
                           f'case " $* " in *" -progress "*) converts=1;; esac\n{script}', ".resources/ffmpeg")
         path.chmod(mode)
         self.env["RAVELIN_RESOURCES"] = str(path.parent)

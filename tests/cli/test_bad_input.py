@@ -3,8 +3,9 @@ import os
 import signal
 import subprocess
 import unittest
+from pathlib import Path
 
-from support import ENDINGS, CliTest, movie, wait_until
+from support import CLI, ENDINGS, CliTest, movie, wait_until
 
 INVALID = "doesn't seem to be a valid MKV"
 NOT_WRITEABLE = "You don't seem to have write access"
@@ -93,10 +94,12 @@ class Failures(CliTest):
         self.place(movie("ac3"), "Movie.mkv")
         self.env["RAVELIN_RESOURCES"] = str(self.folder / ".nowhere")
         self.assert_fails("The conversion tool is missing", "Movie.mkv", lines=2)
-        for script, mode, says in (("", 0o644, "it is not executable"), ("exit 0", 0o755, INVALID)):
+        for script, mode, says in (("", 0o644, "it is not executable"), ("exit 0", 0o755, "it printed nothing")):
             with self.subTest(script=script, mode=mode):
                 self.use_tool(script, mode)
-                self.assert_fails(says, "Movie.mkv", lines=1 if says == INVALID else 2)
+                self.assert_fails(says, "Movie.mkv", lines=2)
+        (self.folder / ".resources/ffmpeg").write_bytes(Path(CLI).read_bytes()[:10000])
+        self.assert_fails("its file is cut off", "Movie.mkv", lines=2)
         self.use_tool('[ $converts ] || exec "$real" "$@"; echo oh no; kill -9 $$')
         end = self.assert_fails("A problem prevented the file from being converted.", "Movie.mkv", ending="failed", lines=4)
         self.assertEqual("Information", end["title"])

@@ -1,5 +1,6 @@
 """A movie reaches nothing but itself and its output, whatever it says and whatever the system can do about it."""
 import os
+import shutil
 import subprocess
 import unittest
 
@@ -19,6 +20,8 @@ PLAYLISTS = {
     "streaming": "<SmoothStreamingMedia/>", "mlp": "#EXTM3U\nfile:///etc/passwd\n", "rtsp": "RTSPtextRTSP://127.0.0.1:9/\n",
     "sdp": "v=0\no=- 0 0 IN IP4 127.0.0.1\ns=x\nc=IN IP4 127.0.0.1\nt=0 0\nm=video 9 RTP/AVP 96\na=rtpmap:96 H264/90000\n",
 }
+# The traps work, without the cage.
+READS_PLAYLISTS = f'exec {shutil.which("ffmpeg")} "$@"'
 LEAKING = ("relative concat", "relative hls")
 
 
@@ -40,7 +43,8 @@ class Cage(CliTest):
         for playlist in PLAYLISTS:
             with self.subTest(playlist):
                 self.assertFalse(self.leaks(playlist))
-        self.assertEqual([True] * len(LEAKING), [self.leaks(playlist, "--set", "CageTool=0") for playlist in LEAKING])
+        self.use_tool(READS_PLAYLISTS)
+        self.assertEqual([True] * len(LEAKING), [self.leaks(playlist) for playlist in LEAKING])
 
     def test_subtitle_files_read_no_other_file(self):
         secret = self.place("1\n00:00:00,100 --> 00:00:01,900\nThe password is walnut\n", "secret.srt")
@@ -50,7 +54,8 @@ class Cage(CliTest):
                 self.place(PLAYLISTS[playlist].format(path=secret, name=secret.name), "Film.srt")
                 self.finish(self.start("convert", film, self.folder / "Film.srt"))
                 self.assertEqual([], [o.name for o in self.folder.glob("*.mp4") if b"walnut" in o.read_bytes()])
-        self.convert(film, self.folder / "Film.srt", "--set", "CageTool=0")
+        self.use_tool(READS_PLAYLISTS)
+        self.convert(film, self.folder / "Film.srt")
         self.assertTrue(any(b"walnut" in o.read_bytes() for o in self.folder.glob("*.mp4")), "the trap does not work at all")
 
     def test_systems_that_cannot_restrict_the_tool(self):

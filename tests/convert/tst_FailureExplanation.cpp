@@ -14,6 +14,7 @@ private Q_SLOTS:
         const QString damaged = "too damaged";
         const QString picture = "you are trying to convert a movie with a video track";
         const QString unsupported = ", codec not currently supported in container";
+        const QString version = "the conversion tool does not know what it was asked to do";
         const QString embedded = "A problem occured - this is most likely related to the subtitles embedded";
         const QString external = "A problem occured - this is most likely related to the subtitle file";
         const QString unknown = "A problem prevented";
@@ -44,6 +45,11 @@ private Q_SLOTS:
               "Could not find tag for codec ffv1 in stream #0" + unsupported, "", picture, ""},
              {"of the sound", Kind::ToolFailed, "Could not find tag for codec pcm in stream #1" + unsupported,
               "", unknown, support},
+             {"older tool", Kind::ToolFailed, "Unrecognized option 'fps_mode'.", "m", version, again},
+             {"tool without parts", Kind::ToolFailed, "Unknown encoder 'ac3'", "", version, again},
+             {"broken tool", Kind::ToolFailed,
+              "ffmpeg: error while loading shared libraries: libz.so.1: none", "",
+              "the conversion tool could not be started", again},
              {"no tool", Kind::ToolMissing, "TOOL_MISSING", "me", "the conversion tool could not be started",
               again},
              {"name taken", Kind::NameTaken, "", "me", "another conversion is writing the same output",

@@ -5,6 +5,8 @@
 
 #include <QFile>
 
+#include <cstddef>
+#include <elf.h>
 #include <thread>
 
 class MKVFileInfoTest : public QObject {
@@ -33,8 +35,7 @@ private Q_SLOTS:
     }
 
     void reportsThatAreNone() {
-        for (const QByteArray& report :
-             {QByteArray(), FakeTool::report("\xff\xfe"), QByteArray("x.mkv: Invalid\n")}) {
+        for (const QByteArray& report : {FakeTool::report("\xff\xfe"), QByteArray("x.mkv: Invalid\n")}) {
             TestHome home;
             const FakeTool tool(home.path());
             tool.setReport(report);
@@ -93,11 +94,26 @@ private Q_SLOTS:
     }
 
     void toolTrouble_data() {
+        QFile own("/proc/self/exe");
+        QVERIFY(own.open(QIODevice::ReadOnly));
+        const QByteArray program = own.read(4096);
+        QByteArray otherProgram = program;
+        constexpr int kMachine = offsetof(Elf64_Ehdr, e_machine);
+        otherProgram[kMachine] = otherProgram[kMachine] == EM_X86_64 ? EM_386 : EM_X86_64;
         addRows<QByteArray, bool, QString>(  // tool (null: none), executable, message
             {{"missing", QByteArray(), false, "The conversion tool is missing"},
              {"not executable", "#!/bin/sh\n", false, "because it is not executable"},
              {"not startable", "#!/no/such/interpreter\n", true,
-              "A basic system capability failed (posix_spawn)"}});
+              "A basic system capability failed (posix_spawn)"},
+             {"text", "ffmpeg", true, "because it is not a program"},
+             {"empty", "", true, "because its file is cut off"},
+             {"half", program, true, "because its file is cut off"},
+             {"head", program.left(20), true, "because its file is cut off"},
+             {"other processor", otherProgram, true, "because it was made for another kind of processor"},
+             {"silent", "#!/bin/sh\n", true, "it printed nothing"},
+             {"killed", "#!/bin/sh\nkill -9 $$\n", true, "it printed nothing"},
+             {"without its libraries", "#!/bin/sh\necho libz.so.1: none >&2\nexit 127\n", true,
+              "does not work (libz.so.1: none)"}});
     }
     void toolTrouble() {
         const auto [tool, executable, message] = row<QByteArray, bool, QString>();

@@ -14,21 +14,68 @@ namespace programs {
 
 namespace {
 
+bool isElf(const QByteArray& head) {
+    return head.startsWith(QByteArray(ELFMAG, SELFMAG));
+}
+
+/// Of the file's beginning; null: it is too short.
+std::optional<Elf64_Ehdr> headerIn(const QByteArray& head) {
+    Elf64_Ehdr header;
+    if (head.size() < qsizetype{sizeof header}) return std::nullopt;
+    std::memcpy(&header, head.constData(), sizeof header);
+    return header;
+}
+
+/// Null: it cannot be read.
+std::optional<Elf64_Phdr> segment(QFile& file, const Elf64_Ehdr& header, int index) {
+    Elf64_Phdr found;
+    constexpr auto kSize = qint64{sizeof found};
+    if (!file.seek(static_cast<qint64>(header.e_phoff) + index * kSize) ||
+        file.read(reinterpret_cast<char*>(&found), kSize) != kSize)
+        return std::nullopt;
+    return found;
+}
+
+/// Of the running program; zeros: unknown.
+const Elf64_Ehdr& ownHeader() {
+    static const Elf64_Ehdr header = [] {
+        QFile file("/proc/self/exe");
+        return file.open(QIODevice::ReadOnly) ? headerIn(file.peek(sizeof(Elf64_Ehdr))).value_or(Elf64_Ehdr())
+                                              : Elf64_Ehdr();
+    }();
+    return header;
+}
+
+bool isForOtherProcessor(const Elf64_Ehdr& header) {
+    const Elf64_Ehdr& own = ownHeader();
+    return own.e_machine != EM_NONE &&
+           (header.e_machine != own.e_machine || header.e_ident[EI_CLASS] != own.e_ident[EI_CLASS] ||
+            header.e_ident[EI_DATA] != own.e_ident[EI_DATA]);
+}
+
+bool endsTooEarly(QFile& file, const Elf64_Ehdr& header) {
+    const auto size = static_cast<quint64>(file.size());
+    for (int i = 0; i < header.e_phnum; ++i) {
+        const auto each = segment(file, header, i);
+        if (!each) return true;
+        if (each->p_type == PT_LOAD && (each->p_offset > size || each->p_filesz > size - each->p_offset))
+            return true;
+    }
+    return false;
+}
+
 /// The path of the dynamic loader. Null: the file is no program for this machine; empty: it needs none.
 std::optional<QString> loader(QFile& file, const QByteArray& head) {
-    Elf64_Ehdr header;
-    if (head.size() < qsizetype{sizeof header} || !head.startsWith(QByteArray(ELFMAG, SELFMAG)))
-        return std::nullopt;
-    std::memcpy(&header, head.constData(), sizeof header);
+    const auto header = headerIn(head);
+    if (!header || !isElf(head)) return std::nullopt;
     constexpr int kMaximumSegments = 64;
-    if (header.e_ident[EI_CLASS] != ELFCLASS64 || header.e_phnum > kMaximumSegments) return QString();
-    for (int i = 0; i < header.e_phnum; ++i) {
-        Elf64_Phdr segment;
-        if (!file.seek(static_cast<qint64>(header.e_phoff) + i * qint64{sizeof segment})) break;
-        if (file.read(reinterpret_cast<char*>(&segment), sizeof segment) != qint64{sizeof segment}) break;
-        if (segment.p_type != PT_INTERP || segment.p_filesz > PATH_MAX) continue;
-        if (!file.seek(static_cast<qint64>(segment.p_offset))) break;
-        return QFile::decodeName(file.read(static_cast<qint64>(segment.p_filesz)).constData());
+    if (header->e_ident[EI_CLASS] != ELFCLASS64 || header->e_phnum > kMaximumSegments) return QString();
+    for (int i = 0; i < header->e_phnum; ++i) {
+        const auto each = segment(file, *header, i);
+        if (!each) break;
+        if (each->p_type != PT_INTERP || each->p_filesz > PATH_MAX) continue;
+        if (!file.seek(static_cast<qint64>(each->p_offset))) break;
+        return QFile::decodeName(file.read(static_cast<qint64>(each->p_filesz)).constData());
     }
     return QString();
 }
@@ -55,6 +102,18 @@ QStringList executed(const QString& program) {
         }
     }
     return all;
+}
+
+Flaw flaw(const QString& program) {
+    QFile file(program);
+    if (!file.open(QIODevice::ReadOnly)) return Flaw::None;
+    const QByteArray head = file.peek(sizeof(Elf64_Ehdr));
+    if (head.startsWith("#!")) return Flaw::None;
+    if (!head.isEmpty() && !isElf(head)) return Flaw::NoProgram;
+    const auto header = headerIn(head);
+    if (!header) return Flaw::CutOff;
+    if (isForOtherProcessor(*header)) return Flaw::OtherProcessor;
+    return header->e_ident[EI_CLASS] == ELFCLASS64 && endsTooEarly(file, *header) ? Flaw::CutOff : Flaw::None;
 }
 
 QStringList libraries(const QString& program) {

@@ -10,6 +10,16 @@ namespace programs {
 /// line. Full paths; empty if the kernel cannot start the file. Any thread.
 QStringList executed(const QString& program);
 
+/// Why the kernel cannot run a file, as far as the file itself shows.
+enum class Flaw {
+    None,            ///< Also of a file that cannot be read.
+    NoProgram,       ///< Neither a program nor a script.
+    OtherProcessor,  ///< For another kind of processor than this program.
+    CutOff,          ///< It ends before what has to be loaded of it.
+};
+/// Any thread.
+Flaw flaw(const QString& program);
+
 /// Where the dynamic loader finds libraries: the system's folders, and what LD_PRELOAD and LD_LIBRARY_PATH
 /// name. Files and folders.
 QStringList libraries(const QString& program);
