@@ -25,6 +25,7 @@
 #include <QComboBox>
 #include <QCommandLineParser>
 #include <QDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
@@ -444,7 +445,10 @@ void about() {
     QFile::link(QCoreApplication::applicationDirPath() + "/../resources/documents",
                 app.path("resources/documents"));
     app.window->findChild<QAction*>("aboutAction")->trigger();
-    save(*app.window->findChild<AboutWindow*>(), "about");
+    auto& window = *app.window->findChild<AboutWindow*>();
+    static_cast<void>(
+        QTest::qWaitFor([&] { return window.findChild<QLabel*>("toolLabel")->text().contains("5.1.9"); }));
+    save(window, "about");
     QMenu& help = *app.window->findChild<QMenu*>("helpMenu");
     help.popup(app.window->mapToGlobal(QPoint(200, 120)));
     save(help, "help-menu");

@@ -16,6 +16,10 @@ constexpr const char* kScript = R"sh(#!/bin/bash
 folder=${0%/*}
 # A loop ends with the status of its last command, and a "read" that waited in vain has failed.
 wait_until() { until eval "$1"; do read -rt 0.02 -u 9 || true; done 9<>"$folder/nothing"; }
+if [ "$1" = -version ]; then
+    echo "ffmpeg version 5.1.9-fake Copyright"
+    exit
+fi
 if [ $# -eq 2 ] && [ "$1" = -i ]; then
     . "$folder/probe"
     exit 1

@@ -3,8 +3,10 @@
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Format.h"
 #include "support/base/Text.h"
+#include "support/processes/Dispatch.h"
 #include "support/reports/HostInformation.h"
 #include "support/reports/QuillonLib.h"
+#include "tool/Tool.h"
 #include "tool/cage/Cage.h"
 #include "ui/look/Colors.h"
 #include "ui/look/Icons.h"
@@ -14,6 +16,7 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QPointer>
 
 namespace {
 
@@ -34,10 +37,19 @@ AboutWindow::AboutWindow(const QString& version, const QString& build, QWidget* 
     m_ui->nameLabel->setFont(large);
     m_ui->nameLabel->setText(ApplicationInfo::name());
     m_ui->versionLabel->setText(version + u'\n' + build);
+    m_ui->toolLabel->setText(tr("Tool: %1").arg("ffmpeg"));
+    // It has to be asked, which takes a moment: the system may have brought another one since the last start.
+    dispatch_async_back([self = QPointer(this)] {
+        const QString version = tool::version();
+        dispatch_async_main([self, version] {
+            if (self) self->showTool(version);
+        });
+    });
     m_ui->cageLabel->setText(tr("Cage: %1").arg(cage::description()));
     QPalette secondary = m_ui->versionLabel->palette();
     secondary.setColor(QPalette::WindowText, colors::secondaryText(secondary));
     m_ui->versionLabel->setPalette(secondary);
+    m_ui->toolLabel->setPalette(secondary);
     m_ui->cageLabel->setPalette(secondary);
     connect(m_ui->closeButton, &QAbstractButton::clicked, this, &QWidget::close);
     connect(m_ui->copyButton, &QAbstractButton::clicked, this, &AboutWindow::copyVersion);
@@ -48,6 +60,13 @@ AboutWindow::AboutWindow(const QString& version, const QString& build, QWidget* 
 }
 
 AboutWindow::~AboutWindow() = default;
+
+void AboutWindow::showTool(const QString& version) {
+    if (version.isEmpty()) return;
+    m_ui->toolLabel->setText(tool::isOurs(version)
+                                 ? tr("Tool: ffmpeg %1, built for %2").arg(version, ApplicationInfo::name())
+                                 : tr("Tool: ffmpeg %1 of the system").arg(version));
+}
 
 /// The first lines of a question to support.
 void AboutWindow::copyVersion() const {

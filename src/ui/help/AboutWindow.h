@@ -8,7 +8,7 @@ namespace Ui {
 class AboutWindow;
 }
 
-/// Shows the version, the build, and the licences of the components of the application. Deletes itself when
+/// Shows the version, the build, the conversion tool, and the licences of the components of the application. Deletes itself when
 /// it is closed. Main thread only.
 class AboutWindow : public QWidget {
     Q_OBJECT
@@ -22,6 +22,8 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    /// Empty: the tool has none to say.
+    void showTool(const QString& version);
     void copyVersion() const;
 
     std::unique_ptr<Ui::AboutWindow> m_ui;

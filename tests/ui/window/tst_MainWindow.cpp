@@ -928,6 +928,7 @@ private Q_SLOTS:
         QCOMPARE(app.window->findChildren<AboutWindow*>().size(), 1);
         const QPointer about = app.find<AboutWindow>("AboutWindow");
         QCOMPARE(about->findChild<QLabel*>("versionLabel")->text(), "Version: 1.0.0\nBuild: 1");
+        QTRY_COMPARE(about->findChild<QLabel*>("toolLabel")->text(), "Tool: ffmpeg 5.1.9-fake of the system");
         QTest::mouseClick(about->findChild<QPushButton*>("copyButton"), Qt::LeftButton);
         QVERIFY(QApplication::clipboard()->text().startsWith("Ravelin 1.0.0 (1), "));
         QTest::keyClick(about, Qt::Key_Escape);
