@@ -1,9 +1,12 @@
-"""Times ravelin-cli against the bare tool commands that it runs. Usage: convert.py RAVELIN_CLI
+"""Times ravelin-cli against the bare commands of its tool, and against one plain copy by the system's tool.
 
-Each figure is the median of alternating pairs (ours, bare), so that changes of the machine's speed cancel out.
+Usage: convert.py RAVELIN_CLI EMPTY_PROGRAM. Each figure is the median of alternating runs (ours, the others), so that
+changes of the machine's speed cancel out.
 """
 import json
 import os
+import shlex
+import shutil
 import statistics
 import subprocess
 import sys
@@ -11,7 +14,9 @@ import tempfile
 import time
 from pathlib import Path
 
-CLI = os.path.abspath(sys.argv[1])
+CLI, EMPTY = map(os.path.abspath, sys.argv[1:])
+TOOL = str(Path(CLI).parent.parent / "resources/ffmpeg")
+SYSTEM_TOOL = shutil.which("ffmpeg")
 GIGABYTE = 1_000_000_000
 
 
@@ -45,29 +50,62 @@ def bare_commands(movie, output):
                             capture_output=True, text=True, check=True).stdout.splitlines()
     started = next(e for e in map(json.loads, events) if e["event"] == "started")
     arguments = [a if not a.endswith(".log") else str(output) + ".log" for a in started["arguments"]]
-    tool = str(Path(CLI).resolve().parent.parent / "resources/ffmpeg")
-    commands = [[tool, "-i", str(movie)]]
+    commands = [[TOOL, "-i", str(movie)]]
     if started["method"] == 4 and "(aac)" in events[0]:
         video, audio = [arguments[i + 1] for i, a in enumerate(arguments) if a == "-map"][:2]
-        commands.append([tool, "-i", str(movie), "-stats", "-t", "1", "-map", video, "-map", audio, "-vcodec", "copy",
+        commands.append([TOOL, "-i", str(movie), "-stats", "-t", "1", "-map", video, "-map", audio, "-vcodec", "copy",
                          "-acodec", "copy", "-y", str(output)])
-    return commands + [[tool, *arguments]]
+    return commands + [[TOOL, *arguments]]
 
 
-def pairs(name, movie, output, runs, limit):
-    commands = bare_commands(movie, output)
-    ratios, ours_all, bare_all = [], [], []
+def plain_copy(movie, output):
+    return [[SYSTEM_TOOL, "-i", str(movie), "-c", "copy", "-y", str(output)]]
+
+
+def compare(name, ours, output, runs, others):
+    """`others`: a name, a list of commands and a limit for each; a row for each."""
+    times = [[] for _ in range(len(others) + 1)]
     for _ in range(runs):
-        output.unlink(missing_ok=True)
-        ours = timed(convert(movie, output))
-        bare = 0.0
-        for command in commands:
-            bare += timed(command)
-        ratios.append(ours / bare)
-        ours_all.append(ours)
-        bare_all.append(bare)
-    row(name, f"{statistics.median(ours_all):.3f} s", f"{statistics.median(bare_all):.3f} s",
-        statistics.median(ratios), limit)
+        for list_of, commands in zip(times, [[ours], *(commands for _, commands, _ in others)]):
+            output.unlink(missing_ok=True)
+            list_of.append(sum(map(timed, commands)))
+    for (other, _, limit), list_of in zip(others, times[1:]):
+        ratio = statistics.median(a / b for a, b in zip(times[0], list_of))
+        row(f"{name} / {other}", *(f"{statistics.median(each):.3f} s" for each in (times[0], list_of)), ratio, limit)
+
+
+def conversion(name, movie, output, runs, bare_limit, plain_limit):
+    bare = bare_commands(movie, output)
+    compare(name, convert(movie, output), output, runs,
+            [("bare commands", bare, bare_limit), ("plain copy", plain_copy(movie, output), plain_limit)])
+
+
+def many(folder, clip, count, runs):
+    """Two at a time, as ravelin-cli does it and as xargs does."""
+    movies, out = folder / "many", folder / "many-out"
+    movies.mkdir()
+    out.mkdir()
+    bare = bare_commands(clip, out / "0.mp4")
+    lines = []
+    for number in range(count):
+        movie = movies / f"{number}.mkv"
+        os.link(clip, movie)
+        places = {str(clip): str(movie), str(out / "0.mp4"): str(out / f"{number}.mp4")}
+        lines.append("; ".join(shlex.join(places.get(word, word.replace("0.mp4.log", f"{number}.log")) for word in command)
+                               for command in bare))
+    (folder / "lines").write_text("\n".join(lines))
+    ours = [CLI, "convert", "--quiet", "--style", "fast", "--set", "ConcurrentJobs=1", "--to", str(out), str(movies)]
+    xargs = ["xargs", "-a", str(folder / "lines"), "-d", "\n", "-P2", "-I{}", "sh", "-c", "{}"]
+    times = {"ours": [], "xargs": []}
+    for _ in range(runs):
+        for name, command in (("ours", ours), ("xargs", xargs)):
+            shutil.rmtree(out)
+            out.mkdir()
+            times[name].append(timed(command))
+            assert len(list(out.glob("*.mp4"))) == count
+    medians = [statistics.median(each) for each in times.values()]
+    ratio = statistics.median(a / b for a, b in zip(*times.values()))
+    row(f"{count} x 10 s / xargs -P2 of bare commands", *(f"{each:.3f} s" for each in medians), ratio, 1.1)
 
 
 def cost(name, setting, movie, output, runs, limit):
@@ -114,7 +152,7 @@ def batch(folder, clip, count):
 
 
 def row(name, ours, bare, ratio, limit):
-    print(f"{name:44} {ours:>12} {bare:>12} {ratio:8.3f} at most {limit}")
+    print(f"{name:44} {ours:>12} {bare:>12} {ratio:8.3f}" + (f" at most {limit}" if limit else ""))
 
 
 def main():
@@ -126,10 +164,12 @@ def main():
         make_clip(aac, 10, "aac")
         make_clip(tiny, 1, "ac3")
         make_big(big, ac3)
-        print(f"{'':44} {'Ravelin':>12} {'bare tool':>12} {'ratio':>8}")
-        pairs("10 s, H.264 + AC3: probe, conversion", ac3, folder / "clip.mp4", 21, 1.15)
-        pairs("10 s, H.264 + AAC: probe, trial, conversion", aac, folder / "clip.mp4", 21, 1.15)
-        pairs("1 GB, H.264 + AC3: probe, conversion", big, folder / "big.mp4", 5, 1.03)
+        print(f"{'':44} {'Ravelin':>12} {'the other':>12} {'ratio':>8}")
+        compare("--version", [CLI, "--version"], folder / "none", 41, [("an empty program", [[EMPTY]], 1.5)])
+        conversion("10 s, AC3", ac3, folder / "clip.mp4", 21, None, 0.7)
+        conversion("10 s, AAC", aac, folder / "clip.mp4", 21, None, 1.0)
+        many(folder, ac3, 100, 3)
+        conversion("1 GB, AC3", big, folder / "big.mp4", 5, 1.02, 1.02)
         cost("10 s, H.264 + AC3: with the proof, without", "ProveResults", ac3, folder / "clip.mp4", 41, 1.02)
         cost("1 GB, H.264 + AC3: with the proof, without", "ProveResults", big, folder / "big.mp4", 7, 1.03)
         cost("10 s, H.264 + AC3: in the cage, outside", "CageTool", ac3, folder / "clip.mp4", 41, 1.01)
