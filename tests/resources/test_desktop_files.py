@@ -94,6 +94,31 @@ class Installed(unittest.TestCase):
             self.assertEqual(png_size(theme / f"{size}x{size}/apps/{ID}.png"), (size, size))
 
 
+class Flatpak(unittest.TestCase):
+    def setUp(self):
+        self.folder = SOURCE / "packaging/flatpak"
+        self.manifest = json.loads((self.folder / f"{ID}.json").read_text())
+
+    def test_it_is_ours_and_reaches_no_files(self):
+        self.assertEqual(self.manifest["id"], ID)
+        self.assertEqual(self.manifest["command"], keyfile(SOURCE / f"resources/desktop/{ID}.desktop")["Desktop Entry"]["Exec"].split()[0])
+        permissions = {argument.split("=")[0] for argument in self.manifest["finish-args"]}
+        self.assertLessEqual(permissions, {"--socket", "--share", "--device"})
+        self.assertNotIn("--device=all", self.manifest["finish-args"])
+
+    def test_sources_are_there_and_verified(self):
+        for module in self.manifest["modules"]:
+            for source in module["sources"]:
+                with self.subTest(module["name"], source=source.get("url") or source.get("path")):
+                    if source["type"] == "dir":
+                        self.assertTrue((self.folder / source["path"] / "CMakeLists.txt").is_file() or source.get("dest"))
+                        self.assertTrue((self.folder / source["path"]).is_dir())
+                    else:
+                        self.assertEqual(source["type"], "archive")
+                        self.assertRegex(source["url"], "^https://")
+                        self.assertRegex(source["sha256"], "^[0-9a-f]{64}$")
+
+
 def png_size(path):
     header = path.read_bytes()[:24]
     return struct.unpack(">II", header[16:24]) if header.startswith(b"\x89PNG\r\n\x1a\n") else None
