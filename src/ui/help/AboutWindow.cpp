@@ -40,9 +40,9 @@ AboutWindow::AboutWindow(const QString& version, const QString& build, QWidget* 
     m_ui->toolLabel->setText(tr("Tool: %1").arg("ffmpeg"));
     // It has to be asked, which takes a moment: the system may have brought another one since the last start.
     dispatch_async_back([self = QPointer(this)] {
-        const QString version = tool::version();
-        dispatch_async_main([self, version] {
-            if (self) self->showTool(version);
+        const QString told = tool::version();
+        dispatch_async_main([self, told] {
+            if (self) self->showTool(told);
         });
     });
     m_ui->cageLabel->setText(tr("Cage: %1").arg(cage::description()));
