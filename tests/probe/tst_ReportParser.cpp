@@ -24,12 +24,12 @@ ReportFacts parse(const QString& streams, const settings::Snapshot& settings = {
 /// What the versions of the tool print for one movie.
 struct Version {
     QString colours = "tv, bt709/unknown/unknown, progressive";
-    QString start;  ///< Of the first two streams.
+    QString start = {};  ///< Of the first two streams.
     QString dtsDecoder = " (dca)";
     QString mp3Decoder = " (mp3float)";
     QString subtitleDecoder = " (srt)";
     QString tagIndentation = "      ";
-    QString end;
+    QString end = {};
 };
 
 QString reportOf(const Version& version) {
