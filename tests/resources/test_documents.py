@@ -18,8 +18,9 @@ LOADING = {("link", "href"), ("img", "src"), ("source", "srcset")}
 # Where messages are made for the user. Everywhere else only what is handed to an alert is one.
 TELLING = ["app/**/*.cpp", "convert/*.cpp", "probe/Verdicts.cpp", "tool/Tool.cpp", "support/store/FolderAccess.cpp",
            "support/store/SettingsStore.cpp", "watch/**/*.cpp", "cli/Inputs.cpp", "cli/ConvertCommand.cpp"]
-# A mail to support, why the machine is kept awake, lines of the log, and a filter of the tool.
-NOT_SHOWN = re.compile(r"Hello\\n|mailto:|Converting MKV file|CJ %p|Info: |Error: |Error creating bookmark|scale=")
+# A mail to support, what the desktop is told, lines of the log, words of the tool and of its loader, names of services and files.
+NOT_SHOWN = re.compile(r"Hello\\n|mailto:|Converting MKV file|%1 converts movies, or waits|CJ %p|Info: |Error: |"
+                       r"Error creating bookmark|scale=|error while loading|org\.freedesktop\.|/\.")
 
 
 class Page(HTMLParser):

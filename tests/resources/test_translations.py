@@ -16,7 +16,7 @@ SOURCE, BUILD = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve()
 LINGUIST = "/usr/lib/qt6/bin/"
 DATA = r"Ctrl\+\S+|F1|#\d: \w+ \(\w+\)|Ravelin|GPL|Qt|MP4|M4V|AA?C3?|[A-Z]{2}-?\d+|UTF-\d+|ISO-\d+-\d+|Vorbis|LATIN\d|CP\d+|\d+k|\w+\.mkv|eng|ger|unk|out|https?:\S+|[/~]\S+"
 OPTIONS = (r"--?\w[\w-]*|\b[A-Z]{3,}(=[A-Z]+)?\b|ravelin-cli|"
-           r"\b(probe|plan|convert|watch|settings|list|get|set|unset|path|compatible|fast|custom)\b")
+           r"\b(probe|plan|convert|watch|doctor|settings|list|get|set|unset|path|compatible|fast|custom)\b")
 
 
 def linguist(program, *arguments):

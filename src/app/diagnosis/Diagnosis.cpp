@@ -46,13 +46,11 @@ Finding program() {
 Finding carriedTool() {
     if (const QString problem = tool::problem(); !problem.isEmpty())
         return {"tool", State::Broken, withoutHome(problem)};
-    const QString banner = tool::trialRun({"-hide_banner", "-version"}, {}).section(u'\n', 0, 0);
-    if (!banner.startsWith("ffmpeg version ")) {
-        return {"tool", State::Broken,
-                withoutHome(Texts::tr("The conversion tool at '%1' does not run.").arg(tool::path()))};
-    }
-    return {"tool", State::Fine,
-            withoutHome(Texts::tr("%1, at %2").arg(banner.section(u' ', 0, 2), tool::path()))};
+    const QString version = tool::version();
+    const QString path = withoutHome(tool::path());
+    if (version.isEmpty())
+        return {"tool", State::Broken, Texts::tr("The conversion tool at '%1' does not run.").arg(path)};
+    return {"tool", State::Fine, Texts::tr("%1, at %2").arg("ffmpeg " + version, path)};
 }
 
 Finding cageParts() {

@@ -701,10 +701,10 @@ private Q_SLOTS:
         app.list().setFocus();
         app.select(0);
         const auto* pane = app.find<QWidget>("detailsPane");
-        auto* text = app.find<QTextEdit>("detailsText");
         const auto shown = [&] { return pane->isVisible() ? pane->findChild<ElidedLabel*>()->text() : ""; };
         app.press(Qt::Key_Return);
         QCOMPARE(shown(), "b.mkv");
+        auto* text = app.find<QTextEdit>("detailsText");
         QVERIFY(app.list().isVisible());
         QCOMPARE(app.window->focusWidget(), &app.list());
         QVERIFY(text->toPlainText().contains("left out · only one audio track is carried"));
