@@ -324,11 +324,13 @@ bool RunJournal::isElsewhere(const QString& note) {
 }
 
 void RunJournal::cleanUpAfterCrashes() {
+    // On a disk of its own the locks are reliable, also after a change of the machine's name.
+    const bool isShared = volume::isShared(folder());
     const QFileInfoList notes =
         QDir(folder()).entryInfoList({"*.json", QString("*.json") + kNew}, QDir::Files);
     for (const QFileInfo& found : notes) {
         const QString path = found.filePath();
-        if (isElsewhere(path)) continue;
+        if (isShared && isElsewhere(path)) continue;
         const QByteArray name = QFile::encodeName(path);
         const int note = ::open(name.constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
         if (note < 0) continue;
