@@ -1,14 +1,17 @@
 // Loaded into the program by the dynamic linker: makes it another machine's, as far as file systems show.
 //
 // RAVELIN_MACHINE: its host name. RAVELIN_LOCKS: "none": the file system has none; "local": this process does
-// not see those of others. RAVELIN_NO_LINKS: no hard links, and renaming overwrites.
+// not see those of others. RAVELIN_NO_LINKS: no hard links, and renaming overwrites. RAVELIN_SHARED: all
+// volumes are a server's.
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
+#include <linux/magic.h>
 #include <sys/utsname.h>
+#include <sys/vfs.h>
 
 namespace {
 
@@ -29,6 +32,13 @@ extern "C" int uname(utsname* system) noexcept {
     const int result = real(system);
     if (const char* const name = std::getenv("RAVELIN_MACHINE"))
         std::snprintf(system->nodename, sizeof system->nodename, "%s", name);
+    return result;
+}
+
+extern "C" int statfs(const char* path, struct statfs* system) noexcept {
+    static const auto real = next<int (*)(const char*, struct statfs*)>("statfs");
+    const int result = real(path, system);
+    if (std::getenv("RAVELIN_SHARED")) system->f_type = NFS_SUPER_MAGIC;
     return result;
 }
 

@@ -143,7 +143,8 @@ class Together(CliTest):
     def test_at_once(self):
         """Four instances get the same movie. None loses its output to another one, whatever the file system lacks."""
         source = self.place(movie("ac3", seconds=3), "Movie.mkv")
-        for lacks in ({}, {"RAVELIN_LOCKS": "none"}, {"RAVELIN_LOCKS": "local"}, {"RAVELIN_LOCKS": "none", "RAVELIN_NO_LINKS": "1"}):
+        for lacks in ({}, {"RAVELIN_LOCKS": "none"}, {"RAVELIN_LOCKS": "local"}, {"RAVELIN_LOCKS": "none", "RAVELIN_NO_LINKS": "1"},
+                      {"RAVELIN_SHARED": "1", "RAVELIN_NO_LINKS": "1"}):
             for option in ((), ("--skip-existing",)):
                 with self.subTest(lacks=lacks, option=option):
                     for path in self.folder.glob("*.mp4"):
@@ -163,13 +164,14 @@ class Together(CliTest):
 
     def test_shared_private_data(self):
         """A machine that does not see the locks of another one leaves its notes alone, until they are a day old."""
+        unseen = {"RAVELIN_LOCKS": "local", "RAVELIN_SHARED": "1"}
         self.place(movie("ac3"), "Movie.mkv")
         self.use_tool(SLOW)
-        running = self.start_on("alpha", "convert", "Movie.mkv", RAVELIN_LOCKS="local")
+        running = self.start_on("alpha", "convert", "Movie.mkv", **unseen)
         self.assertTrue(wait_until(self.converting))
         [note] = self.data.rglob("Running/*.json")
         clean_up = lambda machine: self.assertEqual(  # noqa: E731
-            0, self.finish(self.start_on(machine, "settings", "path", RAVELIN_LOCKS="local")).status)
+            0, self.finish(self.start_on(machine, "settings", "path", **unseen)).status)
         clean_up("beta")
         self.assertEqual(1, self.converting())
         running.kill()
