@@ -4,6 +4,7 @@
 #include "convert/proof/ProofRecord.h"
 #include "support/base/FileSteps.h"
 #include "support/base/Files.h"
+#include "support/base/Volume.h"
 
 #include <QFileInfo>
 
@@ -31,12 +32,16 @@ bool isOfOtherSource(const QString& output, const QString& source) {
     return converted && converted != FileStamp::of(source);
 }
 
-/// Where files cannot be marked.
+/// For files without a mark: where none can be marked, and on volumes without links for a moment.
 bool seemsToBeWritten(const QString& output) {
     constexpr qint64 kLongestPause = 600;  // seconds
+    constexpr qint64 kLongestClaim = 60;
     const auto file = FileStamp::of(output);
-    return file && file->secondsAgo() < kLongestPause &&
-           claimedfile::markOf(output) == claimedfile::Mark::NotKnown && proof::isUnfinished(output);
+    if (!file) return false;
+    if (file->size == 0 && file->secondsAgo() < kLongestClaim && volume::isShared(QFileInfo(output).path()))
+        return true;
+    return file->secondsAgo() < kLongestPause && claimedfile::markOf(output) == claimedfile::Mark::NotKnown &&
+           proof::isUnfinished(output);
 }
 
 /// What the attributes say; `mayBeWhole` is set where they say nothing.
