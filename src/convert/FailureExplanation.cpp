@@ -114,7 +114,7 @@ const QList<Rule>& rules() {
             "Movie conversion failed because the conversion tool does not know what it was asked to do. It is of another version, or not complete. Please install the application again."),
         {TryAgain}};
     static const QList<Rule> list = {
-        {{"error while loading shared libraries: "}, *endings().constFind(Kind::ToolMissing)},
+        {{"error while loading shared libraries"}, *endings().constFind(Kind::ToolMissing)},
         {{"Unrecognized option '"}, otherVersion},
         {{"Unknown encoder '"}, otherVersion},
         {{"Operation timed out"}, volumeTrouble()},

@@ -130,10 +130,11 @@ Report report(const QString& moviePath, const std::atomic<bool>* isCancelled) {
     QElapsedTimer timer;
     timer.start();
     constexpr int kLimit = kReportLimitMinutes * kMillisecondsPerMinute;
-    const bool isEnded = childprocess::waitForEnd(process, kLimit, isCancelled);
-    report.isLate = !isEnded && timer.hasExpired(kLimit);
+    report.isLate = !childprocess::waitForEnd(process, kLimit, isCancelled) && timer.hasExpired(kLimit);
     report.output = process.readAll();
-    if (isEnded) report.trouble = troubleOf(process, report.output);
+    const bool isEndedByUs =
+        report.isLate || (isCancelled && *isCancelled) || childprocess::waitsAreInterrupted();
+    if (!isEndedByUs) report.trouble = troubleOf(process, report.output);
     return report;
 }
 
