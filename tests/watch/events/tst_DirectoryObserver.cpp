@@ -1,4 +1,5 @@
 #include "fakes/Table.h"
+#include "watch/completion/WriterCheck.h"
 #include "watch/events/DirectoryObserver.h"
 #include "watch/events/EventReader.h"
 
@@ -297,6 +298,7 @@ private Q_SLOTS:
         scene.records.clear();
         QTRY_VERIFY(scene.wasWritten("a"));
         QVERIFY(!scene.has("old"));
+        QCOMPARE(writercheck::sightOf(scene.path("a")), writercheck::Sight::None);
         scene.observer.reset();
         qunsetenv("XDG_RUNTIME_DIR");
     }
