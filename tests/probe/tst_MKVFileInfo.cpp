@@ -111,7 +111,6 @@ private Q_SLOTS:
              {"head", program.left(20), true, "because its file is cut off"},
              {"other processor", otherProgram, true, "because it was made for another kind of processor"},
              {"silent", "#!/bin/sh\n", true, "it printed nothing"},
-             {"killed", "#!/bin/sh\nkill -9 $$\n", true, "it printed nothing"},
              {"without its libraries", "#!/bin/sh\necho libz.so.1: none >&2\nexit 127\n", true,
               "does not work (libz.so.1: none)"}});
     }

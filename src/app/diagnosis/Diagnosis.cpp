@@ -84,14 +84,14 @@ Finding folder(const QString& path, const QString& name, State ifUnwritable) {
     const QTemporaryDir scratch(path + "/.ravelin-doctor-XXXXXX");
     if (!scratch.isValid()) {
         return {"folder", ifUnwritable,
-                text + Texts::tr(", but it cannot be written to: %1").arg(std::strerror(errno))};
+                Texts::tr("%1, but it cannot be written to: %2").arg(text, std::strerror(errno))};
     }
     if (const auto largest = volume::maximumFileSize(path))
-        text += Texts::tr(", files of at most %1").arg(QLocale().formattedDataSize(qint64(*largest)));
+        text = Texts::tr("%1, files of at most %2").arg(text, QLocale().formattedDataSize(qint64(*largest)));
     if (excludesOthers(scratch.filePath("lock")))
-        return {"folder", State::Fine, text + Texts::tr(", locks work")};
+        return {"folder", State::Fine, Texts::tr("%1, locks work").arg(text)};
     return {"folder", State::Limited,
-            text + Texts::tr(", but locks do not work: let only one Ravelin at a time write there")};
+            Texts::tr("%1, but locks do not work: let only one Ravelin at a time write there").arg(text)};
 }
 
 Finding inotifyLimits() {
