@@ -16,7 +16,8 @@ struct Row {
 
 // Each row is a loss that the usual arguments cause with some versions of the tool.
 const Row kRows[] = {
-    // One of two lines that start together and, by tools without our patch, the last one of a track are never written.
+    // One of two lines that start together is never written; nor is the last one of a track, by tools without
+    // our patch.
     {"durations", [](const Seen& seen) { return seen.ending.signs.embeddedLinesMissing; },
      &Remedies::keepsSubtitleDurations,
      QT_TRANSLATE_NOOP(
