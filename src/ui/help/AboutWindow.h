@@ -8,8 +8,8 @@ namespace Ui {
 class AboutWindow;
 }
 
-/// Shows the version, the build, the conversion tool, and the licences of the components of the application. Deletes itself when
-/// it is closed. Main thread only.
+/// Shows the version, the build, the conversion tool, and the licences of the components of the application.
+/// Deletes itself when it is closed. Main thread only.
 class AboutWindow : public QWidget {
     Q_OBJECT
 
