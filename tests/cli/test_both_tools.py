@@ -93,11 +93,12 @@ def reports(program, files):
         some = files[len(said):len(said) + 40]
         output = subprocess.run([program, *sum((["-i", str(file)] for file in some), [])], stdin=subprocess.DEVNULL, capture_output=True)
         parts = re.split(r"(?m)^Input #\d+", output.stderr.decode(errors="replace"))[1:]
-        said += [[line.rstrip() for line in part.splitlines() if line[:1] in ", "] for part in parts]
+        said += [[line.rstrip() for line in part.splitlines() if line[:1] in ", " and "Last message repeated" not in line] for part in parts]
         if len(parts) < len(some):
             said.append(["refused"])
-    # Which decoder the program has is no difference.
-    return {file.name: re.sub(r" \(lib\w+\)|(?<=Stream #)\d+", "", "\n".join(lines)) for file, lines in zip(files, said)}
+    # Which decoder the program has is no difference, nor whether the picture's shape is known from the container or from it.
+    unlike = re.compile(r" \(lib\w+\)|(?<=Stream #)\d+|,? \[?SAR \S+ DAR [\d:]+\]?")
+    return {file.name: unlike.sub("", "\n".join(lines)) for file, lines in zip(files, said)}
 
 
 def version(program):
