@@ -162,6 +162,7 @@ class Packages(unittest.TestCase):
         cls.addClassCleanup(shutil.rmtree, cls.root.path, ignore_errors=True)
         cls.root.run("useradd", "--create-home", "watcher")
         cls.home = cls.root.path / "home/watcher"
+        cls.home.chmod(0o700)  # It serves as the runtime folder, too.
         cls.cli, cls.window = cls.root.put(package("ravelin-cli"), package("ravelin"))
         cls.movie = make_movie(WORK / "movie.mkv")
 
@@ -177,7 +178,7 @@ class Packages(unittest.TestCase):
         shutil.rmtree(self.home)
         self.root.apt("purge", *self.root.installed() & {"ravelin", "ravelin-cli"})
         self.assertEqual(self.root.files() ^ before, {path for path in before if path.startswith("/home/watcher")})
-        self.home.mkdir()
+        self.home.mkdir(0o700)
         give(self.home, "watcher")
 
     def test_1_the_command_line_alone(self):
