@@ -226,7 +226,7 @@ void ConvertCommand::considerAtHand(qsizetype audioTrackIndex) {
 
 /// Another run has got the name between the look at the outputs and the start.
 void ConvertCommand::considerAgain(const ConversionJob& job) {
-    const MKVFileInfo info = job.fileInfo();
+    const MKVFileInfo& info = job.fileInfo();
     findExisting(info, job.audioTrackIndex(),
                  [this, info, track = job.audioTrackIndex()](const existingoutput::Found& found) {
                      if (isLeft(info.fileURL.toLocalFile(), found)) return;
