@@ -96,8 +96,9 @@ def reports(program, files):
         said += [[line.rstrip() for line in part.splitlines() if line[:1] in ", " and "Last message repeated" not in line] for part in parts]
         if len(parts) < len(some):
             said.append(["refused"])
-    # Which decoder the program has is no difference, nor whether the picture's shape is known from the container or from it.
-    unlike = re.compile(r" \(lib\w+\)|(?<=Stream #)\d+|,? \[?SAR \S+ DAR [\d:]+\]?")
+    # Which decoder the program has is no difference, nor whether the picture's shape is known from the container or from it,
+    # nor the picture format of AV1, for which the built tool has none.
+    unlike = re.compile(r" \(lib\w+\)|(?<=Stream #)\d+|(?<=av1 \(Main\), )\w+|(?<=0x31307661\), )\w+|,? \[?SAR \S+ DAR [\d:]+\]?")
     return {file.name: unlike.sub("", "\n".join(lines)) for file, lines in zip(files, said)}
 
 
