@@ -143,7 +143,7 @@ class Together(CliTest):
     def test_at_once(self):
         """Four instances get the same movie. None loses its output to another one, whatever the file system lacks."""
         source = self.place(movie("ac3", seconds=3), "Movie.mkv")
-        for lacks in ({}, {"RAVELIN_LOCKS": "none"}, {"RAVELIN_LOCKS": "local"},
+        for lacks in ({}, {"RAVELIN_LOCKS": "none"}, {"RAVELIN_LOCKS": "local", "RAVELIN_SHARED": "1"},
                       {"RAVELIN_SHARED": "1", "RAVELIN_LOCKS": "none", "RAVELIN_NO_LINKS": "1"}):
             for option in ((), ("--skip-existing",)):
                 with self.subTest(lacks=lacks, option=option):
