@@ -64,7 +64,7 @@ class ToolScript(unittest.TestCase):
         self.assert_fails("Unpacking the source package failed", "--output", self.output, "--source", self.folder / "damaged")
         for says, *package in (("The source is of version 7:7.1.1-0+deb12u1", "", "7.1.1"),
                                ("Configuring the tool failed", "echo gcc is unable to create an executable file >&2; exit 1"),
-                               ("Compiling the tool failed", "printf 'ffmpeg:\\n\\tfalse\\n' >Makefile; touch config.h")):
+                               ("Compiling the tool failed", "touch config.h; printf 'ffmpeg:\\n\\tfalse\\n' >Makefile")):
             with self.subTest(says):
                 self.assert_fails(says, "--output", self.output, "--source", self.package(*package))
 
