@@ -17,11 +17,13 @@ ENDLESS = 'exec "$real" ${converts:+-re -stream_loop -1} "$@"'
 class Failures(CliTest):
     def assert_fails(self, says, *arguments, ending="refused", lines=1):
         """The one movie among the arguments ends so, nothing changes on disk, and people read it in so many lines."""
-        before = self.outputs()
+        before, disk = self.outputs(), self.folder / ".disk"
         [end] = self.convert(*arguments, *DISPOSE, status=1).of(*ENDINGS)
         self.assertEqual(ending, end["event"])
         self.assertIn(says, end["message"])
         self.assertEqual(before, self.outputs())
+        # The kernel gives deleted files free a moment after the processes that were confined to them have ended.
+        self.assertTrue(wait_until(lambda: not os.path.ismount(disk) or os.statvfs(disk).f_bfree == os.statvfs(disk).f_blocks))
         text = self.run_cli("convert", *arguments, *DISPOSE, status=1)
         self.assertIn(says, text.err)
         self.assertEqual(lines, len(text.err.splitlines()), text.err)
