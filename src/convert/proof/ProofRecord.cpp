@@ -38,11 +38,16 @@ std::optional<double> seconds(const QJsonValue& value) {
     return value.isDouble() ? std::optional(value.toDouble()) : std::nullopt;
 }
 
-ReceiptTrack decoded(const QJsonArray& fields) {
+/// Null: not written by us; whoever may write to the folder may have set the attribute.
+std::optional<ReceiptTrack> decoded(const QJsonArray& fields) {
+    const int kind = fields.at(1).toInt(-1);
+    const int action = fields.at(2).toInt(-1);
+    if (kind < 0 || kind > static_cast<int>(PlannedTrack::Kind::Data)) return std::nullopt;
+    if (action < 0 || action > static_cast<int>(PlannedTrack::Action::LeftOut)) return std::nullopt;
     ReceiptTrack track;
     track.plan.output = fields.at(0).toInt();
-    track.plan.kind = static_cast<PlannedTrack::Kind>(fields.at(1).toInt());
-    track.plan.action = static_cast<PlannedTrack::Action>(fields.at(2).toInt());
+    track.plan.kind = static_cast<PlannedTrack::Kind>(kind);
+    track.plan.action = static_cast<PlannedTrack::Action>(action);
     track.count = count(fields.at(3));
     track.sourceCount = count(fields.at(4));
     track.seconds = seconds(fields.at(5));
@@ -89,8 +94,11 @@ Found read(const QString& output, const QString& source) {
     found.receipt.verdict = ProofVerdict::Whole;
     found.receipt.outputBytes = comparedOutput->size;
     const QJsonArray tracks = record.value("tracks").toArray();
-    for (const auto& track : tracks)
-        found.receipt.tracks.append(decoded(track.toArray()));
+    for (const auto& fields : tracks) {
+        const auto track = decoded(fields.toArray());
+        if (!track) return {};
+        found.receipt.tracks.append(*track);
+    }
     return found;
 }
 
