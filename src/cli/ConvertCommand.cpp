@@ -35,10 +35,12 @@ bool isTakenByAnother(const ConversionJob& job) {
     return ending && ending->kind == RunEnding::Kind::NameTaken;
 }
 
-/// Whether the name is, or was for a moment, that of another run's file. True without a name.
+/// Of names for one output, when other runs take them.
+constexpr int kTries = 5;
+
+/// Whether the name is, or was for a moment, that of another run's file.
 bool mayHaveBeenTaken(const QString& destination) {
-    return destination.isEmpty() || filesteps::isTaken(destination) ||
-           volume::isShared(QFileInfo(destination).path());
+    return filesteps::isTaken(destination) || volume::isShared(QFileInfo(destination).path());
 }
 
 QString sourceOf(const ConversionJob& job) {
@@ -158,21 +160,16 @@ void ConvertCommand::onFileRejected(const QString& path) {
 }
 
 void ConvertCommand::onFileAccepted() {
-    MKVFileInfo info = *m_intake.fileInfo();
-    const QString file = info.fileURL.toLocalFile();
+    const QString file = m_intake.fileInfo()->fileURL.toLocalFile();
     if (m_interrupted) {
         refuseAtHand(Texts::tr("The conversion was interrupted."), false);
         return;
     }
     const auto best = m_intake.bestLanguage();
-    reportProbe(file, info, best);
+    reportProbe(file, m_intake.fileInfo(), best);
     const auto audio = chooseAudio(file, best);
     if (!audio) return;
-    if (m_options.skipExisting) {
-        considerAtHand(*audio);
-    } else {
-        addToQueue(std::move(info), *audio);
-    }
+    convertAtHand(*audio, kTries);
 }
 
 /// Ends a movie that needs no conversion, or none by this process. False: it is to be converted.
@@ -212,28 +209,52 @@ void ConvertCommand::findExisting(const MKVFileInfo& info, qsizetype audioTrackI
     }).detach();
 }
 
-void ConvertCommand::considerAtHand(qsizetype audioTrackIndex) {
-    findExisting(*m_intake.fileInfo(), audioTrackIndex,
-                 [this, audioTrackIndex](const existingoutput::Found& found) {
-                     const MKVFileInfo info = *m_intake.fileInfo();
+/// The name is chosen before the look at what is there. So a run that takes it afterwards is noticed when the
+/// name is claimed, and no further name hides that the movie is converted already.
+void ConvertCommand::convertAtHand(qsizetype audioTrackIndex, int tries) {
+    MKVFileInfo info = *m_intake.fileInfo();
+    if (QString problem; !chooseDestination(info, problem)) {
+        refuseAtHand(problem, false);
+        return;
+    }
+    if (!m_options.skipExisting) {
+        addToQueue(info, audioTrackIndex, tries);
+        return;
+    }
+    findExisting(info, audioTrackIndex,
+                 [this, info, audioTrackIndex, tries](const existingoutput::Found& found) {
                      if (isLeft(info.fileURL.toLocalFile(), found)) {
                          m_intake.cancelAdd();
                      } else {
-                         addToQueue(info, audioTrackIndex);
+                         addToQueue(info, audioTrackIndex, tries);
                      }
                  });
 }
 
+void ConvertCommand::addToQueue(const MKVFileInfo& info, qsizetype audioTrackIndex, int tries) {
+    if (m_queue.addJob(makeJob(info, audioTrackIndex))) {
+        endIfDone();
+        return;
+    }
+    if (tries > 1 && mayHaveBeenTaken(info.destinationURL.toLocalFile())) {
+        convertAtHand(audioTrackIndex, tries - 1);
+        return;
+    }
+    const QString message = text::localized(JobQueue::kNotWriteable);
+    alert_apptitled(message, Texts::tr("OK"));
+    refuseAtHand(message, true);
+    endIfDone();
+}
+
 /// Another run has got the name between the look at the outputs and the start.
 void ConvertCommand::considerAgain(const ConversionJob& job) {
-    const MKVFileInfo& info = job.fileInfo();
-    findExisting(info, job.audioTrackIndex(),
-                 [this, info, track = job.audioTrackIndex()](const existingoutput::Found& found) {
-                     if (isLeft(info.fileURL.toLocalFile(), found)) return;
-                     MKVFileInfo next = info;
-                     QString problem;
-                     chooseDestination(next, problem);
-                     m_queue.insertJob(makeJob(std::move(next), track), 0);
+    MKVFileInfo next = job.fileInfo();
+    QString problem;
+    chooseDestination(next, problem);
+    findExisting(next, job.audioTrackIndex(),
+                 [this, next, track = job.audioTrackIndex()](const existingoutput::Found& found) {
+                     if (isLeft(next.fileURL.toLocalFile(), found)) return;
+                     m_queue.insertJob(makeJob(next, track), 0);
                      m_queue.startNextJobInQueue();
                  });
 }
@@ -276,26 +297,6 @@ std::unique_ptr<ConversionJob> ConvertCommand::makeJob(MKVFileInfo info, qsizety
     job->setTakesNoOtherName(m_options.skipExisting);
     job->overrides().keepDamaged = m_options.keepDamaged;
     return job;
-}
-
-void ConvertCommand::addToQueue(MKVFileInfo info, qsizetype audioTrackIndex) {
-    constexpr int kTries = 5;
-    QString destination;
-    for (int tries = 0; tries < kTries && mayHaveBeenTaken(destination); ++tries) {
-        if (QString problem; !chooseDestination(info, problem)) {
-            refuseAtHand(problem, false);
-            return;
-        }
-        destination = info.destinationURL.toLocalFile();
-        if (m_queue.addJob(makeJob(info, audioTrackIndex))) {
-            endIfDone();
-            return;
-        }
-    }
-    const QString message = text::localized(JobQueue::kNotWriteable);
-    alert_apptitled(message, Texts::tr("OK"));
-    refuseAtHand(message, true);
-    endIfDone();
 }
 
 void ConvertCommand::watch(ConversionJob* job) {

@@ -46,11 +46,11 @@ private:
     existingoutput::Place placeFor(const QString& source) const;
     bool chooseDestination(MKVFileInfo& info, QString& problem) const;
     std::unique_ptr<ConversionJob> makeJob(MKVFileInfo info, qsizetype audioTrackIndex);
-    void addToQueue(MKVFileInfo info, qsizetype audioTrackIndex);
+    void convertAtHand(qsizetype audioTrackIndex, int tries);
+    void addToQueue(const MKVFileInfo& info, qsizetype audioTrackIndex, int tries);
     bool isLeft(const QString& file, const existingoutput::Found& found);
     void findExisting(const MKVFileInfo& info, qsizetype audioTrackIndex,
                       std::function<void(const existingoutput::Found&)> found);
-    void considerAtHand(qsizetype audioTrackIndex);
     void considerAgain(const ConversionJob& job);
     void watch(ConversionJob* job);
     void onEnded(ConversionJob* job);
