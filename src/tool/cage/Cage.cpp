@@ -24,7 +24,6 @@
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
-#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -211,17 +210,12 @@ private:
 
 // ---- In the application.
 
-Parts measured() {
+Parts asked() {
     Parts parts;
-    const landlock::Ruleset rules;
-    const SystemCallFilter& calls = filter();
-    std::thread([&] {
-        if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) return;
-        parts.files = rules.isValid() && rules.restrictThread();
-        parts.systemCalls = calls.isValid() && calls.apply();
-    }).join();
+    parts.files = landlock::version() > 0;
+    parts.systemCalls = SystemCallFilter::isSupported();
     constexpr int kVersionWithNetwork = 4;
-    parts.network = parts.systemCalls || (parts.files && landlock::version() >= kVersionWithNetwork);
+    parts.network = parts.systemCalls || landlock::version() >= kVersionWithNetwork;
     return parts;
 }
 
@@ -241,7 +235,7 @@ void logOnce(std::once_flag& isLogged, const QString& line) {
 }  // namespace
 
 const Parts& available() {
-    static const Parts parts = measured();
+    static const Parts parts = asked();
     return parts;
 }
 

@@ -11,7 +11,8 @@ class QProcess;
 /// reach nothing but that movie and its output. docs/security.md lists what is promised. Any thread.
 namespace cage {
 
-/// What this system has. Measured once, by entering a cage in a thread that then ends.
+/// What this system has, as the kernel says when it is asked first. Whoever demands the whole cage relies on
+/// entering it: a strict child that lacks a part does not start the tool.
 struct Parts {
     bool files = false;        ///< Landlock.
     bool network = false;      ///< No sockets; Landlock alone would deny TCP.

@@ -250,6 +250,11 @@ SystemCallFilter::SystemCallFilter(const char* onlyProgram) {
     if (addRules(filter.get(), onlyProgram)) m_instructions = exported(filter.get());
 }
 
+bool SystemCallFilter::isSupported() noexcept {
+    const uint32_t action = SECCOMP_RET_ERRNO;
+    return seccomp_arch_native() != 0 && ::syscall(SYS_seccomp, SECCOMP_GET_ACTION_AVAIL, 0, &action) == 0;
+}
+
 bool SystemCallFilter::apply() const noexcept {
     const sock_fprog program = {static_cast<unsigned short>(m_instructions.size()),
                                 const_cast<sock_filter*>(m_instructions.data())};

@@ -15,6 +15,10 @@ public:
 
     bool isValid() const { return !m_instructions.empty(); }
 
+    /// Whether the kernel takes such filters and they can be made for this processor. Asks only, which is
+    /// much faster than to make one.
+    static bool isSupported() noexcept;
+
     /// Applies to the calling thread and what it starts, for good. Needs `no_new_privs`. System calls only.
     bool apply() const noexcept;
 
