@@ -4,31 +4,26 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QMutex>
 #include <QMutexLocker>
 #include <QStandardPaths>
 
-static void initialiseResources() {
-    Q_INIT_RESOURCE(info);
-}
+#include <algorithm>
+#include <iterator>
+#include <string_view>
 
 namespace ApplicationInfo {
 
 namespace {
 
-const QJsonObject& information() {
-    static const QJsonObject object = [] {
-        initialiseResources();
-        QFile file(":/Info.json");
-        if (!file.open(QIODevice::ReadOnly)) return QJsonObject();
-        return QJsonDocument::fromJson(file.readAll()).object();
-    }();
-    return object;
-}
+struct Entry {
+    std::string_view key;
+    const char* value;  ///< In UTF-8.
+};
+constexpr Entry kEntries[] = {
+#include "Information.inc"
+};
 
 struct Move {
     QMutex guard;
@@ -50,7 +45,8 @@ QString currentPathOf(const QString& path) {
 }  // namespace
 
 QString value(const char* key) {
-    return information().value(QLatin1String(key)).toString();
+    const auto* const found = std::ranges::find(kEntries, std::string_view(key), &Entry::key);
+    return found == std::end(kEntries) ? QString() : QString::fromUtf8(found->value);
 }
 
 QString name() {
