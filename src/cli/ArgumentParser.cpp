@@ -183,11 +183,6 @@ void translateHelp(CLI::App& app) {
     }
 }
 
-QString versionText() {
-    const QString version = makeString("%@ %@", ApplicationInfo::name(), ApplicationInfo::version());
-    return version + u'\n' + Texts::tr("Cage: %1").arg(cage::description());
-}
-
 }  // namespace
 
 const std::map<std::string, qint64>& ArgumentParser::styles() {
@@ -204,7 +199,7 @@ ArgumentParser::ArgumentParser()
     : app(help(Texts::tr("Puts MKV and other movies into MP4 without re-encoding the picture.")),
           "ravelin-cli") {
     app.set_version_flag(
-        "--version", [] { return versionText().toStdString(); },
+        "--version", [] { return version().toStdString(); },
         help(Texts::tr("Display program version information and exit")));
     app.require_subcommand(1);
     probe = addProbe(app, values);
@@ -213,6 +208,11 @@ ArgumentParser::ArgumentParser()
     watch = addWatch(app, values);
     settings = addSettings(app, values);
     doctor = addDoctor(app, values);
+}
+
+QString ArgumentParser::version() {
+    const QString version = makeString("%@ %@", ApplicationInfo::name(), ApplicationInfo::version());
+    return version + u'\n' + Texts::tr("Cage: %1").arg(cage::description());
 }
 
 void ArgumentParser::translateHelp() {

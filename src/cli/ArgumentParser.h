@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QString>
 
 #include <CLI/CLI.hpp>
 #include <map>
@@ -17,6 +17,9 @@ public:
 
     /// The numbers of the setting ConversionPreset by their words.
     static const std::map<std::string, qint64>& styles();
+
+    /// What --version prints.
+    static QString version();
 
     /// Call it before the help is printed; no other start has to pay for it.
     void translateHelp();

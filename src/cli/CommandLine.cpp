@@ -82,6 +82,12 @@ QString unknownKeyMessage(const QString& key) {
 }
 
 CommandLine CommandLine::parse(int argc, char** argv) {
+    const std::vector<std::string> words(argv + 1, argv + argc);
+    if (words == std::vector<std::string>{"--version"}) {
+        // Scripts ask often; to make the parser takes as long as all of the rest.
+        output::line(ArgumentParser::version());
+        return {};
+    }
     ArgumentParser parser;
     const ArgumentParser::Values& raw = parser.values;
     const auto commandName = [&] {
@@ -89,8 +95,7 @@ CommandLine CommandLine::parse(int argc, char** argv) {
         return chosen.empty() ? QString() : decoded(chosen.front()->get_name());
     };
     CommandLine line;
-    const QString unknown =
-        unknownCommand(parser.app, decoded(std::vector<std::string>(argv + 1, argv + argc)));
+    const QString unknown = unknownCommand(parser.app, decoded(words));
     if (!unknown.isEmpty()) return mistake(Texts::tr("there is no command '%1'").arg(unknown), {});
     try {
         parser.app.parse(argc, argv);

@@ -23,9 +23,10 @@ struct RunCommand {
 
 int main(int argc, char** argv) {
     makeSureOfUtf8();
-    crashreport::install();
     const QCoreApplication application(argc, argv);
     installTranslations();
     const CommandLine line = CommandLine::parse(argc, argv);
+    // What only prints a text starts faster without.
+    if (!std::holds_alternative<std::monostate>(line.command)) crashreport::install();
     return std::visit(RunCommand{line}, line.command);
 }
