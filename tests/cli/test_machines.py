@@ -22,7 +22,7 @@ LEFT_ALONE = "is already being converted to"
 def change_byte(path):
     """In the middle of a frame, where nothing but its contents changes."""
     content = bytearray(path.read_bytes())
-    content[content.index(b"mdat") + 2000] ^= 1
+    content[content.index(b"mdat") + 2000 if path.suffix == ".mp4" else len(content) // 2] ^= 1
     path.write_bytes(content)
 
 
@@ -50,6 +50,7 @@ class Existing(CliTest):
             ("a byte is changed", lambda home: change_byte(home / "Movie.mp4"), False),
             ("a byte is changed, without a record", without_record(lambda home: change_byte(home / "Movie.mp4")), False),
             ("replaced by something else", without_record(lambda home: (home / "Movie.mp4").write_text("mine")), False),
+            ("a byte of the source is changed", lambda home: change_byte(home / "Movie.mkv"), False),
             ("the source is another movie of that length", lambda home: (home / "Movie.mkv").write_bytes(other.read_bytes()), False),
             ("the same, without a record",
              without_record(lambda home: (home / "Movie.mkv").write_bytes(other.read_bytes())), False),
