@@ -120,7 +120,7 @@ QString ConversionRun::trialOutput() const {
     if (arguments.isEmpty()) return {};
     QString said = tool::trialRun(arguments, room());
     // The output of the trial run must not be mistaken for the movie if the conversion writes nothing.
-    QFile::resize(m_output, 0);
+    filesteps::makeEmpty(m_output);
     return said;
 }
 
@@ -206,7 +206,7 @@ bool ConversionRun::applyRemedy(const RunEnding& ending) {
     const auto remedy = m_request.remedy(ending, m_said.text());
     if (!remedy || m_remedies.contains(remedy->name)) return false;
     // Keep the claimed file: a new one could be another program's.
-    if (!QFile::resize(m_output, 0)) return false;
+    if (filesteps::makeEmpty(m_output) != 0) return false;
     logInformation("Info: converting %@ again with the remedy %@", m_request.source, remedy->name);
     if (!ending.succeeded() && !m_firstFailure) m_firstFailure = Failure{ending, m_said.text()};
     m_remedies.append(remedy->name);

@@ -32,8 +32,10 @@ class ToolScript(unittest.TestCase):
 
     def package(self, configure, version="5.1.9"):
         """An unpacked source package that our patches fit, with this script for its configuration."""
-        lines = [line for patch in (SOURCE / "packaging/tool").glob("*.patch") for line in patch.read_text().split("\n@@", 1)[1].splitlines()[1:]]
-        self.place("package/fftools/ffmpeg.c", "".join(line[1:] + "\n" for line in lines if line[:1] in (" ", "-")))
+        for patch in (SOURCE / "packaging/tool").glob("*.patch"):
+            head, hunk = patch.read_text().split("\n@@", 1)
+            file = head.split("--- a/", 1)[1].split("\n", 1)[0]
+            self.place(f"package/{file}", "".join(line[1:] + "\n" for line in hunk.splitlines()[1:] if line[:1] in (" ", "-")))
         self.place("package/debian/changelog", CHANGELOG.format(version))
         self.place("package/configure", f"#!/bin/sh\n{configure}\n")
         return self.folder / "package"

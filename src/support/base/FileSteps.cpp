@@ -95,6 +95,13 @@ int setAttribute(const QString& path, const char* name, const QByteArray& value)
                                                                                                    : errno;
 }
 
+int makeEmpty(const QString& path) {
+    const int file = ::open(QFile::encodeName(path).constData(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+    if (file < 0) return errno;
+    ::close(file);
+    return 0;
+}
+
 bool isTaken(const QString& path) {
     struct stat file = {};
     return ::lstat(QFile::encodeName(path).constData(), &file) == 0;

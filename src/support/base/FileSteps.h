@@ -31,6 +31,10 @@ std::optional<QByteArray> attribute(const QString& path, const char* name);
 /// ENOTSUP where there are none.
 int setAttribute(const QString& path, const char* name, const QByteArray& value);
 
+/// Truncates a file and closes it: ext4 writes a truncated file to the disk while it is closed the next time,
+/// and whoever fills this one shall not wait for that.
+int makeEmpty(const QString& path);
+
 /// Whether something has the name; a broken link, too.
 bool isTaken(const QString& path);
 
