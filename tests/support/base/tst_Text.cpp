@@ -3,6 +3,7 @@
 #include "support/base/Text.h"
 
 #include <QTest>
+#include <QTimeZone>
 
 using namespace Qt::StringLiterals;
 
@@ -82,7 +83,7 @@ private Q_SLOTS:
         QCOMPARE(describe(QStringList{"#1: eng (ac3)", "plain"}), "(\n    \"#1: eng (ac3)\",\n    plain\n)");
         QCOMPARE(describe(QList<int>{2, 3}), "(\n    2,\n    3\n)");
         QCOMPARE(describe(QStringList()), "(\n)");
-        const QDateTime date(QDate(2024, 2, 3), QTime(4, 5, 6), Qt::UTC);
+        const QDateTime date(QDate(2024, 2, 3), QTime(4, 5, 6), QTimeZone::utc());
         QCOMPARE(describe(date), "2024-02-03 04:05:06 +0000");
     }
 

@@ -21,7 +21,7 @@ private Q_SLOTS:
         for (const QVariant& value : std::initializer_list<QVariant>{
                  qint64{9007199254740993}, qint64{-1}, 100.0, 0.1, "12", "\"\\\n\t€ü\u2028",
                  QByteArray("\0\xff/folder", 9), QUrl("file:///a%20b"),
-                 QDateTime::fromMSecsSinceEpoch(1, Qt::UTC), QVariantList{"only"}, QVariantList(),
+                 QDateTime::fromMSecsSinceEpoch(1).toUTC(), QVariantList{"only"}, QVariantList(),
                  QVariantMap{{"a", qint64{1}}, {"b", QVariantList{2.5}}},
                  QVariantMap{{"$data", "looks marked"}}}) {
             const QVariantMap map = settingsfile::decoded(settingsfile::encoded({{"key", value}})).value();

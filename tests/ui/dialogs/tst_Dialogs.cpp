@@ -293,7 +293,7 @@ private Q_SLOTS:
                   clickOn(d.findChild<QToolButton*>());
                   QTRY_COMPARE(QApplication::activeModalWidget(), &d);
               }},
-             {"lines", C::InputText, u"a\u00A0b\n"_qs, u"a\u00A0b\n\nc"_qs,
+             {"lines", C::InputText, "a\u00A0b\n", "a\u00A0b\n\nc",
               [=](QDialog& d) {
                   QTest::keyClick(d.focusWidget(), Qt::Key_End, Qt::ControlModifier);
                   QTest::keyClick(d.focusWidget(), Qt::Key_Return);  // A line, not the button.
