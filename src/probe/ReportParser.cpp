@@ -166,8 +166,10 @@ private:
 
     void readSubtitle(const QString& line, int stream) {
         ++m_facts.subtitleCount;
-        // "ass" is excluded: converted to plain text, styled subtitles are full of style codes.
-        if (text::containsAny(line, {"ssa", "subrip", "srt", "sami", "subviewer", "microdvd"}))
+        // "ass" is excluded: converted to plain text, styled subtitles are full of style codes. Tools from
+        // version 7 on name its decoder, too: "ass (ssa)".
+        if (codecAfter(line, u"Subtitle: ") != u"ass" &&
+            text::containsAny(line, {"ssa", "subrip", "srt", "sami", "subviewer", "microdvd"}))
             m_facts.subtitleTrackIDs.append(stream);
     }
 

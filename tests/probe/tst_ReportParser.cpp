@@ -28,6 +28,7 @@ struct Version {
     QString dtsDecoder = " (dca)";
     QString mp3Decoder = " (mp3float)";
     QString subtitleDecoder = " (srt)";
+    QString styledDecoder = " (ssa)";
     QString tagIndentation = "      ";
     QString end = {};
 };
@@ -45,6 +46,7 @@ QString reportOf(const Version& version) {
          {}},
         {": Audio: mp3" + version.mp3Decoder + " (U[0][0][0] / 0x0055), 44100 Hz, mono, fltp, 64 kb/s", {}},
         {"(eng): Subtitle: subrip" + version.subtitleDecoder + " (forced) (hearing impaired)", {}},
+        {": Subtitle: ass" + version.styledDecoder, {}},
         {": Video: mjpeg (Baseline), yuvj420p(pc, bt470bg/unknown/unknown), 60x90 [SAR 1:1 DAR 2:3], 90k tbr, "
          "90k tbn (attached pic)",
          cover}};
@@ -95,7 +97,7 @@ private Q_SLOTS:
             "    Stream #0:3: Audio: aac (LC), 44100 Hz, stereo, fltp\n"
             "    Stream #0:4(eng): Subtitle: subrip\n"
             "    Stream #0:5(eng): Subtitle: hdmv_pgs_subtitle\n"
-            "    Stream #0:6(eng): Subtitle: ass (ssa)\n"
+            "    Stream #0:6(eng): Subtitle: ssa\n"
             "    Stream #0:7(eng): Subtitle: ass\n"
             "    Stream #0:8: Video: h264, yuv420p, 640x480\n"
             "At least one output file must be specified\n");
@@ -118,8 +120,9 @@ private Q_SLOTS:
                                .dtsDecoder = {},
                                .mp3Decoder = {},
                                .subtitleDecoder = {},
+                               .styledDecoder = {},
                                .tagIndentation = "    "})},
-             {"6.1", reportOf({.subtitleDecoder = {}, .tagIndentation = "    "})},
+             {"6.1", reportOf({.subtitleDecoder = {}, .styledDecoder = {}, .tagIndentation = "    "})},
              {"7.1", reportOf({})},
              {"8.0", "[in#0 @ 0x55e9] Stream #2: not enough frames to estimate rate\n" +
                          reportOf({.colours = "tv, bt709/unknown/unknown, progressive, left",
@@ -131,7 +134,7 @@ private Q_SLOTS:
         const ReportFacts facts = parseReport(report, {}, "x.mkv");
         QVERIFY(!facts.rejected && facts.verdicts.empty());
         QCOMPARE(facts.informationString(),
-                 "Duration: 00:00:01  Bitrate: 2668 kb/s  Resolution: 320x240  Audiotracks: 3 (1)");
+                 "Duration: 00:00:01  Bitrate: 2668 kb/s  Resolution: 320x240  Audiotracks: 3 (2)");
         QCOMPARE(facts.audioTracks, (QList<AudioEntry>{{"#1: ger (ac3) [5.1]", 44100},
                                                        {"#2: unk (dts) [5.1]", 48000},
                                                        {"#3: unk (mp3)", 44100}}));
@@ -150,7 +153,7 @@ private Q_SLOTS:
         QCOMPARE(described,
                  (QStringList{"h264 High   0", "ac3  Stream #0:9: Audio default+original 6",
                               "dts DTS  hearing impaired 6", "mp3    1", "subrip   forced+hearing impaired 0",
-                              "mjpeg Baseline  attached pic 0 cover"}));
+                              "ass    0", "mjpeg Baseline  attached pic 0 cover"}));
     }
 
     void audioLines() {
