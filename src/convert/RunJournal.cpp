@@ -105,14 +105,15 @@ QByteArray RunJournal::Facts::encoded() const {
                                   {"replaced", aside},
                                   {"progressFile", progressFile},
                                   {"progressIdentity", progressIdentity},
-                                  {"volume", volume}});
+                                  {"volume", volume},
+                                  {"trashedAs", trashedAs}});
 }
 
 RunJournal::Facts RunJournal::Facts::decoded(const QByteArray& note) {
     const QVariantMap facts = settingsfile::decoded(note).value_or(QVariantMap());
     const auto text = [&](const char* key) { return facts.value(key).toString(); };
     return {text("id"),           text("output"),           text("outputIdentity"), text("replaced"),
-            text("progressFile"), text("progressIdentity"), text("volume")};
+            text("progressFile"), text("progressIdentity"), text("volume"),         text("trashedAs")};
 }
 
 QString RunJournal::notePath(const QString& id, State state) {
@@ -299,7 +300,8 @@ bool RunJournal::settleNote(const QString& path, int note) {
         return false;
     }
     State state = stateOf(path);
-    if (state == State::Trashing) return trashrepair::complete(facts.output);
+    if (state == State::Trashing)
+        return trashrepair::settle(facts.output, FileStamp::fromText(facts.trashedAs.toLatin1()));
     const bool isOurs = claimedfile::isOurs(facts.output, facts.id, facts.outputIdentity);
     if (state == State::Writing && isOurs) {
         if (isSomebodysMovie(facts.output, QFileInfo(path).lastModified())) {
@@ -347,6 +349,7 @@ bool RunJournal::moveToTrash(const QString& source, const std::function<bool()>&
     journal.m_state = State::Trashing;
     journal.m_facts.output = source;
     journal.m_facts.volume = volume::mountPoint(QFileInfo(source).path());
+    if (const auto stamp = FileStamp::of(source)) journal.m_facts.trashedAs = stamp->toText();
     if (journal.save() != 0) return false;
     const bool isMoved = move();
     filesteps::remove(notePath(journal.m_facts.id, State::Trashing));

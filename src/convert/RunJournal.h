@@ -81,7 +81,8 @@ private:
         QString aside;           ///< Where the replaced file is meanwhile; empty: there is none.
         QString progressFile;
         QString progressIdentity;
-        QString volume;  ///< The mount point of the output's volume.
+        QString volume;     ///< The mount point of the output's volume.
+        QString trashedAs;  ///< The stamp of a source that goes to the trash, as text.
 
         QString temporary(const QString& path) const;
         QByteArray encoded() const;

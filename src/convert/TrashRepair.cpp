@@ -1,6 +1,7 @@
 #include "convert/TrashRepair.h"
 
 #include "support/base/FileSteps.h"
+#include "support/base/Files.h"
 #include "support/base/Volume.h"
 
 #include <QDateTime>
@@ -10,6 +11,7 @@
 #include <QStandardPaths>
 #include <QUrl>
 
+#include <filesystem>
 #include <unistd.h>
 
 namespace trashrepair {
@@ -21,6 +23,8 @@ constexpr const char* kEnding = ".trashinfo";
 struct Trash {
     QString folder;
     QString origin;  ///< The source as the trash's information names it.
+
+    QString informationOf(const QString& fileName) const { return folder + "/info/" + fileName + kEnding; }
 };
 
 QList<Trash> trashesOf(const QString& source) {
@@ -32,35 +36,62 @@ QList<Trash> trashesOf(const QString& source) {
             {QDir(mount).filePath(".Trash-" + user), relative}};
 }
 
-bool write(const QString& path, const QString& origin) {
+QByteArray pathLine(const Trash& trash) {
+    return "\nPath=" + QUrl::toPercentEncoding(trash.origin, "/") + '\n';
+}
+
+bool write(const QString& path, const Trash& trash) {
     QFile information(path);
-    const QByteArray text = "[Trash Info]\nPath=" + QUrl::toPercentEncoding(origin, "/") + "\nDeletionDate=" +
-                            QDateTime::currentDateTime().toString(Qt::ISODate).toLatin1() + '\n';
+    const QByteArray text = "[Trash Info]" + pathLine(trash) +
+                            "DeletionDate=" + QDateTime::currentDateTime().toString(Qt::ISODate).toLatin1() +
+                            '\n';
     return information.open(QIODevice::WriteOnly) && information.write(text) == text.size() &&
            information.flush();
 }
 
-bool complete(const Trash& trash, const QString& source) {
+bool settleInformation(const Trash& trash, const QString& source) {
     const QString name = QFileInfo(source).completeBaseName();
     const QFileInfoList found =
         QDir(trash.folder + "/info").entryInfoList({u'*' + QString(kEnding)}, QDir::Files | QDir::Hidden);
     bool isDone = true;
     for (const QFileInfo& information : found) {
-        if (information.size() != 0 || !information.fileName().startsWith(name)) continue;
-        const QString moved = trash.folder + "/files/" + information.completeBaseName();
-        const bool isRepaired = filesteps::isTaken(moved) ? write(information.filePath(), trash.origin)
-                                                          : filesteps::remove(information.filePath()) == 0;
-        if (!isRepaired) isDone = false;
+        if (!information.fileName().startsWith(name)) continue;
+        const QString path = information.filePath();
+        const bool isMoved = filesteps::isTaken(trash.folder + "/files/" + information.completeBaseName());
+        const bool isEmpty = information.size() == 0;
+        if (isMoved && isEmpty && !write(path, trash)) isDone = false;
+        if (isMoved || !(isEmpty || files::contents(path).value_or("").contains(pathLine(trash)))) continue;
+        if (filesteps::remove(path) != 0) isDone = false;
+    }
+    return isDone;
+}
+
+bool takeBack(const QString& moved, const QString& source) {
+    if (!filesteps::isTaken(source)) return filesteps::renameToFree(moved, source) == 0;
+    std::error_code error;
+    const bool isLink = std::filesystem::equivalent(moved.toStdString(), source.toStdString(), error);
+    return !isLink || filesteps::remove(moved) == 0;
+}
+
+/// What has no information yet.
+bool takeBack(const Trash& trash, const QString& source, const FileStamp& stamp) {
+    const QFileInfoList files = QDir(trash.folder + "/files").entryInfoList(QDir::Files | QDir::Hidden);
+    bool isDone = true;
+    for (const QFileInfo& file : files) {
+        const bool isOurs = !filesteps::isTaken(trash.informationOf(file.fileName())) &&
+                            FileStamp::of(file.filePath()) == stamp;
+        if (isOurs && !takeBack(file.filePath(), source)) isDone = false;
     }
     return isDone;
 }
 
 }  // namespace
 
-bool complete(const QString& source) {
+bool settle(const QString& source, const std::optional<FileStamp>& stamp) {
     bool isDone = true;
     for (const Trash& trash : trashesOf(source)) {
-        if (!complete(trash, source)) isDone = false;
+        if (!settleInformation(trash, source)) isDone = false;
+        if (stamp && !takeBack(trash, source, *stamp)) isDone = false;
     }
     return isDone;
 }

@@ -16,6 +16,7 @@
 #include <QFile>
 #include <QPointer>
 #include <QSignalSpy>
+#include <QStandardPaths>
 
 #include <csignal>
 #include <sys/wait.h>
@@ -355,6 +356,44 @@ private Q_SLOTS:
         if (!stillRuns) return;
         ::kill(instance, SIGKILL);
         ::waitpid(instance, nullptr, 0);
+    }
+
+    void unfinishedMovesToTheTrash_data() {
+        // What has become of the movie, and of its information.
+        addRows<bool, QByteArray>({{"linked", true, {}},
+                                   {"linked, with its information", true, "[Trash Info]\nPath=PATH\n"},
+                                   {"renamed", false, {}},
+                                   {"renamed, with empty information", false, ""}});
+    }
+    void unfinishedMovesToTheTrash() {
+        const auto [isLinked, information] = row<bool, QByteArray>();
+        const TestHome home;
+        home.write("movie 1.mkv", "a movie");
+        const QString source = home.path("movie 1.mkv");
+        const QString trash =
+            QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/Trash";
+        home.write("other", "no movie");
+        QVERIFY(QDir().mkpath(trash + "/files") && QDir().mkpath(trash + "/info"));
+        QVERIFY(QFile::rename(home.path("other"), trash + "/files/other"));
+        const pid_t instance = ::fork();
+        if (instance == 0) {
+            RunJournal::moveToTrash(source, [&] {
+                const std::string moved = (trash + "/files/aBcDeF").toStdString();
+                (isLinked ? ::link : ::rename)(source.toUtf8().constData(), moved.c_str());
+                QByteArray text = information;
+                QFile file(trash + "/info/movie 1.mkv.trashinfo");
+                if (!information.isNull() && file.open(QIODevice::WriteOnly))
+                    file.write(text.replace("PATH", source.toUtf8().replace(" ", "%20")));
+                file.close();
+                ::_exit(0);
+                return true;
+            });
+        }
+        ::waitpid(instance, nullptr, 0);
+        RunJournal::cleanUpAfterCrashes();
+        QCOMPARE(files::contents(source).value(), "a movie");
+        QCOMPARE(QDir(trash + "/files").entryList(QDir::Files), QStringList("other"));
+        QVERIFY(QDir(trash + "/info").isEmpty());
     }
 
     void theProofDecides_data() {
