@@ -5,6 +5,7 @@
 #include "ui/look/Placement.h"
 
 #include <QApplication>
+#include <QEventLoop>
 
 #include <memory>
 
@@ -45,12 +46,16 @@ QWidget* DialogPresenter::windowFor(AlertWindow window) const {
 
 AlertAnswer DialogPresenter::present(const Alert& alert) {
     QWidget* window = windowFor(alert.window);
-    // A destroyed window deletes the dialog as its child, even during exec().
+    // A destroyed window deletes the dialog as its child, even while it is shown.
     const QPointer<AlertDialog> dialog = new AlertDialog(alert, window);
     const AlertAnswer unanswered = dialog->answer();
     dialog->setWindowModality(Qt::ApplicationModal);
+    // From Qt 6.8 on exec() would show it a second time.
+    QEventLoop answering;
+    QObject::connect(dialog, &QDialog::finished, &answering, &QEventLoop::quit);
+    QObject::connect(dialog, &QObject::destroyed, &answering, &QEventLoop::quit);
     show(*dialog, window, alert.activatesApplication);
-    dialog->exec();
+    if (dialog && dialog->isVisible()) answering.exec(QEventLoop::DialogExec);
     if (!dialog) return unanswered;
     const std::unique_ptr<AlertDialog> answered(dialog);
     return answered->answer();
