@@ -147,9 +147,10 @@ private Q_SLOTS:
         const TestHome home;
         const Server<> fine(kPage, Then::Keep);
         QCOMPARE(download::fetch(fine.url("/3")).text(), "page");
-        QVERIFY(fine.requests.contains("User-Agent: Ravelin/1.0.0\r\n"));
-        QVERIFY(fine.requests.contains("Accept-Encoding: identity\r\n"));
-        QVERIFY(!fine.requests.contains("Cookie"));
+        const QByteArray head = fine.requests.toLower();  // As Qt sends the names from 6.8 on.
+        QVERIFY(head.contains("user-agent: ravelin/1.0.0\r\n"));
+        QVERIFY(head.contains("accept-encoding: identity\r\n"));
+        QVERIFY(!head.contains("cookie"));
         QVERIFY(!download::fetch(fine.url("/4")).text());
         const Server<> cutOff("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\npage", Then::Close);
         // It ends at times, and more often on a busy machine, as if it were whole.
