@@ -120,6 +120,8 @@ void ConvertCommand::addNextMovie() {
         return;
     }
     m_intake.openFiles({path});
+    // The probe of a short movie takes as long as its conversion, and several are converted at once.
+    if (!m_options.skipExisting && !m_pendingMovies.isEmpty()) m_intake.expect(m_pendingMovies.first());
 }
 
 bool ConvertCommand::takesOneMore() const {
@@ -150,7 +152,8 @@ void ConvertCommand::reportProbe(const QString& file, const std::optional<MKVFil
 }
 
 void ConvertCommand::onFileRejected(const QString& path) {
-    if (m_interrupted) {
+    // The signal may have ended the probe, and not yet arrived here.
+    if (m_interrupted || Interruption::signal() != 0) {
         refuse(path, Texts::tr("The conversion was interrupted."), false);
         return;
     }

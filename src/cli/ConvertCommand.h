@@ -15,8 +15,8 @@
 #include <stop_token>
 
 /// Converts a batch of movies with the same intake and queue as the window; the options replace the choices
-/// of its add sheet. The next movie is probed while one converts, and no more: the memory does not depend on
-/// the number of movies. Ends the event loop when every movie has ended. Main thread only.
+/// of its add sheet. The next two movies are probed while one converts, and no more: the memory does not
+/// depend on the number of movies. Ends the event loop when every movie has ended. Main thread only.
 class ConvertCommand : public QObject {
     Q_OBJECT
 

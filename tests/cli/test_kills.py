@@ -3,6 +3,7 @@
 RAVELIN_ALL_STEPS=1 kills it in front of every one of its calls that change files, not of a sample;
 RAVELIN_RANDOM_KILLS is the number of kills at random moments. RAVELIN_KILLER is the library of kill_before.cpp.
 """
+import ctypes
 import json
 import os
 import random
@@ -31,8 +32,22 @@ SCENARIOS = {
     "on a plain volume": (("--output", "Movie.mp4", *DELETES), "old", None),
 }
 
+PR_SET_CHILD_SUBREAPER = 36
+
+
+def wait_for_children():
+    """Of killed processes, too: one that the kernel has not ended yet holds the lock of its parent's note."""
+    with suppress(ChildProcessError):
+        while True:
+            os.waitpid(-1, 0)
+
 
 class Kills(CliTest):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        ctypes.CDLL(None).prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
+
     def prepare(self, scenario):
         """A home with nothing but the movie and what is to be replaced."""
         for path in self.folder.iterdir():
@@ -108,6 +123,7 @@ class Kills(CliTest):
                 with self.subTest(scenario=scenario, step=step):
                     arguments = self.prepare(scenario)
                     killed = self.run_with_killer(*arguments, RAVELIN_KILL_BEFORE=str(step))
+                    wait_for_children()
                     # Now and then a run saves its settings once less.
                     if step < last - 6:
                         self.assertEqual(-signal.SIGKILL, killed.returncode)
@@ -128,6 +144,7 @@ class Kills(CliTest):
                     process.wait(moment)
                 process.kill()
                 process.wait()
+                wait_for_children()
                 self.start_again()
                 self.assert_in_order(whole[scenario])
 
@@ -142,6 +159,7 @@ class Kills(CliTest):
         self.assertEqual(1, self.converting())
         process.kill()
         process.wait()
+        wait_for_children()
         mine = movie("aac", suffix=".mp4").read_bytes()
         (self.folder / "Movie.mp4").write_bytes(mine)
         later = time.time() + 60

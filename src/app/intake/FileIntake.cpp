@@ -50,7 +50,8 @@ FileIntake::FileIntake(Messages messages, QObject* parent)
 
 FileIntake::~FileIntake() {
     cancelProbe();
-    if (isScanning()) QThreadPool::globalInstance()->waitForDone();
+    cancelExpected();
+    if (m_running > 0) QThreadPool::globalInstance()->waitForDone();
 }
 
 void FileIntake::openFiles(const QStringList& paths, const QStringList& folders, Drops::Origin origin) {
@@ -83,6 +84,7 @@ void FileIntake::stop() {
     m_batch.reset();
     clearImportFiles();
     cancelProbe();
+    cancelExpected();
 }
 
 void FileIntake::addNextFile() {
@@ -96,23 +98,45 @@ void FileIntake::addNextFile() {
         Q_EMIT fileAccepted();
         return;
     }
-    const QString subtitle = moviefiles::subtitleFor(path, m_importSubtitleFiles);
-    m_scannedFile = path;
+    const bool isExpected =
+        m_expected && m_expected->path == path && m_expected->stamp == FileStamp::of(path);
+    if (!isExpected) cancelExpected();
+    m_scan = isExpected ? std::exchange(m_expected, nullptr) : startScan(path);
+    m_scan->subtitle = moviefiles::subtitleFor(path, m_importSubtitleFiles);
     Q_EMIT scanningStarted(path);
-    m_isCancelled = std::make_shared<std::atomic<bool>>(false);
-    dispatch_async_back([self = QPointer(this), path, subtitle, isCancelled = m_isCancelled] {
-        MKVFileInfo::Probe probe = MKVFileInfo::probe(FileUrl::fromLocalFile(path), isCancelled.get());
-        dispatch_async_main([self, path, subtitle, probe = std::move(probe)] {
-            if (self) self->handleResult(path, subtitle, probe);
-        });
-    });
+    if (m_scan->result) QMetaObject::invokeMethod(this, &FileIntake::handleResult, Qt::QueuedConnection);
 }
 
-void FileIntake::handleResult(const QString& path, const QString& subtitle, MKVFileInfo::Probe probe) {
-    m_scannedFile.clear();
+void FileIntake::expect(const QString& path) {
+    if (m_expected && m_expected->path == path) return;
+    cancelExpected();
+    m_expected = startScan(path);
+}
+
+std::shared_ptr<FileIntake::Scan> FileIntake::startScan(const QString& path) {
+    auto scan = std::make_shared<Scan>();
+    scan->path = path;
+    scan->stamp = FileStamp::of(path);
+    ++m_running;
+    dispatch_async_back([self = QPointer(this), scan] {
+        MKVFileInfo::Probe probe = MKVFileInfo::probe(FileUrl::fromLocalFile(scan->path), &scan->isCancelled);
+        dispatch_async_main([self, scan, probe = std::move(probe)] {
+            scan->result = probe;
+            if (!self) return;
+            --self->m_running;
+            if (scan == self->m_scan) self->handleResult();
+        });
+    });
+    return scan;
+}
+
+void FileIntake::handleResult() {
+    const auto scan = std::exchange(m_scan, nullptr);
+    const QString& path = scan->path;
+    MKVFileInfo::Probe probe = std::move(*scan->result);
     Q_EMIT scanningEnded(path);
     // A cancelled probe has no meaningful result.
-    if (*m_isCancelled || childprocess::waitsAreInterrupted()) probe = {};
+    if (scan->isCancelled || childprocess::waitsAreInterrupted()) probe = {};
     if (m_batch) {
         for (const Verdict& verdict : verdicts::inOrderOfShowing(probe.verdicts))
             m_batch->messages.add(QFileInfo(path).fileName(), verdict);
@@ -128,8 +152,8 @@ void FileIntake::handleResult(const QString& path, const QString& subtitle, MKVF
         return;
     }
     m_fileInfo = std::move(probe.record);
-    if (!subtitle.isEmpty()) {
-        m_fileInfo->subtitleFileURL = FileUrl::fromLocalFile(subtitle);
+    if (!scan->subtitle.isEmpty()) {
+        m_fileInfo->subtitleFileURL = FileUrl::fromLocalFile(scan->subtitle);
         m_fileInfo->informationString.replace(")", "+1)");
     }
     Q_EMIT fileAccepted();
@@ -143,16 +167,21 @@ void FileIntake::removeSubtitleFile() {
 }
 
 void FileIntake::cancelProbe() {
-    if (m_isCancelled) *m_isCancelled = true;
+    if (m_scan) m_scan->isCancelled = true;
+}
+
+void FileIntake::cancelExpected() {
+    if (m_expected) m_expected->isCancelled = true;
+    m_expected.reset();
 }
 
 bool FileIntake::hasUnconfirmedMovies() const {
-    return !m_importFiles.isEmpty() || (isScanning() && !*m_isCancelled) || m_fileInfo;
+    return !m_importFiles.isEmpty() || (isScanning() && !m_scan->isCancelled) || m_fileInfo;
 }
 
 QStringList FileIntake::unconfirmedMovies() const {
     QStringList files = m_importFiles;
-    if (isScanning() && !*m_isCancelled) files.append(m_scannedFile);
+    if (isScanning() && !m_scan->isCancelled) files.append(m_scan->path);
     if (m_fileInfo) files.append(m_fileInfo->fileURL.toLocalFile());
     return files;
 }

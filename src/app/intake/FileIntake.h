@@ -4,6 +4,7 @@
 #include "app/intake/GatheredVerdicts.h"
 #include "app/intake/MovieFiles.h"
 #include "probe/MKVFileInfo.h"
+#include "support/base/FileStamp.h"
 
 #include <QObject>
 #include <QStringList>
@@ -23,7 +24,8 @@ public:
 };
 
 /// Accepts paths, sorts them into movies and subtitle files, and probes the movies in a background thread,
-/// one at a time: the next probe starts when the current movie was confirmed or cancelled. Main thread only.
+/// one at a time: the next probe starts when the current movie was confirmed or cancelled, or with expect().
+/// Main thread only.
 class FileIntake : public QObject, public WaitingFiles {
     Q_OBJECT
 
@@ -33,13 +35,16 @@ public:
     enum class Messages { Scheduled, AtOnce };
 
     explicit FileIntake(Messages messages, QObject* parent = nullptr);
-    /// Cancels the running probe.
+    /// Cancels the running probes.
     ~FileIntake() override;
 
     /// The single entry for new files. The last of the waiting movies is probed first. `folders`: those that
     /// were searched for these files.
     void openFiles(const QStringList& paths, const QStringList& folders = {},
                    Drops::Origin origin = Drops::Origin::User);
+    /// Begins to probe a movie that will be opened next, beside the current one. Its result is used then,
+    /// unless the file has changed; nothing is announced before.
+    void expect(const QString& path);
     /// Probes the next waiting movie; does nothing if none waits.
     void addNextFile();
     void cancelAdd() override;
@@ -75,7 +80,7 @@ public:
     Unconfirmed cancelAll();
     /// The application ends: the same without messages, and the running probe is cancelled.
     void stop();
-    bool isScanning() const { return !m_scannedFile.isEmpty(); }
+    bool isScanning() const { return m_scan != nullptr; }
     /// The current movie: probed, and not yet confirmed or cancelled.
     const std::optional<MKVFileInfo>& fileInfo() const { return m_fileInfo; }
     /// Takes the subtitle file off the current movie, also in its informationString; other movies may still
@@ -115,7 +120,17 @@ private:
         qsizetype waiting = 0;  ///< How many at the end of m_importFiles belong to it.
         GatheredVerdicts messages;
     };
-    void handleResult(const QString& path, const QString& subtitle, MKVFileInfo::Probe probe);
+    /// A probe and, at last, its result.
+    struct Scan {
+        QString path;
+        QString subtitle;  ///< The movie's subtitle file; empty: none.
+        std::optional<FileStamp> stamp;
+        std::atomic<bool> isCancelled = false;  ///< Its thread polls this.
+        std::optional<MKVFileInfo::Probe> result;
+    };
+    std::shared_ptr<Scan> startScan(const QString& path);
+    void handleResult();
+    void cancelExpected();
 
     const Messages m_messages;
     const QStringList m_preferredLanguages;
@@ -126,7 +141,7 @@ private:
     /// The record of a waiting movie that was the current one when a batch began.
     std::optional<MKVFileInfo> m_heldInfo;
     std::optional<MKVFileInfo> m_fileInfo;
-    QString m_scannedFile;  ///< Empty: no probe is running.
-    /// Whether the running probe is cancelled; its thread polls this.
-    std::shared_ptr<std::atomic<bool>> m_isCancelled;
+    std::shared_ptr<Scan> m_scan;      ///< Of the next current movie; null: no probe is running.
+    std::shared_ptr<Scan> m_expected;  ///< Of the movie after it; may be null.
+    int m_running = 0;                 ///< Number of probes that run.
 };

@@ -7,15 +7,18 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <linux/magic.h>
 #include <sys/vfs.h>
 
 namespace volume {
 
 std::optional<quint64> freeBytes(const QString& folder) {
-    const QStorageInfo storage(folder);
-    if (!storage.isValid() || storage.bytesAvailable() < 0) return std::nullopt;
-    return static_cast<quint64>(storage.bytesAvailable());
+    std::error_code error;
+    const auto space = std::filesystem::space(QFile::encodeName(folder).toStdString(), error);
+    // Some network disks say of everything that it is 0.
+    if (error || space.capacity == 0) return std::nullopt;
+    return space.available;
 }
 
 std::optional<quint64> maximumFileSize(const QString& folder) {

@@ -4,6 +4,7 @@
 #include "app/intake/Languages.h"
 #include "app/intake/MovieFiles.h"
 #include "fakes/FakeTool.h"
+#include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
 #include "support/base/Files.h"
@@ -49,6 +50,48 @@ private Q_SLOTS:
         intake.cancelAdd();
         QCOMPARE(idle.count(), 1);
         QVERIFY(!intake.fileInfo());
+    }
+
+    void anExpectedMovieIsProbedMeanwhile_data() {
+        // whether its probe has ended when the next movie comes, whether it has changed, what comes, and
+        // what was probed
+        addRows<bool, bool, QString, QByteArray>({{"probed", true, false, "b.mkv", "b"},
+                                                  {"being probed", false, false, "b.mkv", "b"},
+                                                  {"changed", true, true, "b.mkv", "bb"},
+                                                  {"another one", true, false, "c.mkv", "bc"}});
+    }
+    void anExpectedMovieIsProbedMeanwhile() {
+        const auto [isProbed, hasChanged, next, probes] = row<bool, bool, QString, QByteArray>();
+        const TestHome home;
+        const FakeTool tool(home.path());
+        tool.setProbe(
+            "name=${2##*/}; printf %s ${name%.mkv} >> \"$folder/probes\"\n"
+            "[ $name = a.mkv ] || wait_until '[ -e \"$folder/go\" ]'\n"
+            "cat \"$folder/report\" >&2; [ $name = a.mkv ] || echo x >> \"$folder/ended\"");
+        FileIntake intake(FileIntake::Messages::AtOnce);
+        QSignalSpy started(&intake, &FileIntake::scanningStarted);
+        QSignalSpy accepted(&intake, &FileIntake::fileAccepted);
+        home.write("b.mkv", "b");
+        home.write("c.mkv");
+        intake.openFiles({home.write("a.mkv")});
+        QTRY_COMPARE(accepted.count(), 1);
+        intake.expect(home.path("b.mkv"));
+        QTRY_COMPARE(files::contents(home.path("resources/probes")).value_or(""), "ab");
+        if (isProbed) {
+            home.write("resources/go");
+            QTRY_VERIFY(QFile::exists(home.path("resources/ended")));
+        }
+        QCOMPARE(started.count(), 1);
+        QCOMPARE(intake.fileInfo()->fileName, "a.mkv");
+        if (hasChanged) home.write("b.mkv", "another");
+        intake.cancelAdd();
+        intake.openFiles({home.path(next)});
+        QCOMPARE(started.count(), 2);
+        QVERIFY(intake.isScanning());
+        home.write("resources/go");
+        QTRY_COMPARE(accepted.count(), 2);
+        QCOMPARE(intake.fileInfo()->fileName, next);
+        QCOMPARE(files::contents(home.path("resources/probes")).value(), "a" + probes);
     }
 
     void endsTheProbeUnderWay() {
