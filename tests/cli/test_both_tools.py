@@ -106,6 +106,9 @@ def version(program):
     return subprocess.run([program, "-version"], capture_output=True, text=True, check=True).stdout.split()[2].split("-")[0]
 
 
+are_alike = Path(BUILT).exists() and version(SYSTEM) == version(BUILT)
+
+
 class BothTools(CliTest):
     maxDiff = None
 
@@ -130,12 +133,25 @@ class BothTools(CliTest):
         self.assertLessEqual({f"{codec}.mkv" for codec in ("libx264", "libx265", "aac", "dca", "truehd", "subrip")}, there)
         self.assertEqual(set(CONTAINERS), {file.suffix[1:] for file in self.files})
 
+    @unittest.skipIf(are_alike, "the reports are compared")
+    def test_records(self):
+        """Only version 7 knows PCM in MP4."""
+        files = [file for file in self.files if not (file.suffix == ".mp4" and file.stem.startswith("pcm"))]
+        keys = ("audioTrackInformation", "subtitleTrackIDs", "videoTrackCodec", "videoTrackID")
+        for some in (files[i:i + 50] for i in range(0, len(files), 50)):
+            system, built = ([[record.get(key) for key in ("file", *keys)] for record in self.run_with(tool, "probe", "--json", *some).events]
+                             for tool in (SYSTEM, BUILT))
+            self.assertEqual(len(some), len(system))
+            self.assertEqual(system, built)
+
+    @unittest.skipUnless(are_alike, "of other versions the records are compared")
     def test_reports(self):
         system, built = reports(SYSTEM, self.files), reports(BUILT, self.files)
         for name, report in system.items():
             with self.subTest(name):
                 self.assertEqual(report, built[name])
 
+    @unittest.skipUnless(are_alike, "other versions write other packets")
     def test_conversions(self):
         """Each codec once, from the first container that has it, and each container once; every other one in the fast style."""
         chosen = {}
@@ -173,11 +189,6 @@ class BothTools(CliTest):
         first, second = look(one), look(other)
         for seen in (first, second):
             seen.pop("format")
-        if version(SYSTEM) != version(BUILT):  # Other encoders: only what was copied is the same.
-            converted = [track["stream"] for track in built["receipt"]["tracks"] if track["action"] == "converted"]
-            for seen in (first, second):
-                seen["packets"] = [p["data_hash"] for p in seen["packets"] if p["stream_index"] not in converted]
-                seen["streams"] = [s["codec_name"] for s in seen["streams"]]
         self.assertEqual(first, second)
 
     def test_last_subtitle(self):

@@ -2,7 +2,8 @@
 // output:
 //     inhibit | release | notify TITLE|TEXT|ACTION|PATH|GROUP|QUIT | withdraw GROUP | reveal PATH|PATH | open
 //     URL | trash PATH | transfer KEY | background REASON | can sleep | can power-off | sleep | power-off |
-//     progress FRACTION | progress | appearance | quit
+//     progress FRACTION | progress | appearance | settle | quit
+#include "support/desktop/Buses.h"
 #include "support/desktop/DBusDesktop.h"
 
 #include <QCoreApplication>
@@ -62,6 +63,11 @@ int main(int argc, char** argv) {
         if (command == "progress")
             desktop.setLauncherProgress(rest.isEmpty() ? std::nullopt : std::optional(rest.toDouble()));
         if (command == "appearance") desktop.watchAppearance();
+        if (command == "settle")  // What the notification service has answered before is handled by then.
+            buses::session()->call(QDBusMessage::createMethodCall("org.freedesktop.Notifications",
+                                                                  "/org/freedesktop/Notifications",
+                                                                  "org.freedesktop.DBus.Peer", "Ping"),
+                                   QDBus::BlockWithGui);
         std::printf("did %s\n", qPrintable(command));
         std::fflush(stdout);
         if (command == "quit") QCoreApplication::quit();
