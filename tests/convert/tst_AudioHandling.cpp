@@ -8,7 +8,6 @@ private Q_SLOTS:
     void methods_data() {
         addRows<QString, bool, QList<int>>({// codec, surround, methods of compatible, fast and custom
                                             {"AAC", "aac", false, {4, 4, 4}},
-                                            {"AAC 5.1", "aac", true, {4, 4, 4}},
                                             {"AC3", "ac3", false, {0, 4, 11}},
                                             {"AC3 5.1", "ac3", true, {0, 4, 12}},
                                             {"DTS", "dts", false, {0, 2, 13}},
@@ -72,16 +71,6 @@ private Q_SLOTS:
                  "-i|/in/a b.mkv|-stats|-t|1|-map|0:3|-map|0:5|-vcodec|copy|-acodec|copy|-y|/out/a b.mp4");
         QVERIFY(trialRunAsksForFixup("use the audio bitstream filter 'aac_adtstoasc' to fix it"));
         QVERIFY(!trialRunAsksForFixup("adts"));
-    }
-
-    void readingAnEntry() {
-        const AudioEntry entry{"#12: ger (dts) [5.1]", 48000};
-        QCOMPARE(entry.stream(), 12);
-        QCOMPARE(entry.language(), "ger");
-        QCOMPARE(entry.codec(), "dts");
-        QVERIFY(entry.isSurround());
-        QCOMPARE(entry.description(), " ger (dts) [5.1]");
-        QCOMPARE((AudioEntry{"#1:", 0}.codec()), QString());
     }
 };
 

@@ -19,10 +19,7 @@ PlannedTrack track(std::optional<int> stream, Kind kind, const QString& codec, c
     result.action = action;
     if (action == Action::Converted) result.to = kind == Kind::Subtitle ? "MP4 text" : "AAC stereo";
     if (kind == Kind::Audio && output) result.audio = PlannedAudio();
-    if (action == Action::LeftOut) {
-        result.leftOutReason = LeftOutReason::FurtherAudio;
-        result.reason = "too many";
-    }
+    if (action == Action::LeftOut) result.leftOutReason = LeftOutReason::FurtherAudio;
     return result;
 }
 
@@ -78,18 +75,6 @@ private Q_SLOTS:
         QCOMPARE(QStringList({described(lines.picture), described(lines.sound), described(lines.subtitles),
                               lines.subtitleFile, described(lines.leftOut)}),
                  expected);
-    }
-
-    void reasons() {
-        ConversionPlan plan;
-        plan.tracks = {sound(1, 1, Action::Copied),
-                       track(2, Kind::Audio, "dts", "ger", "Notes", {}, Action::LeftOut),
-                       track(3, Kind::Attachment, {}, {}, {}, {}, Action::LeftOut)};
-        const QList<LeftOutTrack> tracks = leftOutTracks(plan);
-        QCOMPARE(tracks.size(), 2);
-        QCOMPARE(tracks[0].name, "Sound: German DTS “Notes”");
-        QCOMPARE(tracks[0].reason, "too many");
-        QCOMPARE(tracks[1].name, "Attachment");
     }
 };
 

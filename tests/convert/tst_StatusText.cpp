@@ -146,15 +146,6 @@ private Q_SLOTS:
         QCOMPARE(spacecheck::check(10, 9, 9), TooLittleSpace);
         QCOMPARE(spacecheck::check(10, std::nullopt, std::nullopt), Enough);
     }
-
-    void whatTheInterfaceShows() {
-        using enum JobState;
-        for (const JobState state : {Queued, Converting, Paused, Finished, Failed}) {
-            QCOMPARE(statusIsRunning(state), state == Converting);
-            QCOMPARE(statusNotQueuedAndPaused(state), state != Queued && state != Paused);
-            QCOMPARE(statusNotFinished(state), state != Finished && state != Failed);
-        }
-    }
 };
 
 QTEST_GUILESS_MAIN(StatusTextTest)

@@ -264,14 +264,6 @@ private Q_SLOTS:
         QVERIFY(warnings.contains("similar to AC3 but not 100% the same."));
     }
 
-    void straightOverComesFirst() {
-        const ReportFacts facts = parse(
-            "    Stream #0:0: Audio: aac (HE-AAC), 48000 Hz, stereo\n    Stream #0:1: Video: hevc, "
-            "1921x1080\n");
-        QCOMPARE(keysOf(verdicts::inOrderOfShowing(facts.verdicts)),
-                 (QStringList{"hevcvideowarning", "warningheaac", "warningtoohighres"}));
-    }
-
     void eac3WarningReadsTheSettingsWhenItIsDue() {
         const TestHome home;
         const auto isDue = [](bool surround, int preset, int stereoHandling, int surroundHandling) {

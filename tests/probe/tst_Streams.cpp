@@ -55,7 +55,6 @@ private Q_SLOTS:
              {"unknown sound", "1: Audio: none, 2 channels", "1 1 none ||0x0  0 0 0||"},
              {"subtitles of 5.1", "2(eng): Subtitle: subrip (default) (forced)",
               "2 2 subrip |eng|0x0  0 0 0|default,forced|"},
-             {"subtitles of 7", "2(fre): Subtitle: subrip (srt)", "2 2 subrip |fre|0x0  0 0 0||"},
              {"picture subtitles of 7", "2(eng): Subtitle: hdmv_pgs_subtitle (pgssub), 1920x1080",
               "2 2 hdmv_pgs_subtitle |eng|1920x1080  0 0 0||"},
              {"cover",

@@ -194,13 +194,6 @@ private Q_SLOTS:
         QCOMPARE(stage.list(), "a:1");  // Does not wait for the user's choice.
     }
 
-    void removingTheRunningOneStartsTheNext() {
-        Stage stage;
-        stage.addAll({"a", "b"});
-        stage.queue.job(1)->remove();
-        QCOMPARE(stage.list(), "b:1");
-    }
-
     void theSumOfAQueue_data() {
         addRows<QStringList, QString>({{"three are few", {"a", "b", "bad"}, ""},
                                        {"each kind", {"bad", "a", "damaged", "b"}, "2 1 1"},

@@ -51,12 +51,6 @@ private Q_SLOTS:
         QVERIFY(m_asked.isEmpty() && logged(kLogError).isEmpty());
     }
 
-    void withoutName() {
-        show({}, "https://e.example/");
-        QVERIFY(logged(kLogError).join(' ').contains("Error: localRTFName not set on PXRTFView"));
-        QVERIFY(m_asked.isEmpty());
-    }
-
     void missing() {
         m_home->write("resources/documents/no rich text.rtf", "plain");
         for (const char* name : {"missing.rtf", "no rich text.rtf"}) {

@@ -86,16 +86,6 @@ private Q_SLOTS:
         const QDateTime date(QDate(2024, 2, 3), QTime(4, 5, 6), QTimeZone::utc());
         QCOMPARE(describe(date), "2024-02-03 04:05:06 +0000");
     }
-
-    /// Formats are checked at compile time; these mismatches must not compile.
-    void mismatchesAreKnown() {
-        using namespace format_detail;
-        static_assert(!fits<QString>(Kind::Signed32) && !fits<int>(Kind::Object));
-        static_assert(!fits<qint64>(Kind::Signed32) && !fits<quint64>(Kind::Signed));
-        static_assert(!fits<int>(Kind::Floating) && fits<bool>(Kind::Signed32));
-        static_assert(fits<double>(Kind::Floating) && fits<int*>(Kind::Pointer));
-        static_assert(readPlaceholder("%q").length == 0 && readPlaceholder("%").length == 0);
-    }
 };
 
 QTEST_GUILESS_MAIN(TextTest)

@@ -148,15 +148,12 @@ private Q_SLOTS:
             {{"check box", "autoAddCheck", kClick, "AutoAdd", 0, 1},
              {"any number is yes", "autoAddCheck", kClick, "AutoAdd", 7, 0},
              {"inverted", "internalCheck", kClick, "DisableBuiltinSubtitles", 1, 0},
-             {"inverted back", "internalCheck", kClick, "DisableBuiltinSubtitles", 0, 1},
              {"pop-up", "placePopUp", Qt::Key_Down, "InsertJobsAtBottom", 0, 1},
              {"otherwise", "extensionPopUp", Qt::Key_Up, "DefaultExtension", 9, 0},
              {"over the separator", "languagePopUp", Qt::Key_Down, "DefaultAudio", 0, 2},
              {"a retired encoding", "encodingPopUp", Qt::Key_Down, "ExternalSubtitleEncoding", 0, 2},
-             {"two at a time", "concurrentCountPopUp", Qt::Key_Up, "ConcurrentJobCount", 1, 0},
              {"what is not offered", "aacStereoPopUp", Qt::Key_Home, "AACBitrate", 99, 0},
              {"no 5.1 of stereo", "dtsStereoPopUp", Qt::Key_Down, "CustomDTSAudioHandling", 2, 4},
-             {"volume", "volumeBox", Qt::Key_Up, "AudioVolume", 100, 110},
              {"volume beyond", "volumeBox", Qt::Key_Down, "AudioVolume", 900, 890},
              {"style", "styleCustom", kClick, "ConversionPreset", 0, 2},
              {"unknown style", "styleFast", kClick, "ConversionPreset", 6, 1}});
@@ -180,7 +177,6 @@ private Q_SLOTS:
         // Nothing is shown: there is no item.
         addRows<QString, QString, int, QString>(
             {{"separator", "languagePopUp", "DefaultAudio", 1, {}},
-             {"negative", "concurrentCountPopUp", "ConcurrentJobCount", -1, {}},
              {"retired", "encodingPopUp", "ExternalSubtitleEncoding", 1, {}},
              {"behind a gap", "encodingPopUp", "ExternalSubtitleEncoding", 38, "ISO-8859-16"},
              {"no method", "dtsStereoPopUp", "CustomDTSAudioHandling", 12, {}},

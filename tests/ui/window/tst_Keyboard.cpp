@@ -4,7 +4,6 @@
 #include "fakes/WindowedApplication.h"
 #include "feedback/PXRatingWindowController.h"
 #include "ui/dialogs/AlertDialog.h"
-#include "ui/dialogs/AlertPanel.h"
 #include "ui/help/AboutWindow.h"
 #include "ui/help/RatingWindow.h"
 #include "ui/look/Appearance.h"
@@ -163,12 +162,6 @@ private Q_SLOTS:
               },
               "addButton addMoviesButton addAction pauseContinueAction preferencesAction cancelAllButton "
               "whyButton audioPopUp destinationPopUp cancelButton addAllButton"},
-             {"rows",
-              [](Opened& app) {
-                  app.add("a.mkv");
-                  app.add("b.mkv");
-              },
-              "jobListView addAction pauseContinueAction preferencesAction"},
              {"a row removed",
               [](Opened& app) {
                   app.add("a.mkv");
@@ -239,18 +232,12 @@ private Q_SLOTS:
         QCOMPARE(app.focus(), "addMoviesButton");
     }
 
-    void theMenuOpensAtItsRow_data() {
-        using Press = std::function<void(Opened&)>;
-        const auto menuKey = [](Opened& app) {  // As the platform sends it.
+    void theMenuOpensAtItsRow() {
+        Opened app;
+        const auto pressMenuKey = [&] {  // As the platform sends it.
             QContextMenuEvent event(QContextMenuEvent::Keyboard, {}, {});
             QApplication::sendEvent(&app.list(), &event);
         };
-        addRows<Press>({{"menu key", menuKey},
-                        {"Shift+F10", [](Opened& app) { app.type(Qt::Key_F10, Qt::ShiftModifier); }}});
-    }
-    void theMenuOpensAtItsRow() {
-        const auto [press] = row<std::function<void(Opened&)>>();
-        Opened app;
         app.queue().pauseContinueClicked(true);
         for (int i = 0; i < 40; ++i)
             app.add(QStringLiteral("%1.mkv").arg(i));
@@ -258,7 +245,7 @@ private Q_SLOTS:
         for (const int current : {1, 35}) {
             app.list().setCurrentIndex(app.list().model()->index(current, 0));
             app.list().verticalScrollBar()->setValue(0);  // Row 35 is out of view.
-            const auto [place, shown] = app.menuOf([&, &press = press] { press(app); });
+            const auto [place, shown] = app.menuOf(pressMenuKey);
             QVERIFY2(shown.contains(place), qPrintable(QDebug::toString(place) + QDebug::toString(shown)));
             QCOMPARE(app.list().currentIndex().row(), current);
             QVERIFY(app.list().viewport()->rect().contains(app.list().visualRect(app.list().currentIndex())));
@@ -270,7 +257,7 @@ private Q_SLOTS:
             QTest::keyClick(menu, Qt::Key_Up);
             QTest::keyClick(menu, Qt::Key_Return);
         });
-        press(app);
+        pressMenuKey();
         QCOMPARE(app.queue().count(), 39);
     }
 
@@ -332,6 +319,14 @@ private Q_SLOTS:
         }
         app.find<QAction>("aboutAction")->trigger();
         QCOMPARE(invisible(*app.find<AboutWindow>("AboutWindow")), "");
+
+        FakeWebEngine engine;
+        const Documentation documentation(app.delegate, engine, {QIcon(), addWindowMenu});
+        app.delegate.openDocumentationWindow(0);
+        QWidget* pagesOfHelp = documentation.documentationWindow();
+        QVERIFY(QTest::qWaitForWindowActive(pagesOfHelp));
+        QTest::keyClick(pagesOfHelp, Qt::Key_F, Qt::ControlModifier);
+        QCOMPARE(invisible(*pagesOfHelp), "");
     }
 
     void theFocusCanBeSeenInAlerts_data() { theFocusCanBeSeen_data(); }
@@ -355,10 +350,6 @@ private Q_SLOTS:
             QCOMPARE(QString::number(static_cast<int>(control)) + invisible(dialog),
                      QString::number(static_cast<int>(control)));
         }
-        auto* panel = new AlertPanel({"Title", "Text", "OK", {}, "Again", {}});
-        panel->show();
-        QCOMPARE(invisible(*panel), "");
-        panel->close();
 
         PXRatingWindowController controller;
         const std::unique_ptr<RatingWindow> rating(new RatingWindow(controller));
@@ -369,20 +360,6 @@ private Q_SLOTS:
         QCOMPARE(invisible(*rating), "");
         controller.problemsClicked();
         QCOMPARE(invisible(*rating), "");
-    }
-
-    void theFocusCanBeSeenInTheDocumentation_data() { theFocusCanBeSeen_data(); }
-    void theFocusCanBeSeenInTheDocumentation() {
-        const auto [isDark] = row<bool>();
-        useDarkPalette(isDark);
-        WindowedApplication app;
-        FakeWebEngine engine;
-        const Documentation documentation(app.delegate, engine, {QIcon(), addWindowMenu});
-        app.delegate.openDocumentationWindow(0);
-        QWidget* window = documentation.documentationWindow();
-        QVERIFY(QTest::qWaitForWindowActive(window));
-        QTest::keyClick(window, Qt::Key_F, Qt::ControlModifier);
-        QCOMPARE(invisible(*window), "");
     }
 };
 
