@@ -11,7 +11,7 @@
 #include <QStandardPaths>
 #include <QUrl>
 
-#include <filesystem>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace trashrepair {
@@ -66,11 +66,18 @@ bool settleInformation(const Trash& trash, const QString& source) {
     return isDone;
 }
 
+/// Whether the two are names of one file, or of one symbolic link.
+bool areLinked(const QString& path, const QString& other) {
+    struct stat one = {};
+    struct stat two = {};
+    return ::lstat(QFile::encodeName(path).constData(), &one) == 0 &&
+           ::lstat(QFile::encodeName(other).constData(), &two) == 0 && one.st_dev == two.st_dev &&
+           one.st_ino == two.st_ino;
+}
+
 bool takeBack(const QString& moved, const QString& source) {
     if (!filesteps::isTaken(source)) return filesteps::renameToFree(moved, source) == 0;
-    std::error_code error;
-    const bool isLink = std::filesystem::equivalent(moved.toStdString(), source.toStdString(), error);
-    return !isLink || filesteps::remove(moved) == 0;
+    return !areLinked(moved, source) || filesteps::remove(moved) == 0;
 }
 
 /// What has no information yet.

@@ -374,7 +374,13 @@ private Q_SLOTS:
             QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/Trash";
         home.write("other", "no movie");
         QVERIFY(QDir().mkpath(trash + "/files") && QDir().mkpath(trash + "/info"));
-        QVERIFY(QFile::rename(home.path("other"), trash + "/files/other"));
+        QVERIFY(QFile::rename(home.path("other"), trash + "/files/1 other"));
+        // Somebody's.
+        QVERIFY(QFile::link(source, trash + "/files/2 pointer"));
+        QFile thrownAway(trash + "/info/3 link.trashinfo");
+        QVERIFY(::link(source.toUtf8().constData(), (trash + "/files/3 link").toUtf8().constData()) == 0);
+        QVERIFY(thrownAway.open(QIODevice::WriteOnly) && thrownAway.write("[Trash Info]\nPath=/a.mkv\n") > 0);
+        thrownAway.close();
         const pid_t instance = ::fork();
         if (instance == 0) {
             RunJournal::moveToTrash(source, [&] {
@@ -392,8 +398,9 @@ private Q_SLOTS:
         ::waitpid(instance, nullptr, 0);
         RunJournal::cleanUpAfterCrashes();
         QCOMPARE(files::contents(source).value(), "a movie");
-        QCOMPARE(QDir(trash + "/files").entryList(QDir::Files), QStringList("other"));
-        QVERIFY(QDir(trash + "/info").isEmpty());
+        QCOMPARE(QDir(trash + "/files").entryList(QDir::Files),
+                 (QStringList{"1 other", "2 pointer", "3 link"}));
+        QCOMPARE(QDir(trash + "/info").entryList(QDir::Files), QStringList("3 link.trashinfo"));
     }
 
     void theProofDecides_data() {

@@ -101,6 +101,7 @@ private Q_SLOTS:
     void volumes() {
         QVERIFY(volume::freeBytes("/").value() > 0);
         QVERIFY(!volume::freeBytes("/nowhere/at/all"));
+        QVERIFY(!volume::freeBytes("/proc"));  // Has no size.
         QCOMPARE(volume::maximumFileSizeOfType(0x4d44).value(), quint64{4294967295});
         QVERIFY(!volume::maximumFileSize("/"));
     }
