@@ -4,6 +4,7 @@
 #include "support/base/ApplicationInfo.h"
 #include "support/base/Texts.h"
 #include "support/processes/ChildProcess.h"
+#include "support/processes/CollectedOutput.h"
 #include "support/processes/ProcessRunner.h"
 #include "tool/cage/Cage.h"
 #include "tool/cage/Programs.h"
@@ -102,11 +103,13 @@ bool isOurs(const QString& version) {
     return version.contains(QLatin1StringView("+ravelin"));
 }
 
-QString prepare(QProcess& process, const QStringList& arguments, const Room& room, Effort effort) {
+QString prepare(QProcess& process, const QStringList& arguments, const Room& room, Effort effort,
+                CollectedOutput* output) {
     if (const QString reason = problem(); !reason.isEmpty()) return reason;
     process.setProgram(path());
     process.setArguments(arguments);
     childprocess::prepare(process);
+    if (output) output->takeFrom(process);
     // The cage comes last, as it replaces the child by the tool.
     if (effort == Effort::Background) childprocess::runInChild(process, giveWay);
     const CageMode mode = settings::CageTool.value();
@@ -116,22 +119,25 @@ QString prepare(QProcess& process, const QStringList& arguments, const Room& roo
 
 Report report(const QString& moviePath, const std::atomic<bool>* isCancelled) {
     QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
+    CollectedOutput output;
     Report report;
-    report.startError = prepare(process, {"-i", moviePath}, {.readable = {moviePath}});
+    report.startError =
+        prepare(process, {"-i", moviePath}, {.readable = {moviePath}}, Effort::Usual, &output);
     if (!report.startError.isEmpty()) return report;
     process.start(QIODevice::ReadOnly);
     if (!process.waitForStarted(-1)) {
         report.startError = process.errorString();
         return report;
     }
+    output.noteStarted();
     report.started = true;
     constexpr int kMillisecondsPerMinute = 60000;
     QElapsedTimer timer;
     timer.start();
     constexpr int kLimit = kReportLimitMinutes * kMillisecondsPerMinute;
-    report.isLate = !childprocess::waitForEnd(process, kLimit, isCancelled) && timer.hasExpired(kLimit);
-    report.output = process.readAll();
+    report.isLate =
+        !childprocess::waitForEnd(process, kLimit, isCancelled, &output) && timer.hasExpired(kLimit);
+    report.output = output.all();
     const bool isEndedByUs =
         report.isLate || (isCancelled && *isCancelled) || childprocess::waitsAreInterrupted();
     if (!isEndedByUs) report.trouble = troubleOf(process, report.output);

@@ -8,6 +8,7 @@
 
 #include <atomic>
 
+class CollectedOutput;
 class QProcess;
 
 /// The bundled media tool: its path, its start, and the short runs that block until it has ended.
@@ -37,8 +38,9 @@ inline constexpr int kBackgroundSeconds = 5;
 
 /// Sets up a start of the tool that can reach nothing but `room`, depending on the setting `CageTool`.
 /// Returns why it must not be started, for the user; empty: `process.start()` may follow. Any thread.
+/// `output`: takes what it prints; null: nobody but the process does.
 QString prepare(QProcess& process, const QStringList& arguments, const Room& room,
-                Effort effort = Effort::Usual);
+                Effort effort = Effort::Usual, CollectedOutput* output = nullptr);
 
 /// Longer than a slow network disk needs.
 inline constexpr int kReportLimitMinutes = 5;

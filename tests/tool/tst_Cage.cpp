@@ -103,6 +103,14 @@ private Q_SLOTS:
         QCOMPARE(programs::executed(home.write("program", contents.replace("@", path.toUtf8()))).size(),
                  count);
     }
+
+    void programsThatChange() {
+        const TestHome home;
+        const auto put = [&](const QByteArray& contents) { return home.write("program", contents); };
+        QVERIFY(programs::flaw(put("text")) == programs::Flaw::NoProgram);
+        QVERIFY(programs::flaw(put("#!/bin/sh")) == programs::Flaw::None);
+        QVERIFY(programs::flaw(put("text")) == programs::Flaw::NoProgram);
+    }
 };
 
 QTEST_GUILESS_MAIN(CageTest)

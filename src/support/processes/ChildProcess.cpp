@@ -1,5 +1,7 @@
 #include "support/processes/ChildProcess.h"
 
+#include "support/processes/CollectedOutput.h"
+
 #include <QElapsedTimer>
 #include <QProcessEnvironment>
 
@@ -46,11 +48,13 @@ void signalGroup(const QProcess& process, int signal) {
     if (id > 0 && ::kill(-id, signal) != 0) ::kill(id, signal);
 }
 
-bool waitForEnd(QProcess& process, int limitMilliseconds, const std::atomic<bool>* isCancelled) {
+bool waitForEnd(QProcess& process, int limitMilliseconds, const std::atomic<bool>* isCancelled,
+                CollectedOutput* output) {
     QElapsedTimer timer;
     timer.start();
     while (process.state() != QProcess::NotRunning) {
         if (process.waitForFinished(kStepMilliseconds)) break;
+        if (output) output->collect();
         const bool late = limitMilliseconds > 0 && timer.hasExpired(limitMilliseconds);
         if (late || waitsAreInterrupted() || (isCancelled && *isCancelled)) {
             signalGroup(process, SIGKILL);

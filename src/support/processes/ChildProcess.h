@@ -5,6 +5,8 @@
 #include <atomic>
 #include <functional>
 
+class CollectedOutput;
+
 /// Common set-up and control of all child processes. Call each function on the thread that owns the QProcess.
 namespace childprocess {
 
@@ -23,8 +25,9 @@ void signalGroup(const QProcess& process, int signal);
 
 /// Blocks until the started child has exited and its output is read. Every 0.05 s it checks for an
 /// interruption of the application or `isCancelled` (may be null), and then terminates the child. A limit of
-/// 0: none. Returns true if the child exited by itself in time.
-bool waitForEnd(QProcess& process, int limitMilliseconds = 0, const std::atomic<bool>* isCancelled = nullptr);
+/// 0: none. `output`: collects every 0.05 s, too. Returns true if the child exited by itself in time.
+bool waitForEnd(QProcess& process, int limitMilliseconds = 0, const std::atomic<bool>* isCancelled = nullptr,
+                CollectedOutput* output = nullptr);
 
 /// Ends all current and future calls of waitForEnd(). Callable from any thread and from signal handlers.
 void interruptWaits();

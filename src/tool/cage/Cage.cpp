@@ -77,6 +77,26 @@ bool isScript(const QStringList& executed) {
     return executed.size() > kProgramAndLoader;
 }
 
+/// What every program reads. Opened once: none of it is replaced by another file while the system runs.
+const std::vector<landlock::Place>& placesOfSystem() {
+    static const std::vector<landlock::Place> places = [] {
+        std::vector<landlock::Place> found;
+        const QStringList paths =
+            programs::systemLibraries() +
+            QStringList{
+                "/dev/urandom",  "/dev/random",      "/sys/devices/system/cpu", "/sys/devices/system/node",
+                "/proc/cpuinfo", "/proc/filesystems"};
+        for (const QString& path : paths) {
+            landlock::Place place(path);
+            const bool isKnown =
+                std::ranges::any_of(found, [&](const auto& other) { return place.isSameAs(other); });
+            if (place.isValid() && !isKnown) found.push_back(std::move(place));
+        }
+        return found;
+    }();
+    return places;
+}
+
 // ---- In the child: system calls only.
 
 void limit(__rlimit_resource resource, rlim_t maximum) noexcept {
@@ -128,17 +148,16 @@ public:
           m_filter(isScript(executed) ? filterOfScripts() : filter()),
           m_isStrict(mode == CageMode::Strict) {
         for (const QString& path : executed)
-            m_rules.allowExecuting(path);
+            m_rules.allowExecuting(landlock::Place(path));
         for (const char* folder : {"/usr", "/bin", "/sbin"}) {
-            if (isScript(executed)) m_rules.allowExecuting(folder);
+            if (isScript(executed)) m_rules.allowExecuting(landlock::Place(folder));
         }
+        for (const landlock::Place& place : placesOfSystem())
+            m_rules.allowReading(place);
         for (const QString& path : programs::libraries(process.program()) + room.readable)
-            m_rules.allowReading(path);
-        for (const char* path : {"/dev/urandom", "/dev/random", "/sys/devices/system/cpu",
-                                 "/sys/devices/system/node", "/proc/cpuinfo", "/proc/filesystems"})
-            m_rules.allowReading(path);
+            m_rules.allowReading(landlock::Place(path));
         for (const QString& path : room.writable + QStringList("/dev/null"))
-            m_rules.allowWriting(path);
+            m_rules.allowWriting(landlock::Place(path));
     }
 
     /// Returns only if the program cannot be executed.

@@ -44,6 +44,21 @@ int version() {
     return static_cast<int>(std::max(found, 0L));
 }
 
+Place::Place(const QString& path) : m_file(::open(QFile::encodeName(path).constData(), O_PATH | O_CLOEXEC)) {
+    struct stat status = {};
+    if (m_file < 0) return;
+    if (::fstat(m_file, &status) != 0) {
+        ::close(std::exchange(m_file, -1));
+        return;
+    }
+    m_isFolder = S_ISDIR(status.st_mode);
+    m_id = {status.st_dev, status.st_ino};
+}
+
+Place::~Place() {
+    if (m_file >= 0) ::close(m_file);
+}
+
 Ruleset::Ruleset() {
     const int version = landlock::version();
     if (version < 1) return;
@@ -58,28 +73,22 @@ Ruleset::~Ruleset() {
     if (m_file >= 0) ::close(m_file);
 }
 
-void Ruleset::allow(const QString& path, quint64 rights) {
-    if (!isValid()) return;
-    const int file = ::open(QFile::encodeName(path).constData(), O_PATH | O_CLOEXEC);
-    if (file < 0) return;
-    struct stat status = {};
-    if (::fstat(file, &status) == 0) {
-        if (!S_ISDIR(status.st_mode)) rights &= kFileRights;
-        const landlock_path_beneath_attr rule = {rights & fileRights(version()), file};
-        ::syscall(SYS_landlock_add_rule, m_file, LANDLOCK_RULE_PATH_BENEATH, &rule, 0);
-    }
-    ::close(file);
+void Ruleset::allow(const Place& place, quint64 rights) {
+    if (!isValid() || !place.isValid()) return;
+    if (!place.m_isFolder) rights &= kFileRights;
+    const landlock_path_beneath_attr rule = {rights & fileRights(version()), place.m_file};
+    ::syscall(SYS_landlock_add_rule, m_file, LANDLOCK_RULE_PATH_BENEATH, &rule, 0);
 }
 
-void Ruleset::allowReading(const QString& fileOrFolder) {
+void Ruleset::allowReading(const Place& fileOrFolder) {
     allow(fileOrFolder, LANDLOCK_ACCESS_FS_READ_FILE | LANDLOCK_ACCESS_FS_READ_DIR);
 }
 
-void Ruleset::allowWriting(const QString& file) {
+void Ruleset::allowWriting(const Place& file) {
     allow(file, LANDLOCK_ACCESS_FS_READ_FILE | LANDLOCK_ACCESS_FS_WRITE_FILE | kTruncate);
 }
 
-void Ruleset::allowExecuting(const QString& fileOrFolder) {
+void Ruleset::allowExecuting(const Place& fileOrFolder) {
     allow(fileOrFolder,
           LANDLOCK_ACCESS_FS_READ_FILE | LANDLOCK_ACCESS_FS_READ_DIR | LANDLOCK_ACCESS_FS_EXECUTE);
 }

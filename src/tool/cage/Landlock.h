@@ -12,6 +12,27 @@ namespace landlock {
 /// The version of the kernel's interface; 0: the kernel has none, or it is switched off.
 int version();
 
+/// A file or folder, held open: it stays the same when another one takes its name.
+class Place {
+public:
+    /// Links are followed. Not valid: it cannot be opened.
+    explicit Place(const QString& path);
+    ~Place();
+    Place(Place&& other) noexcept
+        : m_file(std::exchange(other.m_file, -1)), m_isFolder(other.m_isFolder), m_id(other.m_id) {}
+    Place& operator=(Place&&) = delete;
+
+    bool isValid() const { return m_file >= 0; }
+    bool isSameAs(const Place& other) const { return m_id == other.m_id; }
+
+private:
+    friend class Ruleset;
+
+    int m_file = -1;
+    bool m_isFolder = false;
+    std::pair<quint64, quint64> m_id;  // Device and inode.
+};
+
 /// Denies every access that the interface of this kernel knows, but for what allow...() adds. Any thread.
 class Ruleset {
 public:
@@ -23,18 +44,18 @@ public:
 
     bool isValid() const { return m_file >= 0; }
 
-    /// A path that cannot be opened stays denied. Links are followed.
-    void allowReading(const QString& fileOrFolder);
+    /// A path that cannot be opened stays denied.
+    void allowReading(const Place& fileOrFolder);
     /// Reading, writing and truncating of an existing file.
-    void allowWriting(const QString& file);
+    void allowWriting(const Place& file);
     /// Reading and executing.
-    void allowExecuting(const QString& fileOrFolder);
+    void allowExecuting(const Place& fileOrFolder);
 
     /// Restricts the calling thread and what it starts, for good. Needs `no_new_privs`. System calls only.
     bool restrictThread() const noexcept;
 
 private:
-    void allow(const QString& path, quint64 rights);
+    void allow(const Place& place, quint64 rights);
 
     int m_file = -1;
 };

@@ -3,12 +3,15 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QMutex>
 #include <QRegularExpression>
 
+#include <array>
 #include <cstring>
 #include <elf.h>
 #include <limits.h>
 #include <optional>
+#include <sys/stat.h>
 
 namespace programs {
 
@@ -80,9 +83,7 @@ std::optional<QString> loader(QFile& file, const QByteArray& head) {
     return QString();
 }
 
-}  // namespace
-
-QStringList executed(const QString& program) {
+QStringList readExecuted(const QString& program) {
     constexpr int kMaximumDepth = 4;  // The kernel's own limit for scripts of scripts.
     QStringList all;
     QString path = program;
@@ -104,7 +105,7 @@ QStringList executed(const QString& program) {
     return all;
 }
 
-Flaw flaw(const QString& program) {
+Flaw readFlaw(const QString& program) {
     QFile file(program);
     if (!file.open(QIODevice::ReadOnly)) return Flaw::None;
     const QByteArray head = file.peek(sizeof(Elf64_Ehdr));
@@ -116,19 +117,74 @@ Flaw flaw(const QString& program) {
     return header->e_ident[EI_CLASS] == ELFCLASS64 && endsTooEarly(file, *header) ? Flaw::CutOff : Flaw::None;
 }
 
-QStringList libraries(const QString& program) {
-    QStringList all = {"/lib",       "/lib32",         "/lib64",           "/usr/lib",          "/usr/lib32",
-                       "/usr/lib64", "/usr/local/lib", "/etc/ld.so.cache", "/etc/ld.so.preload"};
-    static const QRegularExpression separators("[:; ]");
-    for (const char* variable : {"LD_PRELOAD", "LD_LIBRARY_PATH"})
-        all += qEnvironmentVariable(variable).split(separators, Qt::SkipEmptyParts);
-    // A tool of the user's own may bring its libraries along.
+/// A tool of the user's own may bring its libraries along.
+QStringList foldersBeside(const QString& program) {
+    QStringList folders;
     const QDir folder = QFileInfo(QFileInfo(program).canonicalFilePath()).dir();
     for (const char* name : {"lib", "../lib"}) {
         const QString beside = QDir::cleanPath(folder.filePath(name));
-        if (!beside.isEmpty()) all.append(beside);
+        if (!beside.isEmpty()) folders.append(beside);
     }
-    return all;
+    return folders;
+}
+
+/// What a program's file shows. Every start of the tool asks for all of it.
+struct Look {
+    QStringList executed;
+    QStringList foldersBeside;
+    Flaw flaw = Flaw::None;
+};
+
+/// Changes with the file and its contents.
+struct Identity {
+    QString path;
+    std::array<qint64, 7> numbers = {};
+
+    bool operator==(const Identity&) const = default;
+};
+
+Identity identityOf(const QString& program) {
+    struct stat file = {};
+    if (::stat(QFile::encodeName(program).constData(), &file) != 0) return {};
+    return {program,
+            {static_cast<qint64>(file.st_dev), static_cast<qint64>(file.st_ino), file.st_size,
+             file.st_mtim.tv_sec, file.st_mtim.tv_nsec, file.st_ctim.tv_sec, file.st_ctim.tv_nsec}};
+}
+
+Look lookAt(const QString& program) {
+    static QMutex mutex;
+    static Identity lastIdentity;
+    static Look last;
+    const QMutexLocker lock(&mutex);
+    const Identity identity = identityOf(program);
+    if (!identity.path.isEmpty() && identity == lastIdentity) return last;
+    last = {readExecuted(program), foldersBeside(program), readFlaw(program)};
+    // What a script starts may change without it.
+    constexpr qsizetype kProgramAndLoader = 2;
+    lastIdentity = last.executed.size() <= kProgramAndLoader ? identity : Identity();
+    return last;
+}
+
+}  // namespace
+
+QStringList executed(const QString& program) {
+    return lookAt(program).executed;
+}
+
+Flaw flaw(const QString& program) {
+    return lookAt(program).flaw;
+}
+
+QStringList libraries(const QString& program) {
+    QStringList all = {"/etc/ld.so.cache", "/etc/ld.so.preload"};
+    static const QRegularExpression separators("[:; ]");
+    for (const char* variable : {"LD_PRELOAD", "LD_LIBRARY_PATH"})
+        all += qEnvironmentVariable(variable).split(separators, Qt::SkipEmptyParts);
+    return all + lookAt(program).foldersBeside;
+}
+
+QStringList systemLibraries() {
+    return {"/lib", "/lib32", "/lib64", "/usr/lib", "/usr/lib32", "/usr/lib64", "/usr/local/lib"};
 }
 
 }  // namespace programs

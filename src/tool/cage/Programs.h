@@ -3,7 +3,8 @@
 #include <QString>
 #include <QStringList>
 
-/// What the kernel executes and reads to start a program.
+/// What the kernel executes and reads to start a program. What was found in a program's file is kept until
+/// the file changes.
 namespace programs {
 
 /// The program itself and its interpreters: the dynamic loader and, for a script, the program of its first
@@ -20,8 +21,10 @@ enum class Flaw {
 /// Any thread.
 Flaw flaw(const QString& program);
 
-/// Where the dynamic loader finds libraries: the system's folders, and what LD_PRELOAD and LD_LIBRARY_PATH
-/// name. Files and folders.
+/// Where the dynamic loader finds libraries besides the system's folders: its lists, and what LD_PRELOAD and
+/// LD_LIBRARY_PATH name. Files and folders. Any thread.
 QStringList libraries(const QString& program);
+/// The system's folders of libraries; not all of them exist.
+QStringList systemLibraries();
 
 }  // namespace programs

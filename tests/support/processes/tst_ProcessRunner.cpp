@@ -2,6 +2,7 @@
 #include "fakes/TestHome.h"
 #include "support/base/Format.h"
 #include "support/processes/ChildProcess.h"
+#include "support/processes/CollectedOutput.h"
 #include "support/processes/ProcessRunner.h"
 
 #include <QBuffer>
@@ -34,6 +35,18 @@ private Q_SLOTS:
     void fullPipesDoNotBlockTheChild() {
         const auto text = runAsTask(shell("for stream in 1 2; do yes | head -c 300000 >&$stream; done"));
         QCOMPARE(text->size(), 600001);
+
+        QProcess process;
+        CollectedOutput output;
+        childprocess::prepare(process);
+        output.takeFrom(process);
+        process.start("/bin/sh", {"-c", "echo 1; echo 2 >&2; yes | head -c 3000000; echo 3 >&2; echo 4"});
+        QVERIFY(process.waitForStarted());
+        output.noteStarted();
+        QVERIFY(childprocess::waitForEnd(process, 0, nullptr, &output));
+        const QByteArray all = output.all();
+        QCOMPARE(all.size(), 3000008);
+        QVERIFY(all.startsWith("1\n2\ny\n") && all.endsWith("y\n3\n4\n"));
     }
 
     void childrenReadNothingAndLeadAGroup() {

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QByteArray>
+
+class QProcess;
+
+/// Both outputs of one child in the order of arrival. A QProcess that collects them wakes for each line,
+/// which takes the processor from a child that prints in small pieces. One thread.
+class CollectedOutput {
+public:
+    CollectedOutput();
+    ~CollectedOutput();
+    CollectedOutput(const CollectedOutput&) = delete;
+    CollectedOutput& operator=(const CollectedOutput&) = delete;
+
+    /// Call after childprocess::prepare() and before start().
+    void takeFrom(QProcess& process);
+    /// Call after start(): the child has the only end then that can be written.
+    void noteStarted();
+    /// Reads what has arrived. A child that prints more than the pipe holds (1 MiB) waits for it.
+    void collect();
+    /// Collects what is left of the ended child.
+    QByteArray all();
+
+private:
+    int m_readEnd = -1;
+    int m_writeEnd = -1;
+    QProcess* m_process = nullptr;  // Collects by itself if there is no pipe.
+    QByteArray m_bytes;
+};
