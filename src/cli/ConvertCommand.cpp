@@ -126,8 +126,9 @@ void ConvertCommand::addNextMovie() {
 
 bool ConvertCommand::takesOneMore() const {
     if (m_pendingMovies.isEmpty() || m_intake.isScanning() || m_intake.fileInfo()) return false;
-    // The probe of one movie runs beside the conversion of another, in the rhythm of the conversions.
-    return m_endless || m_queue.jobCountWithState(JobState::Queued) == 0;
+    // The probe of one movie runs beside the conversion of another, in the rhythm of the conversions. Several
+    // of these may end at once.
+    return m_endless || m_queue.jobCountWithState(JobState::Queued) < JobQueue::conversionLimit();
 }
 
 void ConvertCommand::setSubject(const QString& file) {

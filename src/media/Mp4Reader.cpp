@@ -51,7 +51,7 @@ void Mp4Scan::finishTracks() {
 
 Reading readMp4(const QString& path, const Options& options, std::stop_token stop) {
     const auto scan = std::make_unique<Mp4Scan>(path, options, stop);
-    if (!options.usesTwoThreads) return scan->run();
+    if (!scan->hasOtherShare()) return scan->run();
     const auto helper = std::make_unique<Mp4Scan>(path, options, std::move(stop));
     helper->takeOtherShare();
     Reading other;

@@ -58,6 +58,9 @@ public:
           m_digestsFrames(options.digestsFrames),
           m_shares(options.usesTwoThreads ? 2 : 1) {}
 
+    /// Whether there are frames of the other share.
+    bool hasOtherShare() const { return m_shares > 1 && m_file.size() > kStripe; }
+
     /// Looks at the other frames, of the half that the scan leaves out otherwise. Keeps no lines.
     void takeOtherShare() {
         m_share = 1;

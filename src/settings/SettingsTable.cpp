@@ -94,11 +94,8 @@ void registerDefaults() {
 
 Snapshot Snapshot::current() {
     Snapshot snapshot;
-    for (const Row* row : kTable) {
-        // Settings that are neither stored nor registered have the default of an empty snapshot.
-        if (const QVariant value = defaultObject(row->key); value.isValid())
-            snapshot.m_values.insert(row->key, value);
-    }
+    // Settings that are neither stored nor registered have the default of an empty snapshot.
+    snapshot.m_values = standardUserDefaults().objects();
     return snapshot;
 }
 

@@ -9,6 +9,7 @@
 #include <array>
 #include <filesystem>
 #include <linux/magic.h>
+#include <sys/stat.h>
 #include <sys/vfs.h>
 
 namespace volume {
@@ -61,7 +62,21 @@ QString mountPoint(const QString& folder) {
     QString existing = folder;
     while (!QFileInfo::exists(existing) && existing.contains(u'/') && existing != u"/")
         existing = QFileInfo(existing).path();
-    return QStorageInfo(existing).rootPath();
+    // The list of mounts is long, and every job asks for the folder of the one before.
+    struct Known {
+        QString folder;
+        dev_t device = 0;
+        ino_t inode = 0;
+        QString mountPoint;
+    };
+    thread_local Known known;
+    struct stat status = {};
+    const bool isThere = ::stat(QFile::encodeName(existing).constData(), &status) == 0;
+    const bool isSame =
+        known.folder == existing && known.device == status.st_dev && known.inode == status.st_ino;
+    if (!isThere || !isSame)
+        known = {existing, status.st_dev, status.st_ino, QStorageInfo(existing).rootPath()};
+    return known.mountPoint;
 }
 
 bool isInDocumentsPortal(const QString& path) {

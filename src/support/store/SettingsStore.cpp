@@ -77,6 +77,14 @@ QVariant SettingsStore::object(const QString& key) const {
     return {};
 }
 
+QVariantMap SettingsStore::objects() const {
+    const QMutexLocker lock(&m_mutex);
+    QVariantMap objects = m_defaults;
+    objects.insert(m_stored);
+    objects.insert(m_overrides);
+    return objects;
+}
+
 QVariant SettingsStore::storedObject(const QString& key) const {
     const QMutexLocker lock(&m_mutex);
     return m_stored.value(key);

@@ -23,6 +23,8 @@ public:
 
     /// An invalid variant if the key has no value, override or default.
     QVariant object(const QString& key) const;
+    /// Those of all keys at one moment.
+    QVariantMap objects() const;
     /// An invalid variant removes the stored value.
     void setObject(const QString& key, const QVariant& value);
     /// Sets several values of which each is wrong without the others: all of them are written to the file,
