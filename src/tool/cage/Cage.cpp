@@ -56,19 +56,21 @@ private:
     std::array<char, PATH_MAX> m_path = {};
 };
 
+// Nothing static is destroyed here: threads that nobody waits for may still start the tool at exit.
+
 ProgramPath& programPath() {
-    static ProgramPath path;
+    static auto& path = *new ProgramPath;
     return path;
 }
 
 const SystemCallFilter& filter() {
-    static const SystemCallFilter made(programPath().data());
+    static const auto& made = *new SystemCallFilter(programPath().data());
     return made;
 }
 
 /// A script consists of programs; they run in the same cage.
 const SystemCallFilter& filterOfScripts() {
-    static const SystemCallFilter made(nullptr);
+    static const auto& made = *new SystemCallFilter(nullptr);
     return made;
 }
 
@@ -79,8 +81,8 @@ bool isScript(const QStringList& executed) {
 
 /// What every program reads. Opened once: none of it is replaced by another file while the system runs.
 const std::vector<landlock::Place>& placesOfSystem() {
-    static const std::vector<landlock::Place> places = [] {
-        std::vector<landlock::Place> found;
+    static const std::vector<landlock::Place>& places = *[] {
+        auto* found = new std::vector<landlock::Place>;
         const QStringList paths =
             programs::systemLibraries() +
             QStringList{
@@ -89,8 +91,8 @@ const std::vector<landlock::Place>& placesOfSystem() {
         for (const QString& path : paths) {
             landlock::Place place(path);
             const bool isKnown =
-                std::ranges::any_of(found, [&](const auto& other) { return place.isSameAs(other); });
-            if (place.isValid() && !isKnown) found.push_back(std::move(place));
+                std::ranges::any_of(*found, [&](const auto& other) { return place.isSameAs(other); });
+            if (place.isValid() && !isKnown) found->push_back(std::move(place));
         }
         return found;
     }();

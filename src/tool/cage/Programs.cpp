@@ -152,17 +152,21 @@ Identity identityOf(const QString& program) {
 }
 
 Look lookAt(const QString& program) {
-    static QMutex mutex;
-    static Identity lastIdentity;
-    static Look last;
-    const QMutexLocker lock(&mutex);
+    struct Last {
+        QMutex mutex;
+        Identity identity;
+        Look look;
+    };
+    // Never destroyed: threads that nobody waits for may still start the tool at exit.
+    static Last& last = *new Last;
+    const QMutexLocker lock(&last.mutex);
     const Identity identity = identityOf(program);
-    if (!identity.path.isEmpty() && identity == lastIdentity) return last;
-    last = {readExecuted(program), foldersBeside(program), readFlaw(program)};
+    if (!identity.path.isEmpty() && identity == last.identity) return last.look;
+    last.look = {readExecuted(program), foldersBeside(program), readFlaw(program)};
     // What a script starts may change without it.
     constexpr qsizetype kProgramAndLoader = 2;
-    lastIdentity = last.executed.size() <= kProgramAndLoader ? identity : Identity();
-    return last;
+    last.identity = last.look.executed.size() <= kProgramAndLoader ? identity : Identity();
+    return last.look;
 }
 
 }  // namespace
