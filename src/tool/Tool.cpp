@@ -137,7 +137,7 @@ Report report(const QString& moviePath, const std::atomic<bool>* isCancelled) {
     constexpr int kLimit = kReportLimitMinutes * kMillisecondsPerMinute;
     report.isLate =
         !childprocess::waitForEnd(process, kLimit, isCancelled, &output) && timer.hasExpired(kLimit);
-    report.output = output.all();
+    report.output = output.take();
     const bool isEndedByUs =
         report.isLate || (isCancelled && *isCancelled) || childprocess::waitsAreInterrupted();
     if (!isEndedByUs) report.trouble = troubleOf(process, report.output);

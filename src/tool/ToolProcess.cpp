@@ -8,14 +8,15 @@
 namespace {
 
 constexpr int kPatienceMilliseconds = 3000;
+constexpr int kOutputMilliseconds = 200;
 
 }  // namespace
 
 ToolProcess::ToolProcess(QObject* parent) : QObject(parent) {
-    m_process.setProcessChannelMode(QProcess::MergedChannels);
+    m_outputTimer.setInterval(kOutputMilliseconds);
+    connect(&m_outputTimer, &QTimer::timeout, this, &ToolProcess::readOutput);
     m_killTimer.setSingleShot(true);
     connect(&m_killTimer, &QTimer::timeout, this, [this] { childprocess::signalGroup(m_process, SIGKILL); });
-    connect(&m_process, &QProcess::readyRead, this, &ToolProcess::readOutput);
     connect(&m_process, &QProcess::finished, this, [this](int status, QProcess::ExitStatus how) {
         readOutput();
         finish({how == QProcess::NormalExit ? ToolExit::Reason::Exited : ToolExit::Reason::Signalled,
@@ -36,9 +37,11 @@ ToolProcess::~ToolProcess() {
 }
 
 void ToolProcess::start(const QStringList& arguments, const Room& room) {
-    const QString refusal = tool::prepare(m_process, arguments, room);
+    const QString refusal = tool::prepare(m_process, arguments, room, tool::Effort::Usual, &m_output);
     if (refusal.isEmpty()) {
+        m_outputTimer.start();
         m_process.start(QIODevice::ReadOnly);
+        m_output.noteStarted();
     } else {
         finish({ToolExit::Reason::NotStarted, -1, refusal});
     }
@@ -65,12 +68,13 @@ void ToolProcess::terminate() {
 }
 
 void ToolProcess::readOutput() {
-    const QByteArray bytes = m_process.readAll();
+    const QByteArray bytes = m_output.take();
     if (!bytes.isEmpty()) Q_EMIT outputReceived(bytes);
 }
 
 void ToolProcess::finish(const ToolExit& exit) {
     if (std::exchange(m_ended, true)) return;
+    m_outputTimer.stop();
     m_killTimer.stop();
     Q_EMIT ended(exit);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/processes/CollectedOutput.h"
 #include "tool/ToolExit.h"
 #include "tool/cage/Room.h"
 
@@ -31,7 +32,7 @@ public:
     void terminate();
 
 Q_SIGNALS:
-    /// Standard output and standard error, as they are received.
+    /// Standard output and standard error, within 0.2 s.
     void outputReceived(const QByteArray& bytes);
     /// Emitted exactly once, after the last outputReceived().
     void ended(const ToolExit& exit);
@@ -41,6 +42,8 @@ private:
     void finish(const ToolExit& exit);
 
     QProcess m_process;
+    CollectedOutput m_output;
+    QTimer m_outputTimer;
     QTimer m_killTimer;
     bool m_ended = false;
 };

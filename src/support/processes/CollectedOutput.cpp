@@ -57,7 +57,8 @@ void CollectedOutput::collect() {
     }
 }
 
-QByteArray CollectedOutput::all() {
+QByteArray CollectedOutput::take() {
     collect();
-    return m_readEnd >= 0 ? m_bytes : m_process->readAll();
+    if (m_readEnd < 0 && m_process) return m_process->readAll();
+    return std::exchange(m_bytes, {});
 }

@@ -19,8 +19,8 @@ public:
     void noteStarted();
     /// Reads what has arrived. A child that prints more than the pipe holds (1 MiB) waits for it.
     void collect();
-    /// Collects what is left of the ended child.
-    QByteArray all();
+    /// Collects, and gives away what was collected.
+    QByteArray take();
 
 private:
     int m_readEnd = -1;

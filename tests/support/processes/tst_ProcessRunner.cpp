@@ -44,7 +44,7 @@ private Q_SLOTS:
         QVERIFY(process.waitForStarted());
         output.noteStarted();
         QVERIFY(childprocess::waitForEnd(process, 0, nullptr, &output));
-        const QByteArray all = output.all();
+        const QByteArray all = output.take();
         QCOMPARE(all.size(), 3000008);
         QVERIFY(all.startsWith("1\n2\ny\n") && all.endsWith("y\n3\n4\n"));
     }
