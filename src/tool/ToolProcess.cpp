@@ -9,6 +9,7 @@ namespace {
 
 constexpr int kPatienceMilliseconds = 3000;
 constexpr int kOutputMilliseconds = 200;
+constexpr int kMuchOutputMilliseconds = 10;
 
 }  // namespace
 
@@ -69,6 +70,9 @@ void ToolProcess::terminate() {
 
 void ToolProcess::readOutput() {
     const QByteArray bytes = m_output.take();
+    // A tool that complains of each packet must not wait for the pipe.
+    const bool isMuch = bytes.size() > CollectedOutput::kCapacity / 8;
+    m_outputTimer.setInterval(isMuch ? kMuchOutputMilliseconds : kOutputMilliseconds);
     if (!bytes.isEmpty()) Q_EMIT outputReceived(bytes);
 }
 

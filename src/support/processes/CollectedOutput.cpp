@@ -24,8 +24,7 @@ CollectedOutput::CollectedOutput() {
     m_readEnd = ends[0];
     m_writeEnd = ends[1];
     ::fcntl(m_readEnd, F_SETFL, O_NONBLOCK);
-    constexpr int kCapacity = 1 << 20;
-    ::fcntl(m_writeEnd, F_SETPIPE_SZ, kCapacity);
+    ::fcntl(m_writeEnd, F_SETPIPE_SZ, static_cast<int>(kCapacity));
 }
 
 CollectedOutput::~CollectedOutput() {
@@ -49,11 +48,13 @@ void CollectedOutput::noteStarted() {
 
 void CollectedOutput::collect() {
     std::array<char, 16384> piece;
-    while (m_readEnd >= 0) {
+    qsizetype collected = 0;
+    while (m_readEnd >= 0 && collected < kCapacity) {
         const ssize_t length = ::read(m_readEnd, piece.data(), piece.size());
         if (length < 0 && errno == EINTR) continue;
         if (length <= 0) return;
-        m_bytes.append(piece.data(), length);
+        collected += length;
+        if (m_bytes.size() < kMost) m_bytes.append(piece.data(), length);
     }
 }
 

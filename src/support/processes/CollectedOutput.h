@@ -8,6 +8,10 @@ class QProcess;
 /// which takes the processor from a child that prints in small pieces. One thread.
 class CollectedOutput {
 public:
+    static constexpr qsizetype kCapacity = 1 << 20;  ///< Of the pipe, in bytes.
+    /// Further bytes of a child that prints without end are dropped until take().
+    static constexpr qsizetype kMost = 64 * kCapacity;
+
     CollectedOutput();
     ~CollectedOutput();
     CollectedOutput(const CollectedOutput&) = delete;
@@ -17,7 +21,7 @@ public:
     void takeFrom(QProcess& process);
     /// Call after start(): the child has the only end then that can be written.
     void noteStarted();
-    /// Reads what has arrived. A child that prints more than the pipe holds (1 MiB) waits for it.
+    /// Reads what has arrived, at most as much as the pipe holds: a child that has printed more waits for it.
     void collect();
     /// Collects, and gives away what was collected.
     QByteArray take();

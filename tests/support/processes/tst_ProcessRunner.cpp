@@ -49,6 +49,26 @@ private Q_SLOTS:
         QVERIFY(all.startsWith("1\n2\ny\n") && all.endsWith("y\n3\n4\n"));
     }
 
+    void endlessOutput() {
+        QProcess process;
+        CollectedOutput output;
+        childprocess::prepare(process);
+        output.takeFrom(process);
+        const TestHome home;
+        const QString zeros = home.write("zeros", "");
+        process.start("/bin/sh", {"-c", "head -c 70000000 /dev/zero; rm $0; exec yes", zeros});
+        QVERIFY(process.waitForStarted());
+        output.noteStarted();
+        while (QFile::exists(zeros))
+            output.collect();
+        output.collect();
+        const qsizetype size = output.take().size();
+        QVERIFY(size >= CollectedOutput::kMost);
+        QVERIFY(size < CollectedOutput::kMost + CollectedOutput::kCapacity);
+        process.kill();
+        QVERIFY(process.waitForFinished());
+    }
+
     void childrenReadNothingAndLeadAGroup() {
         const auto text = runAsTask(shell("cat; ps -o pgid= -p $$ | tr -d ' '; echo $$; echo $LC_ALL"));
         const QStringList lines = text->split(u'\n');
