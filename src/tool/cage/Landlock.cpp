@@ -52,7 +52,8 @@ Place::Place(const QString& path) : m_file(::open(QFile::encodeName(path).constD
         return;
     }
     m_isFolder = S_ISDIR(status.st_mode);
-    m_id = {status.st_dev, status.st_ino};
+    m_device = status.st_dev;
+    m_inode = status.st_ino;
 }
 
 Place::~Place() {

@@ -19,18 +19,22 @@ public:
     explicit Place(const QString& path);
     ~Place();
     Place(Place&& other) noexcept
-        : m_file(std::exchange(other.m_file, -1)), m_isFolder(other.m_isFolder), m_id(other.m_id) {}
+        : m_file(std::exchange(other.m_file, -1)),
+          m_isFolder(other.m_isFolder),
+          m_device(other.m_device),
+          m_inode(other.m_inode) {}
     Place& operator=(Place&&) = delete;
 
     bool isValid() const { return m_file >= 0; }
-    bool isSameAs(const Place& other) const { return m_id == other.m_id; }
+    bool isSameAs(const Place& other) const { return m_device == other.m_device && m_inode == other.m_inode; }
 
 private:
     friend class Ruleset;
 
     int m_file = -1;
     bool m_isFolder = false;
-    std::pair<quint64, quint64> m_id;  // Device and inode.
+    quint64 m_device = 0;
+    quint64 m_inode = 0;
 };
 
 /// Denies every access that the interface of this kernel knows, but for what allow...() adds. Any thread.
