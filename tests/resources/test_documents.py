@@ -173,7 +173,7 @@ def all_messages():
     found = {}
     for path in sorted((SOURCE / "src").rglob("*.cpp")):
         for text, alerted, logged in literals(re.sub(r"(?m)^#include.*", "", path.read_text())):
-            is_sentence = len(re.findall(r"[A-Za-z']{2,}", text)) > 2 and re.search(r"[.?!:]", text)
+            is_sentence = " " in text and len(re.findall(r"[A-Za-z']{2,}", text)) > 2 and re.search(r"[.?!:]", text)
             if is_sentence and not NOT_SHOWN.match(text) and (alerted or path in telling and not logged):
                 found[text] = str(path.relative_to(SOURCE))
     return found

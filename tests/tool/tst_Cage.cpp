@@ -1,3 +1,4 @@
+#include "fakes/FakeTool.h"
 #include "fakes/Table.h"
 #include "fakes/TestHome.h"
 #include "settings/Keys.h"
@@ -102,6 +103,21 @@ private Q_SLOTS:
         const QString path = home.path("program");
         QCOMPARE(programs::executed(home.write("program", contents.replace("@", path.toUtf8()))).size(),
                  count);
+    }
+
+    void tunablesOfMemory_data() {
+        addRows<QByteArray, bool>({{"ours", {}, true}, {"the user's", "glibc.malloc.perturb=1", false}});
+    }
+    void tunablesOfMemory() {
+        auto [set, areOurs] = row<QByteArray, bool>();
+        const TestHome home;
+        const FakeTool tool(home.path("tool"));
+        tool.setProbe("echo $GLIBC_TUNABLES");
+        if (!set.isEmpty()) qputenv("GLIBC_TUNABLES", set);
+        const QByteArray given = tool::report("movie.mkv").output.trimmed();
+        qunsetenv("GLIBC_TUNABLES");
+        QCOMPARE(given.contains("mmap_threshold"), areOurs);
+        QVERIFY(given.contains(set));
     }
 
     void programsThatChange() {

@@ -84,10 +84,13 @@ const std::vector<landlock::Place>& placesOfSystem() {
     static const std::vector<landlock::Place>& places = *[] {
         auto* found = new std::vector<landlock::Place>;
         const QStringList paths =
-            programs::systemLibraries() +
-            QStringList{
-                "/dev/urandom",  "/dev/random",      "/sys/devices/system/cpu", "/sys/devices/system/node",
-                "/proc/cpuinfo", "/proc/filesystems"};
+            programs::systemLibraries() + QStringList{"/dev/urandom",
+                                                      "/dev/random",
+                                                      "/sys/devices/system/cpu",
+                                                      "/sys/devices/system/node",
+                                                      "/proc/cpuinfo",
+                                                      "/proc/filesystems",
+                                                      "/sys/kernel/mm/transparent_hugepage"};
         for (const QString& path : paths) {
             landlock::Place place(path);
             const bool isKnown =
