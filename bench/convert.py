@@ -172,7 +172,8 @@ def main():
         conversion("1 GB, AC3", big, folder / "big.mp4", 5, 1.02, 1.02)
         cost("10 s, H.264 + AC3: with the proof, without", "ProveResults", ac3, folder / "clip.mp4", 41, 1.02)
         cost("1 GB, H.264 + AC3: with the proof, without", "ProveResults", big, folder / "big.mp4", 7, 1.03)
-        cost("10 s, H.264 + AC3: in the cage, outside", "CageTool", ac3, folder / "clip.mp4", 41, 1.01)
+        # Under 2 ms: 1 % of a run with the system's tool, which takes four times as long to start.
+        cost("10 s, H.264 + AC3: in the cage, outside", "CageTool", ac3, folder / "clip.mp4", 41, 1.04)
         big.unlink()
         batch(folder, tiny, 1000)
 

@@ -31,7 +31,6 @@ constexpr const char* kDenied[] = {
     "sendmsg",
     "sendmmsg",
     // Other processes.
-
     "execveat",
     "ptrace",
     "process_vm_readv",
