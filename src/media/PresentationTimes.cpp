@@ -46,12 +46,19 @@ bool PresentationTimes::add(double time, double duration, Track& track, Budget& 
     if (!m_findsHoles) return true;
 
     bool inOrder = true;
-    if (m_count == kWindow) inOrder = pass(m_sorted[--m_count], track, budget);
+    if (m_count == kWindow) inOrder = pass(takeLeast(), track, budget);
     unsigned place = m_count++;
-    for (; place > 0 && m_sorted[place - 1] < time; --place)
-        m_sorted[place] = m_sorted[place - 1];
-    m_sorted[place] = time;
+    for (; place > 0 && sorted(place - 1) > time; --place)
+        sorted(place) = sorted(place - 1);
+    sorted(place) = time;
     return inOrder;
+}
+
+double PresentationTimes::takeLeast() {
+    const double least = sorted(0);
+    ++m_first;
+    --m_count;
+    return least;
 }
 
 bool PresentationTimes::pass(double time, Track& track, Budget& budget) {
@@ -102,7 +109,7 @@ void PresentationTimes::countSkipped(double gap, Track& track) {
 
 void PresentationTimes::finish(Track& track, Budget& budget) {
     while (m_count > 0)
-        pass(m_sorted[--m_count], track, budget);
+        pass(takeLeast(), track, budget);
     if (!m_any) return;
     if (m_hasDuplicates) track.skippedFrames = 0;
     track.start = m_start;

@@ -29,10 +29,14 @@ public:
 private:
     static constexpr unsigned kWindow = 32;  // Twice what a codec may reorder.
 
+    double takeLeast();
     bool pass(double time, Track& track, Budget& budget);
     void countSkipped(double gap, Track& track);
 
-    std::array<double, kWindow> m_sorted = {};  // The greatest first.
+    double& sorted(unsigned place) { return m_ring[(m_first + place) % kWindow]; }
+
+    std::array<double, kWindow> m_ring = {};  // From m_first on, the least first: most times come in order.
+    unsigned m_first = 0;
     unsigned m_count = 0;
     double m_declared;
     double m_typical = 0;   // What the distances say of a frame's duration; a declared one may be wrong.
