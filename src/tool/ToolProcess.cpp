@@ -71,7 +71,7 @@ void ToolProcess::terminate() {
 void ToolProcess::readOutput() {
     const QByteArray bytes = m_output.take();
     // A tool that complains of each packet must not wait for the pipe.
-    const bool isMuch = bytes.size() > CollectedOutput::kCapacity / 8;
+    const bool isMuch = bytes.size() > m_output.capacity() / 8;
     m_outputTimer.setInterval(isMuch ? kMuchOutputMilliseconds : kOutputMilliseconds);
     if (!bytes.isEmpty()) Q_EMIT outputReceived(bytes);
 }

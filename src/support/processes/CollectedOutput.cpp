@@ -25,6 +25,7 @@ CollectedOutput::CollectedOutput() {
     m_writeEnd = ends[1];
     ::fcntl(m_readEnd, F_SETFL, O_NONBLOCK);
     ::fcntl(m_writeEnd, F_SETPIPE_SZ, static_cast<int>(kCapacity));
+    m_capacity = ::fcntl(m_writeEnd, F_GETPIPE_SZ);
 }
 
 CollectedOutput::~CollectedOutput() {

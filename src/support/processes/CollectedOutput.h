@@ -8,7 +8,7 @@ class QProcess;
 /// which takes the processor from a child that prints in small pieces. One thread.
 class CollectedOutput {
 public:
-    static constexpr qsizetype kCapacity = 1 << 20;  ///< Of the pipe, in bytes.
+    static constexpr qsizetype kCapacity = 1 << 20;  ///< Of the pipe, in bytes, at most.
     /// Further bytes of a child that prints without end are dropped until take().
     static constexpr qsizetype kMost = 64 * kCapacity;
 
@@ -23,12 +23,15 @@ public:
     void noteStarted();
     /// Reads what has arrived, at most as much as the pipe holds: a child that has printed more waits for it.
     void collect();
+    /// Of the pipe, in bytes. Users get smaller ones when they have many.
+    qsizetype capacity() const { return m_capacity; }
     /// Collects, and gives away what was collected.
     QByteArray take();
 
 private:
     int m_readEnd = -1;
     int m_writeEnd = -1;
+    qsizetype m_capacity = kCapacity;
     QProcess* m_process = nullptr;  // Collects by itself if there is no pipe.
     QByteArray m_bytes;
 };

@@ -90,7 +90,8 @@ const std::vector<landlock::Place>& placesOfSystem() {
                                                       "/sys/devices/system/node",
                                                       "/proc/cpuinfo",
                                                       "/proc/filesystems",
-                                                      "/sys/kernel/mm/transparent_hugepage"};
+                                                      "/sys/kernel/mm/transparent_hugepage/enabled",
+                                                      "/sys/kernel/mm/transparent_hugepage/hpage_pmd_size"};
         for (const QString& path : paths) {
             landlock::Place place(path);
             const bool isKnown =
